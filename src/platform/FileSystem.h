@@ -1,0 +1,91 @@
+// The files of the system, as the portable code sees them.
+//
+// Paths are UTF-8 text in the system's own notation (Windows: drive letters, UNC, both slashes; Linux: slashes). Ordinary
+// failures (no such file, disk full, access denied) are return values; nothing here throws for them. Every operation
+// handles files beyond 4 GiB. Reads and writes are unbuffered: callers move blocks, not bytes.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillon {
+
+// One open file. The destructor closes it; a writer calls Close itself, because only then it hears of a failed write-back.
+class File {
+ public:
+  virtual ~File() = default;
+
+  // Reads up to buffer.size() bytes and returns how many; 0 at the end of the file, no value when the read failed.
+  virtual std::optional<size_t> Read(std::span<uint8_t> buffer) = 0;
+
+  // Writes all bytes, or returns false (some of them may have been written).
+  virtual bool Write(std::span<const uint8_t> bytes) = 0;
+
+  // Sets the position of the next read or write, in bytes from the start.
+  virtual bool Seek(uint64_t position) = 0;
+
+  virtual std::optional<uint64_t> Size() = 0;
+
+  // False when data could not be stored. Later operations on the file fail; a second Close does nothing and returns true.
+  virtual bool Close() = 0;
+};
+
+enum class OpenMode {
+  kRead,       // an existing file
+  kCreate,     // for writing; an existing file is emptied
+  kCreateNew,  // for writing; fails when the file exists, so that two writers never share one
+  kAppend,     // for writing at the end; created when missing
+};
+
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  // Null when the file cannot be opened that way. Directories cannot be opened.
+  virtual std::unique_ptr<File> Open(const std::string& path, OpenMode mode) = 0;
+
+  virtual bool FileExists(const std::string& path) = 0;
+  virtual bool DirectoryExists(const std::string& path) = 0;
+
+  // True when the file is gone afterwards, also when there was none.
+  virtual bool RemoveFile(const std::string& path) = 0;
+  // Replaces an existing file of the new name.
+  virtual bool RenameFile(const std::string& from, const std::string& to) = 0;
+  // Replaces an existing target; a copy that fails half-way leaves no target.
+  virtual bool CopyWholeFile(const std::string& from, const std::string& to) = 0;
+
+  // One level only; true when the directory exists afterwards.
+  virtual bool MakeDirectory(const std::string& path) = 0;
+  virtual bool RemoveEmptyDirectory(const std::string& path) = 0;
+
+  // The absolute form; the file need not exist. The path itself when the system cannot tell.
+  virtual std::string FullPath(const std::string& path) = 0;
+  // The 8.3 form of an existing file's path where the system keeps one, else the path itself.
+  virtual std::string ShortPath(const std::string& path) = 0;
+  // The directory for temporary files, with a separator at its end.
+  virtual std::string TempDirectory() = 0;
+  // The character between directory and name: '\\' on Windows, '/' on Linux.
+  virtual char Separator() const = 0;
+};
+
+// The system's own files. Program entries make one and pass it on by reference.
+std::unique_ptr<FileSystem> MakeFileSystem();
+
+// No value when the file cannot be opened or read to its end.
+std::optional<std::vector<uint8_t>> ReadWholeFile(FileSystem& files, const std::string& path);
+
+// Creates or replaces the file; a failed write leaves none.
+bool WriteWholeFile(FileSystem& files, const std::string& path, std::span<const uint8_t> bytes);
+
+// The directory with a separator at its end (the empty path, which means the current directory, stays empty).
+std::string WithSeparator(const FileSystem& files, std::string directory);
+
+// What follows the last '/', '\\' or drive ':' of a path.
+std::string_view FileNameOf(std::string_view path);
+
+}  // namespace quillon

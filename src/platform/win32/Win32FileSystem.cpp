@@ -1,0 +1,181 @@
+// FileSystem over the Windows calls.
+#include <windows.h>
+
+#include <algorithm>
+
+#include "platform/FileSystem.h"
+#include "platform/win32/WideText.h"
+
+namespace quillon {
+namespace {
+
+// Directories get a shorter limit than MAX_PATH (room for an 8.3 name), so this one serves both.
+constexpr size_t kPlainPathLimit = MAX_PATH - 13;
+constexpr DWORD kMostBytesPerCall = 1U << 30;
+
+std::wstring FullWidePath(const std::wstring& path) {
+  std::wstring full(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD length =
+        GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    if (length == 0) return path;
+    const bool fits = length < full.size();
+    full.resize(length);
+    if (fits) return full;
+  }
+}
+
+// The path as the system takes it; long ones get the prefix that lifts the limit. Empty when no file can have that path:
+// a NUL would silently cut it.
+std::wstring SystemPath(const std::string& path) {
+  if (path.find('\0') != std::string::npos) return {};
+  std::wstring wide = WideFromUtf8(path);
+  if (wide.size() < kPlainPathLimit || wide.starts_with(L"\\\\?\\")) return wide;
+  const std::wstring full = FullWidePath(wide);
+  return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
+}
+
+class Win32File final : public File {
+ public:
+  explicit Win32File(HANDLE handle) : handle_(handle) {}
+  Win32File(const Win32File&) = delete;
+  Win32File& operator=(const Win32File&) = delete;
+  ~Win32File() override { Win32File::Close(); }
+
+  std::optional<size_t> Read(std::span<uint8_t> buffer) override {
+    const DWORD wanted = static_cast<DWORD>(std::min<size_t>(buffer.size(), kMostBytesPerCall));
+    DWORD count = 0;
+    if (ReadFile(handle_, buffer.data(), wanted, &count, nullptr)) return count;
+    if (GetLastError() == ERROR_BROKEN_PIPE) return 0;
+    return std::nullopt;
+  }
+
+  bool Write(std::span<const uint8_t> bytes) override {
+    while (!bytes.empty()) {
+      const DWORD wanted = static_cast<DWORD>(std::min<size_t>(bytes.size(), kMostBytesPerCall));
+      DWORD count = 0;
+      if (!WriteFile(handle_, bytes.data(), wanted, &count, nullptr) || count == 0) return false;
+      bytes = bytes.subspan(count);
+    }
+    return handle_ != INVALID_HANDLE_VALUE;
+  }
+
+  bool Seek(uint64_t position) override {
+    LARGE_INTEGER where;
+    where.QuadPart = static_cast<LONGLONG>(position);
+    return SetFilePointerEx(handle_, where, nullptr, FILE_BEGIN) != 0;
+  }
+
+  std::optional<uint64_t> Size() override {
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(handle_, &size)) return std::nullopt;
+    return static_cast<uint64_t>(size.QuadPart);
+  }
+
+  bool Close() override {
+    if (handle_ == INVALID_HANDLE_VALUE) return true;
+    HANDLE handle = handle_;
+    handle_ = INVALID_HANDLE_VALUE;
+    return CloseHandle(handle) != 0;
+  }
+
+ private:
+  HANDLE handle_;
+};
+
+struct OpenArguments {
+  DWORD access;
+  DWORD share;
+  DWORD disposition;
+};
+
+OpenArguments ArgumentsFor(OpenMode mode) {
+  switch (mode) {
+    case OpenMode::kRead:
+      break;
+    case OpenMode::kCreate:
+      return {GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS};
+    case OpenMode::kCreateNew:
+      return {GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
+    case OpenMode::kAppend:
+      return {FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS};
+  }
+  // A document that is open in its own program can still be sent.
+  return {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING};
+}
+
+class Win32FileSystem final : public FileSystem {
+ public:
+  std::unique_ptr<File> Open(const std::string& path, OpenMode mode) override {
+    const OpenArguments how = ArgumentsFor(mode);
+    HANDLE handle = CreateFileW(SystemPath(path).c_str(), how.access, how.share, nullptr,
+                                how.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return nullptr;
+    return std::make_unique<Win32File>(handle);
+  }
+
+  bool FileExists(const std::string& path) override {
+    const DWORD attributes = GetFileAttributesW(SystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+  }
+
+  bool DirectoryExists(const std::string& path) override {
+    const DWORD attributes = GetFileAttributesW(SystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  }
+
+  bool RemoveFile(const std::string& path) override {
+    const std::wstring wide = SystemPath(path);
+    if (wide.empty()) return false;
+    if (DeleteFileW(wide.c_str())) return true;
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  }
+
+  bool RenameFile(const std::string& from, const std::string& to) override {
+    return MoveFileExW(SystemPath(from).c_str(), SystemPath(to).c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED) != 0;
+  }
+
+  bool CopyWholeFile(const std::string& from, const std::string& to) override {
+    return CopyFileW(SystemPath(from).c_str(), SystemPath(to).c_str(), FALSE) != 0;
+  }
+
+  bool MakeDirectory(const std::string& path) override {
+    return CreateDirectoryW(SystemPath(path).c_str(), nullptr) != 0 || DirectoryExists(path);
+  }
+
+  bool RemoveEmptyDirectory(const std::string& path) override {
+    return RemoveDirectoryW(SystemPath(path).c_str()) != 0;
+  }
+
+  std::string FullPath(const std::string& path) override {
+    return Utf8FromWide(FullWidePath(WideFromUtf8(path)));
+  }
+
+  std::string ShortPath(const std::string& path) override {
+    const std::wstring wide = SystemPath(path);
+    const DWORD needed = GetShortPathNameW(wide.c_str(), nullptr, 0);
+    if (needed == 0) return path;
+    std::wstring shortened(needed, L'\0');
+    const DWORD length = GetShortPathNameW(wide.c_str(), shortened.data(), needed);
+    if (length == 0 || length >= needed) return path;
+    shortened.resize(length);
+    return Utf8FromWide(shortened);
+  }
+
+  std::string TempDirectory() override {
+    std::wstring directory(MAX_PATH + 1, L'\0');
+    const DWORD length = GetTempPathW(static_cast<DWORD>(directory.size()), directory.data());
+    directory.resize(std::min<size_t>(length, directory.size()));
+    return WithSeparator(*this, Utf8FromWide(directory));
+  }
+
+  char Separator() const override { return '\\'; }
+};
+
+}  // namespace
+
+std::unique_ptr<FileSystem> MakeFileSystem() { return std::make_unique<Win32FileSystem>(); }
+
+}  // namespace quillon

@@ -1,0 +1,83 @@
+// The real files, with a disk that fills up and files that cannot be read to their end.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/FileSystem.h"
+
+namespace quillon::testing {
+
+class FaultyFileSystem final : public FileSystem {
+ public:
+  explicit FaultyFileSystem(FileSystem& real) : real_(real) {}
+
+  // How many more bytes, over all files, can be written or read before every such call fails.
+  uint64_t writeBudget = std::numeric_limits<uint64_t>::max();
+  uint64_t readBudget = std::numeric_limits<uint64_t>::max();
+  bool closeFails = false;
+  // Calls of Read and Write since the start.
+  uint64_t calls = 0;
+
+  std::unique_ptr<File> Open(const std::string& path, OpenMode mode) override {
+    auto file = real_.Open(path, mode);
+    if (!file) return nullptr;
+    return std::make_unique<FaultyFile>(*this, std::move(file));
+  }
+  bool FileExists(const std::string& path) override { return real_.FileExists(path); }
+  bool DirectoryExists(const std::string& path) override { return real_.DirectoryExists(path); }
+  bool RemoveFile(const std::string& path) override { return real_.RemoveFile(path); }
+  bool RenameFile(const std::string& from, const std::string& to) override {
+    return real_.RenameFile(from, to);
+  }
+  bool CopyWholeFile(const std::string& from, const std::string& to) override {
+    return real_.CopyWholeFile(from, to);
+  }
+  bool MakeDirectory(const std::string& path) override { return real_.MakeDirectory(path); }
+  bool RemoveEmptyDirectory(const std::string& path) override {
+    return real_.RemoveEmptyDirectory(path);
+  }
+  std::string FullPath(const std::string& path) override { return real_.FullPath(path); }
+  std::string ShortPath(const std::string& path) override { return real_.ShortPath(path); }
+  std::string TempDirectory() override { return real_.TempDirectory(); }
+  char Separator() const override { return real_.Separator(); }
+
+ private:
+  class FaultyFile final : public File {
+   public:
+    FaultyFile(FaultyFileSystem& owner, std::unique_ptr<File> file)
+        : owner_(owner), file_(std::move(file)) {}
+
+    std::optional<size_t> Read(std::span<uint8_t> buffer) override {
+      ++owner_.calls;
+      if (owner_.readBudget == 0) return std::nullopt;
+      const auto count =
+          file_->Read(buffer.first(std::min<uint64_t>(buffer.size(), owner_.readBudget)));
+      if (count) owner_.readBudget -= *count;
+      return count;
+    }
+
+    bool Write(std::span<const uint8_t> bytes) override {
+      ++owner_.calls;
+      const size_t fitting = std::min<uint64_t>(bytes.size(), owner_.writeBudget);
+      owner_.writeBudget -= fitting;
+      return file_->Write(bytes.first(fitting)) && fitting == bytes.size();
+    }
+
+    bool Seek(uint64_t position) override { return file_->Seek(position); }
+    std::optional<uint64_t> Size() override { return file_->Size(); }
+    bool Close() override { return file_->Close() && !owner_.closeFails; }
+
+   private:
+    FaultyFileSystem& owner_;
+    std::unique_ptr<File> file_;
+  };
+
+  FileSystem& real_;
+};
+
+}  // namespace quillon::testing
