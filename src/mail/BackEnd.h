@@ -1,0 +1,92 @@
+// The operations a mail system offers to the dispatch layer. A back end implements those its system has.
+//
+// Results: kBackEndSuccess (-1), or the number of the mail system's own interface, which the dispatch layer folds into
+// the public number space. A failure that is the server's own (a cancelled dialog 522, missing login data 544, a
+// refused operation 530 with a text of its own, ...) is thrown as ServerError and reaches the client unfolded.
+// An operation that needs a session logs in first.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/ServerError.h"
+#include "mail/InstanceState.h"
+#include "mail/SharedState.h"
+
+namespace quillon {
+
+inline constexpr std::int32_t kBackEndSuccess = -1;
+
+enum class Operation {
+  Login,
+  Logout,
+  Send,
+  LoadMessageHeaders,
+  LoadMessageIdentifiers,
+  LoadMessage,
+  DeleteMessage,
+  MoveCopyMessage,
+  UnreadCount,
+  ResolveName,
+  GetSessionHandle,
+  SetSessionHandle,
+  CreateFolder,
+  DeleteFolder,
+  CopyFolder,
+  GetFolderList,
+  FolderExists,
+  Post,
+};
+
+// What one call sees of the Server that makes it. Login data may be read back into the instance.
+struct MailRequest {
+  InstanceState& instance;
+  SharedState& shared;
+};
+
+class BackEnd {
+ public:
+  BackEnd() = default;
+  virtual ~BackEnd() = default;
+  BackEnd(const BackEnd&) = delete;
+  BackEnd& operator=(const BackEnd&) = delete;
+
+  // Whether this back end has the operation for the mail system of its family (operations not supported are never
+  // called).
+  virtual bool supports(MailSystemId system, Operation operation) const = 0;
+
+  virtual std::int32_t login(MailRequest& request);
+  virtual std::int32_t logout(MailRequest& request);
+  virtual std::int32_t send(MailRequest& request);
+  virtual std::int32_t loadMessageHeaders(MailRequest& request);
+  virtual std::int32_t loadMessageIdentifiers(MailRequest& request);
+  virtual std::int32_t loadMessage(MailRequest& request);    // of the header at messageIndex
+  virtual std::int32_t deleteMessage(MailRequest& request);  // of the header at messageIndex
+  virtual std::int32_t moveCopyMessage(MailRequest& request, const std::string& folder, bool copy);
+  virtual std::int32_t unreadCount(MailRequest& request, std::int32_t& count);
+  virtual std::int32_t resolveName(MailRequest& request, const std::string& name, bool withAddress,
+                                   std::string& resolved);
+  virtual std::int32_t getSessionHandle(MailRequest& request, std::int32_t& handle);
+  virtual std::int32_t setSessionHandle(MailRequest& request, std::int32_t handle);
+  virtual std::int32_t createFolder(MailRequest& request, const std::string& folder);
+  virtual std::int32_t deleteFolder(MailRequest& request, const std::string& folder);
+  virtual std::int32_t copyFolder(MailRequest& request, const std::string& from,
+                                  const std::string& to, bool subfolders);
+  virtual std::int32_t getFolderList(MailRequest& request, const std::string& parent,
+                                     bool returnSpecs, bool allCategories,
+                                     std::vector<std::string>& folders);
+  virtual std::int32_t folderExists(MailRequest& request, const std::string& folder, bool& exists);
+  virtual std::int32_t post(MailRequest& request);
+
+  virtual void setErrorDisplay(bool on);
+
+  // The last Server of the process is gone: log out and free what is held. `savedHandle` is its session handle of
+  // this family.
+  virtual void shutdown(std::int32_t savedHandle);
+
+  // The text of an interface number; empty when the system has none.
+  virtual std::string errorText(MailSystemId system, std::int32_t number) const = 0;
+};
+
+}  // namespace quillon

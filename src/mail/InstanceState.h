@@ -1,0 +1,65 @@
+// What belongs to one Server instance: login data, options and the chosen mail system, each with its default.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/ShortBool.h"
+#include "mail/MailSystem.h"
+
+namespace quillon {
+
+inline constexpr float kUtcOffsetNotSet = -50.0F;
+
+struct InstanceState {
+  MailSystemId mailSystem = mail_system::kNone;
+  std::int32_t sessionHandle = 0;  // of the current mail system
+
+  std::string loginName;
+  std::string password;
+  std::string postOffice;
+  std::string profile;
+  std::string applicationName;
+  std::string smtpServer;
+  std::string messageType;
+  std::string conversationIndex;
+  std::string folder;
+
+  std::string recipientDelimiter = ",";
+  std::string recipientBrackets = "<>";
+  std::string folderDelimiter = "\\\\";
+  std::string dateFormat = "General Date";
+  std::string xMailer;
+  std::string dialogCaption = "Send Mail Message";
+  std::string attachmentDirectory;
+  std::string zipPassword;
+
+  std::int32_t maximumHeaders = 1000;
+  std::int32_t messageIndex = 0;
+  std::int16_t attachmentEncoding = 2;
+  float utcOffset = kUtcOffsetNotSet;  // hours
+  std::int16_t importance = 3;
+  std::int16_t deliveryPriority = 3;
+  std::int16_t deliveryReport = 0;
+  std::int16_t sensitivity = 0;
+
+  ShortBool signedMessage = kFalse;
+  ShortBool encrypt = kFalse;
+  ShortBool preventCopying = kFalse;
+  ShortBool concatenateMessage = kFalse;
+  ShortBool dateSort = kTrue;
+  ShortBool loginDialog = kTrue;
+  ShortBool errorDisplay = kFalse;
+  ShortBool nativeMailDialog = kFalse;
+  ShortBool dialogErrorOnCancel = kFalse;
+  ShortBool unreadOnly = kFalse;
+  ShortBool peekOnly = kFalse;
+  ShortBool suppressAttachments = kFalse;
+  ShortBool forceDownload = kFalse;
+  ShortBool nameResolution = kFalse;
+  ShortBool headersInMessage = kFalse;
+  ShortBool returnShortFilespecs = kFalse;
+  ShortBool internetLogging = kFalse;
+};
+
+}  // namespace quillon

@@ -1,0 +1,83 @@
+// What all Server instances of one process share: the message being composed or just loaded, the loaded headers, and
+// the Internet settings.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/ShortBool.h"
+#include "mail/HeaderTable.h"
+
+namespace quillon {
+
+// One attachment: the file as the client gave it (or as it was written on receiving), and the name to show.
+struct Attachment {
+  std::string file;
+  std::string displayName;
+};
+
+// A body in another format than plain text, read from a file when the message is sent.
+struct Alternative {
+  std::string file;
+  std::string contentType;
+};
+
+// An extra header of the client: goes out as "X-" + name + ": " + value.
+struct XHeader {
+  std::string name;
+  std::string value;
+};
+
+// The message being composed and the message last loaded live in the same buffers. Texts are UTF-8.
+struct MessageBuffers {
+  std::vector<std::string> to;
+  std::vector<std::string> cc;
+  std::vector<std::string> bcc;
+  std::string subject;
+  std::string body;
+  std::vector<Attachment> attachments;
+  std::vector<Alternative> alternatives;
+  std::vector<XHeader> xHeaders;
+  std::string from;
+  std::string replyTo;
+  std::string dateSent;
+  ShortBool certify = kFalse;
+  std::string auxiliaryText;
+  std::vector<std::string> refusedRecipients;  // of the last Send
+  std::string rawHeaders;                      // header lines of the loaded message, each ending in CR LF
+};
+
+// Reset to these defaults whenever any Server is created.
+struct InternetSettings {
+  std::string characterSet = "us-ascii";
+  std::int16_t progressBar = 7;
+  std::int32_t progressBarThreshold = 10000;  // bytes
+  std::int32_t timeoutConnect = 30000;        // milliseconds
+  std::int32_t timeoutProtocol = 10000;       // milliseconds
+  std::uint16_t smtpPort = 25;
+  std::uint16_t popPort = 110;
+  ShortBool suppressAlternatives = kFalse;
+
+  // How long a blocked write may last, milliseconds.
+  std::int32_t timeoutSend() const noexcept { return timeoutProtocol - 1000; }
+};
+
+// Set through the reserved command property, kept for the life of the process.
+struct ProcessSwitches {
+  std::string temporaryDirectory;     // empty: the system's
+  std::string envelopeRecipient;      // when not empty, the only RCPT TO address
+  std::int32_t maximumBodyLines = 0;  // lines of text LoadMessage keeps; 0: all
+  bool greetWithHelo = true;
+};
+
+struct SharedState {
+  std::int32_t instanceCount = 0;
+  MessageBuffers message;
+  HeaderTable headers;
+  InternetSettings internet;
+  ProcessSwitches switches;
+  std::int32_t ownerWindow = 0;
+};
+
+}  // namespace quillon

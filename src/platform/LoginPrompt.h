@@ -1,0 +1,26 @@
+// Asks the user for the login data that a mail system needs and the client did not give.
+#pragma once
+
+#include <string>
+
+namespace quillon {
+
+struct LoginFields {
+  std::string server;
+  std::string name;
+  std::string password;
+};
+
+class LoginPrompt {
+ public:
+  enum class Answer {
+    Entered,      // the fields hold what the user typed
+    Cancelled,
+    Unavailable,  // there is no user to ask
+  };
+
+  virtual ~LoginPrompt() = default;
+  virtual Answer ask(const std::string& caption, LoginFields& fields) = 0;
+};
+
+}  // namespace quillon

@@ -1,0 +1,16 @@
+// Shows one message to the user and waits until it is dismissed.
+#pragma once
+
+#include <string>
+
+namespace quillon {
+
+class MessageBoxPort {
+ public:
+  enum class Icon { None, Critical };
+
+  virtual ~MessageBoxPort() = default;
+  virtual void show(const std::string& title, const std::string& text, Icon icon) = 0;
+};
+
+}  // namespace quillon

@@ -1,0 +1,107 @@
+// The Server object: the public members, free of COM. Every member checks its arguments before it changes any state
+// and fails with ServerError (a public code and text) or, for a value of the wrong type, with ConversionError.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/ShortBool.h"
+#include "core/Value.h"
+#include "mail/InstanceState.h"
+#include "server/Dispatch.h"
+#include "server/Environment.h"
+#include "server/Property.h"
+
+namespace quillon {
+
+struct DecodedError {
+  MailSystemId mailSystem = mail_system::kNone;
+  std::string message;
+};
+
+class Server {
+ public:
+  explicit Server(Environment& environment);
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  Value get(Property property);
+  void put(Property property, const Value& value);
+
+  // Composition.
+  void AddRecipientTo(const std::string& theRecipient);
+  void AddRecipientCc(const std::string& theRecipient);
+  void AddRecipientBcc(const std::string& theRecipient);
+  void AddAttachment(const std::string& theAttachment);
+  void AddAlternative(const std::string& theAlternative, const std::string& contentType,
+                      std::int16_t reserved);
+  void AddXHeader(const std::string& theName, const std::string& theValue);
+  void NewMessage();
+  void NewMessagePost();
+  void LoadMessageFromFile(const std::string& fileSpec);
+  void SaveMessageToFile(const std::string& fileSpec);
+
+  // Items of the loaded message (or the one being composed) and of the header at messageIndex.
+  std::vector<std::string> GetMessageItems(std::int16_t itemType);
+  std::string GetMessageItemString(std::int16_t itemType);
+  std::int32_t GetMessageItemCount(std::int16_t itemType);
+  Value GetMessageItem(const Value& theItem, std::int32_t itemIndex);
+  std::vector<std::string> GetHeaderItems(std::int16_t itemType);
+  std::string GetHeaderItemString(std::int16_t itemType);
+  std::vector<std::string> MessageItems(std::int16_t itemType);
+  std::vector<std::string> HeaderItems(std::int16_t itemType);
+  void ClearMessageItems(std::int16_t itemType);
+  std::string GetHeaderValueByName(const std::string& theField);
+  std::string GetWebFormValue(const std::string& fieldName);
+
+  // Mail-system operations.
+  void SetNativeSystem();
+  std::int16_t QueryMailSystem(std::int16_t mailSystem);
+  void Login();
+  void Logout();
+  void Send();
+  void Post();
+  void LoadMessageHeaders();
+  void LoadMessageIdentifiers();
+  void LoadMessage();
+  void DeleteMessage();
+  void MoveMessage(const std::string& folderTo);
+  void CopyMessage(const std::string& folderTo);
+  std::string ResolveName(const std::string& tName);
+  std::string ResolveNameEx(const std::string& tName);
+  void CreateFolder(const std::string& newFolderSpec);
+  void DeleteFolder(const std::string& theFolderSpec);
+  void CopyFolder(const std::string& folderFromSpec, const std::string& folderToSpec,
+                  std::int16_t copySubfolders);
+  std::vector<std::string> GetFolderList(const std::string& parentFolderSpec,
+                                         std::int16_t returnSpecs, std::int16_t allCategories);
+  std::string GetFolderListString(const std::string& parentFolderSpec, std::int16_t returnSpecs,
+                                  const std::string& stringDelim, std::int16_t allCategories,
+                                  std::int32_t& folderCount);
+  std::vector<std::string> FolderList(const std::string& parentFolderSpec,
+                                      std::int16_t returnSpecs, std::int16_t reserved);
+  ShortBool FolderExists(const std::string& theFolderSpec);
+
+  // Dialogs, notification, diagnostics.
+  void ShowMailDialog();
+  void ShowMailSystemDialog();
+  void AsynchObjectRegister(std::int32_t objectType, std::int32_t config);
+  void AsynchObjectUnregister(std::int32_t objectType);
+  void AsynchAbort();
+  std::string GetInterfaceString(std::int16_t itemType);
+  DecodedError DecodeError(std::int32_t errNumberIn);
+
+  // The Active Messaging objects: raise 530 in a build without that back end.
+  void SessionObject();
+  void MessageObject();
+  void FolderObject();
+
+ private:
+  InstanceState state_;
+  Environment& environment_;
+  Dispatch dispatch_;
+};
+
+}  // namespace quillon
