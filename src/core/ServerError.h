@@ -16,8 +16,8 @@ class ServerError : public std::exception {
   explicit ServerError(std::int32_t code, std::string text = {})
       : code_(code), text_(std::move(text)) {}
 
-  std::int32_t code() const noexcept { return code_; }
-  const std::string& text() const noexcept { return text_; }
+  std::int32_t Code() const noexcept { return code_; }
+  const std::string& Text() const noexcept { return text_; }
   const char* what() const noexcept override { return text_.c_str(); }
 
  private:
@@ -32,7 +32,7 @@ class ConversionError : public std::exception {
 
   explicit ConversionError(Reason reason) noexcept : reason_(reason) {}
 
-  Reason reason() const noexcept { return reason_; }
+  Reason Why() const noexcept { return reason_; }
   const char* what() const noexcept override {
     return reason_ == Reason::Overflow ? "overflow" : "type mismatch";
   }

@@ -10,6 +10,6 @@ using ShortBool = std::int16_t;
 inline constexpr ShortBool kTrue = -1;
 inline constexpr ShortBool kFalse = 0;
 
-constexpr ShortBool toShortBool(bool value) noexcept { return value ? kTrue : kFalse; }
+constexpr ShortBool ToShortBool(bool value) noexcept { return value ? kTrue : kFalse; }
 
 }  // namespace quillon

@@ -17,12 +17,12 @@ struct NullValue {
 using Value = std::variant<std::monostate, NullValue, bool, std::int16_t, std::int32_t, float,
                            double, std::string>;
 
-std::int16_t toInt16(const Value& value);
-std::int32_t toInt32(const Value& value);
-double toDouble(const Value& value);
-std::string toText(const Value& value);
+std::int16_t ToInt16(const Value& value);
+std::int32_t ToInt32(const Value& value);
+double ToDouble(const Value& value);
+std::string ToText(const Value& value);
 
 // Whether the value is a number, or a text that reads as one.
-bool isNumeric(const Value& value);
+bool IsNumeric(const Value& value);
 
 }  // namespace quillon

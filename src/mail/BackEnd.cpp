@@ -4,37 +4,37 @@ namespace quillon {
 
 namespace {
 
-[[noreturn]] void unsupported() { throw ServerError(530); }
+[[noreturn]] void Unsupported() { throw ServerError(530); }
 
 }  // namespace
 
-std::int32_t BackEnd::login(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::logout(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::send(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::loadMessageHeaders(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::loadMessageIdentifiers(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::loadMessage(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::deleteMessage(MailRequest&) { unsupported(); }
-std::int32_t BackEnd::moveCopyMessage(MailRequest&, const std::string&, bool) { unsupported(); }
-std::int32_t BackEnd::unreadCount(MailRequest&, std::int32_t&) { unsupported(); }
-std::int32_t BackEnd::resolveName(MailRequest&, const std::string&, bool, std::string&) {
-  unsupported();
+std::int32_t BackEnd::Login(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::Logout(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::Send(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::LoadMessageHeaders(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::LoadMessageIdentifiers(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::LoadMessage(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::DeleteMessage(MailRequest&) { Unsupported(); }
+std::int32_t BackEnd::MoveCopyMessage(MailRequest&, const std::string&, bool) { Unsupported(); }
+std::int32_t BackEnd::UnreadCount(MailRequest&, std::int32_t&) { Unsupported(); }
+std::int32_t BackEnd::ResolveName(MailRequest&, const std::string&, bool, std::string&) {
+  Unsupported();
 }
-std::int32_t BackEnd::getSessionHandle(MailRequest&, std::int32_t&) { unsupported(); }
-std::int32_t BackEnd::setSessionHandle(MailRequest&, std::int32_t) { unsupported(); }
-std::int32_t BackEnd::createFolder(MailRequest&, const std::string&) { unsupported(); }
-std::int32_t BackEnd::deleteFolder(MailRequest&, const std::string&) { unsupported(); }
-std::int32_t BackEnd::copyFolder(MailRequest&, const std::string&, const std::string&, bool) {
-  unsupported();
+std::int32_t BackEnd::GetSessionHandle(MailRequest&, std::int32_t&) { Unsupported(); }
+std::int32_t BackEnd::SetSessionHandle(MailRequest&, std::int32_t) { Unsupported(); }
+std::int32_t BackEnd::CreateFolder(MailRequest&, const std::string&) { Unsupported(); }
+std::int32_t BackEnd::DeleteFolder(MailRequest&, const std::string&) { Unsupported(); }
+std::int32_t BackEnd::CopyFolder(MailRequest&, const std::string&, const std::string&, bool) {
+  Unsupported();
 }
-std::int32_t BackEnd::getFolderList(MailRequest&, const std::string&, bool, bool,
+std::int32_t BackEnd::GetFolderList(MailRequest&, const std::string&, bool, bool,
                                     std::vector<std::string>&) {
-  unsupported();
+  Unsupported();
 }
-std::int32_t BackEnd::folderExists(MailRequest&, const std::string&, bool&) { unsupported(); }
-std::int32_t BackEnd::post(MailRequest&) { unsupported(); }
+std::int32_t BackEnd::FolderExists(MailRequest&, const std::string&, bool&) { Unsupported(); }
+std::int32_t BackEnd::Post(MailRequest&) { Unsupported(); }
 
-void BackEnd::setErrorDisplay(bool) {}
-void BackEnd::shutdown(std::int32_t) {}
+void BackEnd::SetErrorDisplay(bool) {}
+void BackEnd::Shutdown(std::int32_t) {}
 
 }  // namespace quillon

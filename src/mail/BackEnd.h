@@ -54,39 +54,39 @@ class BackEnd {
 
   // Whether this back end has the operation for the mail system of its family (operations not supported are never
   // called).
-  virtual bool supports(MailSystemId system, Operation operation) const = 0;
+  virtual bool Supports(MailSystemId system, Operation operation) const = 0;
 
-  virtual std::int32_t login(MailRequest& request);
-  virtual std::int32_t logout(MailRequest& request);
-  virtual std::int32_t send(MailRequest& request);
-  virtual std::int32_t loadMessageHeaders(MailRequest& request);
-  virtual std::int32_t loadMessageIdentifiers(MailRequest& request);
-  virtual std::int32_t loadMessage(MailRequest& request);    // of the header at messageIndex
-  virtual std::int32_t deleteMessage(MailRequest& request);  // of the header at messageIndex
-  virtual std::int32_t moveCopyMessage(MailRequest& request, const std::string& folder, bool copy);
-  virtual std::int32_t unreadCount(MailRequest& request, std::int32_t& count);
-  virtual std::int32_t resolveName(MailRequest& request, const std::string& name, bool withAddress,
+  virtual std::int32_t Login(MailRequest& request);
+  virtual std::int32_t Logout(MailRequest& request);
+  virtual std::int32_t Send(MailRequest& request);
+  virtual std::int32_t LoadMessageHeaders(MailRequest& request);
+  virtual std::int32_t LoadMessageIdentifiers(MailRequest& request);
+  virtual std::int32_t LoadMessage(MailRequest& request);    // of the header at messageIndex
+  virtual std::int32_t DeleteMessage(MailRequest& request);  // of the header at messageIndex
+  virtual std::int32_t MoveCopyMessage(MailRequest& request, const std::string& folder, bool copy);
+  virtual std::int32_t UnreadCount(MailRequest& request, std::int32_t& count);
+  virtual std::int32_t ResolveName(MailRequest& request, const std::string& name, bool withAddress,
                                    std::string& resolved);
-  virtual std::int32_t getSessionHandle(MailRequest& request, std::int32_t& handle);
-  virtual std::int32_t setSessionHandle(MailRequest& request, std::int32_t handle);
-  virtual std::int32_t createFolder(MailRequest& request, const std::string& folder);
-  virtual std::int32_t deleteFolder(MailRequest& request, const std::string& folder);
-  virtual std::int32_t copyFolder(MailRequest& request, const std::string& from,
+  virtual std::int32_t GetSessionHandle(MailRequest& request, std::int32_t& handle);
+  virtual std::int32_t SetSessionHandle(MailRequest& request, std::int32_t handle);
+  virtual std::int32_t CreateFolder(MailRequest& request, const std::string& folder);
+  virtual std::int32_t DeleteFolder(MailRequest& request, const std::string& folder);
+  virtual std::int32_t CopyFolder(MailRequest& request, const std::string& from,
                                   const std::string& to, bool subfolders);
-  virtual std::int32_t getFolderList(MailRequest& request, const std::string& parent,
+  virtual std::int32_t GetFolderList(MailRequest& request, const std::string& parent,
                                      bool returnSpecs, bool allCategories,
                                      std::vector<std::string>& folders);
-  virtual std::int32_t folderExists(MailRequest& request, const std::string& folder, bool& exists);
-  virtual std::int32_t post(MailRequest& request);
+  virtual std::int32_t FolderExists(MailRequest& request, const std::string& folder, bool& exists);
+  virtual std::int32_t Post(MailRequest& request);
 
-  virtual void setErrorDisplay(bool on);
+  virtual void SetErrorDisplay(bool on);
 
   // The last Server of the process is gone: log out and free what is held. `savedHandle` is its session handle of
   // this family.
-  virtual void shutdown(std::int32_t savedHandle);
+  virtual void Shutdown(std::int32_t savedHandle);
 
   // The text of an interface number; empty when the system has none.
-  virtual std::string errorText(MailSystemId system, std::int32_t number) const = 0;
+  virtual std::string ErrorText(MailSystemId system, std::int32_t number) const = 0;
 };
 
 }  // namespace quillon

@@ -28,7 +28,7 @@ inline constexpr MailSystemId kVines = 20;
 // One back end serves each family.
 enum class MailFamily { None, SimpleMapi, Vim, Mhs, ActiveMessaging, Internet, Notes, Vines };
 
-constexpr MailFamily familyOf(MailSystemId id) noexcept {
+constexpr MailFamily FamilyOf(MailSystemId id) noexcept {
   switch (id) {
     case 1: case 5: case 8: return MailFamily::SimpleMapi;
     case 2: case 25: return MailFamily::Vim;

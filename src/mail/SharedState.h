@@ -60,7 +60,7 @@ struct InternetSettings {
   ShortBool suppressAlternatives = kFalse;
 
   // How long a blocked write may last, milliseconds.
-  std::int32_t timeoutSend() const noexcept { return timeoutProtocol - 1000; }
+  std::int32_t TimeoutSend() const noexcept { return timeoutProtocol - 1000; }
 };
 
 // Set through the reserved command property, kept for the life of the process.

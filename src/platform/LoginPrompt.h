@@ -20,7 +20,7 @@ class LoginPrompt {
   };
 
   virtual ~LoginPrompt() = default;
-  virtual Answer ask(const std::string& caption, LoginFields& fields) = 0;
+  virtual Answer Ask(const std::string& caption, LoginFields& fields) = 0;
 };
 
 }  // namespace quillon

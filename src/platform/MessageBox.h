@@ -10,7 +10,7 @@ class MessageBoxPort {
   enum class Icon { None, Critical };
 
   virtual ~MessageBoxPort() = default;
-  virtual void show(const std::string& title, const std::string& text, Icon icon) = 0;
+  virtual void Show(const std::string& title, const std::string& text, Icon icon) = 0;
 };
 
 }  // namespace quillon

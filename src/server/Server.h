@@ -27,8 +27,8 @@ class Server {
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  Value get(Property property);
-  void put(Property property, const Value& value);
+  Value Get(Property property);
+  void Put(Property property, const Value& value);
 
   // Composition.
   void AddRecipientTo(const std::string& theRecipient);
