@@ -1,0 +1,20 @@
+# One fuzz target per file of fuzz/. In an ordinary build it replays the files it is given, so that
+# the targets cannot rot and every corpus is a test; with QUILLON_FUZZ it is a libFuzzer program.
+quillon_programs(fuzz_targets "${PROJECT_SOURCE_DIR}/fuzz")
+set(replayer "${PROJECT_SOURCE_DIR}/fuzz/StandaloneMain.cpp")
+list(REMOVE_ITEM fuzz_targets "${replayer}")
+
+foreach(source IN LISTS fuzz_targets)
+  cmake_path(GET source STEM name)
+  quillon_executable(fuzz_${name} SOURCES ${source} LINK quillon_server quillon_platform)
+  if(QUILLON_FUZZ)
+    target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+    continue()
+  endif()
+  target_sources(fuzz_${name} PRIVATE "${replayer}")
+  set(corpus "${PROJECT_SOURCE_DIR}/fuzz/corpus/${name}")
+  if(IS_DIRECTORY "${corpus}")
+    add_test(NAME fuzz.${name} COMMAND fuzz_${name} "${corpus}")
+    set_tests_properties(fuzz.${name} PROPERTIES TIMEOUT 120 LABELS fuzz)
+  endif()
+endforeach()

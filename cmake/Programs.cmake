@@ -1,0 +1,43 @@
+# Programs that are not the product: the embedded mail host, benchmarks, and for Windows the clients
+# and stand-in libraries of the end-to-end tests.
+file(GLOB_RECURSE mailhost_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tools/mailhost/*.cpp")
+if(mailhost_sources AND NOT WIN32)
+  quillon_executable(mailhost SOURCES ${mailhost_sources}
+    LINK quillon_internet quillon_platform)
+  target_include_directories(mailhost PRIVATE "${PROJECT_SOURCE_DIR}/tools")
+endif()
+
+if(NOT WIN32)
+  quillon_programs(benches "${PROJECT_SOURCE_DIR}/bench")
+else()
+  quillon_programs(benches "${PROJECT_SOURCE_DIR}/bench/windows")
+endif()
+foreach(source IN LISTS benches)
+  cmake_path(GET source STEM name)
+  string(REGEX REPLACE "^bench_" "" name "${name}")
+  quillon_executable(bench_${name} SOURCES ${source} LINK quillon_server quillon_platform)
+endforeach()
+
+if(WIN32)
+  quillon_programs(clients "${PROJECT_SOURCE_DIR}/tests/e2e/clients")
+  foreach(source IN LISTS clients)
+    cmake_path(GET source STEM name)
+    quillon_executable(${name} SOURCES ${source} LINK quillon_idl quillon_platform)
+    set_target_properties(${name} PROPERTIES
+      RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/clients")
+  endforeach()
+
+  # tests/doubles/<name>/ -> doubles/<name>.dll, found by a program that runs with that directory's
+  # library in place of the real one.
+  file(GLOB doubles CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/doubles/*/*.cpp")
+  list(TRANSFORM doubles REPLACE "/[^/]*$" "")
+  list(REMOVE_DUPLICATES doubles)
+  foreach(directory IN LISTS doubles)
+    cmake_path(GET directory FILENAME name)
+    file(GLOB sources CONFIGURE_DEPENDS "${directory}/*.cpp" "${directory}/*.def")
+    add_library(double_${name} SHARED ${sources})
+    target_link_libraries(double_${name} PRIVATE quillon_options quillon_core)
+    set_target_properties(double_${name} PROPERTIES PREFIX "" OUTPUT_NAME "${name}"
+      RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/doubles")
+  endforeach()
+endif()

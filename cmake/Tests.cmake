@@ -1,0 +1,49 @@
+# GoogleTest programs, one per layer: tests/<layer>/ -> test_<layer>, with the helpers and doubles of
+# tests/support. tests/automation and tests/win32 exist on Windows only.
+include(GoogleTest)
+
+set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+set(googletest_source /usr/src/googletest)
+if(NOT EXISTS ${googletest_source}/CMakeLists.txt)
+  message(FATAL_ERROR "GoogleTest is missing: run ./dev setup (package googletest)")
+endif()
+add_subdirectory(${googletest_source} googletest EXCLUDE_FROM_ALL SYSTEM)
+
+quillon_sources(support_sources "${PROJECT_SOURCE_DIR}/tests/support")
+if(support_sources)
+  add_library(quillon_test_support STATIC ${support_sources})
+  set(support_scope PUBLIC)
+  target_link_libraries(quillon_test_support PRIVATE quillon_options)
+else()
+  add_library(quillon_test_support INTERFACE)
+  set(support_scope INTERFACE)
+endif()
+target_include_directories(quillon_test_support ${support_scope} "${PROJECT_SOURCE_DIR}/tests")
+target_compile_definitions(quillon_test_support ${support_scope}
+  "QUILLON_TESTS_DIR=\"${PROJECT_SOURCE_DIR}/tests\"")
+target_link_libraries(quillon_test_support ${support_scope} quillon_server quillon_platform gmock)
+
+function(quillon_test layer)
+  quillon_sources(sources "${PROJECT_SOURCE_DIR}/tests/${layer}")
+  if(NOT sources)
+    return()
+  endif()
+  quillon_executable(test_${layer} SOURCES ${sources} LINK quillon_test_support ${ARGN})
+  if(NOT sources MATCHES "/main\\.cpp(;|$)")
+    target_link_libraries(test_${layer} PRIVATE gtest_main)
+  endif()
+  # Discovered when the tests run, so that building needs no Wine.
+  gtest_discover_tests(test_${layer}
+    TEST_PREFIX "${layer}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}" PROPERTIES TIMEOUT 120 LABELS "${layer}")
+endfunction()
+
+foreach(layer core mail codec platform internet backends addressbook dialer dialogs server)
+  quillon_test(${layer})
+endforeach()
+if(WIN32)
+  quillon_test(win32)
+  quillon_test(automation quillon_automation)
+endif()

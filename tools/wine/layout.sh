@@ -1,0 +1,73 @@
+#!/bin/bash
+# Lays out the private 32-bit Wine from Debian's i386 packages, without touching the machine's own
+# packages or architectures:
+#
+#     layout.sh DIRECTORY
+#
+# makes DIRECTORY hold a complete Wine, or leaves nothing there: everything is unpacked beside it and
+# moved into place at the end. Downloads are kept until then, so that an interrupted run goes on
+# where it stopped.
+set -euo pipefail
+
+target=$1
+work=$target.partial
+mirror=${QUILLON_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+
+say() { printf 'wine: %s\n' "$*"; }
+die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
+
+# wine32 is the loader, libgnutls30 gives Schannel, libwine-dev holds the IDL files widl imports.
+packages=(wine wine32 libgnutls30 libwine-dev)
+
+# Resolves against an empty machine of architecture i386: own lists, own cache, own status. Only the
+# release's main index is used; the others can be out of step between architectures.
+private_apt() {
+  apt-get -qq \
+    -o Dir::State="$work/apt/state" -o Dir::State::status="$work/apt/status" \
+    -o Dir::Cache="$work/apt/cache" -o Dir::Etc::sourcelist="$work/apt/sources.list" \
+    -o Dir::Etc::sourceparts=/dev/null -o Dir::Etc::preferencesparts=/dev/null \
+    -o APT::Architecture=i386 -o APT::Architectures=i386 -o APT::Get::List-Cleanup=false \
+    -o APT::Install-Recommends=false -o APT::Sandbox::User= -o Acquire::Retries=5 \
+    -o Acquire::http::Timeout=30 -o Debug::NoLocking=true -o Acquire::Languages=none \
+    -o Dir::Cache::pkgcache= -o Dir::Cache::srcpkgcache= \
+    -o APT::Keep-Downloaded-Packages=true "$@"
+}
+
+download() {
+  mkdir -p "$work/apt/state/lists/partial" "$work/apt/cache/archives/partial"
+  : > "$work/apt/status"
+  local keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+  [ -r "$keyring" ] || die "missing $keyring (package debian-archive-keyring)"
+  echo "deb [arch=i386 signed-by=$keyring] $mirror bookworm main" > "$work/apt/sources.list"
+  say "reading the i386 package index of $mirror"
+  private_apt update || die "the package index of $mirror cannot be read (is the network up?)"
+  say "downloading Wine and what it needs (about 150 MB)"
+  private_apt -y --download-only install "${packages[@]}" \
+    || die "the Wine packages cannot be downloaded from $mirror; run again to go on"
+}
+
+unpack() {
+  say "unpacking"
+  rm -rf "$work/root"
+  mkdir -p "$work/root"
+  local deb
+  for deb in "$work"/apt/cache/archives/*.deb; do
+    dpkg -x "$deb" "$work/root" || { rm -f "$deb"; die "$deb is damaged; run again"; }
+  done
+}
+
+# What the packages' own install scripts would have done.
+mend() {
+  local root=$work/root
+  ln -sfn wineserver32 "$root/usr/lib/wine/wineserver"
+  cp "$root/usr/i686-w64-mingw32/lib/zlib1.dll" "$root/usr/lib/i386-linux-gnu/wine/i386-windows/"
+}
+
+[ ! -d "$target" ] || exit 0
+mkdir -p "$work"
+download
+unpack
+mend
+mv "$work/root" "$target"
+rm -rf "$work"
+say "laid out in $target"
