@@ -1,0 +1,77 @@
+# Functions for the private Wine; to be sourced. What they print goes to stderr, so that a program's
+# own output stays its own.
+
+QUILLON_CACHE=${QUILLON_CACHE:-${XDG_CACHE_HOME:-${HOME:-/root}/.cache}/quillon}
+wine_root=$QUILLON_CACHE/wine/root
+wine_template=$QUILLON_CACHE/wine/prefix
+wine_tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+
+# The prefix programs run in: a test run sets WINEPREFIX to a copy of its own, a developer has one
+# that lasts.
+export WINEPREFIX=${WINEPREFIX:-$QUILLON_CACHE/wine/developer}
+
+wine_die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
+
+# The environment of every program: 32 bit, quiet, the same code pages (1252 and 437) everywhere.
+wine_environment() {
+  export WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all} LC_ALL=C.UTF-8
+  export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
+  export LD_LIBRARY_PATH=$wine_root/usr/lib/i386-linux-gnu:$wine_root/lib/i386-linux-gnu
+}
+
+# wine PROGRAM [ARG...] in the current prefix.
+wine() { (wine_environment; exec "$wine_root/usr/lib/wine/wine" "$@"); }
+wineserver() { (wine_environment; exec "$wine_root/usr/lib/wine/wineserver" "$@"); }
+
+# Copies the template to the directory named.
+wine_copy_prefix() {
+  [ -f "$wine_template/recipe" ] || wine_die "the private Wine is missing: run ./dev setup"
+  rm -rf "$1.partial"
+  cp -a --reflink=auto "$wine_template" "$1.partial"
+  mv "$1.partial" "$1"
+}
+
+# Starts the current prefix's server and services with nothing of the caller's open: the first
+# program would otherwise leave them holding its output, and a pipe behind it would never close.
+# Both end by themselves when no program has run for five minutes.
+wine_start() {
+  local status=0
+  wineserver -p300 < /dev/null > /dev/null 2>&1 || status=$?
+  case $status in
+    0) wine wineboot < /dev/null > /dev/null 2>&1 ;;
+    2) ;;  # one is running
+    *) wine_die "no wineserver for $WINEPREFIX (status $status); is libc6-i386 installed?" ;;
+  esac
+}
+
+# Ends every program of the current prefix.
+wine_stop() {
+  wineserver -k < /dev/null > /dev/null 2>&1 || true
+  wineserver -w < /dev/null > /dev/null 2>&1 || true
+}
+
+# Makes the developer's prefix when there is none or the template is another, and starts it.
+wine_ready() {
+  if [ "$WINEPREFIX" = "$QUILLON_CACHE/wine/developer" ] \
+      && ! cmp -s "$WINEPREFIX/recipe" "$wine_template/recipe"; then
+    mkdir -p "$QUILLON_CACHE/wine"
+    exec 9> "$QUILLON_CACHE/wine/developer.lock"
+    flock 9
+    if ! cmp -s "$WINEPREFIX/recipe" "$wine_template/recipe"; then
+      [ ! -d "$WINEPREFIX" ] || wine_stop
+      rm -rf "$WINEPREFIX"
+      wine_copy_prefix "$WINEPREFIX"
+    fi
+    exec 9>&-
+  fi
+  wine_start
+}
+
+# Registers the server in the current prefix, unless this very file is registered there already.
+wine_register() {
+  local server=$1 stamp
+  stamp="$server $(stat -c %Y.%s "$server")"
+  [ "$(cat "$WINEPREFIX/registered" 2>/dev/null)" = "$stamp" ] && return
+  wine "$server" /RegServer < /dev/null > /dev/null 2>&1 || wine_die "$server /RegServer failed"
+  echo "$stamp" > "$WINEPREFIX/registered"
+}
