@@ -1,0 +1,73 @@
+// One client: cuts what arrives into lines for the session, and sends what the session queues.
+//
+// Memory stays bounded whatever the client does: a line has a greatest length, and a client that
+// does not read its replies is not read from either.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "EventLoop.h"
+#include "Log.h"
+#include "Outbox.h"
+#include "Session.h"
+#include "UniqueFd.h"
+
+namespace mailhost {
+
+class Connection : public EventHandler {
+ public:
+  // `closed` is called once, at the end; it must not destroy the connection before
+  // EventLoop::Later.
+  using Closed = std::function<void(Connection&)>;
+
+  Connection(EventLoop& loop, UniqueFd socket, Log& log, Protocol protocol, Closed closed);
+  ~Connection() override;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // Hands the connection its session and opens the conversation.
+  void Start(std::unique_ptr<Session> session);
+
+  Outbox& Out() { return outbox_; }
+  Log& ConversationLog() { return log_; }
+
+  // Reads nothing more from the client, for good, so that its writes block in the end.
+  void StopReading() { stalled_ = true; }
+  // Goes on with the conversation; for a session that acts on its own.
+  void Pump();
+
+  void OnEvents(std::uint32_t events) override;
+
+ private:
+  void Receive();
+  // Gives the session what has arrived; true when only the lack of room for replies stopped it.
+  bool HandleInput();
+  bool HandleLine(std::string_view input, std::size_t& used);
+  // True when further input can be handled at once.
+  bool FlushOutbox();
+  void Close();
+  void UpdateInterest();
+
+  EventLoop& loop_;
+  UniqueFd socket_;
+  Log& log_;
+  const Protocol protocol_;
+  Closed onClosed_;
+  std::unique_ptr<Session> session_;
+  Outbox outbox_;
+  std::string input_;
+  std::optional<EventLoop::TimerId> pause_;
+  std::uint32_t interest_ = 0;
+  bool skippingLine_ = false;  // the rest of a line that was too long
+  bool blocked_ = false;       // the socket takes no more
+  bool stalled_ = false;
+  bool ended_ = false;  // the client has sent its last byte
+  bool closed_ = false;
+};
+
+}  // namespace mailhost

@@ -1,0 +1,43 @@
+// The whole host: both listeners, what their sessions share, and the connections that are open.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+#include "EventLoop.h"
+#include "Listener.h"
+#include "Log.h"
+#include "Maildir.h"
+#include "Options.h"
+#include "PopSession.h"
+
+namespace mailhost {
+
+class Host {
+ public:
+  // Listens at once. Throws UsageError or std::system_error.
+  explicit Host(const Options& options);
+
+  std::uint16_t SmtpPort() const { return smtp_.Port(); }
+  std::uint16_t PopPort() const { return pop_.Port(); }
+
+  // Serves until a signal ends it.
+  void Run() { loop_.Run(); }
+
+ private:
+  void Accept(Protocol protocol, UniqueFd socket);
+  std::unique_ptr<Session> MakeSession(Protocol protocol, Connection& connection);
+
+  EventLoop loop_;
+  Log log_;
+  const bool discards_;
+  std::optional<Maildir> store_;
+  Maildrop maildrop_;
+  std::unordered_map<Connection*, std::unique_ptr<Connection>> connections_;
+  Listener smtp_;
+  Listener pop_;
+};
+
+}  // namespace mailhost

@@ -1,0 +1,56 @@
+#include "Log.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "Text.h"
+
+namespace mailhost {
+
+namespace {
+
+std::string ContentSize(std::uint64_t bytes) {
+  return "<" + std::to_string(bytes) + " bytes>";
+}
+
+}  // namespace
+
+std::string_view NameOf(Protocol protocol) {
+  return protocol == Protocol::kSmtp ? "SMTP" : "POP";
+}
+
+Log::Log(const std::string& path) : file_(std::fopen(path.c_str(), "we")) {
+  if (!file_) throw std::system_error(errno, std::generic_category(), path);
+  std::setvbuf(file_.get(), nullptr, _IOLBF, BUFSIZ);
+}
+
+void Log::Client(Protocol protocol, std::string_view line) {
+  if (!file_) return;
+  const bool secret = protocol == Protocol::kPop && StartsIgnoringCase(line, "PASS ");
+  Line(protocol, " C: ", secret ? "PASS ****" : Printable(line));
+}
+
+void Log::Server(Protocol protocol, std::string_view bytes) {
+  if (!file_) return;
+  for (const std::string_view line : SplitLines(bytes)) Line(protocol, " S: ", Printable(line));
+}
+
+void Log::ClientContent(Protocol protocol, std::uint64_t bytes) {
+  if (file_) Line(protocol, " C: ", ContentSize(bytes));
+}
+
+void Log::ServerContent(Protocol protocol, std::uint64_t bytes) {
+  if (file_) Line(protocol, " S: ", ContentSize(bytes));
+}
+
+void Log::Event(Protocol protocol, std::string_view text) {
+  if (file_) Line(protocol, " -- ", text);
+}
+
+void Log::Line(Protocol protocol, std::string_view who, std::string_view text) {
+  std::string line(NameOf(protocol));
+  line.append(who).append(text).append("\n");
+  std::fwrite(line.data(), 1, line.size(), file_.get());
+}
+
+}  // namespace mailhost

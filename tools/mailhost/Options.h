@@ -1,0 +1,35 @@
+// The command line.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace mailhost {
+
+// What the user wrote cannot be carried out; the text says where and why.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct Options {
+  std::optional<std::uint16_t> smtpPort;
+  std::optional<std::uint16_t> popPort;
+  std::string store;
+  std::optional<std::string> user;
+  std::optional<std::string> password;
+  std::string faults;
+  std::string log;
+  bool noStore = false;  // accept messages and discard them
+  bool noLock = false;   // let several POP3 sessions share the maildrop
+  bool help = false;
+};
+
+extern const char* const kUsage;
+
+// Throws UsageError.
+Options ParseOptions(int argc, const char* const* argv);
+
+}  // namespace mailhost

@@ -1,0 +1,221 @@
+#include "PopSession.h"
+
+#include <utility>
+
+#include "MessageReader.h"
+#include "Text.h"
+
+namespace mailhost {
+
+struct PopSession::Command {
+  std::string_view word;
+  State state;
+  void (PopSession::*run)(std::string_view argument);
+};
+
+const PopSession::Command PopSession::kCommands[] = {
+    {"USER", State::kAuthorization, &PopSession::User},
+    {"PASS", State::kAuthorization, &PopSession::Pass},
+    {"STAT", State::kTransaction, &PopSession::Stat},
+    {"LIST", State::kTransaction, &PopSession::List},
+    {"UIDL", State::kTransaction, &PopSession::Uidl},
+    {"TOP", State::kTransaction, &PopSession::Top},
+    {"RETR", State::kTransaction, &PopSession::Retr},
+    {"DELE", State::kTransaction, &PopSession::Dele},
+    {"RSET", State::kTransaction, &PopSession::Rset},
+    {"NOOP", State::kTransaction, &PopSession::Noop},
+    {"CAPA", State::kTransaction, &PopSession::Capa},
+    {"CAPA", State::kAuthorization, &PopSession::Capa},
+    {"QUIT", State::kTransaction, &PopSession::Quit},
+    {"QUIT", State::kAuthorization, &PopSession::Quit},
+};
+
+PopSession::PopSession(Connection& connection, Maildrop& maildrop)
+    : replier_(connection), maildrop_(maildrop) {}
+
+PopSession::~PopSession() {
+  LeaveMaildrop();
+}
+
+void PopSession::OnOpen() {
+  replier_.Reply("+OK POP3 mailhost");
+}
+
+void PopSession::OnLine(std::string_view line) {
+  const std::size_t blank = line.find(' ');
+  const std::string_view word = line.substr(0, blank);
+  // PASS takes all of the rest, blanks and all (RFC 1939 7).
+  const std::string_view argument =
+      blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1);
+  bool known = false;
+  for (const Command& command : kCommands) {
+    if (!EqualIgnoringCase(word, command.word)) continue;
+    known = true;
+    if (command.state != state_) continue;
+    (this->*command.run)(argument);
+    return;
+  }
+  replier_.Reply(known ? "-ERR not now" : "-ERR command not recognized");
+}
+
+void PopSession::OnBadLine(std::string_view why) {
+  replier_.Reply("-ERR " + std::string(why));
+}
+
+void PopSession::User(std::string_view argument) {
+  if (Trim(argument).empty()) {
+    replier_.Reply("-ERR a name is needed");
+    return;
+  }
+  user_ = Trim(argument);
+  replier_.Reply("+OK now the password");
+}
+
+void PopSession::Pass(std::string_view argument) {
+  const std::optional<std::string> user = std::exchange(user_, std::nullopt);
+  if (!user) {
+    replier_.Reply("-ERR USER first");
+  } else if (maildrop_.user && (*user != *maildrop_.user || argument != maildrop_.password)) {
+    replier_.Reply("-ERR wrong name or password");
+  } else if (maildrop_.exclusive && maildrop_.taken) {
+    replier_.Reply("-ERR [IN-USE] the maildrop is busy");
+  } else {
+    OpenMaildrop();
+    replier_.Reply("+OK " + Summary());
+  }
+}
+
+void PopSession::OpenMaildrop() {
+  holdsMaildrop_ = maildrop_.exclusive;
+  maildrop_.taken = maildrop_.taken || holdsMaildrop_;
+  if (maildrop_.store != nullptr) messages_ = maildrop_.store->List();
+  state_ = State::kTransaction;
+  deleted_.assign(messages_.size(), false);
+  remaining_ = messages_.size();
+  remainingSize_ = 0;
+  for (const StoredMessage& message : messages_) remainingSize_ += message.size;
+}
+
+void PopSession::LeaveMaildrop() {
+  if (std::exchange(holdsMaildrop_, false)) maildrop_.taken = false;
+}
+
+std::string PopSession::Summary() const {
+  return std::to_string(remaining_) + " messages (" + std::to_string(remainingSize_) + " octets)";
+}
+
+void PopSession::Stat(std::string_view /*argument*/) {
+  replier_.Reply("+OK " + std::to_string(remaining_) + " " + std::to_string(remainingSize_));
+}
+
+template <typename Value>
+void PopSession::ReplyListing(std::string_view argument, Value value) {
+  if (!Trim(argument).empty()) {
+    const auto index = FindMessage(argument);
+    if (index) replier_.Reply("+OK " + std::to_string(*index + 1) + " " + value(messages_[*index]));
+    return;
+  }
+  std::string lines;
+  for (std::size_t i = 0; i < messages_.size(); ++i) {
+    if (deleted_[i]) continue;
+    lines.append(std::to_string(i + 1)).append(" ").append(value(messages_[i])).append("\r\n");
+  }
+  replier_.ReplyLines("+OK " + Summary(), std::move(lines));
+}
+
+void PopSession::List(std::string_view argument) {
+  ReplyListing(argument, [](const StoredMessage& message) { return std::to_string(message.size); });
+}
+
+void PopSession::Uidl(std::string_view argument) {
+  ReplyListing(argument, [](const StoredMessage& message) { return message.id; });
+}
+
+std::optional<std::size_t> PopSession::FindMessage(std::string_view number) {
+  const auto value = ParseNumber(Trim(number));
+  if (!value || *value == 0 || *value > messages_.size()) {
+    replier_.Reply("-ERR no such message");
+    return std::nullopt;
+  }
+  if (deleted_[*value - 1]) {
+    replier_.Reply("-ERR the message is deleted");
+    return std::nullopt;
+  }
+  return *value - 1;
+}
+
+void PopSession::Top(std::string_view argument) {
+  std::string_view count = argument;
+  const std::string_view number = TakeWord(count);
+  const auto lines = ParseNumber(count);
+  if (!lines) {
+    replier_.Reply("-ERR TOP message lines is needed");
+    return;
+  }
+  const auto index = FindMessage(number);
+  if (!index) return;
+  UniqueFd file = maildrop_.store->Open(messages_[*index]);
+  if (!file) {
+    replier_.Reply("-ERR the message is gone");
+    return;
+  }
+  replier_.ReplyContent("+OK top of the message follows",
+                        std::make_unique<MessageReader>(std::move(file), *lines));
+}
+
+void PopSession::Retr(std::string_view argument) {
+  const auto index = FindMessage(argument);
+  if (!index) return;
+  UniqueFd file = maildrop_.store->Open(messages_[*index]);
+  if (!file) {
+    replier_.Reply("-ERR the message is gone");
+    return;
+  }
+  replier_.ReplyContent("+OK " + std::to_string(messages_[*index].size) + " octets",
+                        std::make_unique<MessageReader>(std::move(file)));
+}
+
+void PopSession::Dele(std::string_view argument) {
+  const auto index = FindMessage(argument);
+  if (!index) return;
+  deleted_[*index] = true;
+  --remaining_;
+  remainingSize_ -= messages_[*index].size;
+  replier_.Reply("+OK deleted");
+}
+
+void PopSession::Rset(std::string_view /*argument*/) {
+  for (std::size_t i = 0; i < messages_.size(); ++i) {
+    if (!deleted_[i]) continue;
+    deleted_[i] = false;
+    ++remaining_;
+    remainingSize_ += messages_[i].size;
+  }
+  replier_.Reply("+OK " + Summary());
+}
+
+void PopSession::Noop(std::string_view /*argument*/) {
+  replier_.Reply("+OK");
+}
+
+void PopSession::Capa(std::string_view /*argument*/) {
+  replier_.ReplyLines("+OK capabilities follow",
+                      "USER\r\nTOP\r\nUIDL\r\nRESP-CODES\r\nPIPELINING\r\n");
+}
+
+void PopSession::Quit(std::string_view /*argument*/) {
+  const bool removed = RemoveDeleted();
+  LeaveMaildrop();
+  replier_.Reply(removed ? "+OK bye" : "-ERR some deleted messages are not removed");
+  replier_.Finish();
+}
+
+bool PopSession::RemoveDeleted() {
+  bool removed = true;
+  for (std::size_t i = 0; i < messages_.size(); ++i) {
+    if (deleted_[i]) removed = maildrop_.store->Remove(messages_[i]) && removed;
+  }
+  return removed;
+}
+
+}  // namespace mailhost

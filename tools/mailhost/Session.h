@@ -1,0 +1,31 @@
+// The server's side of one protocol conversation, fed by its Connection.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace mailhost {
+
+class Session {
+ public:
+  virtual ~Session() = default;
+
+  // The client has just connected.
+  virtual void OnOpen() = 0;
+  // One command line, without its CR LF.
+  virtual void OnLine(std::string_view line) = 0;
+  // A line that is none: too long, or not ended by CR LF. `why` says it in words.
+  virtual void OnBadLine(std::string_view why) = 0;
+
+  // While true, input goes to OnContent() instead of being cut into lines.
+  virtual bool WantsContent() const { return false; }
+  // Returns how many of the bytes it took: all of them, or those up to the end of the content.
+  virtual std::size_t OnContent(std::string_view bytes) { return bytes.size(); }
+
+  // False keeps the client's further lines waiting.
+  virtual bool WantsInput() const { return true; }
+  // The client will send nothing more; what it has sent has been handled.
+  virtual void OnEnd() {}
+};
+
+}  // namespace mailhost

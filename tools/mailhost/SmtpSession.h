@@ -1,0 +1,64 @@
+// The server's side of SMTP (RFC 5321), with SIZE, 8BITMIME and PIPELINING. Every recipient is
+// taken.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Delivery.h"
+#include "DotDecoder.h"
+#include "Replier.h"
+#include "Session.h"
+
+namespace mailhost {
+
+class SmtpSession : public Session {
+ public:
+  // Starts keeping a message; null when that fails.
+  using BeginDelivery = std::function<std::unique_ptr<Delivery>()>;
+
+  SmtpSession(Connection& connection, BeginDelivery begin);
+
+  void OnOpen() override;
+  void OnLine(std::string_view line) override;
+  void OnBadLine(std::string_view why) override;
+  bool WantsContent() const override { return receiving_; }
+  std::size_t OnContent(std::string_view bytes) override;
+
+ private:
+  struct Command;
+  static const Command kCommands[];
+
+  void Helo(std::string_view argument);
+  void Ehlo(std::string_view argument);
+  void Mail(std::string_view argument);
+  void Rcpt(std::string_view argument);
+  void Data(std::string_view argument);
+  void Rset(std::string_view argument);
+  void Noop(std::string_view argument);
+  void Vrfy(std::string_view argument);
+  void Help(std::string_view argument);
+  void Quit(std::string_view argument);
+
+  // Replies with what is wrong and returns false, or returns true.
+  bool MailMayStart(std::string_view argument);
+  void Greet(std::string_view argument, std::string reply);
+  void ResetTransaction();
+  void EndContent();
+
+  Connection& connection_;
+  Replier replier_;
+  BeginDelivery begin_;
+  bool greeted_ = false;
+  bool hasSender_ = false;
+  Envelope envelope_;
+  bool receiving_ = false;
+  DotDecoder decoder_;
+  std::unique_ptr<Delivery> delivery_;
+  std::uint64_t contentSize_ = 0;
+};
+
+}  // namespace mailhost
