@@ -1,0 +1,94 @@
+// The back end of Internet mail: mail system 10 is both protocols, 6 POP3 alone, 7 SMTP alone.
+//
+// It copies the properties of a Server into the engine (smtppop), makes sure that the login data is
+// there, runs one engine operation and reads the results back. Texts are UTF-8 outside and bytes
+// inside; this is where they are converted.
+//
+// Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
+// dialog), 529 (CR, LF or NUL in an address, a name or a password), 530 (what Internet mail cannot
+// do), 533 (no such header), 540 (a call from inside another operation's wait), 544 (login data
+// still missing).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "mail/BackEnd.h"
+#include "mail/INIUtilities.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+#include "platform/LocalClock.h"
+#include "platform/LoginPrompt.h"
+#include "platform/MessageBox.h"
+#include "platform/Network.h"
+
+namespace quillon {
+
+class ProtocolLog;
+class smtppop;
+
+struct InternetPorts {
+  EventLoop& loop;
+  Network& network;
+  FileSystem& files;
+  const CodePage& codePage;
+  const LocalClock& clock;
+  LoginPrompt& loginPrompt;
+  MessageBoxPort& messageBox;
+  clsINIUtilities& configuration;  // key "SMTPServer" of section "Internet"
+  ProtocolLog& log;
+};
+
+// What the header block says of the program that wrote it.
+struct InternetProduct {
+  std::string version;       // "X-Interface: Quillon OLE Server v" + version + " (32)"
+  std::string specialBuild;  // "X-SpecialBuild: ", when not empty
+};
+
+class InternetBackEnd final : public BackEnd {
+ public:
+  InternetBackEnd(const InternetPorts& ports, InternetProduct product);
+  ~InternetBackEnd() override;
+
+  bool Supports(MailSystemId system, Operation operation) const override;
+
+  std::int32_t Login(MailRequest& request) override;
+  std::int32_t Logout(MailRequest& request) override;
+  std::int32_t Send(MailRequest& request) override;
+  std::int32_t LoadMessageHeaders(MailRequest& request) override;
+  std::int32_t LoadMessageIdentifiers(MailRequest& request) override;
+  std::int32_t LoadMessage(MailRequest& request) override;
+  std::int32_t DeleteMessage(MailRequest& request) override;
+  std::int32_t MoveCopyMessage(MailRequest& request, const std::string& folder, bool copy) override;
+  std::int32_t UnreadCount(MailRequest& request, std::int32_t& count) override;
+  std::int32_t ResolveName(MailRequest& request, const std::string& name, bool withAddress,
+                           std::string& resolved) override;
+  void Shutdown(std::int32_t savedHandle) override;
+
+  std::string ErrorText(MailSystemId system, std::int32_t number) const override;
+
+  // Ends the running operation with 522. Callable from inside its wait.
+  void Abort();
+
+ private:
+  class Call;
+  enum class Adapter { Pop, Smtp };
+
+  std::int32_t LoginPop(MailRequest& request);
+  std::int32_t LoginSmtp(MailRequest& request);
+  std::int32_t LoadHeaders(MailRequest& request, bool uidlOnly);
+  void PreparePop(MailRequest& request);
+  void PrepareSmtp(MailRequest& request);
+  std::int32_t Report(const MailRequest& request, Adapter adapter, std::int32_t result,
+                      const char* context);
+
+  InternetPorts ports_;
+  InternetProduct product_;
+  std::unique_ptr<smtppop> engine_;  // made on first use
+  std::int32_t lastNumber_ = 0;      // of the last failure, and what failed
+  std::string lastContext_;
+  bool busy_ = false;
+};
+
+}  // namespace quillon

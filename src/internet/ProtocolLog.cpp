@@ -1,0 +1,31 @@
+#include "internet/ProtocolLog.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace quillon {
+
+ProtocolLog::ProtocolLog(FileSystem& files, std::string directory)
+    : files_(files), directory_(std::move(directory)) {}
+
+ProtocolLog::~ProtocolLog() = default;
+
+void ProtocolLog::Start() {
+  Stop();
+  const auto path = WithSeparator(files_, directory_) + "POPDUMP.TXT";
+  files_.RemoveFile(path);
+  file_ = files_.Open(path, OpenMode::kCreate);
+}
+
+void ProtocolLog::Stop() {
+  if (file_) file_->Close();
+  file_.reset();
+}
+
+void ProtocolLog::WriteDebug(std::string_view prefix, std::string_view text) {
+  if (!file_) return;
+  line_.assign(prefix).append(text).append("\r\n");
+  file_->Write({reinterpret_cast<const std::uint8_t*>(line_.data()), line_.size()});
+}
+
+}  // namespace quillon

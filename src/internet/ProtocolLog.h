@@ -1,0 +1,39 @@
+// The raw protocol log "POPDUMP.TXT": every command and reply line of both protocols, and
+// milestones with their time.
+//
+// Logging never fails an operation: errors of the file are ignored. A password is written as
+// "****".
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+class ProtocolLog {
+ public:
+  // `directory` is where the file lives, with or without a separator at its end.
+  ProtocolLog(FileSystem& files, std::string directory);
+  ~ProtocolLog();
+  ProtocolLog(const ProtocolLog&) = delete;
+  ProtocolLog& operator=(const ProtocolLog&) = delete;
+
+  // Begins a new file; an existing one is deleted first.
+  void Start();
+  void Stop();
+  bool IsOpen() const noexcept { return file_ != nullptr; }
+
+  // Appends prefix, text and CR LF; does nothing while the file is not open.
+  void WriteDebug(std::string_view prefix, std::string_view text = {});
+
+ private:
+  FileSystem& files_;
+  std::string directory_;
+  std::unique_ptr<File> file_;
+  std::string line_;
+};
+
+}  // namespace quillon

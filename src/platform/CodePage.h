@@ -1,0 +1,25 @@
+// Where bytes of the wire and of ANSI files become text, and text such bytes.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quillon {
+
+class CodePage {
+ public:
+  virtual ~CodePage() = default;
+
+  // Every byte string has a text, and ToBytes of it gives the same bytes back when the code page
+  // has one byte per character.
+  virtual std::string ToText(std::string_view bytes) const = 0;
+
+  // What the code page does not hold becomes its replacement character ('?').
+  virtual std::string ToBytes(std::string_view text) const = 0;
+};
+
+// The ANSI code page of the system: Windows-1252 on Linux.
+std::unique_ptr<CodePage> MakeAnsiCodePage();
+
+}  // namespace quillon
