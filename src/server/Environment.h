@@ -8,21 +8,25 @@
 
 namespace quillon {
 
+class CodePage;
 class FileSystem;
 class MessageBoxPort;
 class MailSystems;
 class ProtocolLog;
+class Workstation;
 class clsINIUtilities;
 
 struct ProductInfo {
-  std::string version;         // the version text, as in "1.0"
-  std::string directory;       // of the executable, without a trailing backslash
-  std::string defaultProfile;  // the default Active Messaging profile of the workstation
+  std::string version;      // the version text, as in "1.0"
+  std::string fileVersion;  // as in "1.0.0.0"
+  std::string directory;    // of the executable, without a trailing backslash
 };
 
 struct Environment {
   SharedState& shared;
   FileSystem& files;
+  CodePage& codePage;
+  Workstation& workstation;
   MessageBoxPort& messageBox;
   MailSystems& mailSystems;
   clsINIUtilities& configuration;

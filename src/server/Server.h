@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/ShortBool.h"
@@ -11,6 +12,7 @@
 #include "mail/InstanceState.h"
 #include "server/Dispatch.h"
 #include "server/Environment.h"
+#include "server/ErrorFrame.h"
 #include "server/Property.h"
 
 namespace quillon {
@@ -99,9 +101,35 @@ class Server {
   void FolderObject();
 
  private:
+  using Recipients = std::vector<std::string> MessageBuffers::*;
+  void AddRecipients(const char* member, Recipients list, const std::string& text,
+                     std::int32_t fullCode);
+
+  void PutSpecial(Property property, const Value& value);
+  std::int32_t UnreadCount();
+  std::int32_t SessionHandle();
+  void PutSessionHandle(std::int32_t handle);
+  void SwitchLog();
+
+  const HeaderRecord& CurrentHeader() const;
+  void RequireHeader() const;
+  void MoveCopy(const char* member, const std::string& folder, bool copy);
+  std::string Resolve(const char* member, const std::string& name, bool withAddress);
+  std::vector<std::string> Folders(const std::string& parent, std::int16_t returnSpecs,
+                                   std::int16_t allCategories);
+
+  // A member that is one call of a back end.
+  template <typename Call>
+  void Operate(const char* member, Operation operation, Call&& call) {
+    frame_.Run(member, MemberKind::Method,
+               [&] { dispatch_.Run(operation, std::forward<Call>(call)); });
+  }
+
   InstanceState state_;
   Environment& environment_;
   Dispatch dispatch_;
+  ErrorFrame frame_;
+  Value commandResult_ = std::string();
 };
 
 }  // namespace quillon

@@ -1,0 +1,59 @@
+#include "core/RecipientText.h"
+
+#include <array>
+
+#include "core/Text.h"
+
+namespace quillon {
+
+namespace {
+
+// Where the closing character of a group stands; each kind is looked for at most once past its last occurrence, so
+// that a text of many unclosed groups still takes linear time.
+class GroupEnds {
+ public:
+  explicit GroupEnds(std::string_view text) : text_(text) {}
+
+  std::size_t Find(char close, std::size_t from) {
+    const auto kind = static_cast<unsigned char>(close);
+    if (missing_[kind]) return std::string_view::npos;
+    const auto end = text_.find(close, from);
+    missing_[kind] = end == std::string_view::npos;
+    return end;
+  }
+
+ private:
+  std::string_view text_;
+  std::array<bool, 256> missing_{};
+};
+
+}  // namespace
+
+std::vector<std::string> SplitRecipients(std::string_view text, std::string_view delimiter,
+                                         std::string_view brackets) {
+  std::vector<std::string> recipients;
+  GroupEnds ends(text);
+  std::size_t start = 0;
+  const auto take = [&](std::size_t end) {
+    if (const auto part = Trim(text.substr(start, end - start)); !part.empty()) {
+      recipients.emplace_back(part);
+    }
+  };
+  for (std::size_t at = 0; at < text.size();) {
+    if (!delimiter.empty() && text.substr(at).starts_with(delimiter)) {
+      take(at);
+      at += delimiter.size();
+      start = at;
+      continue;
+    }
+    char close = 0;
+    if (text[at] == '"') close = '"';
+    if (brackets.size() == 2 && text[at] == brackets[0]) close = brackets[1];
+    const auto end = close != 0 ? ends.Find(close, at + 1) : std::string_view::npos;
+    at = (end == std::string_view::npos ? at : end) + 1;
+  }
+  take(text.size());
+  return recipients;
+}
+
+}  // namespace quillon

@@ -1,0 +1,15 @@
+// UTF-8 and UTF-16. Every sequence of UTF-16 units survives the way to UTF-8 and back, unpaired surrogates included:
+// those stand as three bytes each, the form known as WTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillon {
+
+std::string Utf8FromUtf16(std::u16string_view units);
+
+// Bytes that are not UTF-8 become U+FFFD, one for each.
+std::u16string Utf16FromUtf8(std::string_view text);
+
+}  // namespace quillon

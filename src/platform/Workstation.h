@@ -1,0 +1,37 @@
+// What is installed on this workstation: mail libraries, automation objects, and the settings that tell where they are.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace quillon {
+
+struct LibraryInfo {
+  std::string maker;        // the CompanyName of its version record; may be empty
+  std::string fileVersion;  // as in "1.0.2536.0"; may be empty
+};
+
+class Workstation {
+ public:
+  virtual ~Workstation() = default;
+
+  // Whether the library can be loaded; it is freed again at once. A directory that is not empty is the current one
+  // meanwhile, so that the library's companions are found there.
+  virtual bool LibraryLoads(const std::string& name, const std::string& directory) = 0;
+
+  // The version record of a library on the search path; no value when there is no such library.
+  virtual std::optional<LibraryInfo> DescribeLibrary(const std::string& name) = 0;
+
+  virtual bool ObjectCreates(const std::string& progId) = 0;
+
+  // The number in a new object's "version" property; no value when object or property is missing.
+  virtual std::optional<double> ObjectVersion(const std::string& progId) = 0;
+
+  // A value of the user's WIN.INI, or the empty text.
+  virtual std::string ProfileValue(const std::string& section, const std::string& key) = 0;
+
+  // A text of the current user's registry, or the empty text.
+  virtual std::string UserRegistryText(const std::string& key, const std::string& value) = 0;
+};
+
+}  // namespace quillon

@@ -1,0 +1,72 @@
+// Routes each mail-system operation of one Server instance to the back end of its current mail system.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "core/ServerError.h"
+#include "mail/BackEnd.h"
+
+namespace quillon {
+
+struct Environment;
+
+// A failure that a back end has reported: folded into the public numbers, and already shown to the user by the back
+// end when error display is on.
+class MailSystemError : public ServerError {
+ public:
+  using ServerError::ServerError;
+};
+
+class Dispatch {
+ public:
+  Dispatch(InstanceState& state, Environment& environment);
+
+  // Changes the mail system and puts its family's session handle in place of the old one's; throws 529 for an
+  // identifier that is none.
+  void SelectSystem(std::int32_t system);
+
+  // Whether a mail system is present; each family is probed once in the life of the instance.
+  bool Query(MailSystemId system);
+
+  // Selects the first mail system that is present and that this build can serve; none leaves the choice as it was.
+  void Detect();
+
+  // Detects when no mail system is chosen yet; throws 515 when there is none.
+  void EnsureSystem();
+
+  bool Supports(Operation operation) const;
+
+  // Calls `operation` of the current back end as call(backEnd, request) and raises what it reports; throws 530 when
+  // the mail system has no such operation.
+  template <typename Call>
+  void Run(Operation operation, Call&& call) {
+    EnsureSystem();
+    const auto system = state_.mailSystem;
+    auto& backEnd = Require(operation);
+    MailRequest request = Request();
+    const std::int32_t result = std::forward<Call>(call)(backEnd, request);
+    if (result != kBackEndSuccess) Fail(system, result);
+  }
+
+  // The handle kept for a family while another mail system is current.
+  std::int32_t SavedHandle(MailFamily family) const;
+
+  // Keeps the current handle under its family.
+  void SaveHandle();
+
+ private:
+  BackEnd& Require(Operation operation) const;
+  MailRequest Request() const;
+  [[noreturn]] void Fail(MailSystemId system, std::int32_t result) const;
+
+  InstanceState& state_;
+  Environment& environment_;
+  std::map<MailFamily, bool> presence_;
+  std::map<MailFamily, std::int32_t> handles_;
+};
+
+}  // namespace quillon

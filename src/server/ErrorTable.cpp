@@ -1,0 +1,102 @@
+#include "server/ErrorTable.h"
+
+#include <array>
+
+#include "core/ErrorRow.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::array kTexts{
+    ErrorRow{515, "No mail system was detected."},
+    ErrorRow{516, "No addressees were specified."},
+    ErrorRow{517, "Too many Bcc recipients."},
+    ErrorRow{518, "Too many Cc recipients."},
+    ErrorRow{519, "Too many To recipients."},
+    ErrorRow{520, "Too many attachments."},
+    ErrorRow{521, "Attachment does not exist."},
+    ErrorRow{522, "The user aborted the operation."},
+    ErrorRow{529, "Invalid property value."},
+    ErrorRow{530, "Operation not supported by this mail system."},
+    ErrorRow{532, "No valid message headers have been loaded."},
+    ErrorRow{533, "Message index is not valid."},
+    ErrorRow{534, "Error while zipping files.  Is disk full?"},
+    ErrorRow{535, "Error while encoding files.  Is disk full?"},
+    ErrorRow{538, "No asynchronous notification object has been registered."},
+    ErrorRow{540, "You cannot execute an asynchronous method while another is in progress."},
+    ErrorRow{541,
+             "You cannot execute an asynchronous method until after the "
+             "AsynchNotification method exits back to Quillon."},
+    ErrorRow{542, "Unable to register asynchronous notification object."},
+    ErrorRow{544, "Insufficient login information."},
+    ErrorRow{545, "Reserved header."},
+    ErrorRow{546, "Post office directory does not exist."},
+    ErrorRow{547, "File not specified."},
+    ErrorRow{548, "File does not exist."},
+    ErrorRow{551, "Data needed for this operation was not provided."},
+    ErrorRow{750, "The Address Book MailObject property is not set or is nothing."},
+    ErrorRow{751, "The Address Book is not open."},
+    ErrorRow{752, "No mail system was detected."},
+    ErrorRow{753, "No Address Book support for this mail system."},
+    ErrorRow{754, "Address Book function not supported for this mail system."},
+};
+
+struct DecodeRange {
+  std::int32_t first;
+  std::int32_t last;
+  MailSystemId system;
+  std::int32_t reduction;
+};
+
+constexpr std::array kDecodeRanges{
+    DecodeRange{0, 599, 0, 0},
+    DecodeRange{750, 759, 0, 0},
+    DecodeRange{2000, 2999, mail_system::kSimpleMapi, 2000},
+    DecodeRange{3000, 3999, mail_system::kVines, 0},
+    DecodeRange{4000, 4999, mail_system::kVim, 4000},
+    DecodeRange{5000, 5999, mail_system::kMhs, 5000},
+    DecodeRange{6000, 6999, mail_system::kInternet, 6000},
+    DecodeRange{7000, 7999, 12, 7000},
+    DecodeRange{8000, 8999, mail_system::kActiveMessaging, 8000},
+    DecodeRange{9000, 9999, mail_system::kNotes, 9000},
+    DecodeRange{0x40200, 0x40200, mail_system::kActiveMessaging, 8000},
+};
+
+constexpr std::int32_t kInterfaceErrorLimit = 100000;
+
+std::int32_t BaseOf(MailSystemId system, std::int32_t interfaceError) {
+  switch (system) {
+    case 1: case 5: case 8: return 2000;
+    case 2: return 4000;
+    case 3: case 4: return 5000;
+    case 6: case 7: case 10: return 6000;
+    case 9: return 8000;
+    case 11: return interfaceError >= 4000 && interfaceError < 7000 ? 5000 : 2000;
+    case 30: return 10000;
+    case 40: return 11000;
+    default: return 0;
+  }
+}
+
+}  // namespace
+
+std::string ErrorText(std::int32_t code) { return FindErrorText(kTexts, code); }
+
+std::int32_t ErrorBase(MailSystemId system, std::int32_t& interfaceError) {
+  if (interfaceError < -kInterfaceErrorLimit || interfaceError > kInterfaceErrorLimit) {
+    interfaceError = 0;
+  }
+  return interfaceError + BaseOf(system, interfaceError);
+}
+
+CodeOrigin OriginOfCode(std::int64_t code) {
+  for (const auto& range : kDecodeRanges) {
+    if (code >= range.first && code <= range.last) {
+      return {range.system, static_cast<std::int32_t>(code - range.reduction)};
+    }
+  }
+  return {mail_system::kNone, static_cast<std::int32_t>(code)};
+}
+
+}  // namespace quillon

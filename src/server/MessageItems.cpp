@@ -1,0 +1,133 @@
+#include "server/MessageItems.h"
+
+#include <array>
+
+#include "core/RecipientText.h"
+#include "core/ServerError.h"
+#include "server/ErrorTable.h"
+
+namespace quillon {
+
+namespace {
+
+using Items = std::vector<std::string>;
+
+[[noreturn]] void UnknownType() {
+  throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
+}
+
+Items TextItem(const std::string& text) { return text.empty() ? Items{} : Items{text}; }
+
+// The recipients of a received header field, which are always separated by commas.
+Items AddressItems(const std::string& field) { return SplitRecipients(field, ",", "<>"); }
+
+template <std::string Attachment::*Field>
+Items AttachmentItems(const MessageBuffers& message) {
+  Items items;
+  items.reserve(message.attachments.size());
+  for (const auto& attachment : message.attachments) items.push_back(attachment.*Field);
+  return items;
+}
+
+struct MessageItemRow {
+  std::int32_t type;
+  Items (*read)(const MessageBuffers&);
+};
+
+constexpr std::array kMessageItems{
+    MessageItemRow{message_item::kTo, [](const MessageBuffers& m) { return m.to; }},
+    MessageItemRow{message_item::kCc, [](const MessageBuffers& m) { return m.cc; }},
+    MessageItemRow{message_item::kBcc, [](const MessageBuffers& m) { return m.bcc; }},
+    MessageItemRow{message_item::kSubject,
+                   [](const MessageBuffers& m) { return TextItem(m.subject); }},
+    MessageItemRow{message_item::kMessage,
+                   [](const MessageBuffers& m) { return TextItem(m.body); }},
+    MessageItemRow{message_item::kAttachments, AttachmentItems<&Attachment::file>},
+    MessageItemRow{message_item::kAttachmentNames, AttachmentItems<&Attachment::displayName>},
+    MessageItemRow{message_item::kOriginator,
+                   [](const MessageBuffers& m) { return TextItem(m.from); }},
+    MessageItemRow{message_item::kDateSent,
+                   [](const MessageBuffers& m) { return TextItem(m.dateSent); }},
+    MessageItemRow{message_item::kRefusedRecipients,
+                   [](const MessageBuffers& m) { return m.refusedRecipients; }},
+    MessageItemRow{message_item::kReplyTo,
+                   [](const MessageBuffers& m) { return TextItem(m.replyTo); }},
+    MessageItemRow{message_item::kAuxiliaryText,
+                   [](const MessageBuffers& m) { return TextItem(m.auxiliaryText); }},
+};
+
+struct HeaderItemRow {
+  std::int32_t type;
+  Items (*read)(const HeaderRecord&);
+};
+
+template <std::string HeaderRecord::*Field>
+Items FieldItem(const HeaderRecord& header) {
+  return TextItem(header.*Field);
+}
+
+constexpr std::array kHeaderItems{
+    HeaderItemRow{1, [](const HeaderRecord& h) { return AddressItems(h.to); }},
+    HeaderItemRow{2, [](const HeaderRecord& h) { return AddressItems(h.cc); }},
+    HeaderItemRow{4, FieldItem<&HeaderRecord::subject>},
+    HeaderItemRow{9, FieldItem<&HeaderRecord::originator>},
+    HeaderItemRow{10, FieldItem<&HeaderRecord::dateText>},
+    HeaderItemRow{20, FieldItem<&HeaderRecord::number>},
+    HeaderItemRow{21, FieldItem<&HeaderRecord::messageId>},
+    HeaderItemRow{22, FieldItem<&HeaderRecord::uniqueId>},
+    HeaderItemRow{23, FieldItem<&HeaderRecord::status>},
+    HeaderItemRow{24, FieldItem<&HeaderRecord::replyAddress>},
+    HeaderItemRow{25, [](const HeaderRecord& h) { return Items{std::to_string(h.priority)}; }},
+    HeaderItemRow{26,
+                  [](const HeaderRecord& h) {
+                    return TextItem(h.size.empty() ? h.contentLength : h.size);
+                  }},
+    HeaderItemRow{27,
+                  [](const HeaderRecord& h) { return Items{std::to_string(h.receiptRequested)}; }},
+    HeaderItemRow{28, FieldItem<&HeaderRecord::contentType>},
+    HeaderItemRow{29, FieldItem<&HeaderRecord::mailer>},
+};
+
+template <typename Rows, typename Source>
+Items ReadItems(const Rows& rows, const Source& source, std::int32_t itemType) {
+  for (const auto& row : rows) {
+    if (row.type == itemType) return row.read(source);
+  }
+  UnknownType();
+}
+
+}  // namespace
+
+std::vector<std::string> ItemsOfMessage(const MessageBuffers& message, std::int32_t itemType) {
+  return ReadItems(kMessageItems, message, itemType);
+}
+
+std::vector<std::string> ItemsOfHeader(const HeaderRecord& header, std::int32_t itemType) {
+  return ReadItems(kHeaderItems, header, itemType);
+}
+
+void ClearItems(MessageBuffers& message, std::int32_t itemType) {
+  switch (itemType) {
+    case message_item::kTo: message.to.clear(); break;
+    case message_item::kCc: message.cc.clear(); break;
+    case message_item::kBcc: message.bcc.clear(); break;
+    case message_item::kSubject: message.subject.clear(); break;
+    case message_item::kMessage: message.body.clear(); break;
+    case message_item::kAttachments: message.attachments.clear(); break;
+    case message_item::kAuxiliaryText: message.auxiliaryText.clear(); break;
+    default: UnknownType();
+  }
+}
+
+void ClearMessage(MessageBuffers& message) {
+  for (const auto type : {message_item::kTo, message_item::kCc, message_item::kBcc,
+                          message_item::kSubject, message_item::kMessage,
+                          message_item::kAttachments, message_item::kAuxiliaryText}) {
+    ClearItems(message, type);
+  }
+  message.alternatives.clear();
+  message.xHeaders.clear();
+  message.refusedRecipients.clear();
+}
+
+}  // namespace quillon

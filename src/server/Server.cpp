@@ -1,0 +1,167 @@
+// Creation, termination and composition.
+#include "server/Server.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <span>
+#include <string_view>
+
+#include "core/RecipientText.h"
+#include "core/Text.h"
+#include "internet/ProtocolLog.h"
+#include "platform/FileSystem.h"
+#include "server/ErrorTable.h"
+#include "server/MailSystems.h"
+#include "server/MessageFile.h"
+#include "server/MessageItems.h"
+
+namespace quillon {
+
+namespace {
+
+// The counts of the public interface are short integers.
+constexpr std::size_t kListLimit = std::numeric_limits<std::int16_t>::max();
+
+// The header fields that the server writes itself.
+constexpr std::array<std::string_view, 16> kReservedHeaders{
+    "Date",        "From",        "To",
+    "Cc",          "Subject",     "MIME-version",
+    "Reply-To",    "Content-Type", "Content-Transfer-Encoding",
+    "X-Priority",  "X-MSMail-Priority", "X-Interface",
+    "X-Mailer",    "X-SpecialBuild",    "Return-Receipt-To",
+    "Disposition-Notification-To",
+};
+
+bool IsReservedHeader(std::string_view name) {
+  const auto prefixed = "X-" + std::string(name);
+  return std::any_of(kReservedHeaders.begin(), kReservedHeaders.end(), [&](auto reserved) {
+    return EqualsIgnoreCase(reserved, name) || EqualsIgnoreCase(reserved, prefixed);
+  });
+}
+
+// RFC 5322, section 3.6.8: printable US-ASCII without the colon.
+bool IsFieldName(std::string_view name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+    return c > ' ' && c <= '~' && c != ':';
+  });
+}
+
+[[noreturn]] void InvalidParameter() {
+  throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
+}
+
+}  // namespace
+
+Server::Server(Environment& environment)
+    : environment_(environment), dispatch_(state_, environment), frame_(state_, environment) {
+  auto& shared = environment_.shared;
+  ++shared.instanceCount;
+  shared.internet = InternetSettings();
+  shared.message.auxiliaryText.clear();
+  state_.xMailer = "Quillon v" + environment_.product.version;
+}
+
+Server::~Server() {
+  if (--environment_.shared.instanceCount > 0) return;
+  try {
+    dispatch_.SaveHandle();
+    environment_.mailSystems.Shutdown(
+        [this](MailFamily family) { return dispatch_.SavedHandle(family); });
+    environment_.protocolLog.Stop();
+  } catch (const std::exception&) {
+    // There is no caller left to hear of it.
+  }
+}
+
+void Server::AddRecipients(const char* member, Recipients list, const std::string& text,
+                           std::int32_t fullCode) {
+  frame_.Run(member, MemberKind::Method, [&] {
+    auto& recipients = environment_.shared.message.*list;
+    for (auto& recipient :
+         SplitRecipients(text, state_.recipientDelimiter, state_.recipientBrackets)) {
+      if (recipients.size() >= kListLimit) throw ServerError(fullCode);
+      recipients.push_back(std::move(recipient));
+    }
+  });
+}
+
+void Server::AddRecipientTo(const std::string& theRecipient) {
+  AddRecipients("AddRecipientTo", &MessageBuffers::to, theRecipient, error_code::kTooManyTo);
+}
+
+void Server::AddRecipientCc(const std::string& theRecipient) {
+  AddRecipients("AddRecipientCc", &MessageBuffers::cc, theRecipient, error_code::kTooManyCc);
+}
+
+void Server::AddRecipientBcc(const std::string& theRecipient) {
+  AddRecipients("AddRecipientBcc", &MessageBuffers::bcc, theRecipient, error_code::kTooManyBcc);
+}
+
+void Server::AddAttachment(const std::string& theAttachment) {
+  frame_.Run("AddAttachment", MemberKind::Method, [&] {
+    auto file = TrimmedCopy(theAttachment);
+    if (file.empty()) return;
+    if (!environment_.files.FileExists(file)) throw ServerError(error_code::kNoAttachment);
+    auto& attachments = environment_.shared.message.attachments;
+    if (attachments.size() >= kListLimit) throw ServerError(error_code::kTooManyAttachments);
+    std::string name(FileNameOf(file));
+    attachments.push_back({std::move(file), std::move(name)});
+  });
+}
+
+void Server::AddAlternative(const std::string& theAlternative, const std::string& contentType,
+                            std::int16_t) {
+  frame_.Run("AddAlternative", MemberKind::Method, [&] {
+    auto file = TrimmedCopy(theAlternative);
+    auto type = TrimmedCopy(contentType);
+    if (file.empty() || type.empty()) InvalidParameter();
+    if (!environment_.files.FileExists(file)) {
+      throw ServerError(error_code::kNoAttachment, "Alternative " + file + " does not exist.");
+    }
+    environment_.shared.message.alternatives.push_back({std::move(file), std::move(type)});
+  });
+}
+
+void Server::AddXHeader(const std::string& theName, const std::string& theValue) {
+  frame_.Run("AddXHeader", MemberKind::Method, [&] {
+    auto name = TrimmedCopy(theName);
+    if (IsReservedHeader(name)) throw ServerError(error_code::kReservedHeader);
+    if (!IsFieldName(name)) InvalidParameter();
+    environment_.shared.message.xHeaders.push_back({std::move(name), theValue});
+  });
+}
+
+void Server::NewMessage() {
+  frame_.Run("NewMessage", MemberKind::Method,
+             [&] { ClearMessage(environment_.shared.message); });
+}
+
+void Server::NewMessagePost() {
+  frame_.Run("NewMessagePost", MemberKind::Method,
+             [&] { ClearMessage(environment_.shared.message); });
+}
+
+void Server::LoadMessageFromFile(const std::string& fileSpec) {
+  frame_.Run("LoadMessageFromFile", MemberKind::Method, [&] {
+    const auto path = TrimmedCopy(fileSpec);
+    if (path.empty()) throw ServerError(error_code::kFileNotSpecified);
+    if (!environment_.files.FileExists(path)) throw ServerError(error_code::kNoFile);
+    const auto bytes = ReadWholeFile(environment_.files, path);
+    if (!bytes) throw ServerError(error_code::kFileAccess);
+    environment_.shared.message.body = DecodeMessageFile(*bytes, environment_.codePage);
+  });
+}
+
+void Server::SaveMessageToFile(const std::string& fileSpec) {
+  frame_.Run("SaveMessageToFile", MemberKind::Method, [&] {
+    const auto path = TrimmedCopy(fileSpec);
+    if (path.empty()) throw ServerError(error_code::kFileNotSpecified);
+    const auto bytes = EncodeMessageFile(environment_.shared.message.body, environment_.codePage);
+    if (!WriteWholeFile(environment_.files, path, bytes)) {
+      throw ServerError(error_code::kFileAccess);
+    }
+  });
+}
+
+}  // namespace quillon
