@@ -1,0 +1,21 @@
+#!/bin/bash
+# ./dev check: everything that is checked without running a test. All checks run; any that fails
+# fails the whole.
+set -uo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+failed=0
+
+check() {
+  printf '== %s\n' "$1"
+  shift
+  "$@" || failed=1
+}
+formatting() {
+  git ls-files -z -- '*.cpp' '*.h' | xargs -0 -r clang-format-14 --dry-run -Werror
+}
+
+check "formatting" formatting
+check "layers" python3 tools/check_layers.py
+check "documents" python3 tools/check_docs.py
+check "clang-tidy" python3 tools/tidy.py
+exit $failed

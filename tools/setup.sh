@@ -1,0 +1,81 @@
+#!/bin/bash
+# Installs what this project needs and the machine lacks: Debian packages, and the private Wine in
+# the cache directory. Run again it finds nothing to do.
+set -euo pipefail
+tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+. "$tools/wine/env.sh"
+
+packages=(
+  # the two builds
+  g++ cmake ninja-build g++-mingw-w64-i686-posix mingw-w64-tools googletest
+  # checks and fuzzing
+  clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev git
+  # the private Wine and the tests that run in it
+  libc6-i386 xvfb python3 ca-certificates debian-archive-keyring
+  # the mail road: other people's servers and clients
+  dovecot-pop3d mpop
+  # what the benchmarks compare with
+  libcurl4-openssl-dev zlib1g-dev
+)
+
+say() { printf 'setup: %s\n' "$*"; }
+die() { printf 'setup: %s\n' "$*" >&2; exit 1; }
+
+# dpkg-query fails when one of them is unknown to it, which is no failure here.
+missing_packages() {
+  local installed
+  installed=$(dpkg-query -W -f '${Package} ${Status}\n' "${packages[@]}" 2> /dev/null \
+    | sed -n 's/ install ok installed$//p') || true
+  printf '%s\n' "${packages[@]}" | grep -vxF "${installed:--}" || true
+}
+
+# Exim is the mail server of the tests. On a machine that has another one it would be replaced, so
+# there the tests do without.
+add_exim() {
+  local other
+  other=$(dpkg-query -W -f '${Package} ${db:Status-Abbrev} ${Provides}\n' 2> /dev/null \
+    | awk '$2 == "ii" && /mail-transport-agent/ && $1 !~ /^exim4/ { print $1; exit }')
+  if [ -z "$other" ]; then
+    packages+=(exim4-daemon-light)
+  else
+    say "$other is this machine's mail server: Exim is left out, and the tests that need it"
+  fi
+}
+
+# Services that come with a package are not started: the tests run their own.
+install_packages() {
+  local root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo > /dev/null || die "missing packages: $*; install them as root, or install sudo"
+    root=(sudo)
+  fi
+  say "installing $*"
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive bash -euc '
+    policy=/usr/sbin/policy-rc.d
+    if [ ! -e $policy ]; then
+      trap "rm -f $policy" EXIT
+      printf "#!/bin/sh\nexit 101\n" > $policy
+      chmod +x $policy
+    fi
+    apt-get -qq update || echo "setup: some package indexes could not be read" >&2
+    apt-get -qq -o DPkg::Lock::Timeout=300 -o Acquire::Retries=5 install -y \
+      --no-install-recommends "$@"
+  ' setup "$@" < /dev/null > "$scratch/apt.log" 2>&1 \
+    || { tail -n 20 "$scratch/apt.log" >&2; die "apt-get could not install: $*"; }
+}
+
+command -v apt-get > /dev/null || die "this needs Debian 12: apt-get is missing"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+add_exim
+missing=$(missing_packages)
+# shellcheck disable=SC2086  # one word per package
+[ -z "$missing" ] || install_packages $missing
+
+mkdir -p "$QUILLON_CACHE/wine"
+exec 8> "$QUILLON_CACHE/wine/setup.lock"
+flock 8
+"$tools/wine/layout.sh" "$wine_root"
+"$tools/wine/prefix.sh"
+[ "${1:-}" = --quiet ] || say "everything is there"

@@ -1,0 +1,27 @@
+#!/bin/bash
+# dev-wine.sh PROGRAM [ARG...]: a Windows program in the developer's prefix, where the server of
+# build/windows is registered. An argument that is an absolute Linux path goes on as Z:\....
+set -uo pipefail
+. "$(dirname "${BASH_SOURCE[0]}")/env.sh"
+top=$(cd "$wine_tools/../.." && pwd)
+
+case ${1:-} in
+  '') wine_die "usage: ./dev wine PROGRAM [ARGUMENT...] | --stop" ;;
+  --stop) wine_stop; exit ;;
+esac
+[ -d "$wine_template" ] || "$top/tools/setup.sh" >&2 || exit
+wine_ready
+server=$top/build/windows/quillon.exe
+[ ! -f "$server" ] || wine_register "$server"
+
+# "/tmp/x.vbs" is a path; "/c" and "//nologo" are switches.
+arguments=()
+for argument in "$@"; do
+  case $argument in
+    //* | /) ;;
+    /*/*) [ ! -d "${argument%/*}" ] || argument="Z:${argument//\//\\}" ;;
+  esac
+  arguments+=("$argument")
+done
+wine_environment
+exec "$wine_root/usr/lib/wine/wine" "${arguments[@]}"
