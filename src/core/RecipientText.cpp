@@ -8,8 +8,8 @@ namespace quillon {
 
 namespace {
 
-// Where the closing character of a group stands; each kind is looked for at most once past its last occurrence, so
-// that a text of many unclosed groups still takes linear time.
+// Where the closing character of a group stands; each kind is looked for at most once past its last
+// occurrence, so that a text of many unclosed groups still takes linear time.
 class GroupEnds {
  public:
   explicit GroupEnds(std::string_view text) : text_(text) {}

@@ -1,5 +1,5 @@
-// The failures a member can leave with. ServerError is the public error shape (code and text); ConversionError says
-// that a client's value is not of the type that a property or argument takes.
+// The failures a member can leave with. ServerError is the public error shape (code and text);
+// ConversionError says that a client's value is not of the type that a property or argument takes.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,9 @@
 
 namespace quillon {
 
-// Raised with one of the server's own codes (515 to 599, 750 to 759) or with a folded mail-system number. The public
-// number is 0x80040000 + code; an empty text stands for the text of the message table.
+// Raised with one of the server's own codes (515 to 599, 750 to 759) or with a folded mail-system
+// number. The public number is 0x80040000 + code; an empty text stands for the text of the message
+// table.
 class ServerError : public std::exception {
  public:
   explicit ServerError(std::int32_t code, std::string text = {})

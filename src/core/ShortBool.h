@@ -10,6 +10,8 @@ using ShortBool = std::int16_t;
 inline constexpr ShortBool kTrue = -1;
 inline constexpr ShortBool kFalse = 0;
 
-constexpr ShortBool ToShortBool(bool value) noexcept { return value ? kTrue : kFalse; }
+constexpr ShortBool ToShortBool(bool value) noexcept {
+  return value ? kTrue : kFalse;
+}
 
 }  // namespace quillon

@@ -6,7 +6,9 @@ namespace quillon {
 
 namespace {
 
-char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char UpperChar(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
 
 }  // namespace
 
@@ -16,7 +18,9 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-std::string TrimmedCopy(std::string_view text) { return std::string(Trim(text)); }
+std::string TrimmedCopy(std::string_view text) {
+  return std::string(Trim(text));
+}
 
 std::string UpperAscii(std::string_view text) {
   std::string upper(text);

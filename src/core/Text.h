@@ -1,4 +1,5 @@
-// Small helpers for UTF-8 text. Case is folded for ASCII letters only, which is what keywords and field names need.
+// Small helpers for UTF-8 text. Case is folded for ASCII letters only, which is what keywords and
+// field names need.
 #pragma once
 
 #include <cstddef>

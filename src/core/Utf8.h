@@ -1,5 +1,5 @@
-// UTF-8 and UTF-16. Every sequence of UTF-16 units survives the way to UTF-8 and back, unpaired surrogates included:
-// those stand as three bytes each, the form known as WTF-8.
+// UTF-8 and UTF-16. Every sequence of UTF-16 units survives the way to UTF-8 and back, unpaired
+// surrogates included: those stand as three bytes each, the form known as WTF-8.
 #pragma once
 
 #include <string>

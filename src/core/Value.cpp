@@ -15,8 +15,12 @@ namespace quillon {
 
 namespace {
 
-[[noreturn]] void TypeMismatch() { throw ConversionError(ConversionError::Reason::TypeMismatch); }
-[[noreturn]] void Overflow() { throw ConversionError(ConversionError::Reason::Overflow); }
+[[noreturn]] void TypeMismatch() {
+  throw ConversionError(ConversionError::Reason::TypeMismatch);
+}
+[[noreturn]] void Overflow() {
+  throw ConversionError(ConversionError::Reason::Overflow);
+}
 
 std::optional<double> ParseRadix(std::string_view digits, int base) {
   std::uint32_t number = 0;
@@ -26,7 +30,8 @@ std::optional<double> ParseRadix(std::string_view digits, int base) {
   return static_cast<double>(static_cast<std::int32_t>(number));
 }
 
-// A number as a script writes it: blanks around, a sign, decimals, an exponent, or &H and &O digits.
+// A number as a script writes it: blanks around, a sign, decimals, an exponent, or &H and &O
+// digits.
 std::optional<double> ParseNumber(std::string_view text) {
   text = Trim(text);
   if (text.size() > 2 && text[0] == '&') {
@@ -97,8 +102,12 @@ double ToDouble(const Value& value) {
       value);
 }
 
-std::int16_t ToInt16(const Value& value) { return ToInteger<std::int16_t>(value); }
-std::int32_t ToInt32(const Value& value) { return ToInteger<std::int32_t>(value); }
+std::int16_t ToInt16(const Value& value) {
+  return ToInteger<std::int16_t>(value);
+}
+std::int32_t ToInt32(const Value& value) {
+  return ToInteger<std::int32_t>(value);
+}
 
 std::string ToText(const Value& value) {
   return std::visit(

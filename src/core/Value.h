@@ -1,6 +1,6 @@
-// A value as an automation client passes or receives it, in plain C++: what a VARIANT holds, once the edge has taken
-// it apart. Conversions follow the automation rules (a number text is read as a number, a fraction is rounded half to
-// even, True is -1) and throw ConversionError.
+// A value as an automation client passes or receives it, in plain C++: what a VARIANT holds, once
+// the edge has taken it apart. Conversions follow the automation rules (a number text is read as a
+// number, a fraction is rounded half to even, True is -1) and throw ConversionError.
 #pragma once
 
 #include <cstdint>

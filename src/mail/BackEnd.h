@@ -1,9 +1,11 @@
-// The operations a mail system offers to the dispatch layer. A back end implements those its system has.
+// The operations a mail system offers to the dispatch layer. A back end implements those its system
+// has.
 //
-// Results: kBackEndSuccess (-1), or the number of the mail system's own interface, which the dispatch layer folds into
-// the public number space. A failure that is the server's own (a cancelled dialog 522, missing login data 544, a
-// refused operation 530 with a text of its own, ...) is thrown as ServerError and reaches the client unfolded.
-// An operation that needs a session logs in first.
+// Results: kBackEndSuccess (-1), or the number of the mail system's own interface, which the
+// dispatch layer folds into the public number space. A failure that is the server's own (a
+// cancelled dialog 522, missing login data 544, a refused operation 530 with a text of its own,
+// ...) is thrown as ServerError and reaches the client unfolded. An operation that needs a session
+// logs in first.
 #pragma once
 
 #include <cstdint>
@@ -52,8 +54,8 @@ class BackEnd {
   BackEnd(const BackEnd&) = delete;
   BackEnd& operator=(const BackEnd&) = delete;
 
-  // Whether this back end has the operation for the mail system of its family (operations not supported are never
-  // called).
+  // Whether this back end has the operation for the mail system of its family (operations not
+  // supported are never called).
   virtual bool Supports(MailSystemId system, Operation operation) const = 0;
 
   virtual std::int32_t Login(MailRequest& request);
@@ -81,8 +83,8 @@ class BackEnd {
 
   virtual void SetErrorDisplay(bool on);
 
-  // The last Server of the process is gone: log out and free what is held. `savedHandle` is its session handle of
-  // this family.
+  // The last Server of the process is gone: log out and free what is held. `savedHandle` is its
+  // session handle of this family.
   virtual void Shutdown(std::int32_t savedHandle);
 
   // The text of an interface number; empty when the system has none.

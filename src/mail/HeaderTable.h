@@ -1,4 +1,5 @@
-// The records that LoadMessageHeaders fills, one per message, in the order of messageIndex (from 0).
+// The records that LoadMessageHeaders fills, one per message, in the order of messageIndex (from
+// 0).
 #pragma once
 
 #include <cstdint>
@@ -9,26 +10,27 @@
 
 namespace quillon {
 
-// All texts. While a back end reads headers they hold the bytes of the wire; what stands in SharedState::headers is
-// UTF-8 text.
+// All texts. While a back end reads headers they hold the bytes of the wire; what stands in
+// SharedState::headers is UTF-8 text.
 struct HeaderRecord {
-  std::string number;            // what the back end needs to find the message again (POP3: its message number)
-  std::string uniqueId;          // the server's unique identifier (UIDL)
-  std::string dateText;          // formatted by dateFormat
+  std::string
+      number;  // what the back end needs to find the message again (POP3: its message number)
+  std::string uniqueId;  // the server's unique identifier (UIDL)
+  std::string dateText;  // formatted by dateFormat
   std::string subject;
   std::string originator;
   std::string to;
   std::string cc;
-  std::string status;            // as the "Status" field says
+  std::string status;  // as the "Status" field says
   std::string messageId;
   std::string replyAddress;
-  std::string contentLength;     // as the "Content-Length" field says
-  std::string size;              // bytes, where the back end knows them
+  std::string contentLength;  // as the "Content-Length" field says
+  std::string size;           // bytes, where the back end knows them
   std::string transferEncoding;
   std::string contentType;
   std::string mailer;
   ShortBool receiptRequested = kFalse;
-  std::int16_t priority = 3;     // 1 (highest) to 5
+  std::int16_t priority = 3;  // 1 (highest) to 5
 };
 
 using HeaderTable = std::vector<HeaderRecord>;

@@ -37,8 +37,9 @@ std::string OneLine(std::string_view value) {
 struct Place {
   bool sectionFound = false;
   bool keyFound = false;
-  std::size_t lineStart = 0;  // of the key's line, or the end of the section's last line that is not blank
-  std::size_t lineEnd = 0;    // after its line end
+  std::size_t lineStart =
+      0;  // of the key's line, or the end of the section's last line that is not blank
+  std::size_t lineEnd = 0;  // after its line end
   std::string_view value;
 };
 
@@ -91,8 +92,7 @@ std::uint8_t KeyByte(std::size_t position, std::uint8_t previous) {
 bool Write(FileSystem& files, const std::string& path, std::string_view text) {
   // Through a second file, so that a full disk does not cost the settings that are there.
   const std::string fresh = path + ".new";
-  const auto bytes =
-      std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+  const auto bytes = std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
   if (!WriteWholeFile(files, fresh, bytes)) return false;
   if (files.RenameFile(fresh, path)) return true;
   files.RemoveFile(fresh);
@@ -127,7 +127,8 @@ bool clsINIUtilities::WriteString(std::string_view section, std::string_view key
   const auto place = Locate(text, section, key);
   const auto line = std::string(key) + "=" + Quoted(OneLine(value)) + "\r\n";
   if (place.sectionFound) {
-    const bool lineOpen = !place.keyFound && place.lineStart > 0 && text[place.lineStart - 1] != '\n';
+    const bool lineOpen =
+        !place.keyFound && place.lineStart > 0 && text[place.lineStart - 1] != '\n';
     text.replace(place.lineStart, place.lineEnd - place.lineStart, (lineOpen ? "\r\n" : "") + line);
   } else {
     if (!text.empty() && text.back() != '\n') text += "\r\n";
@@ -199,7 +200,8 @@ bool clsINIUtilities::WriteScrambled(std::string_view section, std::string_view 
   std::string stored(kScrambleMark);
   std::uint8_t previous = 0;
   for (std::size_t i = 0; i < value.size(); ++i) {
-    previous = static_cast<std::uint8_t>(static_cast<unsigned char>(value[i]) ^ KeyByte(i, previous));
+    previous =
+        static_cast<std::uint8_t>(static_cast<unsigned char>(value[i]) ^ KeyByte(i, previous));
     stored += kHexDigits[previous >> 4U];
     stored += kHexDigits[previous & 15U];
   }
@@ -218,10 +220,14 @@ bool clsINIUtilities::WriteMailSystem(std::string_view section, std::string_view
 bool clsINIUtilities::WriteAttachmentEncoding(std::string_view section, std::string_view key,
                                               std::int16_t encoding) {
   switch (encoding) {
-    case 0: return WriteString(section, key, "NONE");
-    case 1: return WriteString(section, key, "UUENCODE");
-    case 2: return WriteString(section, key, "MIME");
-    default: return WriteNumber(section, key, encoding);
+    case 0:
+      return WriteString(section, key, "NONE");
+    case 1:
+      return WriteString(section, key, "UUENCODE");
+    case 2:
+      return WriteString(section, key, "MIME");
+    default:
+      return WriteNumber(section, key, encoding);
   }
 }
 

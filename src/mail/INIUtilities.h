@@ -1,8 +1,8 @@
-// The configuration file: sections of key = value lines. Every put is written through at once, and everything that
-// stands in the file stays as it was: other keys, comments, order, line ends.
+// The configuration file: sections of key = value lines. Every put is written through at once, and
+// everything that stands in the file stays as it was: other keys, comments, order, line ends.
 //
-// The file is read anew at every access, so that a change made by an editor or another process counts. It is UTF-8; a
-// file of an older program in the ANSI code page is read byte for byte.
+// The file is read anew at every access, so that a change made by an editor or another process
+// counts. It is UTF-8; a file of an older program in the ANSI code page is read byte for byte.
 #pragma once
 
 #include <cstdint>
@@ -38,15 +38,16 @@ class clsINIUtilities {
                           std::int32_t defaultValue);
   bool WriteNumber(std::string_view section, std::string_view key, std::int32_t value);
 
-  // For passwords: hidden from a glance at the file, not protected against somebody who wants to know. A value that
-  // was not written by WriteScrambled reads as empty.
+  // For passwords: hidden from a glance at the file, not protected against somebody who wants to
+  // know. A value that was not written by WriteScrambled reads as empty.
   std::string ReadScrambled(std::string_view section, std::string_view key);
   bool WriteScrambled(std::string_view section, std::string_view key, std::string_view value);
 
   MailSystemId ReadMailSystem(std::string_view section, std::string_view key);
   bool WriteMailSystem(std::string_view section, std::string_view key, MailSystemId system);
 
-  // "NONE", "MIME" or "UUENCODE" for the attachment encodings 0, 2 and 1; another value is written as its number.
+  // "NONE", "MIME" or "UUENCODE" for the attachment encodings 0, 2 and 1; another value is written
+  // as its number.
   bool WriteAttachmentEncoding(std::string_view section, std::string_view key,
                                std::int16_t encoding);
 

@@ -1,4 +1,5 @@
-// What belongs to one Server instance: login data, options and the chosen mail system, each with its default.
+// What belongs to one Server instance: login data, options and the chosen mail system, each with
+// its default.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// What all Server instances of one process share: the message being composed or just loaded, the loaded headers, and
-// the Internet settings.
+// What all Server instances of one process share: the message being composed or just loaded, the
+// loaded headers, and the Internet settings.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,8 @@
 
 namespace quillon {
 
-// One attachment: the file as the client gave it (or as it was written on receiving), and the name to show.
+// One attachment: the file as the client gave it (or as it was written on receiving), and the name
+// to show.
 struct Attachment {
   std::string file;
   std::string displayName;
@@ -45,7 +46,7 @@ struct MessageBuffers {
   ShortBool certify = kFalse;
   std::string auxiliaryText;
   std::vector<std::string> refusedRecipients;  // of the last Send
-  std::string rawHeaders;                      // header lines of the loaded message, each ending in CR LF
+  std::string rawHeaders;  // header lines of the loaded message, each ending in CR LF
 };
 
 // Reset to these defaults whenever any Server is created.

@@ -14,7 +14,7 @@ struct LoginFields {
 class LoginPrompt {
  public:
   enum class Answer {
-    Entered,      // the fields hold what the user typed
+    Entered,  // the fields hold what the user typed
     Cancelled,
     Unavailable,  // there is no user to ask
   };

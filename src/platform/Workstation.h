@@ -1,4 +1,5 @@
-// What is installed on this workstation: mail libraries, automation objects, and the settings that tell where they are.
+// What is installed on this workstation: mail libraries, automation objects, and the settings that
+// tell where they are.
 #pragma once
 
 #include <optional>
@@ -15,8 +16,8 @@ class Workstation {
  public:
   virtual ~Workstation() = default;
 
-  // Whether the library can be loaded; it is freed again at once. A directory that is not empty is the current one
-  // meanwhile, so that the library's companions are found there.
+  // Whether the library can be loaded; it is freed again at once. A directory that is not empty is
+  // the current one meanwhile, so that the library's companions are found there.
   virtual bool LibraryLoads(const std::string& name, const std::string& directory) = 0;
 
   // The version record of a library on the search path; no value when there is no such library.

@@ -11,8 +11,12 @@ namespace {
 
 // The order in which mail systems are looked for.
 constexpr std::array<MailSystemId, 7> kCandidates{
-    mail_system::kVines,           mail_system::kVim,        mail_system::kMhs,
-    mail_system::kCserve,          mail_system::kActiveMessaging, mail_system::kSimpleMapi,
+    mail_system::kVines,
+    mail_system::kVim,
+    mail_system::kMhs,
+    mail_system::kCserve,
+    mail_system::kActiveMessaging,
+    mail_system::kSimpleMapi,
     mail_system::kInternet,
 };
 
@@ -82,7 +86,9 @@ BackEnd& Dispatch::Require(Operation operation) const {
   return *environment_.mailSystems.Find(state_.mailSystem);
 }
 
-MailRequest Dispatch::Request() const { return {state_, environment_.shared}; }
+MailRequest Dispatch::Request() const {
+  return {state_, environment_.shared};
+}
 
 void Dispatch::Fail(MailSystemId system, std::int32_t result) const {
   auto textSystem = system;

@@ -1,4 +1,5 @@
-// Routes each mail-system operation of one Server instance to the back end of its current mail system.
+// Routes each mail-system operation of one Server instance to the back end of its current mail
+// system.
 #pragma once
 
 #include <array>
@@ -14,8 +15,8 @@ namespace quillon {
 
 struct Environment;
 
-// A failure that a back end has reported: folded into the public numbers, and already shown to the user by the back
-// end when error display is on.
+// A failure that a back end has reported: folded into the public numbers, and already shown to the
+// user by the back end when error display is on.
 class MailSystemError : public ServerError {
  public:
   using ServerError::ServerError;
@@ -25,14 +26,15 @@ class Dispatch {
  public:
   Dispatch(InstanceState& state, Environment& environment);
 
-  // Changes the mail system and puts its family's session handle in place of the old one's; throws 529 for an
-  // identifier that is none.
+  // Changes the mail system and puts its family's session handle in place of the old one's; throws
+  // 529 for an identifier that is none.
   void SelectSystem(std::int32_t system);
 
   // Whether a mail system is present; each family is probed once in the life of the instance.
   bool Query(MailSystemId system);
 
-  // Selects the first mail system that is present and that this build can serve; none leaves the choice as it was.
+  // Selects the first mail system that is present and that this build can serve; none leaves the
+  // choice as it was.
   void Detect();
 
   // Detects when no mail system is chosen yet; throws 515 when there is none.
@@ -40,8 +42,8 @@ class Dispatch {
 
   bool Supports(Operation operation) const;
 
-  // Calls `operation` of the current back end as call(backEnd, request) and raises what it reports; throws 530 when
-  // the mail system has no such operation.
+  // Calls `operation` of the current back end as call(backEnd, request) and raises what it reports;
+  // throws 530 when the mail system has no such operation.
   template <typename Call>
   void Run(Operation operation, Call&& call) {
     EnsureSystem();

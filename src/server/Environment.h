@@ -1,5 +1,6 @@
-// What a Server instance works with: the state shared by all instances and the ports of the process, each owned by the
-// program entry, which builds one Environment (a test builds as many as it likes).
+// What a Server instance works with: the state shared by all instances and the ports of the
+// process, each owned by the program entry, which builds one Environment (a test builds as many as
+// it likes).
 #pragma once
 
 #include <string>

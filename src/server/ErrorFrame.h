@@ -1,5 +1,5 @@
-// The frame around every public member: what fails inside leaves as a public code and text, and the debug box is shown
-// when error display is on.
+// The frame around every public member: what fails inside leaves as a public code and text, and the
+// debug box is shown when error display is on.
 #pragma once
 
 #include <exception>

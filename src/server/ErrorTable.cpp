@@ -67,21 +67,37 @@ constexpr std::int32_t kInterfaceErrorLimit = 100000;
 
 std::int32_t BaseOf(MailSystemId system, std::int32_t interfaceError) {
   switch (system) {
-    case 1: case 5: case 8: return 2000;
-    case 2: return 4000;
-    case 3: case 4: return 5000;
-    case 6: case 7: case 10: return 6000;
-    case 9: return 8000;
-    case 11: return interfaceError >= 4000 && interfaceError < 7000 ? 5000 : 2000;
-    case 30: return 10000;
-    case 40: return 11000;
-    default: return 0;
+    case 1:
+    case 5:
+    case 8:
+      return 2000;
+    case 2:
+      return 4000;
+    case 3:
+    case 4:
+      return 5000;
+    case 6:
+    case 7:
+    case 10:
+      return 6000;
+    case 9:
+      return 8000;
+    case 11:
+      return interfaceError >= 4000 && interfaceError < 7000 ? 5000 : 2000;
+    case 30:
+      return 10000;
+    case 40:
+      return 11000;
+    default:
+      return 0;
   }
 }
 
 }  // namespace
 
-std::string ErrorText(std::int32_t code) { return FindErrorText(kTexts, code); }
+std::string ErrorText(std::int32_t code) {
+  return FindErrorText(kTexts, code);
+}
 
 std::int32_t ErrorBase(MailSystemId system, std::int32_t& interfaceError) {
   if (interfaceError < -kInterfaceErrorLimit || interfaceError > kInterfaceErrorLimit) {

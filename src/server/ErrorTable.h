@@ -1,4 +1,5 @@
-// The public error numbers: the server's own codes and texts, and the place of each mail system's numbers among them.
+// The public error numbers: the server's own codes and texts, and the place of each mail system's
+// numbers among them.
 #pragma once
 
 #include <cstdint>
@@ -26,6 +27,7 @@ inline constexpr std::int32_t kInvalidValue = 529;
 inline constexpr std::int32_t kNotSupported = 530;
 inline constexpr std::int32_t kNoHeaders = 532;
 inline constexpr std::int32_t kBadMessageIndex = 533;
+inline constexpr std::int32_t kEncoding = 535;
 inline constexpr std::int32_t kNotRegistered = 538;
 inline constexpr std::int32_t kRegistration = 542;
 inline constexpr std::int32_t kReservedHeader = 545;
@@ -38,10 +40,12 @@ inline constexpr std::int32_t kDataMissing = 551;
 // The server's own text of a code, or the empty text.
 std::string ErrorText(std::int32_t code);
 
-// The public code of a mail system's own number, which is set to 0 when it lies outside -100000 to 100000.
+// The public code of a mail system's own number, which is set to 0 when it lies outside -100000 to
+// 100000.
 std::int32_t ErrorBase(MailSystemId system, std::int32_t& interfaceError);
 
-// A public code taken apart again. Not the mirror image of ErrorBase, on purpose: clients rely on both as they are.
+// A public code taken apart again. Not the mirror image of ErrorBase, on purpose: clients rely on
+// both as they are.
 struct CodeOrigin {
   MailSystemId system;
   std::int32_t interfaceError;

@@ -15,7 +15,8 @@ constexpr const char* kVimLibrary = "vim32.dll";
 constexpr const char* kActiveMessagingLibrary = "olemsg32.dll";
 constexpr const char* kActiveMessagingObject = "MAPI.Session";
 constexpr const char* kNotesObject = "Notes.NotesSession";
-constexpr double kActiveMessagingVersion = 1.1F;  // the single-precision value, which is a little more than 1.1
+constexpr double kActiveMessagingVersion =
+    1.1F;  // the single-precision value, which is a little more than 1.1
 
 // The part of a path up to its last backslash.
 std::string DirectoryOf(const std::string& path) {
@@ -27,7 +28,9 @@ std::string DirectoryOf(const std::string& path) {
 
 MailSystems::MailSystems(Workstation& workstation) : workstation_(workstation) {}
 
-void MailSystems::Add(MailFamily family, BackEnd& backEnd) { backEnds_[family] = &backEnd; }
+void MailSystems::Add(MailFamily family, BackEnd& backEnd) {
+  backEnds_[family] = &backEnd;
+}
 
 BackEnd* MailSystems::Find(MailSystemId system) const {
   const auto found = backEnds_.find(FamilyOf(system));
@@ -82,10 +85,14 @@ std::string MailSystems::MailErrorText(MailSystemId& system, std::int32_t interf
 
 std::string MailSystems::LibraryOf(MailSystemId system) {
   switch (FamilyOf(system)) {
-    case MailFamily::SimpleMapi: return kMapiLibrary;
-    case MailFamily::Vim: return kVimLibrary;
-    case MailFamily::ActiveMessaging: return kActiveMessagingLibrary;
-    default: return {};
+    case MailFamily::SimpleMapi:
+      return kMapiLibrary;
+    case MailFamily::Vim:
+      return kVimLibrary;
+    case MailFamily::ActiveMessaging:
+      return kActiveMessagingLibrary;
+    default:
+      return {};
   }
 }
 

@@ -1,4 +1,5 @@
-// The mail systems this process knows: their presence tests, error texts and back ends. One object for all instances.
+// The mail systems this process knows: their presence tests, error texts and back ends. One object
+// for all instances.
 #pragma once
 
 #include <cstdint>
@@ -23,15 +24,16 @@ class MailSystems {
   // Null when the system's back end is not part of this build.
   BackEnd* Find(MailSystemId system) const;
 
-  // Runs the presence test of the system's family. Systems without a test of their own are present when their back
-  // end is.
+  // Runs the presence test of the system's family. Systems without a test of their own are present
+  // when their back end is.
   bool IsPresent(MailSystemId system) const;
 
-  // The text of a mail system's own number: the server's text, else the mail system's, else "Undetermined", which sets
-  // the mail system to 0.
+  // The text of a mail system's own number: the server's text, else the mail system's, else
+  // "Undetermined", which sets the mail system to 0.
   std::string MailErrorText(MailSystemId& system, std::int32_t interfaceError) const;
 
-  // The library that serves a mail system, as a name to look up on the workstation; empty for built-in ones.
+  // The library that serves a mail system, as a name to look up on the workstation; empty for
+  // built-in ones.
   static std::string LibraryOf(MailSystemId system);
 
   void SetErrorDisplay(bool on) const;

@@ -16,10 +16,14 @@ using Items = std::vector<std::string>;
   throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
 }
 
-Items TextItem(const std::string& text) { return text.empty() ? Items{} : Items{text}; }
+Items TextItem(const std::string& text) {
+  return text.empty() ? Items{} : Items{text};
+}
 
 // The recipients of a received header field, which are always separated by commas.
-Items AddressItems(const std::string& field) { return SplitRecipients(field, ",", "<>"); }
+Items AddressItems(const std::string& field) {
+  return SplitRecipients(field, ",", "<>");
+}
 
 template <std::string Attachment::*Field>
 Items AttachmentItems(const MessageBuffers& message) {
@@ -78,10 +82,9 @@ constexpr std::array kHeaderItems{
     HeaderItemRow{23, FieldItem<&HeaderRecord::status>},
     HeaderItemRow{24, FieldItem<&HeaderRecord::replyAddress>},
     HeaderItemRow{25, [](const HeaderRecord& h) { return Items{std::to_string(h.priority)}; }},
-    HeaderItemRow{26,
-                  [](const HeaderRecord& h) {
-                    return TextItem(h.size.empty() ? h.contentLength : h.size);
-                  }},
+    HeaderItemRow{
+        26,
+        [](const HeaderRecord& h) { return TextItem(h.size.empty() ? h.contentLength : h.size); }},
     HeaderItemRow{27,
                   [](const HeaderRecord& h) { return Items{std::to_string(h.receiptRequested)}; }},
     HeaderItemRow{28, FieldItem<&HeaderRecord::contentType>},
@@ -108,21 +111,36 @@ std::vector<std::string> ItemsOfHeader(const HeaderRecord& header, std::int32_t 
 
 void ClearItems(MessageBuffers& message, std::int32_t itemType) {
   switch (itemType) {
-    case message_item::kTo: message.to.clear(); break;
-    case message_item::kCc: message.cc.clear(); break;
-    case message_item::kBcc: message.bcc.clear(); break;
-    case message_item::kSubject: message.subject.clear(); break;
-    case message_item::kMessage: message.body.clear(); break;
-    case message_item::kAttachments: message.attachments.clear(); break;
-    case message_item::kAuxiliaryText: message.auxiliaryText.clear(); break;
-    default: UnknownType();
+    case message_item::kTo:
+      message.to.clear();
+      break;
+    case message_item::kCc:
+      message.cc.clear();
+      break;
+    case message_item::kBcc:
+      message.bcc.clear();
+      break;
+    case message_item::kSubject:
+      message.subject.clear();
+      break;
+    case message_item::kMessage:
+      message.body.clear();
+      break;
+    case message_item::kAttachments:
+      message.attachments.clear();
+      break;
+    case message_item::kAuxiliaryText:
+      message.auxiliaryText.clear();
+      break;
+    default:
+      UnknownType();
   }
 }
 
 void ClearMessage(MessageBuffers& message) {
-  for (const auto type : {message_item::kTo, message_item::kCc, message_item::kBcc,
-                          message_item::kSubject, message_item::kMessage,
-                          message_item::kAttachments, message_item::kAuxiliaryText}) {
+  for (const auto type :
+       {message_item::kTo, message_item::kCc, message_item::kBcc, message_item::kSubject,
+        message_item::kMessage, message_item::kAttachments, message_item::kAuxiliaryText}) {
     ClearItems(message, type);
   }
   message.alternatives.clear();

@@ -26,8 +26,8 @@ inline constexpr std::int32_t kAuxiliaryText = 150;
 
 }  // namespace message_item
 
-// The items of a type: as many as the lists hold, one for a text that is not empty, none for one that is. An unknown
-// type throws 529.
+// The items of a type: as many as the lists hold, one for a text that is not empty, none for one
+// that is. An unknown type throws 529.
 std::vector<std::string> ItemsOfMessage(const MessageBuffers& message, std::int32_t itemType);
 std::vector<std::string> ItemsOfHeader(const HeaderRecord& header, std::int32_t itemType);
 

@@ -1,4 +1,5 @@
-// The dateFormat property: six named formats that clients may give and get by number, or any format of their own.
+// The dateFormat property: six named formats that clients may give and get by number, or any format
+// of their own.
 #pragma once
 
 #include <string>

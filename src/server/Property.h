@@ -1,5 +1,5 @@
-// The properties of Server that are plain values, in the order of the public interface. Rules and storage of each are
-// rows of one table (PropertyTable.cpp).
+// The properties of Server that are plain values, in the order of the public interface. Rules and
+// storage of each are rows of one table (PropertyTable.cpp).
 #pragma once
 
 namespace quillon {

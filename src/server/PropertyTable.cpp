@@ -27,8 +27,7 @@ constexpr std::array kRows{
     PropertyRow{P::Certify, "Certify", R::Flag, &M::certify},
     PropertyRow{P::NativeMailDialog, "NativeMailDialog", R::Flag, &I::nativeMailDialog},
     PropertyRow{P::DialogCaption, "DialogCaption", R::Text, &I::dialogCaption},
-    PropertyRow{P::DialogErrorOnCancel, "DialogErrorOnCancel", R::Flag,
-                &I::dialogErrorOnCancel},
+    PropertyRow{P::DialogErrorOnCancel, "DialogErrorOnCancel", R::Flag, &I::dialogErrorOnCancel},
     PropertyRow{P::loginName, "loginName", R::Text, &I::loginName},
     PropertyRow{P::ServerVersion, "ServerVersion", R::Special, {}},
     PropertyRow{P::ServerPath, "ServerPath", R::Special, {}},
@@ -37,8 +36,7 @@ constexpr std::array kRows{
     PropertyRow{P::unreadOnly, "unreadOnly", R::Flag, &I::unreadOnly},
     PropertyRow{P::messageCount, "messageCount", R::Special, {}},
     PropertyRow{P::UnreadCount, "UnreadCount", R::Special, {}},
-    PropertyRow{P::suppressAttachments, "suppressAttachments", R::Flag,
-                &I::suppressAttachments},
+    PropertyRow{P::suppressAttachments, "suppressAttachments", R::Flag, &I::suppressAttachments},
     PropertyRow{P::peekOnly, "peekOnly", R::Flag, &I::peekOnly},
     PropertyRow{P::DateSent, "DateSent", R::Text, &M::dateSent},
     PropertyRow{P::messageIndex, "messageIndex", R::Special, &I::messageIndex},
@@ -60,25 +58,22 @@ constexpr std::array kRows{
     PropertyRow{P::XMailer, "XMailer", R::Text, &I::xMailer},
     PropertyRow{P::TimeoutProtocol, "TimeoutProtocol", R::Range, &N::timeoutProtocol, 2000, 60000},
     PropertyRow{P::TimeoutConnect, "TimeoutConnect", R::Range, &N::timeoutConnect, 2000, 60000},
-    PropertyRow{P::ProgressBarThreshold, "ProgressBarThreshold", R::Range,
-                &N::progressBarThreshold, 0, kLongMax},
+    PropertyRow{P::ProgressBarThreshold, "ProgressBarThreshold", R::Range, &N::progressBarThreshold,
+                0, kLongMax},
     PropertyRow{P::SMTPPort, "SMTPPort", R::Special, &N::smtpPort},
     PropertyRow{P::POPPort, "POPPort", R::Special, &N::popPort},
     PropertyRow{P::LoginDialog, "LoginDialog", R::Flag, &I::loginDialog},
     PropertyRow{P::MessageType, "MessageType", R::Text, &I::messageType},
     PropertyRow{P::hWND, "hWND", R::Number, &SharedState::ownerWindow},
-    PropertyRow{P::suppressAlternatives, "suppressAlternatives", R::Flag,
-                &N::suppressAlternatives},
+    PropertyRow{P::suppressAlternatives, "suppressAlternatives", R::Flag, &N::suppressAlternatives},
     PropertyRow{P::UTCOffset, "UTCOffset", R::Special, &I::utcOffset, -24, 24},
     PropertyRow{P::SessionHandleEx, "SessionHandleEx", R::Special, &I::sessionHandle},
-    PropertyRow{P::AttachmentDirectory, "AttachmentDirectory", R::Special,
-                &I::attachmentDirectory},
+    PropertyRow{P::AttachmentDirectory, "AttachmentDirectory", R::Special, &I::attachmentDirectory},
     PropertyRow{P::ZipPassword, "ZipPassword", R::Special, &I::zipPassword},
     PropertyRow{P::replyTo, "replyTo", R::Text, &M::replyTo},
     PropertyRow{P::ServerType, "ServerType", R::Special, {}},
     PropertyRow{P::FolderDelimiter, "FolderDelimiter", R::Text, &I::folderDelimiter},
-    PropertyRow{P::ReturnShortFilespecs, "ReturnShortFilespecs", R::Flag,
-                &I::returnShortFilespecs},
+    PropertyRow{P::ReturnShortFilespecs, "ReturnShortFilespecs", R::Flag, &I::returnShortFilespecs},
     PropertyRow{P::ConversationIndex, "ConversationIndex", R::Text, &I::conversationIndex},
     PropertyRow{P::DefaultProfile, "DefaultProfile", R::Special, {}},
     PropertyRow{P::InternetLogging, "InternetLogging", R::Flag, &I::internetLogging},
@@ -102,7 +97,9 @@ static_assert(InOrder());
 
 }  // namespace
 
-const PropertyRow& RowOf(Property property) { return kRows[static_cast<std::size_t>(property)]; }
+const PropertyRow& RowOf(Property property) {
+  return kRows[static_cast<std::size_t>(property)];
+}
 
 PropertyVariable VariableOf(const PropertyRow& row, InstanceState& instance, SharedState& shared) {
   return std::visit(

@@ -1,4 +1,5 @@
-// The rules of the plain properties, one row each: where the value is kept, of what type it is, and what may be put.
+// The rules of the plain properties, one row each: where the value is kept, of what type it is, and
+// what may be put.
 #pragma once
 
 #include <cstdint>
@@ -12,19 +13,19 @@
 namespace quillon {
 
 enum class PropertyRule {
-  Text,       // any text
-  Flag,       // a short boolean: -1 or 0
-  Range,      // a number from `lowest` to `highest`
-  Number,     // any number of the type
-  Special,    // has a rule of its own, see ServerProperties.cpp
+  Text,     // any text
+  Flag,     // a short boolean: -1 or 0
+  Range,    // a number from `lowest` to `highest`
+  Number,   // any number of the type
+  Special,  // has a rule of its own, see ServerProperties.cpp
 };
 
 using PropertySlot =
     std::variant<std::monostate, std::string InstanceState::*, std::int16_t InstanceState::*,
-                 std::int32_t InstanceState::*, float InstanceState::*, std::string MessageBuffers::*,
-                 ShortBool MessageBuffers::*, ShortBool InternetSettings::*,
-                 std::int32_t InternetSettings::*, std::uint16_t InternetSettings::*,
-                 std::int32_t SharedState::*>;
+                 std::int32_t InstanceState::*, float InstanceState::*,
+                 std::string MessageBuffers::*, ShortBool MessageBuffers::*,
+                 ShortBool InternetSettings::*, std::int32_t InternetSettings::*,
+                 std::uint16_t InternetSettings::*, std::int32_t SharedState::*>;
 
 struct PropertyRow {
   Property property;
@@ -38,8 +39,8 @@ struct PropertyRow {
 const PropertyRow& RowOf(Property property);
 
 // The variable behind a slot.
-using PropertyVariable =
-    std::variant<std::monostate, std::string*, std::int16_t*, std::uint16_t*, std::int32_t*, float*>;
+using PropertyVariable = std::variant<std::monostate, std::string*, std::int16_t*, std::uint16_t*,
+                                      std::int32_t*, float*>;
 PropertyVariable VariableOf(const PropertyRow& row, InstanceState& instance, SharedState& shared);
 
 }  // namespace quillon

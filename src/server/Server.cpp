@@ -25,11 +25,21 @@ constexpr std::size_t kListLimit = std::numeric_limits<std::int16_t>::max();
 
 // The header fields that the server writes itself.
 constexpr std::array<std::string_view, 16> kReservedHeaders{
-    "Date",        "From",        "To",
-    "Cc",          "Subject",     "MIME-version",
-    "Reply-To",    "Content-Type", "Content-Transfer-Encoding",
-    "X-Priority",  "X-MSMail-Priority", "X-Interface",
-    "X-Mailer",    "X-SpecialBuild",    "Return-Receipt-To",
+    "Date",
+    "From",
+    "To",
+    "Cc",
+    "Subject",
+    "MIME-version",
+    "Reply-To",
+    "Content-Type",
+    "Content-Transfer-Encoding",
+    "X-Priority",
+    "X-MSMail-Priority",
+    "X-Interface",
+    "X-Mailer",
+    "X-SpecialBuild",
+    "Return-Receipt-To",
     "Disposition-Notification-To",
 };
 
@@ -42,9 +52,8 @@ bool IsReservedHeader(std::string_view name) {
 
 // RFC 5322, section 3.6.8: printable US-ASCII without the colon.
 bool IsFieldName(std::string_view name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-    return c > ' ' && c <= '~' && c != ':';
-  });
+  return !name.empty() && std::all_of(name.begin(), name.end(),
+                                      [](char c) { return c > ' ' && c <= '~' && c != ':'; });
 }
 
 [[noreturn]] void InvalidParameter() {
@@ -133,8 +142,7 @@ void Server::AddXHeader(const std::string& theName, const std::string& theValue)
 }
 
 void Server::NewMessage() {
-  frame_.Run("NewMessage", MemberKind::Method,
-             [&] { ClearMessage(environment_.shared.message); });
+  frame_.Run("NewMessage", MemberKind::Method, [&] { ClearMessage(environment_.shared.message); });
 }
 
 void Server::NewMessagePost() {

@@ -1,5 +1,6 @@
-// The Server object: the public members, free of COM. Every member checks its arguments before it changes any state
-// and fails with ServerError (a public code and text) or, for a value of the wrong type, with ConversionError.
+// The Server object: the public members, free of COM. Every member checks its arguments before it
+// changes any state and fails with ServerError (a public code and text) or, for a value of the
+// wrong type, with ConversionError.
 #pragma once
 
 #include <cstdint>
@@ -82,8 +83,8 @@ class Server {
   std::string GetFolderListString(const std::string& parentFolderSpec, std::int16_t returnSpecs,
                                   const std::string& stringDelim, std::int16_t allCategories,
                                   std::int32_t& folderCount);
-  std::vector<std::string> FolderList(const std::string& parentFolderSpec,
-                                      std::int16_t returnSpecs, std::int16_t reserved);
+  std::vector<std::string> FolderList(const std::string& parentFolderSpec, std::int16_t returnSpecs,
+                                      std::int16_t reserved);
   ShortBool FolderExists(const std::string& theFolderSpec);
 
   // Dialogs, notification, diagnostics.
@@ -115,8 +116,8 @@ class Server {
   void RequireHeader() const;
   void MoveCopy(const char* member, const std::string& folder, bool copy);
   std::string Resolve(const char* member, const std::string& name, bool withAddress);
-  std::vector<std::string> Folders(const std::string& parent, std::int16_t returnSpecs,
-                                   std::int16_t allCategories);
+  std::vector<std::string> Folders(const char* member, const std::string& parent,
+                                   std::int16_t returnSpecs, std::int16_t allCategories);
 
   // A member that is one call of a back end.
   template <typename Call>

@@ -1,4 +1,5 @@
 // Get and Put of the plain properties.
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
@@ -26,7 +27,8 @@ constexpr const char* kProfilesKey =
   throw ServerError(error_code::kInvalidValue, std::move(text));
 }
 
-// A number for a range check: what is too large for any range is rejected by the check, not by the conversion.
+// A number for a range check: what is too large for any range is rejected by the check, not by the
+// conversion.
 double RangeNumber(const Value& value) {
   try {
     return std::nearbyint(ToDouble(value));
@@ -53,7 +55,8 @@ Value ReadVariable(const PropertyVariable& variable) {
         if constexpr (std::is_same_v<Held, std::monostate>) {
           return {};
         } else if constexpr (std::is_same_v<Held, std::uint16_t*>) {
-          // A port up to 32767 is a short, as documented; one above still reads as the number that was put.
+          // A port up to 32767 is a short, as documented; one above still reads as the number that
+          // was put.
           if (*held <= 0x7FFF) return static_cast<std::int16_t>(*held);
           return static_cast<std::int32_t>(*held);
         } else {
@@ -75,7 +78,8 @@ void WriteVariable(const PropertyVariable& variable, const PropertyRow& row, con
   }
 }
 
-// A port is a short; the upper half may be given as itself or as the negative short of the same bits.
+// A port is a short; the upper half may be given as itself or as the negative short of the same
+// bits.
 std::uint16_t PortNumber(const Value& value) {
   const std::int32_t number = ToInt32(value);
   if (number < -0x8000 || number > 0xFFFF) {
@@ -90,19 +94,27 @@ Value Server::Get(Property property) {
   const auto& row = RowOf(property);
   return frame_.Run(row.name, MemberKind::Property, [&]() -> Value {
     switch (property) {
-      case Property::ServerVersion: return environment_.product.version;
-      case Property::ServerPath: return environment_.product.directory;
-      case Property::ServerType: return kServerType;
+      case Property::ServerVersion:
+        return environment_.product.version;
+      case Property::ServerPath:
+        return environment_.product.directory;
+      case Property::ServerType:
+        return kServerType;
       case Property::messageCount:
         return static_cast<std::int32_t>(environment_.shared.headers.size());
-      case Property::UnreadCount: return UnreadCount();
-      case Property::undocumented1: return commandResult_;
-      case Property::dateFormat: return DateFormatValue(state_.dateFormat);
+      case Property::UnreadCount:
+        return UnreadCount();
+      case Property::undocumented1:
+        return commandResult_;
+      case Property::dateFormat:
+        return DateFormatValue(state_.dateFormat);
       case Property::sessionHandle:
-      case Property::SessionHandleEx: return SessionHandle();
+      case Property::SessionHandleEx:
+        return SessionHandle();
       case Property::DefaultProfile:
         return environment_.workstation.UserRegistryText(kProfilesKey, "DefaultProfile");
-      default: return ReadVariable(VariableOf(row, state_, environment_.shared));
+      default:
+        return ReadVariable(VariableOf(row, state_, environment_.shared));
     }
   });
 }
@@ -126,8 +138,8 @@ void Server::Put(Property property, const Value& value) {
 void Server::PutSpecial(Property property, const Value& value) {
   switch (property) {
     case Property::mailSystem:
-      dispatch_.SelectSystem(static_cast<std::int32_t>(
-          std::min(std::max(RangeNumber(value), -1.0), 1000.0)));
+      dispatch_.SelectSystem(
+          static_cast<std::int32_t>(std::min(std::max(RangeNumber(value), -1.0), 1000.0)));
       break;
     case Property::messageIndex: {
       const double index = RangeNumber(value);
@@ -135,22 +147,30 @@ void Server::PutSpecial(Property property, const Value& value) {
       state_.messageIndex = static_cast<std::int32_t>(index);
       break;
     }
-    case Property::dateFormat: state_.dateFormat = DateFormatFromValue(value); break;
+    case Property::dateFormat:
+      state_.dateFormat = DateFormatFromValue(value);
+      break;
     case Property::recipientDelimiter: {
       auto text = ToText(value);
       if (Utf16Length(text) != 1) Reject();
       state_.recipientDelimiter = std::move(text);
       break;
     }
-    case Property::SMTPPort: environment_.shared.internet.smtpPort = PortNumber(value); break;
-    case Property::POPPort: environment_.shared.internet.popPort = PortNumber(value); break;
+    case Property::SMTPPort:
+      environment_.shared.internet.smtpPort = PortNumber(value);
+      break;
+    case Property::POPPort:
+      environment_.shared.internet.popPort = PortNumber(value);
+      break;
     case Property::UTCOffset: {
       const auto offset = static_cast<float>(ToDouble(value));
       if (offset != kUtcOffsetNotSet && !(offset >= -24.0F && offset <= 24.0F)) Reject();
       state_.utcOffset = offset;
       break;
     }
-    case Property::SessionHandleEx: PutSessionHandle(ToInt32(value)); break;
+    case Property::SessionHandleEx:
+      PutSessionHandle(ToInt32(value));
+      break;
     case Property::AttachmentDirectory: {
       auto directory = ToText(value);
       if (!directory.empty() && !environment_.files.DirectoryExists(directory)) {
@@ -167,8 +187,11 @@ void Server::PutSpecial(Property property, const Value& value) {
       state_.zipPassword = std::move(password);
       break;
     }
-    case Property::undocumented1: commandResult_ = RunReservedCommand(*this, ToText(value)); break;
-    default: Reject();
+    case Property::undocumented1:
+      commandResult_ = RunReservedCommand(*this, environment_, ToText(value));
+      break;
+    default:
+      Reject();
   }
 }
 

@@ -103,6 +103,8 @@ constexpr std::array kTexts{
 
 }  // namespace
 
-std::string ActiveMessagingErrorText(std::int32_t number) { return FindErrorText(kTexts, number); }
+std::string ActiveMessagingErrorText(std::int32_t number) {
+  return FindErrorText(kTexts, number);
+}
 
 }  // namespace quillon

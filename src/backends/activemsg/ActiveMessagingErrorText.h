@@ -1,4 +1,5 @@
-// The texts of Active Messaging error numbers: the Simple MAPI ones and the library's extended ones (100 to 171).
+// The texts of Active Messaging error numbers: the Simple MAPI ones and the library's extended ones
+// (100 to 171).
 #pragma once
 
 #include <cstdint>

@@ -37,6 +37,8 @@ constexpr std::array kTexts{
 
 }  // namespace
 
-std::string MapiErrorText(std::int32_t number) { return FindErrorText(kTexts, number); }
+std::string MapiErrorText(std::int32_t number) {
+  return FindErrorText(kTexts, number);
+}
 
 }  // namespace quillon

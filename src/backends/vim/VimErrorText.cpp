@@ -45,6 +45,8 @@ constexpr std::array kTexts{
 
 }  // namespace
 
-std::string VimErrorText(std::int32_t number) { return FindErrorText(kTexts, number); }
+std::string VimErrorText(std::int32_t number) {
+  return FindErrorText(kTexts, number);
+}
 
 }  // namespace quillon

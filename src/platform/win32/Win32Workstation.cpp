@@ -1,0 +1,155 @@
+#include "platform/win32/Win32Workstation.h"
+
+#include <array>
+#include <vector>
+#include <windows.h>
+
+#include "platform/win32/ComPtr.h"
+#include "platform/win32/Variant.h"
+#include "platform/win32/WideText.h"
+
+namespace quillon {
+
+namespace {
+
+// Makes a directory the current one for the life of the object.
+class CurrentDirectory {
+ public:
+  explicit CurrentDirectory(const std::string& directory) {
+    if (directory.empty()) return;
+    std::wstring previous(GetCurrentDirectoryW(0, nullptr), L'\0');
+    previous.resize(GetCurrentDirectoryW(static_cast<DWORD>(previous.size()), previous.data()));
+    if (SetCurrentDirectoryW(WideFromUtf8(directory).c_str()) != FALSE) previous_ = previous;
+  }
+  CurrentDirectory(const CurrentDirectory&) = delete;
+  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
+  ~CurrentDirectory() {
+    if (!previous_.empty()) SetCurrentDirectoryW(previous_.c_str());
+  }
+
+ private:
+  std::wstring previous_;
+};
+
+ComPtr<IDispatch> CreateObject(const std::string& progId) {
+  CLSID clsid;
+  ComPtr<IDispatch> object;
+  if (SUCCEEDED(CLSIDFromProgID(WideFromUtf8(progId).c_str(), &clsid))) {
+    CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                     object.PutVoid());
+  }
+  return object;
+}
+
+// The first text of a version record's string table, whatever its language.
+std::string VersionString(const std::vector<std::uint8_t>& record, const wchar_t* name) {
+  struct Translation {
+    WORD language;
+    WORD codePage;
+  };
+  Translation* translation = nullptr;
+  UINT length = 0;
+  if (VerQueryValueW(record.data(), L"\\VarFileInfo\\Translation",
+                     reinterpret_cast<void**>(&translation), &length) == FALSE ||
+      length < sizeof(Translation)) {
+    return {};
+  }
+  std::array<wchar_t, 128> path{};
+  wsprintfW(path.data(), L"\\StringFileInfo\\%04x%04x\\%s", translation->language,
+            translation->codePage, name);
+  wchar_t* text = nullptr;
+  if (VerQueryValueW(record.data(), path.data(), reinterpret_cast<void**>(&text), &length) ==
+          FALSE ||
+      length == 0) {
+    return {};
+  }
+  return Utf8FromWide(std::wstring_view(text, wcsnlen(text, length)));
+}
+
+std::string FileVersion(const std::vector<std::uint8_t>& record) {
+  VS_FIXEDFILEINFO* info = nullptr;
+  UINT length = 0;
+  if (VerQueryValueW(record.data(), L"\\", reinterpret_cast<void**>(&info), &length) == FALSE ||
+      length < sizeof(*info)) {
+    return {};
+  }
+  return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
+         std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
+         std::to_string(HIWORD(info->dwFileVersionLS)) + "." +
+         std::to_string(LOWORD(info->dwFileVersionLS));
+}
+
+}  // namespace
+
+bool Win32Workstation::LibraryLoads(const std::string& name, const std::string& directory) {
+  const CurrentDirectory current(directory);
+  const auto path = directory.empty() ? name : directory + "\\" + name;
+  const HMODULE library = LoadLibraryW(WideFromUtf8(path).c_str());
+  if (library == nullptr) return false;
+  FreeLibrary(library);
+  return true;
+}
+
+std::optional<LibraryInfo> Win32Workstation::DescribeLibrary(const std::string& name) {
+  std::array<wchar_t, 1024> path{};
+  const auto length = SearchPathW(nullptr, WideFromUtf8(name).c_str(), nullptr,
+                                  static_cast<DWORD>(path.size()), path.data(), nullptr);
+  if (length == 0 || length >= path.size()) return std::nullopt;
+  DWORD ignored = 0;
+  std::vector<std::uint8_t> record(GetFileVersionInfoSizeW(path.data(), &ignored));
+  if (record.empty() || GetFileVersionInfoW(path.data(), 0, static_cast<DWORD>(record.size()),
+                                            record.data()) == FALSE) {
+    return LibraryInfo{};
+  }
+  return LibraryInfo{VersionString(record, L"CompanyName"), FileVersion(record)};
+}
+
+bool Win32Workstation::ObjectCreates(const std::string& progId) {
+  return static_cast<bool>(CreateObject(progId));
+}
+
+std::optional<double> Win32Workstation::ObjectVersion(const std::string& progId) {
+  const auto object = CreateObject(progId);
+  if (!object) return std::nullopt;
+  std::wstring name = L"version";
+  LPOLESTR names = name.data();
+  DISPID id = DISPID_UNKNOWN;
+  if (FAILED(object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id))) {
+    return std::nullopt;
+  }
+  DISPPARAMS none{};
+  Variant version;
+  // The text "1.1" is read with a full stop whatever the user's locale.
+  if (FAILED(object->Invoke(id, IID_NULL, LOCALE_INVARIANT, DISPATCH_PROPERTYGET, &none,
+                            version.Put(), nullptr, nullptr)) ||
+      FAILED(VariantChangeTypeEx(&version.Get(), &version.Get(), LOCALE_INVARIANT, 0, VT_R8))) {
+    return std::nullopt;
+  }
+  return V_R8(&version.Get());
+}
+
+std::string Win32Workstation::ProfileValue(const std::string& section, const std::string& key) {
+  std::array<wchar_t, 1024> value{};
+  const auto length = GetProfileStringW(WideFromUtf8(section).c_str(), WideFromUtf8(key).c_str(),
+                                        L"", value.data(), static_cast<DWORD>(value.size()));
+  return Utf8FromWide(std::wstring_view(value.data(), length));
+}
+
+std::string Win32Workstation::UserRegistryText(const std::string& key, const std::string& value) {
+  const auto wideKey = WideFromUtf8(key);
+  const auto wideValue = WideFromUtf8(value);
+  DWORD bytes = 0;
+  if (RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr,
+                   nullptr, &bytes) != ERROR_SUCCESS) {
+    return {};
+  }
+  std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
+  bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  if (RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr,
+                   text.data(), &bytes) != ERROR_SUCCESS) {
+    return {};
+  }
+  return Utf8FromWide(text.c_str());
+}
+
+}  // namespace quillon

@@ -1,0 +1,29 @@
+#include "server/ConfigurationFile.h"
+
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kFileName = "quillon.ini";
+
+bool IsWritable(FileSystem& files, const std::string& path) {
+  const bool existed = files.FileExists(path);
+  const bool opened = files.Open(path, OpenMode::kAppend) != nullptr;
+  if (opened && !existed) files.RemoveFile(path);
+  return opened;
+}
+
+}  // namespace
+
+std::string ConfigurationPath(FileSystem& files, const std::string& programDirectory,
+                              const std::string& userDirectory) {
+  auto path = WithSeparator(files, programDirectory) + kFileName;
+  if (userDirectory.empty() || IsWritable(files, path)) return path;
+  const auto own = WithSeparator(files, userDirectory) + "Quillon";
+  files.MakeDirectory(own);
+  return WithSeparator(files, own) + kFileName;
+}
+
+}  // namespace quillon

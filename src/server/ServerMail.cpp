@@ -1,0 +1,257 @@
+// The members that work with a mail system.
+#include "core/Text.h"
+#include "mail/MailSystemKeyword.h"
+#include "platform/Workstation.h"
+#include "server/ErrorTable.h"
+#include "server/MailSystems.h"
+#include "server/Server.h"
+
+namespace quillon {
+
+namespace {
+
+// Item types of GetInterfaceString.
+constexpr std::int16_t kInterfaceKeyword = 40;
+constexpr std::int16_t kInterfaceLibrary = 41;
+constexpr std::int16_t kInterfaceFile = 42;
+
+constexpr const char* kOwnMaker = "Quillon";
+
+}  // namespace
+
+void Server::RequireHeader() const {
+  const auto& headers = environment_.shared.headers;
+  if (headers.empty()) throw ServerError(error_code::kNoHeaders);
+  if (state_.messageIndex < 0 || static_cast<std::size_t>(state_.messageIndex) >= headers.size()) {
+    throw ServerError(error_code::kBadMessageIndex);
+  }
+}
+
+void Server::SetNativeSystem() {
+  frame_.Run("SetNativeSystem", MemberKind::Method, [&] { dispatch_.Detect(); });
+}
+
+std::int16_t Server::QueryMailSystem(std::int16_t mailSystem) {
+  return frame_.Run("QueryMailSystem", MemberKind::Method,
+                    [&] { return ToShortBool(dispatch_.Query(mailSystem)); });
+}
+
+void Server::Login() {
+  Operate("Login", Operation::Login,
+          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Login(request); });
+}
+
+void Server::Logout() {
+  Operate("Logout", Operation::Logout,
+          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Logout(request); });
+}
+
+void Server::Send() {
+  frame_.Run("Send", MemberKind::Method, [&] {
+    const auto& message = environment_.shared.message;
+    if (message.to.empty() && message.cc.empty() && message.bcc.empty()) {
+      throw ServerError(error_code::kNoAddressees);
+    }
+    dispatch_.Run(Operation::Send,
+                  [](BackEnd& backEnd, MailRequest& request) { return backEnd.Send(request); });
+  });
+}
+
+void Server::Post() {
+  Operate("Post", Operation::Post,
+          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Post(request); });
+}
+
+void Server::LoadMessageHeaders() {
+  Operate(
+      "LoadMessageHeaders", Operation::LoadMessageHeaders,
+      [](BackEnd& backEnd, MailRequest& request) { return backEnd.LoadMessageHeaders(request); });
+}
+
+void Server::LoadMessageIdentifiers() {
+  Operate("LoadMessageIdentifiers", Operation::LoadMessageIdentifiers,
+          [](BackEnd& backEnd, MailRequest& request) {
+            return backEnd.LoadMessageIdentifiers(request);
+          });
+}
+
+void Server::LoadMessage() {
+  frame_.Run("LoadMessage", MemberKind::Method, [&] {
+    RequireHeader();
+    dispatch_.Run(Operation::LoadMessage, [](BackEnd& backEnd, MailRequest& request) {
+      return backEnd.LoadMessage(request);
+    });
+  });
+}
+
+void Server::DeleteMessage() {
+  frame_.Run("DeleteMessage", MemberKind::Method, [&] {
+    RequireHeader();
+    dispatch_.Run(Operation::DeleteMessage, [](BackEnd& backEnd, MailRequest& request) {
+      return backEnd.DeleteMessage(request);
+    });
+  });
+}
+
+void Server::MoveCopy(const char* member, const std::string& folder, bool copy) {
+  Operate(member, Operation::MoveCopyMessage, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.MoveCopyMessage(request, folder, copy);
+  });
+}
+
+void Server::MoveMessage(const std::string& folderTo) {
+  MoveCopy("MoveMessage", folderTo, false);
+}
+void Server::CopyMessage(const std::string& folderTo) {
+  MoveCopy("CopyMessage", folderTo, true);
+}
+
+std::string Server::Resolve(const char* member, const std::string& name, bool withAddress) {
+  std::string resolved;
+  Operate(member, Operation::ResolveName, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.ResolveName(request, name, withAddress, resolved);
+  });
+  return resolved;
+}
+
+std::string Server::ResolveName(const std::string& tName) {
+  return Resolve("ResolveName", tName, false);
+}
+
+std::string Server::ResolveNameEx(const std::string& tName) {
+  return Resolve("ResolveNameEx", tName, true);
+}
+
+void Server::CreateFolder(const std::string& newFolderSpec) {
+  Operate("CreateFolder", Operation::CreateFolder, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.CreateFolder(request, newFolderSpec);
+  });
+}
+
+void Server::DeleteFolder(const std::string& theFolderSpec) {
+  Operate("DeleteFolder", Operation::DeleteFolder, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.DeleteFolder(request, theFolderSpec);
+  });
+}
+
+void Server::CopyFolder(const std::string& folderFromSpec, const std::string& folderToSpec,
+                        std::int16_t copySubfolders) {
+  Operate("CopyFolder", Operation::CopyFolder, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.CopyFolder(request, folderFromSpec, folderToSpec, copySubfolders != kFalse);
+  });
+}
+
+std::vector<std::string> Server::Folders(const char* member, const std::string& parent,
+                                         std::int16_t returnSpecs, std::int16_t allCategories) {
+  std::vector<std::string> folders;
+  Operate(member, Operation::GetFolderList, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.GetFolderList(request, parent, returnSpecs != kFalse, allCategories != kFalse,
+                                 folders);
+  });
+  return folders;
+}
+
+std::vector<std::string> Server::GetFolderList(const std::string& parentFolderSpec,
+                                               std::int16_t returnSpecs,
+                                               std::int16_t allCategories) {
+  return Folders("GetFolderList", parentFolderSpec, returnSpecs, allCategories);
+}
+
+std::string Server::GetFolderListString(const std::string& parentFolderSpec,
+                                        std::int16_t returnSpecs, const std::string& stringDelim,
+                                        std::int16_t allCategories, std::int32_t& folderCount) {
+  const auto folders = Folders("GetFolderListString", parentFolderSpec, returnSpecs, allCategories);
+  folderCount = static_cast<std::int32_t>(folders.size());
+  return Join(folders, stringDelim);
+}
+
+std::vector<std::string> Server::FolderList(const std::string& parentFolderSpec,
+                                            std::int16_t returnSpecs, std::int16_t) {
+  return Folders("FolderList", parentFolderSpec, returnSpecs, kFalse);
+}
+
+ShortBool Server::FolderExists(const std::string& theFolderSpec) {
+  bool exists = false;
+  Operate("FolderExists", Operation::FolderExists, [&](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.FolderExists(request, theFolderSpec, exists);
+  });
+  return ToShortBool(exists);
+}
+
+// The dialogs and the notification of clients have no implementation yet: what needs them says so,
+// and nothing is registered that would never be called.
+
+void Server::ShowMailDialog() {
+  frame_.Run("ShowMailDialog", MemberKind::Method, [&] {
+    dispatch_.EnsureSystem();
+    throw ServerError(error_code::kNotSupported);
+  });
+}
+
+void Server::ShowMailSystemDialog() {
+  frame_.Run("ShowMailSystemDialog", MemberKind::Method,
+             [&] { throw ServerError(error_code::kNotSupported); });
+}
+
+void Server::AsynchObjectRegister(std::int32_t objectType, std::int32_t config) {
+  frame_.Run("AsynchObjectRegister", MemberKind::Method, [&] {
+    if (objectType != 0) {
+      throw ServerError(error_code::kRegistration, "Object type not supported.");
+    }
+    if (config != 0 && config != 1) {
+      throw ServerError(error_code::kRegistration, "Configuration parameter not supported.");
+    }
+    throw ServerError(error_code::kRegistration);
+  });
+}
+
+void Server::AsynchObjectUnregister(std::int32_t) {}
+
+void Server::AsynchAbort() {
+  frame_.Run("AsynchAbort", MemberKind::Method,
+             [&] { throw ServerError(error_code::kNotRegistered); });
+}
+
+std::string Server::GetInterfaceString(std::int16_t itemType) {
+  return frame_.Run("GetInterfaceString", MemberKind::Method, [&]() -> std::string {
+    if (itemType < kInterfaceKeyword || itemType > kInterfaceFile) {
+      throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
+    }
+    if (itemType == kInterfaceKeyword) return MailSystemKeyword(state_.mailSystem);
+    if (state_.mailSystem == mail_system::kNone) return {};
+    const auto library = MailSystems::LibraryOf(state_.mailSystem);
+    if (itemType == kInterfaceFile) return library;
+    if (library.empty()) return std::string(kOwnMaker) + " " + environment_.product.fileVersion;
+    const auto info = environment_.workstation.DescribeLibrary(library);
+    return info ? TrimmedCopy(info->maker + " " + info->fileVersion) : std::string();
+  });
+}
+
+DecodedError Server::DecodeError(std::int32_t errNumberIn) {
+  return frame_.Run("DecodeError", MemberKind::Method, [&] {
+    const std::int64_t base = static_cast<std::int32_t>(kErrorNumberBase);
+    const auto origin = OriginOfCode(static_cast<std::int64_t>(errNumberIn) - base);
+    DecodedError decoded;
+    decoded.mailSystem = origin.system;
+    decoded.message =
+        environment_.mailSystems.MailErrorText(decoded.mailSystem, origin.interfaceError);
+    return decoded;
+  });
+}
+
+void Server::SessionObject() {
+  frame_.Run("SessionObject", MemberKind::Property,
+             [&] { throw ServerError(error_code::kNotSupported); });
+}
+
+void Server::MessageObject() {
+  frame_.Run("MessageObject", MemberKind::Property,
+             [&] { throw ServerError(error_code::kNotSupported); });
+}
+
+void Server::FolderObject() {
+  frame_.Run("FolderObject", MemberKind::Property,
+             [&] { throw ServerError(error_code::kNotSupported); });
+}
+
+}  // namespace quillon
