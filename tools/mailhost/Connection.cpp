@@ -44,10 +44,17 @@ void Connection::OnEvents(std::uint32_t events) {
   if ((events & EPOLLIN) != 0) {
     Receive();
   } else if ((events & (EPOLLERR | EPOLLHUP)) != 0 || (stalled_ && (events & EPOLLRDHUP) != 0)) {
-    Close();
+    Close(ClosedBy::kClient);
     return;
   }
   Pump();
+}
+
+void Connection::StopReading() {
+  stalled_ = true;
+  // The smallest buffer, so that the client need not send much before it blocks.
+  const int size = 1;
+  setsockopt(socket_.Get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
 }
 
 void Connection::Receive() {
@@ -67,8 +74,7 @@ void Connection::Pump() {
   }
   if (closed_) return;
   if (ended_ && outbox_.Empty() && !pause_) {
-    session_->OnEnd();
-    Close();
+    Close(ClosedBy::kClient);
     return;
   }
   UpdateInterest();
@@ -130,8 +136,10 @@ bool Connection::FlushOutbox() {
       });
       return false;
     case Outbox::State::kClose:
+      Close(ClosedBy::kHost);
+      return false;
     case Outbox::State::kFailed:
-      Close();
+      Close(ClosedBy::kClient);
       return false;
   }
   return false;
@@ -147,13 +155,16 @@ void Connection::UpdateInterest() {
   loop_.Change(socket_.Get(), wanted, *this);
 }
 
-void Connection::Close() {
+void Connection::Close(ClosedBy who) {
   if (closed_) return;
   closed_ = true;
+  if (who == ClosedBy::kClient) session_->OnClientGone();
   if (pause_) loop_.Cancel(*pause_);
   pause_.reset();
   loop_.Forget(socket_.Get());
   log_.Event(protocol_, "closed");
+  // What the session holds, such as the maildrop, is free for others from now on.
+  session_.reset();
   onClosed_(*this);
 }
 

@@ -37,20 +37,21 @@ class Connection : public EventHandler {
   Log& ConversationLog() { return log_; }
 
   // Reads nothing more from the client, for good, so that its writes block in the end.
-  void StopReading() { stalled_ = true; }
-  // Goes on with the conversation; for a session that acts on its own.
-  void Pump();
+  void StopReading();
 
   void OnEvents(std::uint32_t events) override;
 
  private:
+  // Takes the conversation as far as it goes now.
+  void Pump();
   void Receive();
   // Gives the session what has arrived; true when only the lack of room for replies stopped it.
   bool HandleInput();
   bool HandleLine(std::string_view input, std::size_t& used);
   // True when further input can be handled at once.
   bool FlushOutbox();
-  void Close();
+  enum class ClosedBy { kHost, kClient };
+  void Close(ClosedBy who);
   void UpdateInterest();
 
   EventLoop& loop_;

@@ -1,7 +1,10 @@
 #include "Host.h"
 
+#include <cstdio>
+#include <string>
 #include <utility>
 
+#include "ScriptSession.h"
 #include "SmtpSession.h"
 
 namespace mailhost {
@@ -13,6 +16,7 @@ Host::Host(const Options& options)
             [this](UniqueFd socket) { Accept(Protocol::kSmtp, std::move(socket)); }),
       pop_(loop_, *options.popPort,
            [this](UniqueFd socket) { Accept(Protocol::kPop, std::move(socket)); }) {
+  for (const std::string& file : options.faults) LoadFaults(file, faults_);
   if (!options.store.empty()) store_.emplace(options.store);
   maildrop_.store = store_ ? &*store_ : nullptr;
   maildrop_.user = options.user;
@@ -31,11 +35,29 @@ void Host::Accept(Protocol protocol, UniqueFd socket) {
 }
 
 std::unique_ptr<Session> Host::MakeSession(Protocol protocol, Connection& connection) {
-  if (protocol == Protocol::kPop) return std::make_unique<PopSession>(connection, maildrop_);
-  return std::make_unique<SmtpSession>(connection, [this]() -> std::unique_ptr<Delivery> {
+  const auto& script = protocol == Protocol::kSmtp ? faults_.smtp : faults_.pop;
+  if (script) {
+    return std::make_unique<ScriptSession>(
+        connection, *script, MakeDeliveries(),
+        [this, protocol](const std::string& text) { ReportMismatch(protocol, text); });
+  }
+  if (protocol == Protocol::kPop) {
+    return std::make_unique<PopSession>(connection, faults_.rules, maildrop_);
+  }
+  return std::make_unique<SmtpSession>(connection, faults_.rules, MakeDeliveries());
+}
+
+BeginDelivery Host::MakeDeliveries() {
+  return [this]() -> std::unique_ptr<Delivery> {
     if (discards_) return std::make_unique<DiscardingDelivery>();
     return store_->Begin();
-  });
+  };
+}
+
+void Host::ReportMismatch(Protocol protocol, const std::string& text) {
+  hadMismatch_ = true;
+  log_.Event(protocol, "error: " + text);
+  std::fprintf(stderr, "mailhost: %s\n", text.c_str());
 }
 
 }  // namespace mailhost

@@ -6,7 +6,9 @@
 #include <optional>
 #include <unordered_map>
 
+#include "ContentReceiver.h"
 #include "EventLoop.h"
+#include "FaultFile.h"
 #include "Listener.h"
 #include "Log.h"
 #include "Maildir.h"
@@ -25,13 +27,19 @@ class Host {
 
   // Serves until a signal ends it.
   void Run() { loop_.Run(); }
+  // True when a client has left a conversation script.
+  bool HadMismatch() const { return hadMismatch_; }
 
  private:
   void Accept(Protocol protocol, UniqueFd socket);
   std::unique_ptr<Session> MakeSession(Protocol protocol, Connection& connection);
+  BeginDelivery MakeDeliveries();
+  void ReportMismatch(Protocol protocol, const std::string& text);
 
   EventLoop loop_;
   Log log_;
+  Faults faults_;
+  bool hadMismatch_ = false;
   const bool discards_;
   std::optional<Maildir> store_;
   Maildrop maildrop_;

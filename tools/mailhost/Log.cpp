@@ -19,15 +19,19 @@ std::string_view NameOf(Protocol protocol) {
   return protocol == Protocol::kSmtp ? "SMTP" : "POP";
 }
 
+std::string Masked(Protocol protocol, std::string_view line) {
+  constexpr std::string_view kPass = "PASS";
+  const bool secret = protocol == Protocol::kPop && StartsIgnoringCase(line, kPass);
+  return secret && line.size() > kPass.size() ? "PASS ****" : Printable(line);
+}
+
 Log::Log(const std::string& path) : file_(std::fopen(path.c_str(), "we")) {
   if (!file_) throw std::system_error(errno, std::generic_category(), path);
   std::setvbuf(file_.get(), nullptr, _IOLBF, BUFSIZ);
 }
 
 void Log::Client(Protocol protocol, std::string_view line) {
-  if (!file_) return;
-  const bool secret = protocol == Protocol::kPop && StartsIgnoringCase(line, "PASS ");
-  Line(protocol, " C: ", secret ? "PASS ****" : Printable(line));
+  if (file_) Line(protocol, " C: ", Masked(protocol, line));
 }
 
 void Log::Server(Protocol protocol, std::string_view bytes) {

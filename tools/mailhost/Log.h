@@ -14,6 +14,9 @@ enum class Protocol { kSmtp, kPop };
 // "SMTP" or "POP".
 std::string_view NameOf(Protocol protocol);
 
+// The line as it may be shown: an argument of PASS becomes "****".
+std::string Masked(Protocol protocol, std::string_view line);
+
 // Writes nothing at all until it is given a file.
 class Log {
  public:
@@ -21,7 +24,7 @@ class Log {
   // Starts `path` anew, one write per line. Throws std::system_error.
   explicit Log(const std::string& path);
 
-  // A line of the client, without its line end; the argument of PASS is masked.
+  // A line of the client, without its line end; shown masked.
   void Client(Protocol protocol, std::string_view line);
   // Bytes of the server: every line of them makes a line of the log.
   void Server(Protocol protocol, std::string_view bytes);

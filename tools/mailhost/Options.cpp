@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "Text.h"
+#include "UsageError.h"
 
 namespace mailhost {
 
@@ -18,7 +19,7 @@ const char* const kUsage =
     "  --user NAME        the POP3 login; without it any login is good\n"
     "  --password PW      its password\n"
     "  --no-lock          let several POP3 sessions share the maildrop\n"
-    "  --faults FILE      go wrong as FILE says, or play the conversation in it\n"
+    "  --faults FILE      go wrong as FILE says, or play the conversation in it (repeatable)\n"
     "  --log FILE         write the conversations to FILE\n"
     "  --help             print this text\n"
     "\n"
@@ -49,7 +50,7 @@ const OptionRow kRows[] = {
     {"--store", {}, [](Options& o, const std::string& v) { o.store = v; }},
     {"--user", {}, [](Options& o, const std::string& v) { o.user = v; }},
     {"--password", {}, [](Options& o, const std::string& v) { o.password = v; }},
-    {"--faults", {}, [](Options& o, const std::string& v) { o.faults = v; }},
+    {"--faults", {}, [](Options& o, const std::string& v) { o.faults.push_back(v); }},
     {"--log", {}, [](Options& o, const std::string& v) { o.log = v; }},
     {"--no-store", [](Options& o) { o.noStore = true; }, {}},
     {"--no-lock", [](Options& o) { o.noLock = true; }, {}},

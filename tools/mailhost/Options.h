@@ -3,16 +3,10 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace mailhost {
-
-// What the user wrote cannot be carried out; the text says where and why.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 struct Options {
   std::optional<std::uint16_t> smtpPort;
@@ -20,7 +14,7 @@ struct Options {
   std::string store;
   std::optional<std::string> user;
   std::optional<std::string> password;
-  std::string faults;
+  std::vector<std::string> faults;
   std::string log;
   bool noStore = false;  // accept messages and discard them
   bool noLock = false;   // let several POP3 sessions share the maildrop

@@ -25,6 +25,10 @@ std::size_t Shape::PieceLength(std::string_view bytes) const {
 
 void Outbox::Text(std::string bytes) {
   log_.Server(protocol_, bytes);
+  if (!items_.empty() && items_.back().kind == Item::Kind::kText && items_.back().shape == shape_) {
+    items_.back().text += bytes;
+    return;
+  }
   items_.push_back({Item::Kind::kText, shape_, std::move(bytes)});
 }
 

@@ -30,26 +30,28 @@ const PopSession::Command PopSession::kCommands[] = {
     {"QUIT", State::kAuthorization, &PopSession::Quit},
 };
 
-PopSession::PopSession(Connection& connection, Maildrop& maildrop)
-    : replier_(connection), maildrop_(maildrop) {}
+PopSession::PopSession(Connection& connection, const std::vector<FaultRule>& rules,
+                       Maildrop& maildrop)
+    : replier_(connection, rules, Protocol::kPop), maildrop_(maildrop) {}
 
 PopSession::~PopSession() {
   LeaveMaildrop();
 }
 
 void PopSession::OnOpen() {
-  replier_.Reply("+OK POP3 mailhost");
+  if (replier_.Enter("GREETING")) replier_.Reply("+OK POP3 mailhost");
 }
 
 void PopSession::OnLine(std::string_view line) {
   const std::size_t blank = line.find(' ');
-  const std::string_view word = line.substr(0, blank);
+  const std::string word = ToUpper(line.substr(0, blank));
   // PASS takes all of the rest, blanks and all (RFC 1939 7).
   const std::string_view argument =
       blank == std::string_view::npos ? std::string_view() : line.substr(blank + 1);
+  if (!replier_.Enter(word)) return;
   bool known = false;
   for (const Command& command : kCommands) {
-    if (!EqualIgnoringCase(word, command.word)) continue;
+    if (word != command.word) continue;
     known = true;
     if (command.state != state_) continue;
     (this->*command.run)(argument);

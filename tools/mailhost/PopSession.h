@@ -24,7 +24,8 @@ struct Maildrop {
 
 class PopSession : public Session {
  public:
-  PopSession(Connection& connection, Maildrop& maildrop);
+  // `rules` and `maildrop` must outlive the session.
+  PopSession(Connection& connection, const std::vector<FaultRule>& rules, Maildrop& maildrop);
   ~PopSession() override;
   PopSession(const PopSession&) = delete;
   PopSession& operator=(const PopSession&) = delete;

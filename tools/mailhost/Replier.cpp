@@ -1,21 +1,106 @@
 #include "Replier.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "FaultSources.h"
 
 namespace mailhost {
 
+namespace {
+
+std::string AsMultiline(Protocol protocol, std::string text) {
+  if (protocol == Protocol::kSmtp) return text.substr(0, 3) + "-more follows\r\n" + text;
+  return text + "\r\nmore\r\n.";
+}
+
+}  // namespace
+
+bool Replier::Enter(std::string_view step) {
+  changes_ = {};
+  connection_.Out().SetShape({});
+  std::vector<const FaultRule*> rules = tracker_.Reach(step);
+  // What takes the step's place comes last, so that it is delayed and cut like any other reply.
+  std::stable_partition(rules.begin(), rules.end(),
+                        [](const FaultRule* rule) { return !rule->action.TakesPlaceOfStep(); });
+  for (const FaultRule* rule : rules) {
+    connection_.ConversationLog().Event(protocol_, "fault: " + rule->text);
+    if (!Apply(rule->action)) return false;
+  }
+  return true;
+}
+
+bool Replier::Apply(const FaultAction& action) {
+  Outbox& out = connection_.Out();
+  switch (action.kind) {
+    case FaultAction::Kind::kDelay:
+      out.Pause(std::chrono::milliseconds(action.number));
+      return true;
+    case FaultAction::Kind::kSplit:
+      out.SetShape(action.shape);
+      return true;
+    case FaultAction::Kind::kMultiline:
+      changes_.multiline = true;
+      return true;
+    case FaultAction::Kind::kDropMid:
+      changes_.dropMid = true;
+      return true;
+    case FaultAction::Kind::kDropAfter:
+      changes_.dropAfter = true;
+      return true;
+    case FaultAction::Kind::kTruncate:
+      changes_.truncate = action.number;
+      return true;
+    case FaultAction::Kind::kReply:
+      Reply(action.text);
+      return false;
+    case FaultAction::Kind::kDrop:
+      out.Close();
+      return false;
+    case FaultAction::Kind::kGarbage:
+      out.Content(std::make_unique<GarbageSource>(action.number, action.lines));
+      return false;
+    case FaultAction::Kind::kStall:
+      connection_.StopReading();
+      return false;
+    case FaultAction::Kind::kSilent:
+      return false;
+  }
+  return true;
+}
+
 void Replier::Reply(std::string text) {
-  connection_.Out().Text(std::move(text) + "\r\n");
+  if (changes_.multiline) text = AsMultiline(protocol_, std::move(text));
+  SendCut(std::move(text) + "\r\n");
 }
 
 void Replier::ReplyLines(std::string head, std::string body) {
-  connection_.Out().Text(std::move(head) + "\r\n" + body + ".\r\n");
+  head += "\r\n";
+  if (changes_.truncate) {
+    const std::uint64_t size = std::min<std::uint64_t>(*changes_.truncate, body.size());
+    connection_.Out().Text(head + body.substr(0, static_cast<std::size_t>(size)));
+    connection_.Out().Close();
+    return;
+  }
+  SendCut(head + body + ".\r\n");
 }
 
 void Replier::ReplyContent(std::string head, std::unique_ptr<ByteSource> body) {
-  connection_.Out().Text(std::move(head) + "\r\n");
-  connection_.Out().Content(std::move(body));
-  connection_.Out().Text(".\r\n");
+  Outbox& out = connection_.Out();
+  out.Text(std::move(head) + "\r\n");
+  if (changes_.truncate || changes_.dropMid) {
+    out.Content(std::make_unique<CutSource>(std::move(body), changes_.truncate));
+    out.Close();
+    return;
+  }
+  out.Content(std::move(body));
+  SendCut(".\r\n");
+}
+
+void Replier::SendCut(std::string text) {
+  if (changes_.dropMid) text.resize(text.size() / 2);
+  connection_.Out().Text(std::move(text));
+  if (changes_.dropMid || changes_.dropAfter) connection_.Out().Close();
 }
 
 }  // namespace mailhost

@@ -1,17 +1,30 @@
-// Sends a session's replies.
+// Sends a session's replies, and makes go wrong what the fault rules say.
+//
+// A session tells each step it comes to and does it only when it may; it knows nothing else of
+// faults.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Connection.h"
+#include "FaultRules.h"
 
 namespace mailhost {
 
 class Replier {
  public:
-  explicit Replier(Connection& connection) : connection_(connection) {}
+  // `rules` must outlive the replier.
+  Replier(Connection& connection, const std::vector<FaultRule>& rules, Protocol protocol)
+      : connection_(connection), protocol_(protocol), tracker_(rules, protocol) {}
+
+  // `step` (in capitals) is reached. False when a fault takes its place: nothing is to be done for
+  // it.
+  bool Enter(std::string_view step);
 
   // A reply of one line, or of several joined with CR LF; the last CR LF is added here.
   void Reply(std::string text);
@@ -22,7 +35,22 @@ class Replier {
   void Finish() { connection_.Out().Close(); }
 
  private:
+  // What the rules make of the reply to the current step.
+  struct Changes {
+    bool multiline = false;
+    bool dropMid = false;
+    bool dropAfter = false;
+    std::optional<std::uint64_t> truncate{};
+  };
+
+  // False when the action has taken the step's place.
+  bool Apply(const FaultAction& action);
+  void SendCut(std::string text);
+
   Connection& connection_;
+  const Protocol protocol_;
+  FaultTracker tracker_;
+  Changes changes_;
 };
 
 }  // namespace mailhost

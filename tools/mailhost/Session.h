@@ -24,8 +24,8 @@ class Session {
 
   // False keeps the client's further lines waiting.
   virtual bool WantsInput() const { return true; }
-  // The client will send nothing more; what it has sent has been handled.
-  virtual void OnEnd() {}
+  // The client has ended the connection; what it has sent has been handled.
+  virtual void OnClientGone() {}
 };
 
 }  // namespace mailhost

@@ -34,18 +34,21 @@ const SmtpSession::Command SmtpSession::kCommands[] = {
     {"QUIT", &SmtpSession::Quit},
 };
 
-SmtpSession::SmtpSession(Connection& connection, BeginDelivery begin)
-    : connection_(connection), replier_(connection), begin_(std::move(begin)) {}
+SmtpSession::SmtpSession(Connection& connection, const std::vector<FaultRule>& rules,
+                         BeginDelivery begin)
+    : replier_(connection, rules, Protocol::kSmtp),
+      content_(connection.ConversationLog(), std::move(begin)) {}
 
 void SmtpSession::OnOpen() {
-  replier_.Reply("220 localhost SMTP mailhost");
+  if (replier_.Enter("GREETING")) replier_.Reply("220 localhost SMTP mailhost");
 }
 
 void SmtpSession::OnLine(std::string_view line) {
   std::string_view argument = line;
-  const std::string_view word = TakeWord(argument);
+  const std::string word = ToUpper(TakeWord(argument));
+  if (!replier_.Enter(word)) return;
   for (const Command& command : kCommands) {
-    if (EqualIgnoringCase(word, command.word)) {
+    if (word == command.word) {
       (this->*command.run)(argument);
       return;
     }
@@ -118,39 +121,36 @@ void SmtpSession::Data(std::string_view argument) {
     replier_.Reply("501 DATA takes no argument");
   } else if (envelope_.recipients.empty()) {
     replier_.Reply("503 RCPT first");
-  } else if (delivery_ = begin_(); !delivery_) {
+  } else if (!content_.Begin()) {
     replier_.Reply("451 the message cannot be stored");
   } else {
-    receiving_ = true;
-    decoder_ = {};
-    contentSize_ = 0;
+    inBody_ = false;
+    ignoresBody_ = false;
     replier_.Reply("354 send the message, then a line with a dot alone");
   }
 }
 
 std::size_t SmtpSession::OnContent(std::string_view bytes) {
-  const std::size_t used = decoder_.Feed(bytes, [this](std::string_view run) {
-    contentSize_ += run.size();
-    delivery_->Write(run);
-  });
-  if (decoder_.Done()) EndContent();
+  if (!std::exchange(inBody_, true)) ignoresBody_ = !replier_.Enter("BODY");
+  const std::size_t used = content_.Take(bytes);
+  if (!content_.Active()) EndContent();
   return used;
 }
 
 void SmtpSession::EndContent() {
-  receiving_ = false;
-  Log& log = connection_.ConversationLog();
-  log.ClientContent(Protocol::kSmtp, contentSize_);
-  log.Client(Protocol::kSmtp, ".");
-  const bool kept = delivery_->Commit(envelope_);
+  const Envelope envelope = envelope_;
   ResetTransaction();
+  if (ignoresBody_ || !replier_.Enter("TERMINATOR")) {
+    content_.Discard();
+    return;
+  }
+  const bool kept = content_.Commit(envelope);
   replier_.Reply(kept ? "250 message accepted" : "452 the message cannot be stored");
 }
 
 void SmtpSession::ResetTransaction() {
   hasSender_ = false;
   envelope_ = {};
-  delivery_.reset();
 }
 
 void SmtpSession::Rset(std::string_view /*argument*/) {

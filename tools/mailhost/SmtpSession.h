@@ -2,14 +2,12 @@
 // taken.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "ContentReceiver.h"
 #include "Delivery.h"
-#include "DotDecoder.h"
 #include "Replier.h"
 #include "Session.h"
 
@@ -17,15 +15,13 @@ namespace mailhost {
 
 class SmtpSession : public Session {
  public:
-  // Starts keeping a message; null when that fails.
-  using BeginDelivery = std::function<std::unique_ptr<Delivery>()>;
-
-  SmtpSession(Connection& connection, BeginDelivery begin);
+  // `rules` must outlive the session.
+  SmtpSession(Connection& connection, const std::vector<FaultRule>& rules, BeginDelivery begin);
 
   void OnOpen() override;
   void OnLine(std::string_view line) override;
   void OnBadLine(std::string_view why) override;
-  bool WantsContent() const override { return receiving_; }
+  bool WantsContent() const override { return content_.Active(); }
   std::size_t OnContent(std::string_view bytes) override;
 
  private:
@@ -49,16 +45,13 @@ class SmtpSession : public Session {
   void ResetTransaction();
   void EndContent();
 
-  Connection& connection_;
   Replier replier_;
-  BeginDelivery begin_;
   bool greeted_ = false;
   bool hasSender_ = false;
   Envelope envelope_;
-  bool receiving_ = false;
-  DotDecoder decoder_;
-  std::unique_ptr<Delivery> delivery_;
-  std::uint64_t contentSize_ = 0;
+  ContentReceiver content_;
+  bool inBody_ = false;       // the first bytes of the content have come
+  bool ignoresBody_ = false;  // a fault has taken its place
 };
 
 }  // namespace mailhost

@@ -26,7 +26,7 @@ int Serve(int argc, char** argv) {
   std::printf("smtp %d\npop %d\nready\n", host.SmtpPort(), host.PopPort());
   std::fflush(stdout);
   host.Run();
-  return 0;
+  return host.HadMismatch() ? 1 : 0;
 }
 
 }  // namespace
