@@ -1,8 +1,9 @@
 // The files of the system, as the portable code sees them.
 //
-// Paths are UTF-8 text in the system's own notation (Windows: drive letters, UNC, both slashes; Linux: slashes). Ordinary
-// failures (no such file, disk full, access denied) are return values; nothing here throws for them. Every operation
-// handles files beyond 4 GiB. Reads and writes are unbuffered: callers move blocks, not bytes.
+// Paths are UTF-8 text in the system's own notation (Windows: drive letters, UNC, both slashes;
+// Linux: slashes). Ordinary failures (no such file, disk full, access denied) are return values;
+// nothing here throws for them. Every operation handles files beyond 4 GiB. Reads and writes are
+// unbuffered: callers move blocks, not bytes.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +16,14 @@
 
 namespace quillon {
 
-// One open file. The destructor closes it; a writer calls Close itself, because only then it hears of a failed write-back.
+// One open file. The destructor closes it; a writer calls Close itself, because only then it hears
+// of a failed write-back.
 class File {
  public:
   virtual ~File() = default;
 
-  // Reads up to buffer.size() bytes and returns how many; 0 at the end of the file, no value when the read failed.
+  // Reads up to buffer.size() bytes and returns how many; 0 at the end of the file, no value when
+  // the read failed.
   virtual std::optional<size_t> Read(std::span<uint8_t> buffer) = 0;
 
   // Writes all bytes, or returns false (some of them may have been written).
@@ -31,7 +34,8 @@ class File {
 
   virtual std::optional<uint64_t> Size() = 0;
 
-  // False when data could not be stored. Later operations on the file fail; a second Close does nothing and returns true.
+  // False when data could not be stored. Later operations on the file fail; a second Close does
+  // nothing and returns true.
   virtual bool Close() = 0;
 };
 
@@ -76,13 +80,16 @@ class FileSystem {
 // The system's own files. Program entries make one and pass it on by reference.
 std::unique_ptr<FileSystem> MakeFileSystem();
 
+// The functions below are the same on every system (core/FileSystem.cpp).
+
 // No value when the file cannot be opened or read to its end.
 std::optional<std::vector<uint8_t>> ReadWholeFile(FileSystem& files, const std::string& path);
 
 // Creates or replaces the file; a failed write leaves none.
 bool WriteWholeFile(FileSystem& files, const std::string& path, std::span<const uint8_t> bytes);
 
-// The directory with a separator at its end (the empty path, which means the current directory, stays empty).
+// The directory with a separator at its end (the empty path, which means the current directory,
+// stays empty).
 std::string WithSeparator(const FileSystem& files, std::string directory);
 
 // What follows the last '/', '\\' or drive ':' of a path.

@@ -1,7 +1,6 @@
 // The real files, with a disk that fills up and files that cannot be read to their end.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -47,6 +46,10 @@ class FaultyFileSystem final : public FileSystem {
   char Separator() const override { return real_.Separator(); }
 
  private:
+  static size_t Within(size_t wanted, uint64_t budget) {
+    return budget < wanted ? static_cast<size_t>(budget) : wanted;
+  }
+
   class FaultyFile final : public File {
    public:
     FaultyFile(FaultyFileSystem& owner, std::unique_ptr<File> file)
@@ -55,15 +58,14 @@ class FaultyFileSystem final : public FileSystem {
     std::optional<size_t> Read(std::span<uint8_t> buffer) override {
       ++owner_.calls;
       if (owner_.readBudget == 0) return std::nullopt;
-      const auto count =
-          file_->Read(buffer.first(std::min<uint64_t>(buffer.size(), owner_.readBudget)));
+      const auto count = file_->Read(buffer.first(Within(buffer.size(), owner_.readBudget)));
       if (count) owner_.readBudget -= *count;
       return count;
     }
 
     bool Write(std::span<const uint8_t> bytes) override {
       ++owner_.calls;
-      const size_t fitting = std::min<uint64_t>(bytes.size(), owner_.writeBudget);
+      const size_t fitting = Within(bytes.size(), owner_.writeBudget);
       owner_.writeBudget -= fitting;
       return file_->Write(bytes.first(fitting)) && fitting == bytes.size();
     }

@@ -1,13 +1,12 @@
 // FileSystem over the POSIX calls.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 #include "platform/FileSystem.h"
 
@@ -77,7 +76,9 @@ int OpenFlags(OpenMode mode) {
 }
 
 // A NUL would silently cut the path that the system sees.
-bool IsUsable(const std::string& path) { return path.find('\0') == std::string::npos; }
+bool IsUsable(const std::string& path) {
+  return path.find('\0') == std::string::npos;
+}
 
 std::optional<mode_t> TypeOf(const std::string& path) {
   struct stat info {};
@@ -152,6 +153,8 @@ class PosixFileSystem final : public FileSystem {
 
 }  // namespace
 
-std::unique_ptr<FileSystem> MakeFileSystem() { return std::make_unique<PosixFileSystem>(); }
+std::unique_ptr<FileSystem> MakeFileSystem() {
+  return std::make_unique<PosixFileSystem>();
+}
 
 }  // namespace quillon

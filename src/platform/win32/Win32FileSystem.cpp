@@ -1,7 +1,6 @@
 // FileSystem over the Windows calls.
-#include <windows.h>
-
 #include <algorithm>
+#include <windows.h>
 
 #include "platform/FileSystem.h"
 #include "platform/win32/WideText.h"
@@ -25,8 +24,8 @@ std::wstring FullWidePath(const std::wstring& path) {
   }
 }
 
-// The path as the system takes it; long ones get the prefix that lifts the limit. Empty when no file can have that path:
-// a NUL would silently cut it.
+// The path as the system takes it; long ones get the prefix that lifts the limit. Empty when no
+// file can have that path: a NUL would silently cut it.
 std::wstring SystemPath(const std::string& path) {
   if (path.find('\0') != std::string::npos) return {};
   std::wstring wide = WideFromUtf8(path);
@@ -176,6 +175,8 @@ class Win32FileSystem final : public FileSystem {
 
 }  // namespace
 
-std::unique_ptr<FileSystem> MakeFileSystem() { return std::make_unique<Win32FileSystem>(); }
+std::unique_ptr<FileSystem> MakeFileSystem() {
+  return std::make_unique<Win32FileSystem>();
+}
 
 }  // namespace quillon

@@ -1,0 +1,39 @@
+// The inner loops of base64 and uuencode: groups of 3 bytes to groups of 4 characters and back.
+//
+// The scalar kernel is the truth. The others do the same with the vector instructions of one
+// generation of processors and are chosen when the program runs; every one handles whatever its
+// blocks leave over through the scalar kernel.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quillon {
+
+// Writes bytes / 3 * 4 characters; `bytes` is a multiple of 3.
+using EncodeGroups = void (*)(const uint8_t* in, size_t bytes, uint8_t* out);
+
+// Decodes groups from the start of the `length` characters for as long as all four characters of a
+// group belong to the alphabet, and returns how many characters that were, a multiple of 4. `out`
+// has room for length / 4 * 3 bytes; those behind the decoded ones may have been written to. The
+// uuencode alphabet is " " to "`" with both meaning 0.
+using DecodeGroups = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
+
+struct CodecKernel {
+  const char* name;
+  EncodeGroups encodeBase64;
+  DecodeGroups decodeBase64;
+  EncodeGroups encodeUu;
+  DecodeGroups decodeUu;
+};
+
+extern const CodecKernel kScalarKernel;
+
+// The fastest one that this processor can run.
+const CodecKernel& BestKernel();
+
+// All that this processor can run, the scalar one first.
+std::vector<const CodecKernel*> UsableKernels();
+
+}  // namespace quillon
