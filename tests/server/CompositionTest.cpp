@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include "core/Text.h"
+#include "support/TestWorld.h"
+
+namespace quillon {
+namespace {
+
+using testing::BytesOf;
+using testing::ContentOf;
+using testing::FailureOf;
+using testing::TestWorld;
+
+std::string Text(const Value& value) {
+  return ToText(value);
+}
+
+TEST(Composition, RecipientsAreSplitTrimmedAndCounted) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  server->AddRecipientTo("  ");
+  EXPECT_EQ(0, server->GetMessageItemCount(1));
+  server->AddRecipientTo(" Ann <a@x>, b@y ");
+  server->Put(Property::recipientDelimiter, std::string(";"));
+  server->AddRecipientCc("c,c@z; d@z");
+  EXPECT_EQ("Ann <a@x>, b@y", server->GetMessageItemString(1));
+  EXPECT_EQ("c,c@z|d@z", Join(server->GetMessageItems(2), "|"));
+  EXPECT_EQ("b@y", Text(server->GetMessageItem(std::int16_t{1}, 1)));
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->GetMessageItem(1, 2); }));
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->GetMessageItems(8); }));
+}
+
+TEST(Composition, ListsEndWhereTheirCountsDo) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  ASSERT_TRUE(WriteWholeFile(*world.files, world.folder.Path("a.txt"), BytesOf("a")));
+  world.shared.message.to.resize(32766);
+  world.shared.message.bcc.resize(32767);
+  world.shared.message.attachments.resize(32767);
+  EXPECT_EQ("519 Too many To recipients.", FailureOf([&] { server->AddRecipientTo("a,b"); }));
+  EXPECT_EQ(32767, server->GetMessageItemCount(1));
+  EXPECT_EQ("517 Too many Bcc recipients.", FailureOf([&] { server->AddRecipientBcc("a"); }));
+  EXPECT_EQ("520 Too many attachments.",
+            FailureOf([&] { server->AddAttachment(world.folder.Path("a.txt")); }));
+}
+
+TEST(Composition, FilesMustExist) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  const auto file = world.folder.Path("a b.txt");
+  ASSERT_TRUE(WriteWholeFile(*world.files, file, BytesOf("a")));
+  server->AddAttachment(" ");
+  server->AddAttachment("  " + file + " ");
+  EXPECT_EQ(file, server->GetMessageItemString(6));
+  EXPECT_EQ("a b.txt", server->GetMessageItemString(7));
+  EXPECT_EQ("521 Attachment does not exist.", FailureOf([&] { server->AddAttachment("nope"); }));
+  EXPECT_EQ("521 Alternative nope does not exist.",
+            FailureOf([&] { server->AddAlternative("nope", "text/html", 0); }));
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->AddAlternative(file, " ", 0); }));
+  server->AddAlternative(file, "text/html", 0);
+  EXPECT_EQ(1U, world.shared.message.alternatives.size());
+}
+
+TEST(Composition, HeadersOfTheServerAreReserved) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  for (const auto* name : {"date", " Subject ", "X-Mailer", "mailer", "Priority", "reply-to",
+                           "X-MSMAIL-PRIORITY", "SpecialBuild", "Content-Type", "MIME-Version"}) {
+    EXPECT_EQ("545 Reserved header.", FailureOf([&] { server->AddXHeader(name, "v"); })) << name;
+  }
+  for (const auto* name : {"", "a:b", "a b", "a\r\nTo", "\xC3\xA9"}) {
+    EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->AddXHeader(name, "v"); })) << name;
+  }
+  server->AddXHeader(" Loop ", "v");
+  EXPECT_EQ("Loop", world.shared.message.xHeaders.at(0).name);
+}
+
+TEST(Composition, ItemsAreClearedOneByOneOrTogether) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  auto& message = world.shared.message;
+  const auto fill = [&] {
+    message.to = message.cc = message.bcc = {"x"};
+    message.subject = message.body = message.auxiliaryText = "x";
+    message.attachments = {{"f", "n"}};
+    message.alternatives = {{"f", "t"}};
+    message.xHeaders = {{"n", "v"}};
+    message.from = message.replyTo = "kept";
+  };
+  const auto counts = [&] {
+    std::string text;
+    for (const int type : {1, 2, 3, 4, 5, 6, 7, 150}) {
+      text += std::to_string(server->GetMessageItemCount(static_cast<std::int16_t>(type)));
+    }
+    return text;
+  };
+  const std::pair<std::int16_t, const char*> kCases[] = {
+      {1, "01111111"}, {2, "10111111"}, {3, "11011111"},  {4, "11101111"},
+      {5, "11110111"}, {6, "11111001"}, {150, "11111110"}};
+  for (const auto& [type, expected] : kCases) {
+    fill();
+    server->ClearMessageItems(type);
+    EXPECT_EQ(expected, counts());
+  }
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->ClearMessageItems(7); }));
+  for (const auto member : {&Server::NewMessage, &Server::NewMessagePost}) {
+    fill();
+    ((*server).*member)();
+    EXPECT_EQ("00000000", counts());
+    EXPECT_TRUE(message.alternatives.empty() && message.xHeaders.empty());
+    EXPECT_EQ("kept", Text(server->Get(Property::from)));
+  }
+}
+
+TEST(Composition, HeaderItemsReadTheCurrentHeader) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  EXPECT_EQ("532 No valid message headers have been loaded.",
+            FailureOf([&] { server->GetHeaderItemString(4); }));
+  world.shared.headers.resize(2);
+  auto& header = world.shared.headers[1];
+  header.to = "\"A, B\" <a@x>,b@y";
+  header.subject = "Hello";
+  header.contentLength = "12";
+  header.priority = 5;
+  header.receiptRequested = kTrue;
+  server->Put(Property::messageIndex, 1);
+  EXPECT_EQ("\"A, B\" <a@x>|b@y", Join(server->GetHeaderItems(1), "|"));
+  EXPECT_EQ("Hello", server->GetHeaderItemString(4));
+  EXPECT_EQ("12", server->GetHeaderItemString(26));
+  EXPECT_EQ("5", server->HeaderItems(25).at(0));
+  EXPECT_EQ("-1", server->GetHeaderItemString(27));
+  EXPECT_TRUE(server->GetHeaderItems(10).empty());
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->HeaderItems(5); }));
+}
+
+TEST(Composition, AnyTextSurvivesMessageFiles) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  const auto path = world.folder.Path("message.txt");
+  const std::string kTexts[] = {
+      "plain\r\nlines",
+      "caf\xC3\xA9 \xE2\x82\xAC",
+      std::string("nul\0inside", 10),
+      "\xE6\x97\xA5\xE6\x9C\xAC",
+      "\xED\xA0\x80 alone",
+      "",
+      "\xC3\xAF\xC2\xBB\xC2\xBF looks like a mark",
+  };
+  for (const auto& text : kTexts) {
+    server->Put(Property::Message, text);
+    server->SaveMessageToFile(path);
+    server->NewMessage();
+    server->LoadMessageFromFile(path);
+    EXPECT_EQ(text, Text(server->Get(Property::Message)));
+  }
+  server->Put(Property::Message, kTexts[1]);
+  server->SaveMessageToFile(path);
+  EXPECT_EQ("caf\xE9 \x80", ContentOf(*world.files, path));  // what ANSI holds is written as ANSI
+
+  ASSERT_TRUE(WriteWholeFile(*world.files, path,
+                             BytesOf(std::string_view("\xFE\xFF\0A\xD8\x3D\xDE\x00", 8))));
+  server->LoadMessageFromFile(path);
+  EXPECT_EQ("A\xF0\x9F\x98\x80", Text(server->Get(Property::Message)));
+}
+
+TEST(Composition, MessageFilesFailClearly) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  EXPECT_EQ("547 File not specified.", FailureOf([&] { server->LoadMessageFromFile(" "); }));
+  EXPECT_EQ("547 File not specified.", FailureOf([&] { server->SaveMessageToFile(""); }));
+  EXPECT_EQ("548 File does not exist.",
+            FailureOf([&] { server->LoadMessageFromFile(world.folder.Path("none")); }));
+  EXPECT_EQ("75 Undetermined error in SaveMessageToFile method.",
+            FailureOf([&] { server->SaveMessageToFile(world.folder.Path("none/deeper.txt")); }));
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include "support/TestWorld.h"
+
+namespace quillon {
+namespace {
+
+using testing::FailureOf;
+using testing::FakeBackEnd;
+using testing::TestWorld;
+
+Value MailSystemOf(Server& server) {
+  return server.Get(Property::mailSystem);
+}
+
+TEST(Dispatch, DetectionTakesTheFirstPresentSystemThatCanBeServed) {
+  TestWorld world;
+  FakeBackEnd internet;
+  FakeBackEnd vim;
+  const auto lonely = world.NewServer();
+  lonely->SetNativeSystem();  // finds nothing and does not fail
+  EXPECT_EQ(Value(std::int16_t{0}), MailSystemOf(*lonely));
+  EXPECT_EQ("515 No mail system was detected.", FailureOf([&] { lonely->Login(); }));
+
+  internet.operations = {Operation::Login};
+  world.mailSystems.Add(MailFamily::Internet, internet);
+  world.workstation.libraries = {"vim32.dll"};  // installed, but without a back end here
+  lonely->Login();
+  EXPECT_EQ(Value(std::int16_t{10}), MailSystemOf(*lonely));
+
+  world.mailSystems.Add(MailFamily::Vim, vim);
+  const auto other = world.NewServer();
+  other->SetNativeSystem();
+  EXPECT_EQ(Value(std::int16_t{2}), MailSystemOf(*other));
+}
+
+TEST(Dispatch, EachFamilyIsProbedOncePerInstance) {
+  TestWorld world;
+  world.workstation.libraries = {"mapi32.dll"};
+  const auto server = world.NewServer();
+  for (const MailSystemId id : {mail_system::kSimpleMapi, mail_system::kCserve}) {
+    EXPECT_EQ(-1, server->QueryMailSystem(id));
+  }
+  EXPECT_EQ(1, world.workstation.probes);
+  world.workstation.libraries.clear();
+  EXPECT_EQ(-1, server->QueryMailSystem(8));
+  EXPECT_EQ(0, world.NewServer()->QueryMailSystem(8));
+}
+
+TEST(Dispatch, PresenceTestsLookWhereTheLibrariesAre) {
+  const struct {
+    const char* what;
+    std::function<void(testing::FakeWorkstation&)> install;
+    MailSystemId system;
+    int present;
+  } kCases[] = {
+      {"nothing", [](auto&) {}, 2, 0},
+      {"VIM by the first key",
+       [](auto& w) {
+         w.profile["LotusMail/Program"] = "C:\\CCMAIL\\WMAIL.EXE";
+         w.libraries = {"C:\\CCMAIL\\vim32.dll"};
+       },
+       2, -1},
+      {"VIM by the second key",
+       [](auto& w) {
+         w.profile["cc:Mail/ProgramPath"] = "D:\\CC\\";
+         w.libraries = {"D:\\CC\\vim32.dll"};
+       },
+       25, -1},
+      {"old Active Messaging", [](auto& w) { w.objects["MAPI.Session"] = 1.0; }, 9, 0},
+      {"Active Messaging", [](auto& w) { w.objects["MAPI.Session"] = 1.1; }, 9, -1},
+      {"Notes", [](auto& w) { w.objects["Notes.NotesSession"] = 4.0; }, 11, -1},
+      {"MHS", [](auto&) {}, 3, 0},
+      {"unknown", [](auto&) {}, 77, 0},
+      {"30", [](auto&) {}, 30, -1},
+  };
+  for (const auto& test : kCases) {
+    TestWorld world;
+    test.install(world.workstation);
+    EXPECT_EQ(test.present, world.NewServer()->QueryMailSystem(test.system)) << test.what;
+  }
+}
+
+TEST(Dispatch, ArgumentsAreCheckedBeforeTheMailSystemIsAsked) {
+  TestWorld world;
+  FakeBackEnd internet;
+  internet.operations = {Operation::Send, Operation::LoadMessage, Operation::DeleteMessage};
+  world.mailSystems.Add(MailFamily::Internet, internet);
+  const auto server = world.NewServer();
+  EXPECT_EQ("516 No addressees were specified.", FailureOf([&] { server->Send(); }));
+  for (const auto member : {&Server::LoadMessage, &Server::DeleteMessage}) {
+    EXPECT_EQ("532 No valid message headers have been loaded.",
+              FailureOf([&] { ((*server).*member)(); }));
+  }
+  world.shared.headers.resize(2);
+  server->Put(Property::messageIndex, 1);
+  world.shared.headers.resize(1);
+  EXPECT_EQ("533 Message index is not valid.", FailureOf([&] { server->LoadMessage(); }));
+  EXPECT_TRUE(internet.calls.empty());
+  server->Put(Property::messageIndex, 0);
+  server->DeleteMessage();
+  EXPECT_EQ(1U, internet.calls.size());
+}
+
+TEST(Dispatch, AnInstanceMayChangeItsSystemWhileACallRuns) {
+  TestWorld world;
+  FakeBackEnd internet;
+  internet.operations = {Operation::Login};
+  internet.result = 3;
+  world.mailSystems.Add(MailFamily::Internet, internet);
+  const auto server = world.NewServer();
+  server->Put(Property::mailSystem, 10);
+  internet.during = [&] { server->Put(Property::mailSystem, 0); };
+  EXPECT_EQ("6003 Login failed", FailureOf([&] { server->Login(); }));
+}
+
+TEST(Dispatch, FolderListsComeAsArrayAndAsText) {
+  TestWorld world;
+  FakeBackEnd notes;
+  notes.operations = {Operation::GetFolderList};
+  world.mailSystems.Add(MailFamily::Notes, notes);
+  const auto server = world.NewServer();
+  server->Put(Property::mailSystem, 11);
+  std::int32_t count = 0;
+  EXPECT_EQ("Inbox; Sent", server->GetFolderListString("", 0, "; ", 0, count));
+  EXPECT_EQ(2, count);
+  EXPECT_EQ(2U, server->FolderList("", 0, 0).size());
+  EXPECT_EQ("530 Operation not supported by this mail system.",
+            FailureOf([&] { server->CreateFolder("New"); }));
+}
+
+}  // namespace
+}  // namespace quillon

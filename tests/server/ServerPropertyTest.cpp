@@ -1,0 +1,154 @@
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include "support/TestWorld.h"
+
+namespace quillon {
+namespace {
+
+using testing::FailureOf;
+using testing::TestWorld;
+
+constexpr const char* kInvalid = "529 Invalid property value.";
+
+TEST(ServerProperty, PutsOutsideTheRuleFailAndKeepTheOldValue) {
+  const struct {
+    Property property;
+    std::vector<Value> accepted;
+    std::vector<Value> refused;
+  } kCases[] = {
+      {Property::ErrorDisplay, {-1, 0, true, std::string("-1")}, {1, 2, 100000, 1e30}},
+      {Property::MaximumHeaders, {1, 2147483647}, {0, -1, 3e9}},
+      {Property::ProgressBar, {0, 7}, {-1, 8}},
+      {Property::ProgressBarThreshold, {0, 2147483647}, {-1}},
+      {Property::attachmentEncoding, {0, 255}, {-1, 256}},
+      {Property::TimeoutConnect, {2000, 60000}, {1999, 60001}},
+      {Property::TimeoutProtocol, {2000, 60000}, {1999, 60001}},
+      {Property::Importance, {1, 5}, {0, 6}},
+      {Property::DeliveryPriority, {2, 4}, {1, 5}},
+      {Property::DeliveryReport, {0, 3}, {-1, 4}},
+      {Property::Sensitivity, {0, 10}, {-1, 11}},
+      {Property::UTCOffset, {-24.0F, 24.0F, 5.5, -50}, {-25, 25, -49.9, -51, std::nan("")}},
+      {Property::recipientDelimiter,
+       {std::string(";"), std::string("\xC2\xA7")},
+       {std::string(), std::string(";;"), std::string("\xF0\x9F\x98\x80")}},
+      {Property::dateFormat,
+       {0, 5, std::string("yyyy-mm-dd")},
+       {6, -1, std::string("99999999999")}},
+      {Property::mailSystem, {10, 20, 4, 0}, {12, -1, 21, 70000, 1e300}},
+      {Property::messageIndex, {}, {0, -1, 1}},
+  };
+  TestWorld world;
+  const auto server = world.NewServer();
+  for (const auto& test : kCases) {
+    for (const auto& value : test.accepted) {
+      EXPECT_EQ("", FailureOf([&] { server->Put(test.property, value); }))
+          << static_cast<int>(test.property) << " " << ToText(value);
+    }
+    const auto kept = server->Get(test.property);
+    for (const auto& value : test.refused) {
+      EXPECT_EQ(kInvalid, FailureOf([&] { server->Put(test.property, value); }))
+          << static_cast<int>(test.property) << " " << ToText(value);
+      EXPECT_EQ(kept, server->Get(test.property));
+    }
+    EXPECT_EQ("type mismatch", FailureOf([&] { server->Put(test.property, NullValue()); }));
+  }
+}
+
+TEST(ServerProperty, DirectoriesAndPasswordsAreChecked) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  EXPECT_EQ("529 Directory does not exist.", FailureOf([&] {
+              server->Put(Property::AttachmentDirectory, world.folder.Path("none"));
+            }));
+  server->Put(Property::AttachmentDirectory, world.folder.Path());
+  EXPECT_EQ(Value(world.folder.Path()), server->Get(Property::AttachmentDirectory));
+  server->Put(Property::AttachmentDirectory, std::string());
+
+  server->Put(Property::ZipPassword, std::string(65, 'x'));
+  EXPECT_EQ("529 Password length exceeds maximum length of 65 characters.",
+            FailureOf([&] { server->Put(Property::ZipPassword, std::string(66, 'x')); }));
+}
+
+TEST(ServerProperty, DateFormatsHaveNumbers) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  for (std::int16_t i = 0; i < 6; ++i) {
+    server->Put(Property::dateFormat, i);
+    EXPECT_EQ(Value(i), server->Get(Property::dateFormat));
+  }
+  const std::pair<const char*, Value> kTexts[] = {{"long date", std::int16_t{3}},
+                                                  {"2", std::int16_t{2}},
+                                                  {"yyyy-mm-dd", std::string("yyyy-mm-dd")}};
+  for (const auto& [text, expected] : kTexts) {
+    server->Put(Property::dateFormat, std::string(text));
+    EXPECT_EQ(expected, server->Get(Property::dateFormat));
+  }
+}
+
+TEST(ServerProperty, PortsAboveTheShortRangeReadBackAsThemselves) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  server->Put(Property::SMTPPort, 2525);
+  EXPECT_EQ(Value(std::int16_t{2525}), server->Get(Property::SMTPPort));
+  server->Put(Property::POPPort, -15536);  // the short that has the bits of 50000
+  EXPECT_EQ(Value(50000), server->Get(Property::POPPort));
+  EXPECT_EQ("overflow", FailureOf([&] { server->Put(Property::SMTPPort, 65536); }));
+}
+
+TEST(ServerProperty, InstancesShareTheMessageAndResetTheInternetSettings) {
+  TestWorld world;
+  const auto first = world.NewServer();
+  first->Put(Property::subject, std::string("shared"));
+  first->Put(Property::loginName, std::string("own"));
+  first->Put(Property::SMTPPort, 2525);
+  world.shared.message.auxiliaryText = "aux";
+  const auto second = world.NewServer();
+  EXPECT_EQ(Value(std::string("shared")), second->Get(Property::subject));
+  EXPECT_EQ(Value(std::string()), second->Get(Property::loginName));
+  EXPECT_EQ(Value(std::int16_t{25}), first->Get(Property::SMTPPort));
+  EXPECT_EQ("", world.shared.message.auxiliaryText);
+}
+
+TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
+  TestWorld world;
+  testing::FakeBackEnd mapi;
+  mapi.operations = {Operation::SetSessionHandle};
+  world.mailSystems.Add(MailFamily::SimpleMapi, mapi);
+  auto server = world.NewServer();
+  EXPECT_EQ("529 Could not set session handle, MailSystem property must be set first.",
+            FailureOf([&] { server->Put(Property::SessionHandleEx, 5); }));
+  server->Put(Property::mailSystem, 1);
+  server->Put(Property::SessionHandleEx, 5);
+  server->Put(Property::mailSystem, 10);
+  EXPECT_EQ(Value(0), server->Get(Property::sessionHandle));
+  EXPECT_EQ("529 Could not set session handle.",
+            FailureOf([&] { server->Put(Property::SessionHandleEx, 6); }));
+  server->Put(Property::mailSystem, 8);
+  EXPECT_EQ(Value(5), server->Get(Property::SessionHandleEx));
+  mapi.result = 3;
+  EXPECT_EQ("529 Could not set session handle.",
+            FailureOf([&] { server->Put(Property::SessionHandleEx, 6); }));
+
+  // The back ends are shut down with the last instance, and each learns the handle of its family.
+  auto second = world.NewServer();
+  second.reset();
+  EXPECT_EQ(2U, mapi.calls.size());
+  server.reset();
+  EXPECT_EQ("Shutdown 5", mapi.calls.back());
+}
+
+TEST(ServerProperty, LoggingFollowsTheSwitchAndEndsWithTheLastInstance) {
+  TestWorld world;
+  auto server = world.NewServer();
+  server->Put(Property::InternetLogging, -1);
+  EXPECT_TRUE(world.log.IsOpen());
+  server->Put(Property::InternetLogging, 0);
+  EXPECT_FALSE(world.log.IsOpen());
+  server->Put(Property::InternetLogging, true);
+  server.reset();
+  EXPECT_FALSE(world.log.IsOpen());
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,141 @@
+// A process of its own for one test: shared state, recording ports and as many Server objects as it
+// likes.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "internet/ProtocolLog.h"
+#include "mail/BackEnd.h"
+#include "mail/INIUtilities.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+#include "platform/MessageBox.h"
+#include "platform/Workstation.h"
+#include "server/Environment.h"
+#include "server/MailSystems.h"
+#include "server/Server.h"
+#include "support/TempFolder.h"
+
+namespace quillon::testing {
+
+class RecordingMessageBox final : public MessageBoxPort {
+ public:
+  void Show(const std::string& title, const std::string& text, Icon) override {
+    shown.push_back(title + "|" + text);
+  }
+
+  std::vector<std::string> shown;
+};
+
+class FakeWorkstation final : public Workstation {
+ public:
+  bool LibraryLoads(const std::string& name, const std::string& directory) override {
+    ++probes;
+    return libraries.count(directory.empty() ? name : directory + "\\" + name) > 0;
+  }
+  std::optional<LibraryInfo> DescribeLibrary(const std::string& name) override {
+    if (libraries.count(name) == 0) return std::nullopt;
+    return LibraryInfo{"Maker of " + name, "1.2.3.4"};
+  }
+  bool ObjectCreates(const std::string& progId) override { return objects.count(progId) > 0; }
+  std::optional<double> ObjectVersion(const std::string& progId) override {
+    const auto found = objects.find(progId);
+    if (found == objects.end()) return std::nullopt;
+    return found->second;
+  }
+  std::string ProfileValue(const std::string& section, const std::string& key) override {
+    return profile[section + "/" + key];
+  }
+  std::string UserRegistryText(const std::string&, const std::string& value) override {
+    return "registry " + value;
+  }
+
+  std::set<std::string> libraries;
+  std::map<std::string, double> objects;
+  std::map<std::string, std::string> profile;
+  int probes = 0;
+};
+
+// Answers each operation it supports with `result`, and records what was asked.
+class FakeBackEnd final : public BackEnd {
+ public:
+  bool Supports(MailSystemId, Operation operation) const override {
+    return operations.count(operation) > 0;
+  }
+  std::int32_t Send(MailRequest& request) override { return Answer("Send", request); }
+  std::int32_t Login(MailRequest& request) override { return Answer("Login", request); }
+  std::int32_t LoadMessage(MailRequest& request) override { return Answer("LoadMessage", request); }
+  std::int32_t DeleteMessage(MailRequest& request) override {
+    return Answer("DeleteMessage", request);
+  }
+  std::int32_t UnreadCount(MailRequest& request, std::int32_t& count) override {
+    count = 7;
+    return Answer("UnreadCount", request);
+  }
+  std::int32_t SetSessionHandle(MailRequest& request, std::int32_t) override {
+    return Answer("SetSessionHandle", request);
+  }
+  std::int32_t GetFolderList(MailRequest& request, const std::string&, bool, bool,
+                             std::vector<std::string>& folders) override {
+    folders = {"Inbox", "Sent"};
+    return Answer("GetFolderList", request);
+  }
+  void SetErrorDisplay(bool on) override { calls.push_back(on ? "display on" : "display off"); }
+  void Shutdown(std::int32_t savedHandle) override {
+    calls.push_back("Shutdown " + std::to_string(savedHandle));
+  }
+  std::string ErrorText(MailSystemId, std::int32_t number) const override {
+    return number == 3 ? "Login failed" : "";
+  }
+
+  std::set<Operation> operations;
+  std::int32_t result = kBackEndSuccess;
+  std::function<void()> during;  // runs inside the call
+  std::vector<std::string> calls;
+
+ private:
+  std::int32_t Answer(const char* call, MailRequest&) {
+    calls.emplace_back(call);
+    if (during) during();
+    return result;
+  }
+};
+
+struct TestWorld {
+  std::unique_ptr<Server> NewServer() { return std::make_unique<Server>(environment); }
+
+  TempFolder folder;
+  std::unique_ptr<FileSystem> files = MakeFileSystem();
+  std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
+  SharedState shared;
+  RecordingMessageBox messageBox;
+  FakeWorkstation workstation;
+  MailSystems mailSystems{workstation};
+  clsINIUtilities configuration{*files, folder.Path("quillon.ini")};
+  ProtocolLog log{*files, folder.Path()};
+  Environment environment{
+      shared,        *files,     *codePage,
+      workstation,   messageBox, mailSystems,
+      configuration, log,        {"1.0", "1.0.0.0", "C:\\Program Files\\Quillon"}};
+};
+
+// What a failing member leaves with: the code, a blank and the text; empty when it does not fail.
+template <typename Body>
+std::string FailureOf(Body&& body) {
+  try {
+    body();
+  } catch (const ServerError& error) {
+    return std::to_string(error.Code()) + " " + error.Text();
+  } catch (const ConversionError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+}  // namespace quillon::testing
