@@ -1,0 +1,72 @@
+// A connection that delivers lines and takes bytes, over any connected ByteStream.
+//
+// Lines end at LF; a CR before it is taken off with it. A line longer than the buffer arrives in
+// pieces, so memory stays bounded whatever the peer sends. Events for one socket never nest: what
+// arrives while a handler runs (which may wait for something else) is delivered after it has
+// returned, in order, and nothing is lost.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/Network.h"
+
+namespace quillon {
+
+class LineSocket : private ByteStream::Handler {
+ public:
+  class Handler {
+   public:
+    virtual ~Handler() = default;
+    // `complete` is false for a piece whose line goes on in the next one. The text lives until the
+    // handler returns.
+    virtual void OnLine(std::string_view text, bool complete) = 0;
+    virtual void OnSendReady() = 0;
+    // The connection is gone: error 0 when the peer closed it, else the system's number. A last
+    // line without an end has been delivered before.
+    virtual void OnClosed(int error) = 0;
+  };
+
+  explicit LineSocket(Handler& handler) : handler_(handler) {}
+  ~LineSocket() override = default;
+  LineSocket(const LineSocket&) = delete;
+  LineSocket& operator=(const LineSocket&) = delete;
+
+  // Takes over a connected stream; the events begin.
+  void Attach(std::unique_ptr<ByteStream> stream);
+  bool IsOpen() const noexcept { return stream_ != nullptr; }
+
+  // Writes what the system takes now and returns how many bytes that was; when it is less than all,
+  // OnSendReady follows. A connection that broke takes nothing: what the peer had sent before is
+  // delivered first, then OnClosed.
+  std::size_t Write(std::string_view bytes);
+
+  // No event follows. May be called from inside a handler.
+  void Close();
+
+  std::string LocalAddress() const { return stream_ ? stream_->LocalAddress() : std::string(); }
+  bool IsIPv6() const { return stream_ && stream_->IsIPv6(); }
+
+ private:
+  void OnStreamConnected() override {}
+  void OnStreamFailed(int) override {}
+  void OnStreamReadable() override;
+  void OnStreamWritable() override;
+
+  void Deliver(std::size_t scanFrom);
+  void DeliverEnd(int error);
+  void ReadDeclined();
+
+  Handler& handler_;
+  std::unique_ptr<ByteStream> stream_;
+  std::unique_ptr<char[]> buffer_;  // made with the first connection
+  std::size_t filled_ = 0;  // bytes in the buffer: the begin of a line whose end has not come
+  bool inPieces_ = false;   // that line has been delivered in part
+  bool delivering_ = false;
+  bool writable_ = false;  // came while delivering
+  bool declined_ = false;  // so did data of a newer connection
+};
+
+}  // namespace quillon

@@ -1,0 +1,73 @@
+#include "platform/LookupQueue.h"
+
+#include <system_error>
+#include <thread>
+
+namespace quillon {
+
+void WorkQueue::Post(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  if (!wake_) return;
+  work_.push_back(std::move(work));
+  wake_();
+}
+
+void WorkQueue::Run() {
+  std::vector<std::function<void()>> ready;
+  {
+    const std::lock_guard lock(mutex_);
+    ready.swap(work_);
+  }
+  for (const auto& work : ready) work();
+}
+
+void WorkQueue::Close() {
+  const std::lock_guard lock(mutex_);
+  wake_ = nullptr;
+  work_.clear();
+}
+
+namespace {
+
+// Used on the loop's thread only; the helper thread just carries it there.
+struct PendingLookup {
+  Network::LookupResult result;
+};
+
+class LookupHandle final : public Network::Lookup {
+ public:
+  explicit LookupHandle(std::shared_ptr<PendingLookup> pending) : pending_(std::move(pending)) {}
+  ~LookupHandle() override { pending_->result = nullptr; }
+
+ private:
+  std::shared_ptr<PendingLookup> pending_;
+};
+
+}  // namespace
+
+std::unique_ptr<Network::Lookup> StartLookup(const std::shared_ptr<WorkQueue>& queue,
+                                             BlockingLookup lookup, const std::string& host,
+                                             std::uint16_t port, Network::LookupResult result) {
+  auto pending = std::make_shared<PendingLookup>(PendingLookup{std::move(result)});
+  auto handle = std::make_unique<LookupHandle>(pending);
+  const auto deliver = [queue, pending](std::vector<SocketAddress> addresses, int error) {
+    queue->Post([pending, addresses = std::move(addresses), error]() mutable {
+      // The owner may drop the look-up in its own callback.
+      if (const auto call = std::exchange(pending->result, nullptr)) {
+        call(std::move(addresses), error);
+      }
+    });
+  };
+  try {
+    std::thread([lookup, host, port, deliver] {
+      std::vector<SocketAddress> addresses;
+      const int error = lookup(host, port, addresses);
+      deliver(std::move(addresses), error);
+    }).detach();
+  } catch (const std::system_error& error) {
+    deliver({}, error.code().value());
+  }
+  return handle;
+}
+
+}  // namespace quillon
