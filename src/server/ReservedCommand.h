@@ -1,5 +1,5 @@
 // The commands of the reserved property `undocumented1`: "|WORD|" and arguments separated by "|".
-// docs/commands.md lists them for users.
+// docs/reference/commands.md lists them for users.
 #pragma once
 
 #include <string>

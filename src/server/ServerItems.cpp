@@ -1,5 +1,6 @@
 // Item access: the loaded message (or the one being composed), and the header at messageIndex.
 #include "codec/HeaderBlock.h"
+#include "codec/WebForm.h"
 #include "core/Text.h"
 #include "server/ErrorTable.h"
 #include "server/MessageItems.h"
@@ -76,9 +77,12 @@ std::string Server::GetHeaderValueByName(const std::string& theField) {
   });
 }
 
-std::string Server::GetWebFormValue(const std::string&) {
-  return frame_.Run("GetWebFormValue", MemberKind::Method,
-                    []() -> std::string { throw ServerError(error_code::kNotSupported); });
+std::string Server::GetWebFormValue(const std::string& fieldName) {
+  return frame_.Run("GetWebFormValue", MemberKind::Method, [&] {
+    WebFormFields fields;
+    ParseWebForm(environment_.shared.message.body, environment_.codePage, fields);
+    return fields[UpperAscii(Trim(fieldName))];
+  });
 }
 
 }  // namespace quillon

@@ -134,6 +134,14 @@ TEST(Composition, HeaderItemsReadTheCurrentHeader) {
   EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->HeaderItems(5); }));
 }
 
+TEST(Composition, WebFormsAreReadFromTheLoadedText) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  server->Put(Property::Message, std::string("name=John+Smith&city=New%20York\r\n"));
+  EXPECT_EQ("John Smith", server->GetWebFormValue(" Name "));
+  EXPECT_EQ("", server->GetWebFormValue("street"));
+}
+
 TEST(Composition, AnyTextSurvivesMessageFiles) {
   TestWorld world;
   const auto server = world.NewServer();
