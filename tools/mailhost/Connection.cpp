@@ -26,7 +26,6 @@ Connection::Connection(EventLoop& loop, UniqueFd socket, Log& log, Protocol prot
 
 Connection::~Connection() {
   if (pause_) loop_.Cancel(*pause_);
-  if (interest_ != 0 && !closed_) loop_.Forget(socket_.Get());
 }
 
 void Connection::Start(std::unique_ptr<Session> session) {

@@ -1,13 +1,15 @@
 #include "FaultFile.h"
 
+#include <array>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
 #include <stdexcept>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "Text.h"
+#include "UniqueFd.h"
 #include "UsageError.h"
 
 namespace mailhost {
@@ -15,11 +17,14 @@ namespace mailhost {
 namespace {
 
 std::string ReadFile(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream) {
-    throw UsageError(file + ": cannot be read: " + std::generic_category().message(errno));
+  const UniqueFd fd(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  std::string text;
+  std::array<char, 4096> buffer;
+  ssize_t count = fd ? read(fd.Get(), buffer.data(), buffer.size()) : -1;
+  for (; count > 0; count = read(fd.Get(), buffer.data(), buffer.size())) {
+    text.append(buffer.data(), static_cast<std::size_t>(count));
   }
+  if (count < 0) throw UsageError(file + ": " + std::generic_category().message(errno));
   return text;
 }
 

@@ -1,6 +1,5 @@
 #include "Options.h"
 
-#include <functional>
 #include <string_view>
 
 #include "Text.h"
@@ -28,33 +27,29 @@ const char* const kUsage =
 
 namespace {
 
-std::uint16_t ParsePort(const std::string& option, const std::string& text) {
+std::uint16_t ParsePort(const std::string& text) {
   const auto number = ParseNumber(text);
-  if (!number || *number > 65535) throw UsageError(option + ": \"" + text + "\" is no port number");
+  if (!number || *number > 65535) throw UsageError("\"" + text + "\" is no port number");
   return static_cast<std::uint16_t>(*number);
 }
 
 struct OptionRow {
   std::string_view name;
-  std::function<void(Options&)> set{};                           // one of an option alone
-  std::function<void(Options&, const std::string&)> setValue{};  // or one with a value
+  bool takesValue;
+  void (*set)(Options& options, const std::string& value);
 };
 
-const OptionRow kRows[] = {
-    {"--smtp-port",
-     {},
-     [](Options& o, const std::string& v) { o.smtpPort = ParsePort("--smtp-port", v); }},
-    {"--pop-port",
-     {},
-     [](Options& o, const std::string& v) { o.popPort = ParsePort("--pop-port", v); }},
-    {"--store", {}, [](Options& o, const std::string& v) { o.store = v; }},
-    {"--user", {}, [](Options& o, const std::string& v) { o.user = v; }},
-    {"--password", {}, [](Options& o, const std::string& v) { o.password = v; }},
-    {"--faults", {}, [](Options& o, const std::string& v) { o.faults.push_back(v); }},
-    {"--log", {}, [](Options& o, const std::string& v) { o.log = v; }},
-    {"--no-store", [](Options& o) { o.noStore = true; }, {}},
-    {"--no-lock", [](Options& o) { o.noLock = true; }, {}},
-    {"--help", [](Options& o) { o.help = true; }, {}},
+constexpr OptionRow kRows[] = {
+    {"--smtp-port", true, [](Options& o, const std::string& v) { o.smtpPort = ParsePort(v); }},
+    {"--pop-port", true, [](Options& o, const std::string& v) { o.popPort = ParsePort(v); }},
+    {"--store", true, [](Options& o, const std::string& v) { o.store = v; }},
+    {"--user", true, [](Options& o, const std::string& v) { o.user = v; }},
+    {"--password", true, [](Options& o, const std::string& v) { o.password = v; }},
+    {"--faults", true, [](Options& o, const std::string& v) { o.faults.push_back(v); }},
+    {"--log", true, [](Options& o, const std::string& v) { o.log = v; }},
+    {"--no-store", false, [](Options& o, const std::string&) { o.noStore = true; }},
+    {"--no-lock", false, [](Options& o, const std::string&) { o.noLock = true; }},
+    {"--help", false, [](Options& o, const std::string&) { o.help = true; }},
 };
 
 const OptionRow& FindRow(const std::string& name) {
@@ -82,13 +77,8 @@ Options ParseOptions(int argc, const char* const* argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string name = argv[i];
     const OptionRow& row = FindRow(name);
-    if (row.set) {
-      row.set(options);
-    } else if (i + 1 < argc) {
-      row.setValue(options, argv[++i]);
-    } else {
-      throw UsageError(name + ": a value is needed");
-    }
+    if (row.takesValue && ++i == argc) throw UsageError(name + ": a value is needed");
+    row.set(options, argv[i]);
   }
   if (!options.help) CheckComplete(options);
   return options;

@@ -146,6 +146,12 @@ std::optional<std::size_t> PopSession::FindMessage(std::string_view number) {
   return *value - 1;
 }
 
+UniqueFd PopSession::OpenMessage(std::size_t index) {
+  UniqueFd file = maildrop_.store->Open(messages_[index]);
+  if (!file) replier_.Reply("-ERR the message is gone");
+  return file;
+}
+
 void PopSession::Top(std::string_view argument) {
   std::string_view count = argument;
   const std::string_view number = TakeWord(count);
@@ -156,11 +162,8 @@ void PopSession::Top(std::string_view argument) {
   }
   const auto index = FindMessage(number);
   if (!index) return;
-  UniqueFd file = maildrop_.store->Open(messages_[*index]);
-  if (!file) {
-    replier_.Reply("-ERR the message is gone");
-    return;
-  }
+  UniqueFd file = OpenMessage(*index);
+  if (!file) return;
   replier_.ReplyContent("+OK top of the message follows",
                         std::make_unique<MessageReader>(std::move(file), *lines));
 }
@@ -168,11 +171,8 @@ void PopSession::Top(std::string_view argument) {
 void PopSession::Retr(std::string_view argument) {
   const auto index = FindMessage(argument);
   if (!index) return;
-  UniqueFd file = maildrop_.store->Open(messages_[*index]);
-  if (!file) {
-    replier_.Reply("-ERR the message is gone");
-    return;
-  }
+  UniqueFd file = OpenMessage(*index);
+  if (!file) return;
   replier_.ReplyContent("+OK " + std::to_string(messages_[*index].size) + " octets",
                         std::make_unique<MessageReader>(std::move(file)));
 }

@@ -57,6 +57,8 @@ class PopSession : public Session {
   bool RemoveDeleted();
   // The index of the message that `number` names; replies and returns nothing when there is none.
   std::optional<std::size_t> FindMessage(std::string_view number);
+  // Empty when the message is gone, which is then said.
+  UniqueFd OpenMessage(std::size_t index);
   // The reply of LIST and UIDL: what `value` says of one message, or of every one.
   template <typename Value>
   void ReplyListing(std::string_view argument, Value value);
