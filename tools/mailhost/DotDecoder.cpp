@@ -34,8 +34,8 @@ std::string_view DotDecoder::AfterDot(char c, std::size_t& used) {
     ++used;
     return {};
   }
-  // The dot was a doubled one before a bare CR, which is content.
-  state_ = State::kCr;
+  // The dot stood before a bare CR, which is content.
+  state_ = State::kText;
   return "\r";
 }
 
