@@ -28,6 +28,9 @@ if(idl_present)
     OUTPUT "${generated}/quillon.tlb" "${generated}/quillon_h.h"
     COMMAND ${widl} -t -o "${generated}/quillon.tlb" "${idl}"
     COMMAND ${widl} -h -o "${generated}/quillon_h.h" "${idl}"
+    # The member "signed" cannot be written so in the language: the word is reserved there.
+    COMMAND env LC_ALL=C sed -i s/Signed/signed/g
+      "${generated}/quillon.tlb" "${generated}/quillon_h.h"
     DEPENDS "${idl}" COMMENT "Compiling quillon.idl" VERBATIM)
   add_custom_target(quillon_typelib DEPENDS "${generated}/quillon.tlb" "${generated}/quillon_h.h")
   add_dependencies(quillon_idl quillon_typelib)

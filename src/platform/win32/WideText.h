@@ -1,4 +1,5 @@
-// UTF-8 text and the UTF-16 text of the Windows interfaces. What is malformed becomes U+FFFD.
+// UTF-8 text and the UTF-16 text of the Windows interfaces. Nothing that Windows or a client can
+// hold is lost (core/Utf8.h).
 #pragma once
 
 #include <string>

@@ -1,0 +1,56 @@
+// The edge that every COM method runs in: no exception leaves it. What the body throws becomes the
+// HRESULT of the method and, for ISupportErrorInfo, the thread's error object.
+//
+//   ServerError        0x80040000 + code, source "QuillonInterface.Server", its text
+//   ConversionError    DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW
+//   HresultError       its number
+//   std::bad_alloc     E_OUTOFMEMORY
+//   anything else      E_UNEXPECTED with the exception's text
+#pragma once
+
+#include <windows.h>
+#include <exception>
+#include <oleauto.h>
+
+namespace quillon {
+
+inline constexpr wchar_t kErrorSource[] = L"QuillonInterface.Server";
+
+// A failed system call, or a failure that is nothing but a COM number.
+class HresultError : public std::exception {
+ public:
+  explicit HresultError(HRESULT number) noexcept : number_(number) {}
+
+  HRESULT Number() const noexcept { return number_; }
+  const char* what() const noexcept override { return "HRESULT"; }
+
+ private:
+  HRESULT number_;
+};
+
+inline void ThrowIfFailed(HRESULT result) {
+  if (FAILED(result)) throw HresultError(result);
+}
+
+// Where a method puts a result.
+template <class Type>
+Type& Output(Type* place) {
+  if (place == nullptr) throw HresultError(E_POINTER);
+  return *place;
+}
+
+// To be called while an exception is handled.
+HRESULT TranslateCurrentException() noexcept;
+
+template <class Body>
+HRESULT ComCall(Body&& body) noexcept {
+  SetErrorInfo(0, nullptr);
+  try {
+    body();
+    return S_OK;
+  } catch (...) {
+    return TranslateCurrentException();
+  }
+}
+
+}  // namespace quillon

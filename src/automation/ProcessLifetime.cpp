@@ -1,0 +1,114 @@
+#include "automation/ProcessLifetime.h"
+
+#include <combaseapi.h>
+#include <utility>
+
+#include "automation/ComCall.h"
+
+namespace quillon {
+namespace {
+
+constexpr wchar_t kWindowClass[] = L"QuillonServerProcess";
+constexpr UINT_PTR kTimer = 1;
+
+HWND MakeWindow(HWND parent, void* owner) {
+  return CreateWindowExW(0, kWindowClass, L"Quillon", WS_OVERLAPPED, 0, 0, 0, 0, parent, nullptr,
+                         GetModuleHandleW(nullptr), owner);
+}
+
+}  // namespace
+
+ProcessLifetime::ProcessLifetime(const Patience& patience) : patience_(patience) {
+  WNDCLASSEXW description = {};
+  description.cbSize = sizeof description;
+  description.lpfnWndProc = WindowProcedure;
+  description.hInstance = GetModuleHandleW(nullptr);
+  description.lpszClassName = kWindowClass;
+  RegisterClassExW(&description);
+  // Top-level, because only such a window hears that the session ends or that the process is asked
+  // to close. Where there is no desktop to put it on, a message-only one does the rest.
+  window_ = MakeWindow(nullptr, this);
+  if (window_ == nullptr) window_ = MakeWindow(HWND_MESSAGE, this);
+  if (window_ == nullptr) throw HresultError(HRESULT_FROM_WIN32(GetLastError()));
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  CoAddRefServerProcess();
+}
+
+ProcessLifetime::~ProcessLifetime() {
+  Stop();
+  DestroyWindow(window_);
+}
+
+void ProcessLifetime::Acquire() noexcept {
+  ++references_;
+  CoAddRefServerProcess();
+}
+
+void ProcessLifetime::Release() noexcept {
+  CoReleaseServerProcess();
+  if (--references_ == 0) Wait(patience_.nextClient);
+}
+
+void ProcessLifetime::Serve(std::function<void()> revoke) {
+  revoke_ = std::move(revoke);
+  state_ = State::Serving;
+  Wait(patience_.firstClient);
+}
+
+void ProcessLifetime::Run() {
+  MSG message;
+  while (!Ended() && GetMessageW(&message, nullptr, 0, 0) > 0) {
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+  Stop();
+}
+
+void ProcessLifetime::Stop() noexcept {
+  if (Ended()) return;
+  Revoke();
+  state_ = State::Ended;
+  CoReleaseServerProcess();  // the process's own reference
+  PostQuitMessage(0);        // ends Run, and any wait of an operation in progress
+}
+
+void ProcessLifetime::Wait(UINT milliseconds) noexcept {
+  if (!Ended()) SetTimer(window_, kTimer, milliseconds, nullptr);
+}
+
+void ProcessLifetime::OnPatienceLost() noexcept {
+  KillTimer(window_, kTimer);
+  if (references_ > 0 || Ended()) return;
+  if (state_ == State::Closing) {
+    Stop();
+  } else {
+    Revoke();
+    state_ = State::Closing;
+    Wait(patience_.lateClient);
+  }
+}
+
+void ProcessLifetime::Revoke() noexcept {
+  if (const auto revoke = std::exchange(revoke_, nullptr)) revoke();
+}
+
+LRESULT CALLBACK ProcessLifetime::WindowProcedure(HWND window, UINT message, WPARAM first,
+                                                  LPARAM second) {
+  auto* self = reinterpret_cast<ProcessLifetime*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  if (self == nullptr) return DefWindowProcW(window, message, first, second);
+  switch (message) {
+    case WM_TIMER:
+      self->OnPatienceLost();
+      return 0;
+    case WM_CLOSE:
+      self->Stop();
+      return 0;
+    case WM_ENDSESSION:
+      if (first != FALSE) self->Stop();
+      return 0;
+    default:
+      return DefWindowProcW(window, message, first, second);
+  }
+}
+
+}  // namespace quillon

@@ -1,0 +1,76 @@
+// How long the server process lives: while an object or a lock of a client is there, and a moment
+// longer.
+//
+//   serving  the class objects are registered. Without a client for a while (at the start, after
+//   the last one let go)
+//            they are revoked:
+//   closing  no new client is sent here any more, but one that was on its way is still served; when
+//   nobody came, it is ended    Run returns, and the class objects refuse what may still arrive.
+//
+// A hidden window takes WM_CLOSE and WM_ENDSESSION as the wish to end at once.
+#pragma once
+
+#include <windows.h>
+#include <functional>
+
+namespace quillon {
+
+class ProcessLifetime {
+ public:
+  struct Patience {  // milliseconds
+    UINT firstClient = 30000;
+    UINT nextClient = 500;
+    UINT lateClient = 50;
+  };
+
+  ProcessLifetime() : ProcessLifetime(Patience{}) {}
+  explicit ProcessLifetime(const Patience& patience);
+  ~ProcessLifetime();
+  ProcessLifetime(const ProcessLifetime&) = delete;
+  ProcessLifetime& operator=(const ProcessLifetime&) = delete;
+
+  void Acquire() noexcept;
+  void Release() noexcept;
+
+  // Refuse new work.
+  bool Ended() const noexcept { return state_ == State::Ended; }
+
+  // From now on the process serves clients; `revoke` takes the class objects back and is called
+  // once.
+  void Serve(std::function<void()> revoke);
+
+  // Dispatches messages until the end.
+  void Run();
+
+  void Stop() noexcept;
+
+ private:
+  enum class State { Starting, Serving, Closing, Ended };
+
+  static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM first, LPARAM second);
+  void Wait(UINT milliseconds) noexcept;
+  void OnPatienceLost() noexcept;
+  void Revoke() noexcept;
+
+  const Patience patience_;
+  HWND window_ = nullptr;
+  State state_ = State::Starting;
+  unsigned references_ = 0;
+  std::function<void()> revoke_;
+};
+
+// Keeps the process alive for as long as it lives itself.
+class ProcessReference {
+ public:
+  explicit ProcessReference(ProcessLifetime& lifetime) noexcept : lifetime_(lifetime) {
+    lifetime_.Acquire();
+  }
+  ProcessReference(const ProcessReference&) = delete;
+  ProcessReference& operator=(const ProcessReference&) = delete;
+  ~ProcessReference() { lifetime_.Release(); }
+
+ private:
+  ProcessLifetime& lifetime_;
+};
+
+}  // namespace quillon

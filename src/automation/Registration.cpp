@@ -1,0 +1,130 @@
+#include "automation/Registration.h"
+
+#include <algorithm>
+#include <objbase.h>
+#include <ranges>
+#include <utility>
+
+#include "platform/win32/RegistryKey.h"
+
+// The identifiers of the type library are defined here.
+// clang-format off
+#include <initguid.h>
+#include "quillon_h.h"
+// clang-format on
+
+namespace quillon {
+namespace {
+
+constexpr wchar_t kProgId[] = L"QuillonInterface.Server";
+constexpr wchar_t kVersionedProgId[] = L"QuillonInterface.Server.1";
+constexpr wchar_t kClassText[] = L"Quillon mail server";
+constexpr wchar_t kVersion[] = L"1.0";
+constexpr wchar_t kAppId[] = L"{E00787D4-7369-4CCF-A08E-F51FEA0A98E8}";
+// The system's marshaller for interfaces that a type library describes.
+constexpr wchar_t kTypeLibraryMarshaller[] = L"{00020424-0000-0000-C000-000000000046}";
+
+std::wstring TextOf(REFGUID guid) {
+  wchar_t text[40];
+  StringFromGUID2(guid, text, 40);
+  return text;
+}
+
+// The class, its ProgIDs and the process that serves it.
+void AddClass(std::vector<RegistryRow>& rows, const std::wstring& command,
+              const std::wstring& executable) {
+  const std::wstring id = TextOf(__uuidof(::Server));
+  const std::wstring classKey = L"CLSID\\" + id;
+  const std::wstring appKey = std::wstring(L"AppID\\") + kAppId;
+  const std::wstring progId = kProgId;
+  const std::wstring versioned = kVersionedProgId;
+  rows.insert(rows.end(), {
+                              {appKey, nullptr, kClassText},
+                              {L"AppID\\" + executable, L"AppID", kAppId},
+                              {classKey, nullptr, kClassText},
+                              {classKey, L"AppID", kAppId},
+                              {classKey + L"\\LocalServer32", nullptr, command},
+                              {classKey + L"\\ProgID", nullptr, versioned},
+                              {classKey + L"\\VersionIndependentProgID", nullptr, progId},
+                              {classKey + L"\\TypeLib", nullptr, TextOf(LIBID_Quillon)},
+                              {classKey + L"\\Version", nullptr, kVersion},
+                              {classKey + L"\\Programmable", nullptr, {}, true},
+                              {progId, nullptr, kClassText},
+                              {progId + L"\\CLSID", nullptr, id},
+                              {progId + L"\\CurVer", nullptr, versioned},
+                              {versioned, nullptr, kClassText},
+                              {versioned + L"\\CLSID", nullptr, id},
+                          });
+}
+
+void AddInterface(std::vector<RegistryRow>& rows, REFGUID guid, const wchar_t* name) {
+  const std::wstring key = L"Interface\\" + TextOf(guid);
+  rows.insert(rows.end(), {
+                              {key, nullptr, name},
+                              {key + L"\\ProxyStubClsid32", nullptr, kTypeLibraryMarshaller},
+                              {key + L"\\TypeLib", nullptr, TextOf(LIBID_Quillon)},
+                              {key + L"\\TypeLib", L"Version", kVersion},
+                          });
+}
+
+void AddTypeLibrary(std::vector<RegistryRow>& rows, const std::wstring& program,
+                    const std::wstring& directory) {
+  const std::wstring key = L"TypeLib\\" + TextOf(LIBID_Quillon) + L"\\" + kVersion;
+  rows.insert(rows.end(), {
+                              {key, nullptr, L"Quillon 1.0 Type Library"},
+                              {key + L"\\0\\win32", nullptr, program},
+                              {key + L"\\FLAGS", nullptr, L"0"},
+                              {key + L"\\HELPDIR", nullptr, directory},
+                          });
+}
+
+}  // namespace
+
+Registration::Registration(const std::wstring& program) {
+  const std::size_t nameStart = program.find_last_of(L'\\') + 1;
+  const std::wstring directory = program.substr(0, nameStart == 0 ? 0 : nameStart - 1);
+  serverKey_ = L"CLSID\\" + TextOf(__uuidof(::Server)) + L"\\LocalServer32";
+  serverCommand_ = L"\"" + program + L"\"";
+  AddTypeLibrary(rows_, program, directory);
+  AddInterface(rows_, __uuidof(IServer), L"IServer");
+  AddInterface(rows_, __uuidof(IItems), L"IItems");
+  AddClass(rows_, serverCommand_, program.substr(nameStart));
+}
+
+LSTATUS Registration::Register(const Place& place) const {
+  for (const RegistryRow& row : rows_) {
+    RegistryKey key;
+    LSTATUS result = key.Create(place.root, place.classes + L"\\" + row.key);
+    if (result == ERROR_SUCCESS && !row.marker) result = key.SetText(row.name, row.data);
+    if (result != ERROR_SUCCESS) {
+      Unregister(place);
+      return result;
+    }
+  }
+  return ERROR_SUCCESS;
+}
+
+LSTATUS Registration::Unregister(const Place& place) const {
+  RegistryKey server;
+  if (server.Open(place.root, place.classes + L"\\" + serverKey_) == ERROR_SUCCESS &&
+      server.Text(nullptr) != serverCommand_) {
+    return ERROR_SUCCESS;
+  }
+  server.Close();
+  LSTATUS outcome = ERROR_SUCCESS;
+  for (const RegistryRow& row : rows_ | std::views::reverse) {
+    const std::wstring path = place.classes + L"\\" + row.key;
+    RegistryKey key;
+    LSTATUS result = key.Open(place.root, path);
+    if (result == ERROR_FILE_NOT_FOUND) continue;
+    if (result == ERROR_SUCCESS && !row.marker && key.Text(row.name) == row.data) {
+      result = key.DeleteValue(row.name);
+    }
+    key.Close();
+    if (result == ERROR_SUCCESS) result = RegistryKey::DeleteEmpty(place.root, path, place.classes);
+    if (outcome == ERROR_SUCCESS) outcome = result;
+  }
+  return outcome;
+}
+
+}  // namespace quillon

@@ -1,0 +1,47 @@
+// What the registry says of the server. One table of values is what is written, what is taken out
+// again, and all there is.
+#pragma once
+
+#include <windows.h>
+#include <string>
+#include <vector>
+
+namespace quillon {
+
+// One value below a "Software\Classes" key. A null name is the key's default value; `marker` keys
+// exist without any value.
+struct RegistryRow {
+  std::wstring key;
+  const wchar_t* name;
+  std::wstring data;
+  bool marker = false;
+};
+
+class Registration {
+ public:
+  // Where to register: below `root`, at `classes`.
+  struct Place {
+    HKEY root;
+    std::wstring classes;
+  };
+
+  static Place PerMachine() { return {HKEY_LOCAL_MACHINE, L"Software\\Classes"}; }
+  static Place PerUser() { return {HKEY_CURRENT_USER, L"Software\\Classes"}; }
+
+  // `program` is the full path of the executable.
+  explicit Registration(const std::wstring& program);
+
+  // Both return a Win32 error number. A failed registration takes back what it wrote.
+  LSTATUS Register(const Place& place) const;
+
+  // Takes out what Register writes, and the keys that are empty then. What another copy of the
+  // program has registered, and what somebody else has added, stays.
+  LSTATUS Unregister(const Place& place) const;
+
+ private:
+  std::vector<RegistryRow> rows_;
+  std::wstring serverKey_;
+  std::wstring serverCommand_;
+};
+
+}  // namespace quillon

@@ -1,0 +1,111 @@
+// The Server that clients hold: takes VARIANT, BSTR and SAFEARRAY apart, calls the Server of the
+// layer below, and puts the results together.
+//
+// A call may wait for a mail server, and meanwhile this object's other clients are served; should
+// the last of them let go, the object stays until the call is over.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "automation/ComCall.h"
+#include "automation/ComObject.h"
+#include "platform/win32/ComPtr.h"
+#include "quillon_h.h"
+#include "server/Server.h"
+
+namespace quillon {
+
+// The dual interfaces of the type library.
+struct ServerTypes {
+  const DualInterface& server;
+  const DualInterface& items;
+};
+
+class ServerObject final : public DispatchObject<IServer, IProvideClassInfo> {
+ public:
+  // `classInfo` describes the class, not the interface.
+  ServerObject(const ServerTypes& types, ComPtr<ITypeInfo> classInfo, ProcessLifetime& lifetime,
+               Environment& environment);
+
+  HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override;
+
+#define GET(name, type) HRESULT STDMETHODCALLTYPE get_##name(type* value) override;
+#define PUT(name, type) HRESULT STDMETHODCALLTYPE put_##name(type newValue) override;
+#define GET_PUT(name, type) GET(name, type) PUT(name, type)
+#define METHOD(name) HRESULT STDMETHODCALLTYPE name() override;
+#define METHOD_OF(name, type) HRESULT STDMETHODCALLTYPE name(type argument) override;
+#define FUNCTION_OF(name, type, result) \
+  HRESULT STDMETHODCALLTYPE name(type argument, result* value) override;
+#include "automation/ServerMembers.inc"
+#undef GET
+#undef PUT
+#undef GET_PUT
+#undef METHOD
+#undef METHOD_OF
+#undef FUNCTION_OF
+
+  HRESULT STDMETHODCALLTYPE get_signed(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_signed(VARIANT newValue) override;
+
+  HRESULT STDMETHODCALLTYPE AddXHeader(BSTR theName, BSTR theValue) override;
+  HRESULT STDMETHODCALLTYPE AddAlternative(BSTR theAlternative, BSTR contentType,
+                                           short reserved) override;
+  HRESULT STDMETHODCALLTYPE CopyFolder(BSTR folderFromSpec, BSTR folderToSpec,
+                                       short copySubfolders) override;
+
+  HRESULT STDMETHODCALLTYPE GetMessageItems(short itemType, SAFEARRAY** itemArray,
+                                            short* itemCount) override;
+  HRESULT STDMETHODCALLTYPE GetHeaderItems(short itemType, SAFEARRAY** itemArray,
+                                           short* itemCount) override;
+  HRESULT STDMETHODCALLTYPE GetFolderList(BSTR parentFolderSpec, short returnSpecs,
+                                          short allCategories, SAFEARRAY** folderArray,
+                                          LONG* folderCount) override;
+  HRESULT STDMETHODCALLTYPE GetFolderListString(BSTR parentFolderSpec, short returnSpecs,
+                                                BSTR stringDelim, short allCategories,
+                                                BSTR* folderString, LONG* folderCount) override;
+  HRESULT STDMETHODCALLTYPE get_FolderList(BSTR parentFolderSpec, short returnSpecs, short reserved,
+                                           IDispatch** value) override;
+  HRESULT STDMETHODCALLTYPE get_HeaderItems(short itemType, IDispatch** value) override;
+  HRESULT STDMETHODCALLTYPE get_MessageItems(short itemType, IDispatch** value) override;
+  HRESULT STDMETHODCALLTYPE GetMessageItem(VARIANT theItem, LONG itemIndex,
+                                           VARIANT* value) override;
+
+  HRESULT STDMETHODCALLTYPE AsynchObjectRegister(IDispatch* asynchObject, LONG objectType,
+                                                 LONG config, VARIANT reserved) override;
+  HRESULT STDMETHODCALLTYPE AsynchObjectUnregister(IDispatch* asynchObject,
+                                                   LONG objectType) override;
+
+  HRESULT STDMETHODCALLTYPE get_SessionObject(IDispatch** value) override;
+  HRESULT STDMETHODCALLTYPE put_SessionObject(IDispatch* newValue) override;
+  HRESULT STDMETHODCALLTYPE putref_SessionObject(IDispatch* newValue) override;
+  HRESULT STDMETHODCALLTYPE get_MessageObject(IDispatch** value) override;
+  HRESULT STDMETHODCALLTYPE get_FolderObject(IDispatch** value) override;
+
+  HRESULT STDMETHODCALLTYPE DecodeError(LONG errNumberIn, short* mailSystem, LONG* errDecoded,
+                                        LONG* errDecodedAPI, BSTR* errMessage) override;
+
+ private:
+  // Runs the body at the COM edge.
+  template <class Body>
+  HRESULT Call(Body&& body) noexcept {
+    const ComPtr<IServer> stay(this);
+    return ComCall(body);
+  }
+  // Calls a member of the layer below with the client's arguments; Answer hands its result back.
+  template <class Member, class... Arguments>
+  HRESULT Run(Member member, const Arguments&... arguments);
+  template <class Result, class Member, class... Arguments>
+  HRESULT Answer(Result* value, Member member, const Arguments&... arguments);
+
+  IDispatch* MakeItems(std::vector<std::string> texts);
+  HRESULT ActiveMessagingObject(void (Server::*member)(), IDispatch** value);
+
+  const ServerTypes types_;
+  const ComPtr<ITypeInfo> classInfo_;
+  ProcessLifetime& lifetime_;
+  Server server_;
+};
+
+}  // namespace quillon

@@ -1,0 +1,190 @@
+// The program entry: registers the server, or builds the objects of the process and serves clients
+// until the last one is gone.
+#include <windows.h>
+#include <exception>
+#include <memory>
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <string>
+#include <vector>
+
+#include "Version.h"
+#include "automation/ClassFactory.h"
+#include "automation/ComCall.h"
+#include "automation/CommandLine.h"
+#include "automation/ProcessLifetime.h"
+#include "automation/Registration.h"
+#include "automation/ServerObject.h"
+#include "automation/TypeLibrary.h"
+#include "internet/InternetBackEnd.h"
+#include "internet/ProtocolLog.h"
+#include "mail/INIUtilities.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+#include "platform/LocalClock.h"
+#include "platform/Network.h"
+#include "platform/NoLoginPrompt.h"
+#include "platform/win32/WideText.h"
+#include "platform/win32/Win32MessageBox.h"
+#include "platform/win32/Win32Workstation.h"
+#include "server/ConfigurationFile.h"
+#include "server/Environment.h"
+#include "server/MailSystems.h"
+#include "server/VersionText.h"
+
+namespace quillon {
+namespace {
+
+std::string DirectoryOf(const std::string& path) {
+  return path.substr(0, path.find_last_of("\\/"));
+}
+
+std::string UserDirectory() {
+  wchar_t path[MAX_PATH] = {};
+  SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path);
+  return Utf8FromWide(path);
+}
+
+// Everything below the COM skin, one of each for the process.
+struct Application {
+  explicit Application(const std::string& directory) : programDirectory(directory) {
+    mailSystems.Add(MailFamily::Internet, internet);
+  }
+
+  const std::string programDirectory;
+  SharedState shared;
+  std::unique_ptr<NetworkLoop> loop = MakeNetworkLoop();
+  std::unique_ptr<FileSystem> files = MakeFileSystem();
+  std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
+  std::unique_ptr<LocalClock> clock = MakeLocalClock();
+  Win32Workstation workstation;
+  Win32MessageBox messageBox;
+  NoLoginPrompt loginPrompt;
+  const std::string configurationFile =
+      ConfigurationPath(*files, programDirectory, UserDirectory());
+  clsINIUtilities configuration{*files, configurationFile};
+  ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
+  const std::string version = VersionText(kVersionMajor, kVersionMinor);
+  InternetBackEnd internet{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
+                            configuration, protocolLog},
+                           {version, {}}};
+  MailSystems mailSystems{workstation};
+  Environment environment{shared,
+                          *files,
+                          *codePage,
+                          workstation,
+                          messageBox,
+                          mailSystems,
+                          configuration,
+                          protocolLog,
+                          {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
+};
+
+class ComApartment {
+ public:
+  ComApartment() { ThrowIfFailed(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); }
+  ComApartment(const ComApartment&) = delete;
+  ComApartment& operator=(const ComApartment&) = delete;
+  ~ComApartment() { CoUninitialize(); }
+};
+
+int Serve() {
+  auto apartment = std::make_unique<ComApartment>();
+  const std::wstring program = ProgramPath();
+  Application application(DirectoryOf(Utf8FromWide(program)));
+  ProcessLifetime lifetime;
+  const TypeLibrary library(program);
+  const DualInterface serverType(library.Info(__uuidof(IServer)));
+  const DualInterface itemsType(library.Info(__uuidof(IItems)));
+  const auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime, [&]() -> IUnknown* {
+    return static_cast<IServer*>(new ServerObject({serverType, itemsType},
+                                                  library.Info(__uuidof(::Server)), lifetime,
+                                                  application.environment));
+  }));
+  // Clients come in as soon as the class object is registered, so nothing may be missing then.
+  DWORD cookie = 0;
+  ThrowIfFailed(CoRegisterClassObject(__uuidof(::Server), factory.Get(), CLSCTX_LOCAL_SERVER,
+                                      REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &cookie));
+  lifetime.Serve([cookie] { CoRevokeClassObject(cookie); });
+  ThrowIfFailed(CoResumeClassObjects());
+  lifetime.Run();
+  apartment.reset();  // lets go of the objects of clients that are still there
+  return 0;
+}
+
+LSTATUS ChangeRegistration(StartMode mode) {
+  const Registration registration(ProgramPath());
+  const auto machine = Registration::PerMachine();
+  const auto user = Registration::PerUser();
+  switch (mode) {
+    case StartMode::Register: {
+      const LSTATUS result = registration.Register(machine);
+      return result == ERROR_ACCESS_DENIED ? registration.Register(user) : result;
+    }
+    case StartMode::Unregister: {
+      const LSTATUS result = registration.Unregister(machine);
+      const LSTATUS userResult = registration.Unregister(user);
+      return result == ERROR_SUCCESS ? userResult : result;
+    }
+    case StartMode::RegisterPerUser:
+      return registration.Register(user);
+    case StartMode::UnregisterPerUser:
+      return registration.Unregister(user);
+    case StartMode::Serve:
+      break;
+  }
+  return ERROR_SUCCESS;
+}
+
+std::wstring SystemText(DWORD error) {
+  wchar_t text[256] = {};
+  FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
+                 text, 256, nullptr);
+  return text;
+}
+
+// Tells whoever started the program: on the error stream when there is one, else in a box.
+void Complain(const std::wstring& text) {
+  const HANDLE stream = GetStdHandle(STD_ERROR_HANDLE);
+  DWORD written = 0;
+  const std::string line = "quillon: " + Utf8FromWide(text) + "\r\n";
+  if (stream != nullptr && stream != INVALID_HANDLE_VALUE &&
+      WriteFile(stream, line.data(), static_cast<DWORD>(line.size()), &written, nullptr)) {
+    return;
+  }
+  MessageBoxW(nullptr, text.c_str(), L"Quillon", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
+}
+
+std::vector<std::wstring> Arguments() {
+  int count = 0;
+  wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
+  if (texts == nullptr) return {};
+  std::vector<std::wstring> arguments(texts + 1, texts + count);
+  LocalFree(texts);
+  return arguments;
+}
+
+int Start() {
+  const CommandLine line = ParseCommandLine(Arguments());
+  if (line.mode == StartMode::Serve) return Serve();
+  const LSTATUS result = ChangeRegistration(line.mode);
+  if (result == ERROR_SUCCESS) return 0;
+  Complain(L"The registration could not be changed: " + SystemText(static_cast<DWORD>(result)));
+  return 1;
+}
+
+}  // namespace
+}  // namespace quillon
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
+  try {
+    return quillon::Start();
+  } catch (const quillon::HresultError& error) {
+    quillon::Complain(L"The server could not start: " +
+                      quillon::SystemText(static_cast<DWORD>(error.Number())));
+  } catch (const std::exception& error) {
+    quillon::Complain(quillon::WideFromUtf8(error.what()));
+  }
+  return 1;
+}

@@ -1,0 +1,34 @@
+// An open key of the registry. Functions return Win32 error numbers.
+#pragma once
+
+#include <windows.h>
+#include <optional>
+#include <string>
+
+namespace quillon {
+
+class RegistryKey {
+ public:
+  RegistryKey() = default;
+  RegistryKey(const RegistryKey&) = delete;
+  RegistryKey& operator=(const RegistryKey&) = delete;
+  ~RegistryKey() { Close(); }
+
+  LSTATUS Open(HKEY root, const std::wstring& path);  // to read and change
+  LSTATUS Create(HKEY root, const std::wstring& path);
+  void Close() noexcept;
+
+  // A null name is the default value. No value when there is none or it is not a text.
+  std::optional<std::wstring> Text(const wchar_t* name) const;
+  LSTATUS SetText(const wchar_t* name, const std::wstring& text);
+  LSTATUS DeleteValue(const wchar_t* name);
+
+  // Deletes the key if it holds neither values nor keys, then its parents by the same rule, up to
+  // but without `top`. That a key is not empty is no failure.
+  static LSTATUS DeleteEmpty(HKEY root, std::wstring path, const std::wstring& top);
+
+ private:
+  HKEY key_ = nullptr;
+};
+
+}  // namespace quillon
