@@ -19,9 +19,10 @@ HEADING = re.compile(r"^(#{1,6})\s+(.*?)\s*#*\s*$")
 LINK = re.compile(r"!?\[[^\]]*\]\(([^()\s]+(?:\([^()]*\))?)[^()]*\)")
 
 
-def idl_members(text):
+def idl_members(path):
     """{member: [interfaces that have it]}; hidden and restricted members need no entry."""
-    text = re.sub(r"//[^\n]*|/\*.*?\*/", "", text, flags=re.S)
+    text = subprocess.run(["g++", "-E", "-P", "-x", "c", str(path)], capture_output=True, text=True,
+                          check=True).stdout
     members = collections.defaultdict(set)
     for interface, body in INTERFACE.findall(text):
         for attributes, name in MEMBER.findall(body):
@@ -62,22 +63,23 @@ def entries(text):
 def check_reference():
     if not IDL.exists():
         return
-    members = idl_members(IDL.read_text(encoding="utf-8"))
+    members = idl_members(IDL)
     if not members:
         yield f"{IDL.relative_to(TOP)}: no member found"
+    known = {name.lower() for name in members}  # automation names have no case
     seen = collections.Counter()
     for page in sorted(REFERENCE.glob("*.md")):
         for number, name, example in entries(page.read_text(encoding="utf-8")):
             where = f"{page.relative_to(TOP)}:{number}"
-            seen[name] += 1
-            if name not in members:
+            seen[name.lower()] += 1
+            if name.lower() not in known:
                 yield f"{where}: `{name}` is not a member of any interface"
             elif not example:
                 yield f"{where}: `{name}` has no example"
     for name, interfaces in members.items():
-        if seen[name] < len(interfaces):
+        if seen[name.lower()] < len(interfaces):
             yield (f"docs/reference: `{name}` of {', '.join(sorted(interfaces))} has "
-                   f"{seen[name]} of {len(interfaces)} entries")
+                   f"{seen[name.lower()]} of {len(interfaces)} entries")
 
 
 def anchor(heading):
