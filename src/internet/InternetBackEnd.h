@@ -26,7 +26,11 @@
 namespace quillon {
 
 class ProtocolLog;
+class MessageCollector;
 class smtppop;
+struct OutgoingMessage;
+struct PopSettings;
+struct SmtpSettings;
 
 struct InternetPorts {
   EventLoop& loop;
@@ -77,9 +81,24 @@ class InternetBackEnd final : public BackEnd {
 
   std::int32_t LoginPop(MailRequest& request);
   std::int32_t LoginSmtp(MailRequest& request);
-  std::int32_t LoadHeaders(MailRequest& request, bool uidlOnly);
+  std::int32_t LoadHeaders(MailRequest& request, bool identifiersOnly);
+  std::string SmtpHost(const MailRequest& request) const;
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
+  bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
+  SmtpSettings SmtpSettingsOf(const MailRequest& request) const;
+  PopSettings PopSettingsOf(const MailRequest& request) const;
+  OutgoingMessage ComposeMessage(const MailRequest& request) const;
+  void StoreMessage(MailRequest& request, MessageCollector& collector) const;
+  void RememberServer(const std::string& host);
+  smtppop& Engine();
+
+  // Bytes of the wire as text, and text as bytes.
+  std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }
+  std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
+  HeaderTable TextTable(HeaderTable table) const;
+
+  // Notes a failure and shows it when error display is on; returns the result, but throws an abort.
   std::int32_t Report(const MailRequest& request, Adapter adapter, std::int32_t result,
                       const char* context);
 

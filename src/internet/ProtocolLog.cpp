@@ -1,9 +1,18 @@
 #include "internet/ProtocolLog.h"
 
+#include <array>
 #include <cstdint>
+#include <cstdio>
 #include <utility>
 
 namespace quillon {
+
+std::string LogTime(const LocalTime& time) {
+  std::array<char, 80> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d", time.year, time.month,
+                time.day, time.hour, time.minute, time.second);
+  return text.data();
+}
 
 ProtocolLog::ProtocolLog(FileSystem& files, std::string directory)
     : files_(files), directory_(std::move(directory)) {}

@@ -10,8 +10,12 @@
 #include <string_view>
 
 #include "platform/FileSystem.h"
+#include "platform/LocalClock.h"
 
 namespace quillon {
+
+// "2026-11-21 22:03:59": the time in front of a milestone.
+std::string LogTime(const LocalTime& time);
 
 class ProtocolLog {
  public:

@@ -1,0 +1,51 @@
+#include "internet/HeaderCollector.h"
+
+#include "core/Text.h"
+
+namespace quillon {
+
+namespace {
+
+// Of one header; what comes after that is left out. Long recipient lists fit many times over.
+constexpr std::size_t kMostHeaderBytes = 256 * 1024;
+
+// "R" in the Status field is what mail readers write into a message they have shown.
+bool IsRead(const HeaderRecord& record) {
+  return UpperAscii(record.status).find('R') != std::string::npos;
+}
+
+}  // namespace
+
+HeaderRecord& HeaderCollector::RecordOf(std::uint32_t number) {
+  if (number == current_) return table_.back();
+  const auto [found, isNew] = indexes_.try_emplace(number, table_.size());
+  if (!isNew) return table_[found->second];
+  current_ = number;
+  headerBytes_ = 0;
+  reader_.Reset();
+  table_.emplace_back().number = std::to_string(number);
+  return table_.back();
+}
+
+void HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view line) {
+  RecordOf(number);
+  headerBytes_ += line.size();
+  if (headerBytes_ > kMostHeaderBytes) return;
+  reader_.Store(table_, table_.size() - 1, line, options_.dateFormat);
+}
+
+bool HeaderCollector::OnHeaderEnd(std::uint32_t number) {
+  const auto& record = RecordOf(number);
+  if (options_.unreadOnly && IsRead(record)) {
+    table_.pop_back();
+    indexes_.erase(number);
+    current_ = 0;
+  }
+  return table_.size() < options_.maximum;
+}
+
+void HeaderCollector::OnIdentifier(std::uint32_t number, std::string_view identifier) {
+  RecordOf(number).uniqueId = identifier;
+}
+
+}  // namespace quillon

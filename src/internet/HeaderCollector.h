@@ -1,0 +1,43 @@
+// Fills a header table from what the POP session reads. The records hold the bytes of the wire.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "codec/HeaderField.h"
+#include "internet/PopSession.h"
+#include "mail/HeaderTable.h"
+
+namespace quillon {
+
+struct HeaderOptions {
+  std::size_t maximum = 0;  // records
+  bool unreadOnly = false;  // leave out what the "Status" field calls read
+  std::string dateFormat;
+};
+
+class HeaderCollector final : public HeaderSink {
+ public:
+  explicit HeaderCollector(HeaderOptions options) : options_(std::move(options)) {}
+
+  HeaderTable& Table() noexcept { return table_; }
+
+  void OnHeaderLine(std::uint32_t number, std::string_view line) override;
+  bool OnHeaderEnd(std::uint32_t number) override;
+  void OnIdentifier(std::uint32_t number, std::string_view identifier) override;
+
+ private:
+  HeaderRecord& RecordOf(std::uint32_t number);
+
+  HeaderOptions options_;
+  HeaderTable table_;
+  HeaderLineReader reader_;
+  std::unordered_map<std::uint32_t, std::size_t> indexes_;  // of the records, by message number
+  std::uint32_t current_ = 0;                               // message number of the last record
+  std::size_t headerBytes_ = 0;                             // read of the current header
+};
+
+}  // namespace quillon

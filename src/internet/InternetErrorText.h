@@ -1,0 +1,14 @@
+// The texts of the error numbers of both sessions. A number without a row has no text.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace quillon {
+
+std::string SmtpErrorText(std::int32_t number);
+
+// `serverWords`: what the POP server last said when it refused something.
+std::string PopErrorText(std::int32_t number, const std::string& serverWords);
+
+}  // namespace quillon

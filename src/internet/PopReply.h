@@ -1,0 +1,22 @@
+// The first line of a POP3 reply (RFC 1939, section 3) and the pieces of the replies that hold
+// numbers.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace quillon {
+
+struct PopReply {
+  bool positive = false;
+  std::string_view text;  // the server's words: what follows "+OK" or "-ERR", else the whole line
+};
+
+PopReply ParsePopReply(std::string_view line);
+
+// A decimal number that the text begins with; it is taken off together with the blanks before and
+// behind it.
+std::optional<std::uint64_t> TakeNumber(std::string_view& text);
+
+}  // namespace quillon

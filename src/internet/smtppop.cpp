@@ -1,0 +1,150 @@
+#include "internet/smtppop.h"
+
+#include <utility>
+
+#include "internet/Address.h"
+#include "internet/BodyText.h"
+#include "internet/WireText.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::int32_t kNoRecipients = 9;
+constexpr std::int32_t kInvalidSender = 555;
+
+// The header block and the text behind it.
+class MessageData final : public DataSource {
+ public:
+  MessageData(std::string header, std::string_view text)
+      : header_(std::move(header)), text_(text) {}
+
+  State Fill(std::string& block, std::size_t wanted) override {
+    block += std::exchange(header_, {});
+    return text_.Fill(block, wanted);
+  }
+
+ private:
+  std::string header_;
+  BodyText text_;
+};
+
+void RequireSafeLogin(const PopSettings& settings) {
+  RequireWireSafe(settings.loginName, "The login name");
+  RequireWireSafe(settings.password, "The password");
+}
+
+}  // namespace
+
+smtppop::smtppop(EventLoop& loop, Network& network, const LocalClock& clock, ProtocolLog& log)
+    : loop_(loop),
+      clock_(clock),
+      log_(log),
+      smtp_({loop, network, clock, log, *this}),
+      pop_({loop, network, clock, log, *this}) {}
+
+// What came while nobody waited is taken note of first: most of all, that a server has hung up.
+void smtppop::Enter(Protocol protocol) {
+  protocol_ = protocol;
+  loop_.RunPending();
+}
+
+template <typename Session>
+std::int32_t smtppop::WaitFor(Session& session, TickCount deadline) {
+  loop_.RunUntil([&session] { return session.Done(); }, deadline);
+  session.Abort();  // too late, or the program is being ended
+  return session.Result();
+}
+
+std::int32_t smtppop::LoginSMTP(const SmtpSettings& settings) {
+  Enter(Protocol::Smtp);
+  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
+  smtp_.BeginLogin(settings);
+  return WaitFor(smtp_);
+}
+
+std::int32_t smtppop::LogoutSMTP() {
+  Enter(Protocol::Smtp);
+  smtp_.BeginLogout();
+  return WaitFor(smtp_);
+}
+
+std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message,
+                           const std::string& envelopeRecipient) {
+  Enter(Protocol::Smtp);
+  log_.WriteDebug("--- Starting SMTP Send Method " + LogTime(clock_.Now()) + " ---");
+  settings.sender = BareAddress(message.from);
+  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
+  Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),
+                    envelopeRecipient};
+  for (const auto& recipient : envelope.recipients) RequireWireSafe(recipient, "A recipient");
+  RequireWireSafe(envelope.override, "The envelope recipient");
+  if (envelope.recipients.empty() && envelope.override.empty()) return kNoRecipients;
+  MessageData data(BuildHeaderBlock(message, clock_.Now()), message.body);
+  OnStatus("Sending headers...");
+  smtp_.BeginSend(settings, std::move(envelope), data);
+  return WaitFor(smtp_);
+}
+
+std::int32_t smtppop::ResolveAddress(const SmtpSettings& settings, const std::string& name,
+                                     std::string& resolved) {
+  Enter(Protocol::Smtp);
+  RequireWireSafe(name, "The name");
+  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
+  smtp_.BeginResolve(settings, name);
+  const auto result = WaitFor(smtp_);
+  resolved = smtp_.Resolved();
+  return result;
+}
+
+std::int32_t smtppop::LoginPOP(const PopSettings& settings) {
+  RequireSafeLogin(settings);
+  Enter(Protocol::Pop);
+  pop_.BeginLogin(settings);
+  return WaitFor(pop_);
+}
+
+std::int32_t smtppop::LogoutPOP() {
+  Enter(Protocol::Pop);
+  pop_.BeginLogout();
+  return WaitFor(pop_);
+}
+
+std::int32_t smtppop::LoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
+                                         HeaderCollector& headers) {
+  RequireSafeLogin(settings);
+  Enter(Protocol::Pop);
+  pop_.BeginHeaders(settings, request, headers);
+  return WaitFor(pop_);
+}
+
+std::int32_t smtppop::LoadMessage(const PopSettings& settings, std::uint32_t number,
+                                  MessageSink& message) {
+  RequireSafeLogin(settings);
+  Enter(Protocol::Pop);
+  pop_.BeginMessage(settings, number, message);
+  return WaitFor(pop_);
+}
+
+std::int32_t smtppop::DeleteMessage(const PopSettings& settings, std::uint32_t number) {
+  RequireSafeLogin(settings);
+  Enter(Protocol::Pop);
+  pop_.BeginDelete(settings, number);
+  return WaitFor(pop_);
+}
+
+void smtppop::Abort() {
+  smtp_.Abort();
+  pop_.Abort();
+}
+
+void smtppop::Shutdown(TickCount patience) {
+  Abort();
+  const auto deadline = loop_.Now() + patience;
+  smtp_.BeginLogout();
+  pop_.BeginLogout();
+  WaitFor(smtp_, deadline);
+  WaitFor(pop_, deadline);
+}
+
+}  // namespace quillon
