@@ -1,0 +1,35 @@
+// Collects the text of a message: in memory up to a limit, in the file "MESSAGE.TXT" beyond it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "codec/ByteSink.h"
+#include "codec/PartFile.h"
+
+namespace quillon {
+
+class BodyCollector final : public ByteSink {
+ public:
+  BodyCollector(FileSystem& files, const SplitSettings& settings, AttachmentList& list)
+      : files_(files), settings_(settings), list_(list) {}
+
+  void Append(std::string_view bytes) override;
+
+  // Puts a line end between what is there and what comes.
+  void SeparateFromNext();
+
+  // The text, or the sentence that stands in its place.
+  std::string Finish();
+
+ private:
+  FileSystem& files_;
+  const SplitSettings& settings_;
+  AttachmentList& list_;
+  std::string text_;
+  std::unique_ptr<PartFile> file_;
+  bool separate_ = false;
+};
+
+}  // namespace quillon

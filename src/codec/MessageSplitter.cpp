@@ -1,0 +1,234 @@
+#include "codec/MessageSplitter.h"
+
+#include <utility>
+
+#include "core/Text.h"
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+namespace {
+
+// A preamble ("This is a message in MIME format") is a few lines; a longer one is content of a
+// message whose boundary is never met, or is given wrongly.
+constexpr std::size_t kMaximumPreamble = 64U << 10U;
+
+constexpr std::string_view kDashes = "--";
+
+bool IsPlainText(const clsMIMEPart& part) {
+  const auto type = UpperAscii(part.contentType.substr(0, part.contentType.find(';')));
+  return type.find("TEXT/") == std::string::npos || type.find("TEXT/PLAIN") != std::string::npos;
+}
+
+bool HasExtension(const std::string& name) {
+  return name.find('.') != std::string::npos;
+}
+
+// RFC 2046, section 5.1.1: blanks may follow a boundary.
+std::string_view WithoutTrailingBlanks(std::string_view line) {
+  const auto last = line.find_last_not_of(" \t");
+  return last == std::string_view::npos ? std::string_view() : line.substr(0, last + 1);
+}
+
+}  // namespace
+
+MessageSplitter::MessageSplitter(FileSystem& files, const CodePage& codePage,
+                                 const SplitSettings& settings)
+    : files_(files),
+      codePage_(codePage),
+      settings_(settings),
+      attachments_(files),
+      body_(files, settings_, attachments_) {}
+
+bool MessageSplitter::Line(std::string_view line, bool endsLine) {
+  const bool whole = atLineStart_ && endsLine;
+  atLineStart_ = endsLine;
+  if (whole && line.starts_with(kDashes) && BoundaryLine(line)) return !attachments_.Failed();
+  switch (state_) {
+    case State::Header:
+      switch (header_.Line(line, endsLine)) {
+        case PartHeader::Result::More:
+          break;
+        case PartHeader::Result::Ended:
+          StartContent();
+          break;
+        case PartHeader::Result::Content:
+          StartContent();
+          ContentLine(line, endsLine);
+          break;
+      }
+      break;
+    case State::Preamble:
+      PreambleLine(line, endsLine);
+      break;
+    case State::Content:
+      ContentLine(line, endsLine);
+      break;
+    case State::Epilogue:
+      break;
+  }
+  return !attachments_.Failed();
+}
+
+// Looks for the boundary among all open containers, the innermost first: an outer one ends those
+// that were never closed.
+bool MessageSplitter::BoundaryLine(std::string_view line) {
+  if (!boundariesCount_) return false;
+  const auto text = WithoutTrailingBlanks(line.substr(kDashes.size()));
+  for (std::size_t depth = 0; depth < stack_.Count(); ++depth) {
+    const std::string_view boundary = WithoutTrailingBlanks(stack_.FromTop(depth).part.Boundary);
+    if (!text.starts_with(boundary)) continue;
+    const auto rest = text.substr(boundary.size());
+    if (!rest.empty() && rest != kDashes) continue;
+    const auto level = stack_.Count() - depth;
+    EndContent();
+    while (stack_.Count() > level) CloseContainer();
+    auto& container = stack_.TopOfStackObject();
+    container.hasParts = true;
+    container.preamble = std::string();
+    if (rest.empty()) {
+      StartPart();
+    } else {
+      CloseContainer();
+      state_ = State::Epilogue;
+    }
+    return true;
+  }
+  return false;
+}
+
+// A multipart in which no boundary was ever met is kept as text.
+void MessageSplitter::CloseContainer() {
+  const auto container = stack_.Pop();
+  if (container.hasParts || container.preamble.empty()) return;
+  body_.SeparateFromNext();
+  body_.Append(container.preamble);
+  hasBody_ = true;
+}
+
+void MessageSplitter::StartPart() {
+  state_ = State::Header;
+  if (++partCount_ < kMaximumParts) return;
+  // Too many parts: from here on all is one attachment as it stands, headers and boundaries
+  // included.
+  boundariesCount_ = false;
+  StartRawAttachment();
+}
+
+void MessageSplitter::StartRawAttachment() {
+  clsMIMEPart part;
+  part.MType = mime_type::kOther;
+  state_ = State::Content;
+  if (!settings_.suppressAttachments) OpenFile(part, NameOf(part, Role::Attachment));
+}
+
+void MessageSplitter::StartContent() {
+  const bool inDigest =
+      stack_.Count() > 0 && stack_.TopOfStackObject().part.MType == mime_type::kDigest;
+  auto part = header_.Finish(inDigest, codePage_);
+  if (mime_type::IsMultipart(part.MType)) {
+    if (stack_.Count() < kMaximumDepth) {
+      Container container;
+      container.group = part.MType == mime_type::kAlternative ? stack_.Count() + 1
+                        : stack_.Count() > 0                  ? stack_.TopOfStackObject().group
+                                                              : 0;
+      container.part = std::move(part);
+      stack_.Push(std::move(container));
+      state_ = State::Preamble;
+      return;
+    }
+    part.MType = mime_type::kOther;  // nested too deeply: kept whole
+    part.encoding = mime_encoding::kNone;
+  }
+  state_ = State::Content;
+  const auto role = RoleOf(part);
+  if (role == Role::Body) {
+    if (hasBody_) body_.SeparateFromNext();
+    hasBody_ = true;
+    text_ = std::make_unique<TextPart>(files_, settings_, attachments_, body_, part.encoding);
+  } else if (role != Role::Discard) {
+    OpenFile(part, NameOf(part, role));
+  }
+}
+
+MessageSplitter::Container* MessageSplitter::GroupOf(const Container& container) {
+  return container.group == 0 ? nullptr : &stack_.FromTop(stack_.Count() - container.group);
+}
+
+MessageSplitter::Role MessageSplitter::RoleOf(const clsMIMEPart& part) {
+  const bool unnamedText =
+      part.MType == mime_type::kText && part.Name.empty() && !header_.IsAttachment();
+  auto* const group = stack_.Count() > 0 ? GroupOf(stack_.TopOfStackObject()) : nullptr;
+  if (group != nullptr && part.MType == mime_type::kText && !header_.IsAttachment()) {
+    // Without files for alternatives the first rendering is the body, whatever its type.
+    if (unnamedText && !group->groupHasBody &&
+        (IsPlainText(part) || settings_.suppressAlternatives)) {
+      group->groupHasBody = true;
+      return Role::Body;
+    }
+    const bool discard = settings_.suppressAlternatives || settings_.suppressAttachments;
+    return discard ? Role::Discard : Role::Alternative;
+  }
+  if (unnamedText && (IsPlainText(part) || !hasBody_)) return Role::Body;
+  return settings_.suppressAttachments ? Role::Discard : Role::Attachment;
+}
+
+std::string MessageSplitter::NameOf(const clsMIMEPart& part, Role role) const {
+  const auto extension = ExtensionOfType(part.contentType);
+  if (!part.Name.empty()) {
+    // A forwarded message is named by its subject, as a rule.
+    if (part.MType == mime_type::kMessage && !HasExtension(part.Name) && !extension.empty()) {
+      return part.Name + "." + extension;
+    }
+    return part.Name;
+  }
+  if (role == Role::Alternative) return AlternativeName(part.contentType);
+  return "NONAME." + (extension.empty() ? "DAT" : extension);
+}
+
+void MessageSplitter::OpenFile(const clsMIMEPart& part, const std::string& name) {
+  partFile_ = std::make_unique<PartFile>(files_, settings_, name, attachments_);
+  decoder_ = std::make_unique<ContentDecoder>(part.encoding, *partFile_);
+}
+
+void MessageSplitter::PreambleLine(std::string_view line, bool endsLine) {
+  auto& container = stack_.TopOfStackObject();
+  if (container.hasParts) return;
+  container.preamble += line;
+  if (endsLine) container.preamble += "\r\n";
+  if (container.preamble.size() <= kMaximumPreamble) return;
+  // Content after all; should the boundary still come, its parts are read as ever.
+  if (hasBody_) body_.SeparateFromNext();
+  hasBody_ = true;
+  body_.Append(std::exchange(container.preamble, {}));
+}
+
+void MessageSplitter::ContentLine(std::string_view line, bool endsLine) {
+  if (text_ != nullptr) {
+    text_->Line(line, endsLine);
+  } else if (decoder_ != nullptr) {
+    decoder_->Line(line, endsLine);
+  }
+}
+
+void MessageSplitter::EndContent() {
+  // A part that ended within its header has no content, but it may have a name.
+  if (state_ == State::Header && header_.HasLines()) StartContent();
+  if (text_ != nullptr) text_->Finish();
+  if (decoder_ != nullptr) decoder_->Finish();
+  if (partFile_ != nullptr) partFile_->Close();
+  text_.reset();
+  decoder_.reset();
+  partFile_.reset();
+}
+
+bool MessageSplitter::Finish(SplitMessage& message) {
+  EndContent();
+  while (stack_.Count() > 0) CloseContainer();
+  message.body = body_.Finish();
+  if (attachments_.Failed()) return false;
+  message.attachments = attachments_.Keep();
+  return true;
+}
+
+}  // namespace quillon

@@ -1,0 +1,99 @@
+// Splits a received message, as it arrives, into the text of its body and the files of its
+// alternatives and attachments (RFC 2045, 2046). docs/received-messages.md says how for users.
+//
+// Memory stays flat: parts are decoded line by line into their files, and a body too long for the
+// message text goes to a file as well. Limits guard against hostile nesting; what lies beyond one
+// is kept as plain content, never dropped.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "codec/BodyCollector.h"
+#include "codec/ContentDecoder.h"
+#include "codec/PartFile.h"
+#include "codec/PartHeader.h"
+#include "codec/TextPart.h"
+#include "codec/clsMIMEPart.h"
+#include "codec/clsStack.h"
+#include "mail/SharedState.h"
+
+namespace quillon {
+
+class CodePage;
+class FileSystem;
+
+class MessageSplitter {
+ public:
+  static constexpr std::size_t kMaximumDepth = 32;
+  static constexpr std::size_t kMaximumParts = 10000;
+
+  MessageSplitter(FileSystem& files, const CodePage& codePage, const SplitSettings& settings);
+
+  // A line of the message, its header included, without its line end; a long one may come in
+  // pieces. False when a file could not be written: the message is lost, and Finish is not to be
+  // called.
+  bool Line(std::string_view line, bool endsLine);
+
+  // The message has ended. False as above. Without this call the destructor removes the files that
+  // were made.
+  bool Finish(SplitMessage& message);
+
+  // Whether the current line belongs to an attachment (for the status text).
+  bool InAttachment() const noexcept { return partFile_ != nullptr; }
+
+ private:
+  enum class State { Header, Preamble, Content, Epilogue };
+  enum class Role { Body, Alternative, Attachment, Discard };
+
+  // A multipart whose parts are being read.
+  struct Container {
+    clsMIMEPart part;
+    std::size_t group =
+        0;  // the alternative group it belongs to: its level, counted from 1; 0 for none
+    bool groupHasBody = false;  // of an alternative: one of its renderings is the body
+    bool hasParts = false;
+    std::string preamble;  // kept until the first part comes: without any it is the content
+  };
+
+  bool BoundaryLine(std::string_view line);
+  void CloseContainer();
+  void StartPart();
+  void StartContent();
+  void StartRawAttachment();
+  void EndContent();
+  void PreambleLine(std::string_view line, bool endsLine);
+  void ContentLine(std::string_view line, bool endsLine);
+
+  Role RoleOf(const clsMIMEPart& part);
+  Container* GroupOf(const Container& container);
+  std::string NameOf(const clsMIMEPart& part, Role role) const;
+  void OpenFile(const clsMIMEPart& part, const std::string& name);
+
+  FileSystem& files_;
+  const CodePage& codePage_;
+  const SplitSettings settings_;
+
+  State state_ = State::Header;
+  bool atLineStart_ = true;
+  bool boundariesCount_ = true;  // false once there are too many parts
+  std::size_t partCount_ = 0;
+  PartHeader header_;
+  clsStack<Container> stack_;
+
+  AttachmentList attachments_;
+  BodyCollector body_;
+  bool hasBody_ = false;
+
+  // The part being read: text for the body, or a file and its decoder, or neither when it is
+  // discarded.
+  std::unique_ptr<TextPart> text_;
+  std::unique_ptr<PartFile> partFile_;
+  std::unique_ptr<ContentDecoder> decoder_;
+};
+
+}  // namespace quillon

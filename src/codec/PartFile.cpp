@@ -1,0 +1,68 @@
+#include "codec/PartFile.h"
+
+#include <span>
+#include <utility>
+
+#include "codec/FileName.h"
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+namespace {
+
+// What a sender calls a file, for the eye: without the directories and control characters it may
+// come with.
+std::string DisplayName(std::string_view name) {
+  std::string shown(FileNameOf(name));
+  std::erase_if(shown, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; });
+  return shown;
+}
+
+}  // namespace
+
+AttachmentList::~AttachmentList() {
+  for (const auto& path : paths_) files_.RemoveFile(path);
+}
+
+void AttachmentList::Add(std::string path, std::string listedPath, std::string displayName,
+                         bool first) {
+  paths_.push_back(std::move(path));
+  const auto place = first ? attachments_.begin() : attachments_.end();
+  attachments_.insert(place, {std::move(listedPath), std::move(displayName)});
+}
+
+std::vector<Attachment> AttachmentList::Keep() {
+  paths_.clear();
+  return std::exchange(attachments_, {});
+}
+
+PartFile::PartFile(FileSystem& files, const SplitSettings& settings, std::string_view name,
+                   AttachmentList& list, bool first)
+    : list_(list) {
+  auto created = CreateAttachmentFile(files, settings.directory, name, settings.returnShortPaths,
+                                      RandomLetters);
+  if (created.file == nullptr) {
+    list_.Fail();
+    return;
+  }
+  file_ = std::move(created.file);
+  list_.Add(std::move(created.path), std::move(created.listedPath), DisplayName(name), first);
+}
+
+PartFile::~PartFile() {
+  Close();
+}
+
+void PartFile::Append(std::string_view bytes) {
+  if (file_ == nullptr) return;
+  if (!file_->Write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()})) {
+    list_.Fail();
+  }
+}
+
+void PartFile::Close() {
+  if (file_ != nullptr && !file_->Close()) list_.Fail();
+  file_.reset();
+}
+
+}  // namespace quillon

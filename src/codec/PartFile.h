@@ -1,0 +1,72 @@
+// The files that a received message leaves behind, and the one that is being written.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "codec/ByteSink.h"
+#include "mail/SharedState.h"
+
+namespace quillon {
+
+class File;
+class FileSystem;
+
+struct SplitSettings {
+  std::string directory;  // where the files go
+  bool suppressAttachments = false;
+  bool suppressAlternatives = false;
+  bool returnShortPaths = false;
+  std::size_t maximumBodyBytes = 4U
+                                 << 20U;  // of the message text; a longer one goes to "MESSAGE.TXT"
+};
+
+struct SplitMessage {
+  std::string body;                     // bytes, as the sender wrote them
+  std::vector<Attachment> attachments;  // text
+};
+
+// What has been written so far. Unless it is kept, the files are removed with the list.
+class AttachmentList {
+ public:
+  explicit AttachmentList(FileSystem& files) : files_(files) {}
+  ~AttachmentList();
+  AttachmentList(const AttachmentList&) = delete;
+  AttachmentList& operator=(const AttachmentList&) = delete;
+
+  void Fail() noexcept { failed_ = true; }
+  bool Failed() const noexcept { return failed_; }
+
+  // Adds a file; `first` puts it before the others.
+  void Add(std::string path, std::string listedPath, std::string displayName, bool first);
+
+  std::vector<Attachment> Keep();
+
+ private:
+  FileSystem& files_;
+  std::vector<std::string> paths_;
+  std::vector<Attachment> attachments_;
+  bool failed_ = false;
+};
+
+// A file of the list that is being written, under a cleaned name that no other file has. Its
+// failures fail the list.
+class PartFile final : public ByteSink {
+ public:
+  PartFile(FileSystem& files, const SplitSettings& settings, std::string_view name,
+           AttachmentList& list, bool first = false);
+  ~PartFile() override;
+
+  void Append(std::string_view bytes) override;
+  void Close();
+
+ private:
+  AttachmentList& list_;
+  std::unique_ptr<File> file_;
+};
+
+}  // namespace quillon

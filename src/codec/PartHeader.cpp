@@ -1,0 +1,217 @@
+#include "codec/PartHeader.h"
+
+#include <algorithm>
+#include <array>
+
+#include "codec/ContentField.h"
+#include "core/Text.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::array<std::string_view, 3> kFieldNames{
+    "CONTENT-TYPE",
+    "CONTENT-TRANSFER-ENCODING",
+    "CONTENT-DISPOSITION",
+};
+
+struct TypeRow {
+  std::string_view contains;
+  std::int16_t type;
+};
+
+// The first match decides.
+constexpr std::array kTypes{
+    TypeRow{"MULTIPART/ALTERNATIVE", mime_type::kAlternative},
+    TypeRow{"MULTIPART/RELATED", mime_type::kRelated},
+    TypeRow{"MULTIPART/DIGEST", mime_type::kDigest},
+    TypeRow{"MULTIPART", mime_type::kMultipart},
+    TypeRow{"MESSAGE/", mime_type::kMessage},
+    TypeRow{"TEXT", mime_type::kText},
+};
+
+struct EncodingRow {
+  std::string_view contains;
+  std::int16_t encoding;
+};
+
+constexpr std::array kEncodings{
+    EncodingRow{"BASE64", mime_encoding::kBase64},
+    EncodingRow{"QUOTED", mime_encoding::kQuotedPrintable},
+    EncodingRow{"UUE", mime_encoding::kUuencode},
+    EncodingRow{"X-UU", mime_encoding::kUuencode},
+};
+
+struct ExtensionRow {
+  std::string_view type;
+  std::string_view extension;
+};
+
+constexpr std::array kExtensions{
+    ExtensionRow{"TEXT/PLAIN", "TXT"},
+    ExtensionRow{"TEXT/HTML", "HTM"},
+    ExtensionRow{"TEXT/CSV", "CSV"},
+    ExtensionRow{"TEXT/XML", "XML"},
+    ExtensionRow{"TEXT/CALENDAR", "ICS"},
+    ExtensionRow{"TEXT/VCARD", "VCF"},
+    ExtensionRow{"TEXT/X-VCARD", "VCF"},
+    ExtensionRow{"TEXT/RTF", "RTF"},
+    ExtensionRow{"TEXT/RICHTEXT", "RTF"},
+    ExtensionRow{"TEXT/ENRICHED", "ENR"},
+    ExtensionRow{"TEXT/CSS", "CSS"},
+    ExtensionRow{"TEXT/RFC822-HEADERS", "TXT"},
+    ExtensionRow{"MESSAGE/RFC822", "EML"},
+    ExtensionRow{"MESSAGE/DELIVERY-STATUS", "TXT"},
+    ExtensionRow{"MESSAGE/DISPOSITION-NOTIFICATION", "TXT"},
+    ExtensionRow{"IMAGE/JPEG", "JPG"},
+    ExtensionRow{"IMAGE/PJPEG", "JPG"},
+    ExtensionRow{"IMAGE/GIF", "GIF"},
+    ExtensionRow{"IMAGE/PNG", "PNG"},
+    ExtensionRow{"IMAGE/BMP", "BMP"},
+    ExtensionRow{"IMAGE/TIFF", "TIF"},
+    ExtensionRow{"IMAGE/SVG+XML", "SVG"},
+    ExtensionRow{"IMAGE/WEBP", "WEBP"},
+    ExtensionRow{"AUDIO/MPEG", "MP3"},
+    ExtensionRow{"AUDIO/WAV", "WAV"},
+    ExtensionRow{"AUDIO/X-WAV", "WAV"},
+    ExtensionRow{"VIDEO/MPEG", "MPG"},
+    ExtensionRow{"VIDEO/MP4", "MP4"},
+    ExtensionRow{"VIDEO/QUICKTIME", "MOV"},
+    ExtensionRow{"APPLICATION/PDF", "PDF"},
+    ExtensionRow{"APPLICATION/RTF", "RTF"},
+    ExtensionRow{"APPLICATION/ZIP", "ZIP"},
+    ExtensionRow{"APPLICATION/X-ZIP-COMPRESSED", "ZIP"},
+    ExtensionRow{"APPLICATION/GZIP", "GZ"},
+    ExtensionRow{"APPLICATION/JSON", "JSON"},
+    ExtensionRow{"APPLICATION/XML", "XML"},
+    ExtensionRow{"APPLICATION/POSTSCRIPT", "PS"},
+    ExtensionRow{"APPLICATION/MSWORD", "DOC"},
+    ExtensionRow{"APPLICATION/VND.MS-EXCEL", "XLS"},
+    ExtensionRow{"APPLICATION/VND.MS-POWERPOINT", "PPT"},
+    ExtensionRow{"APPLICATION/VND.OPENXMLFORMATS-OFFICEDOCUMENT.WORDPROCESSINGML.DOCUMENT", "DOCX"},
+    ExtensionRow{"APPLICATION/VND.OPENXMLFORMATS-OFFICEDOCUMENT.SPREADSHEETML.SHEET", "XLSX"},
+    ExtensionRow{"APPLICATION/VND.OPENXMLFORMATS-OFFICEDOCUMENT.PRESENTATIONML.PRESENTATION",
+                 "PPTX"},
+    ExtensionRow{"APPLICATION/ICS", "ICS"},
+    ExtensionRow{"APPLICATION/PKCS7-SIGNATURE", "P7S"},
+    ExtensionRow{"APPLICATION/X-PKCS7-SIGNATURE", "P7S"},
+    ExtensionRow{"APPLICATION/PKCS7-MIME", "P7M"},
+    ExtensionRow{"APPLICATION/X-PKCS7-MIME", "P7M"},
+    ExtensionRow{"APPLICATION/PGP-SIGNATURE", "ASC"},
+};
+
+// The media type of a Content-Type value, in upper case: parameters are not matched, or a file name
+// could change what a part is.
+std::string MediaType(std::string_view contentType) {
+  auto type = UpperAscii(contentType.substr(0, contentType.find(';')));
+  std::erase_if(type, [](char c) { return c == ' ' || c == '\t'; });
+  return type;
+}
+
+std::int16_t TypeOf(const std::string& mediaType) {
+  for (const auto& row : kTypes) {
+    if (mediaType.find(row.contains) != std::string::npos) return row.type;
+  }
+  return mime_type::kOther;
+}
+
+bool Contains(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+std::string* PartHeader::FieldOf(std::string_view line) {
+  const auto colon = line.find(':');
+  if (colon == std::string_view::npos) return nullptr;
+  const auto name = Trim(line.substr(0, colon));
+  for (std::size_t i = 0; i < kFieldCount; ++i) {
+    if (!EqualsIgnoreCase(name, kFieldNames[i])) continue;
+    if (seen_[i]) return nullptr;  // the first of a field counts
+    seen_[i] = true;
+    return &fields_[i];
+  }
+  return nullptr;
+}
+
+void PartHeader::Append(std::string_view text) {
+  if (current_ == nullptr || current_->size() >= kMaximumFieldBytes) return;
+  current_->append(text.substr(0, kMaximumFieldBytes - current_->size()));
+}
+
+PartHeader::Result PartHeader::Line(std::string_view line, bool endsLine) {
+  const bool startsLine = atLineStart_;
+  atLineStart_ = endsLine;
+  if (startsLine && endsLine && line.empty()) return Result::Ended;
+  const bool continues = line.starts_with(' ') || line.starts_with('\t');
+  // A part that begins with something else has no header at all.
+  if (size_ == 0 && startsLine && endsLine && !continues &&
+      line.find(':') == std::string_view::npos) {
+    return Result::Content;
+  }
+  size_ += line.size() + 2;
+  if (size_ > kMaximumHeaderBytes) return Result::Content;
+  if (startsLine && !continues) {
+    current_ = FieldOf(line);
+    if (current_ != nullptr) Append(line.substr(line.find(':') + 1));
+  } else {
+    Append(line);
+  }
+  return Result::More;
+}
+
+clsMIMEPart PartHeader::Finish(bool inDigest, const CodePage& codePage) {
+  clsMIMEPart part;
+  part.contentType = Trim(fields_[kType]);
+  if (part.contentType.empty()) part.contentType = inDigest ? "message/rfc822" : "";
+  const auto type = ParseContentField(part.contentType, codePage);
+  const auto disposition = ParseContentField(fields_[kDisposition], codePage);
+  if (!part.contentType.empty()) part.MType = TypeOf(MediaType(type.value));
+
+  const auto encoding = UpperAscii(fields_[kEncoding]);
+  for (const auto& row : kEncodings) {
+    if (part.encoding == mime_encoding::kNone && Contains(encoding, row.contains)) {
+      part.encoding = row.encoding;
+    }
+  }
+  part.Boundary = type.Parameter("BOUNDARY");
+  // A multipart that does not say how its parts are told apart is read as text.
+  if (mime_type::IsMultipart(part.MType) && part.Boundary.empty()) part.MType = mime_type::kText;
+  for (const auto* name : {"FILENAME", "NAME"}) {
+    const auto& field = name[0] == 'F' ? disposition : type;
+    if (part.Name.empty() && !field.Parameter(name).empty()) {
+      part.Name = field.Parameter(name);
+      part.NameType = name;
+    }
+  }
+  isAttachment_ = Contains(UpperAscii(disposition.value), "ATTACHMENT");
+
+  for (auto& field : fields_) field.clear();
+  seen_ = {};
+  current_ = nullptr;
+  size_ = 0;
+  atLineStart_ = true;
+  return part;
+}
+
+std::string ExtensionOfType(std::string_view contentType) {
+  const auto type = MediaType(contentType);
+  const auto* const row =
+      std::find_if(kExtensions.begin(), kExtensions.end(),
+                   [&](const ExtensionRow& candidate) { return candidate.type == type; });
+  return row != kExtensions.end() ? std::string(row->extension) : std::string();
+}
+
+std::string AlternativeName(std::string_view contentType) {
+  const auto type = MediaType(contentType);
+  if (Contains(type, "/ENRICHED")) return "ALTERNAT.ENR";
+  if (Contains(type, "/RTF")) return "ALTERNAT.RTF";
+  if (Contains(type, "/RICHTEXT-ZIPPED")) return "ALTERNAT.RTZ";
+  if (Contains(type, "/RICHTEXT")) return "ALTERNAT.RTF";
+  if (Contains(type, "/HTML")) return "ALTERNAT.HTM";
+  const auto extension = ExtensionOfType(contentType);
+  return "ALTERNAT." + (extension.empty() ? "DAT" : extension);
+}
+
+}  // namespace quillon

@@ -1,0 +1,58 @@
+// Reads the header of a message or of a part of it, for the three fields that tell what the content
+// is.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "codec/clsMIMEPart.h"
+
+namespace quillon {
+
+class CodePage;
+
+class PartHeader {
+ public:
+  // A header that is longer is taken as ended: the rest is content.
+  static constexpr std::size_t kMaximumHeaderBytes = 16U << 20U;
+  // Of each of the three fields; the rest of a longer one does not count.
+  static constexpr std::size_t kMaximumFieldBytes = 64U << 10U;
+
+  // One line without its line end, or a piece of it. The header ends at an empty line, which
+  // belongs to it; a line that cannot begin a header, or goes beyond the limit, is content already.
+  enum class Result { More, Ended, Content };
+  Result Line(std::string_view line, bool endsLine);
+
+  // What the header says. `type` and `encoding` are matched as substrings; `inDigest` changes what
+  // a part without a Content-Type is. Then ready for another header.
+  clsMIMEPart Finish(bool inDigest, const CodePage& codePage);
+
+  bool HasLines() const noexcept { return size_ > 0; }
+
+  // Whether the Content-Disposition of the part last finished was "attachment".
+  bool IsAttachment() const noexcept { return isAttachment_; }
+
+ private:
+  enum Field : std::size_t { kType, kEncoding, kDisposition, kFieldCount };
+
+  std::string* FieldOf(std::string_view line);
+  void Append(std::string_view text);
+
+  std::array<std::string, kFieldCount> fields_;
+  std::array<bool, kFieldCount> seen_{};
+  std::string* current_ = nullptr;  // the field that a continuation continues
+  std::size_t size_ = 0;
+  bool atLineStart_ = true;
+  bool isAttachment_ = false;
+};
+
+// The extension for content of a type, from a small table: "PDF" for application/pdf; empty for a
+// type unknown to it.
+std::string ExtensionOfType(std::string_view contentType);
+
+// The name of an alternative rendering that has none of its own.
+std::string AlternativeName(std::string_view contentType);
+
+}  // namespace quillon

@@ -1,0 +1,283 @@
+#include <gtest/gtest.h>
+
+#include "codec/MessageSplitter.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+#include "support/FaultyFileSystem.h"
+#include "support/TempFolder.h"
+
+namespace quillon {
+namespace {
+
+using testing::ContentOf;
+using testing::TempFolder;
+
+constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
+
+// Feeds a message, given with LF line ends, in lines, or in pieces of at most so many characters.
+bool Feed(MessageSplitter& splitter, std::string_view message, std::size_t pieceSize) {
+  while (!message.empty()) {
+    const auto end = message.find('\n');
+    auto line = message.substr(0, end);
+    message.remove_prefix(end == std::string_view::npos ? message.size() : end + 1);
+    while (line.size() > pieceSize) {
+      if (!splitter.Line(line.substr(0, pieceSize), false)) return false;
+      line.remove_prefix(pieceSize);
+    }
+    if (!splitter.Line(line, true)) return false;
+  }
+  return true;
+}
+
+class MessageSplitterTest : public ::testing::Test {
+ protected:
+  // The body, and each attachment as "[path|shown name] content".
+  std::string Split(std::string_view message, std::size_t pieceSize = kWhole) {
+    TempFolder folder;
+    settings_.directory = folder.Path();
+    MessageSplitter splitter(*files_, *codePage_, settings_);
+    SplitMessage split;
+    if (!Feed(splitter, message, pieceSize) || !splitter.Finish(split)) return "failed";
+    auto text = split.body;
+    for (const auto& attachment : split.attachments) {
+      text += "[" + attachment.file.substr(folder.Path().size() + 1) + "|" +
+              attachment.displayName + "] " + ContentOf(*files_, attachment.file);
+    }
+    return text;
+  }
+
+  std::unique_ptr<FileSystem> files_ = MakeFileSystem();
+  std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
+  SplitSettings settings_;
+};
+
+// A multipart of the type with parts that each start with their header.
+std::string Multipart(const std::string& type, const std::vector<std::string>& parts,
+                      const std::string& boundary = "b") {
+  auto text = "Content-Type: multipart/" + type + "; boundary=" + boundary + "\n\npreamble\n";
+  for (const auto& part : parts) text += "--" + boundary + "\n" + part + "\n";
+  return text + "--" + boundary + "--\nepilogue\n";
+}
+
+TEST_F(MessageSplitterTest, ShapesOfMessages) {
+  const std::string html = "Content-Type: text/html\n\n<b>hi</b>";
+  const std::string plain = "Content-Type: text/plain\n\nhi";
+  const std::string pdf =
+      "Content-Type: application/pdf; name=\"a.pdf\"\nContent-Transfer-Encoding: base64\n\nUERG";
+  const std::string image = "Content-Type: image/png\nContent-Transfer-Encoding: base64\n\nUERG";
+  const struct {
+    const char* what;
+    std::string message;
+    const char* expected;
+  } kCases[] = {
+      {"plain", "Subject: x\n\none\ntwo\n", "one\r\ntwo"},
+      {"no header", "\nbody", "body"},
+      {"header alone", "Subject: x\n", ""},
+      {"quoted-printable", "Content-Transfer-Encoding: quoted-printable\n\na=3Db=\nc  \nd\n",
+       "a=bc\r\nd"},
+      {"base64 text", "Content-Type: text/plain\nContent-Transfer-Encoding: BASE64\n\naGk=\n",
+       "hi"},
+      {"HTML alone is the body", html, "<b>hi</b>"},
+      {"file alone", pdf, "[a.pdf|a.pdf] PDF"},
+      {"alternative", Multipart("alternative", {plain, html}),
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>hi</b>"},
+      {"alternative, HTML first", Multipart("alternative", {html, plain}),
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>hi</b>"},
+      {"unknown rendering", Multipart("alternative", {plain, "Content-Type: text/x-odd\n\no"}),
+       "hi[ALTERNAT.DAT|ALTERNAT.DAT] o"},
+      {"zipped rich text",
+       Multipart("alternative", {plain, "Content-Type: text/richtext-zipped\n\no"}),
+       "hi[ALTERNAT.RTZ|ALTERNAT.RTZ] o"},
+      {"mixed", Multipart("mixed", {plain, pdf, "\nmore"}), "hi\r\nmore[a.pdf|a.pdf] PDF"},
+      {"HTML beside text", Multipart("mixed", {plain, html}),
+       "hi[NONAME.HTM|NONAME.HTM] <b>hi</b>"},
+      {"alternative with related in mixed",
+       Multipart(
+           "mixed",
+           {Multipart("alternative", {plain, Multipart("related", {html, image}, "r")}, "a"), pdf}),
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>hi</b>[NONAME.PNG|NONAME.PNG] PDF[a.pdf|a.pdf] PDF"},
+      {"signed", Multipart("signed", {plain, "Content-Type: application/pgp-signature\n\nsig"}),
+       "hi[NONAME.ASC|NONAME.ASC] sig"},
+      {"report",
+       Multipart("report; report-type=delivery-status",
+                 {plain, "Content-Type: message/delivery-status\n\nAction: failed",
+                  "Content-Type: message/rfc822\n\nSubject: in\n\nside"}),
+       "hi[NONAME.TXT|NONAME.TXT] Action: failed[NONAME.EML|NONAME.EML] Subject: in\r\n\r\nside"},
+      {"digest", Multipart("digest", {"\nSubject: 1\n\na", "\nSubject: 2\n\nb"}),
+       "[NONAME.EML|NONAME.EML] Subject: 1\r\n\r\na[NONAM1.EML|NONAME.EML] Subject: 2\r\n\r\nb"},
+      {"forwarded message with a subject for a name",
+       Multipart("mixed", {plain, "Content-Type: message/rfc822; name=\"Hello\"\n\nSubject: s\n"}),
+       "hi[Hello.EML|Hello.EML] Subject: s\r\n"},
+      {"text as attachment",
+       Multipart("mixed", {plain, "Content-Disposition: attachment; filename=n.txt\n\nnote"}),
+       "hi[n.txt|n.txt] note"},
+  };
+  for (const auto& test : kCases) {
+    for (const auto pieceSize : {kWhole, std::size_t{30}}) {
+      EXPECT_EQ(test.expected, Split(test.message, pieceSize)) << test.what;
+    }
+  }
+}
+
+TEST_F(MessageSplitterTest, BrokenMultipartsKeepWhatTheyHold) {
+  const struct {
+    const char* what;
+    const char* message;
+    const char* expected;
+  } kCases[] = {
+      {"no boundary parameter", "Content-Type: multipart/mixed\n\n--b\n\nhi\n--b--",
+       "--b\r\n\r\nhi\r\n--b--"},
+      {"boundary never met", "Content-Type: multipart/mixed; boundary=x\n\nhi\n--b--",
+       "hi\r\n--b--\r\n"},
+      {"never closed", "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n", "hi"},
+      {"closed at once", "Content-Type: multipart/mixed; boundary=b\n\n--b--\n\nlost\n", ""},
+      {"blanks behind boundaries",
+       "Content-Type: multipart/mixed; boundary=\"b \"\n\n--b \t\n\nhi\n--b-- \nx", "hi"},
+      {"boundary that begins another",
+       "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n--bb\nstill\n--b-\n--b--",
+       "hi\r\n--bb\r\nstill\r\n--b-"},
+      {"inner never closed",
+       "Content-Type: multipart/mixed; boundary=o\n\n--o\nContent-Type: multipart/mixed; "
+       "boundary=i\n\n--i\n\none\n--o\n\ntwo\n--o--",
+       "one\r\ntwo"},
+      {"inner closed before its parts",
+       "Content-Type: multipart/mixed; boundary=o\n\n--o\nContent-Type: multipart/mixed; "
+       "boundary=i\n\n--i--\n--o\n\ntwo\n--o--",
+       "two"},
+      {"inner ends in its header",
+       "Content-Type: multipart/mixed; boundary=o\n\n--o\nContent-Type: multipart/mixed; "
+       "boundary=i\n--o\n\ntwo\n--o--",
+       "two"},
+      {"part without a blank line",
+       "Content-Type: multipart/mixed; boundary=b\n\n--b\nhi there\n--b--", "hi there"},
+      {"named part without content",
+       "Content-Type: multipart/mixed; boundary=b\n\n--b\nContent-Disposition: attachment; "
+       "filename=e.txt\n--b--",
+       "[e.txt|e.txt] "},
+      {"folded header with tabs",
+       "Content-Type: multipart/mixed;\n\tboundary=\"b\"\n\n--b\n\nhi\n--b--", "hi"},
+      {"a file name is not a type",
+       "Content-Type: application/octet-stream; name=\"multipart.context\"\n\nx",
+       "[multipart.context|multipart.context] x"},
+      {"the first of a field counts", "Content-Type: text/plain\nContent-Type: image/png\n\nhi",
+       "hi"},
+  };
+  for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
+}
+
+TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
+  const struct {
+    const char* what;
+    const char* message;
+    const char* expected;
+  } kCases[] = {
+      {"between text", "\nbefore\nbegin 644 a b.txt\n#:&DA\n`\nend\nafter",
+       "before\r\nafter[a b.txt|a b.txt] hi!"},
+      {"stripped last line", "\nbegin 0644 a.txt\n#:&DA\n\nend\nafter", "after[a.txt|a.txt] hi!"},
+      {"no end", "\nbegin 644 a.txt\n#:&DA\n", "[a.txt|a.txt] hi!"},
+      {"broken off by text", "\nbegin 644 a.txt\n#:&DA\nlower case text",
+       "lower case text[a.txt|a.txt] hi!"},
+      {"base64 framing", "\nbegin-base64 644 a.txt\naGkh\n====\nafter", "after[a.txt|a.txt] hi!"},
+      {"only words", "\nbegin 644 lines of text\nlike these",
+       "begin 644 lines of text\r\nlike these"},
+      {"a begin at the very end", "\nhi\nbegin 644 x", "hi\r\nbegin 644 x"},
+      {"encoded part",
+       "Content-Type: image/gif; name=p.gif\nContent-Transfer-Encoding: x-uuencode\n\nbegin 644 "
+       "q\n#:&DA\n`\nend\n",
+       "[p.gif|p.gif] hi!"},
+  };
+  for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
+  settings_.suppressAttachments = true;
+  EXPECT_EQ("before\r\nafter", Split(kCases[0].message));
+}
+
+TEST_F(MessageSplitterTest, WhatIsSuppressedIsNotWritten) {
+  const auto message = Multipart(
+      "mixed",
+      {Multipart("alternative",
+                 {"Content-Type: text/plain\n\nhi", "Content-Type: text/html\n\n<b>"}, "a"),
+       "Content-Type: image/png\n\nx"});
+  settings_.suppressAlternatives = true;
+  EXPECT_EQ("hi[NONAME.PNG|NONAME.PNG] x", Split(message));
+  EXPECT_EQ("<b>", Split(Multipart("alternative", {"Content-Type: text/html\n\n<b>"})));
+  settings_.suppressAttachments = true;
+  EXPECT_EQ("hi", Split(message));
+}
+
+TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
+  const std::pair<const char*, const char*> kCases[] = {
+      {"name=plain.txt", "plain.txt"},
+      {"name=\"with; semicolon.txt\"", "with; semicolon.txt"},
+      {"name=\"quo\\\"ted.txt\"", "quo\"ted.txt"},
+      {"name=\"C:\\dir\\file.txt\"", "file.txt"},
+      {"name=two words.txt; x=y", "two words.txt"},
+      {"name=report (1).txt", "report (1).txt"},
+      {"name=a.txt (a comment)", "a.txt"},
+      {"(comment) name = a.txt", "a.txt"},
+      {"name=\"unclosed.txt", "unclosed.txt"},
+      {"name*=utf-8'de'%C3%A4.txt", "\xC3\xA4.txt"},
+      {"name*=iso-8859-1''%E4.txt; name=other.txt", "\xC3\xA4.txt"},
+      {"name*0=\"one \"; name*1=two; name*2*=%2Etxt", "one two.txt"},
+      {"name*1*=%C3%A4.txt; name*0*=utf-8''a", "a\xC3\xA4.txt"},
+      {"name*0=a.txt; name*2=lost", "a.txt"},
+      {"name=\"=?utf-8?B?w6QudHh0?=\"", "\xC3\xA4.txt"},
+      {"name==?iso-8859-1?Q?=E4_b.txt?=", "\xC3\xA4 b.txt"},
+      {"name=\"=?utf-8?Q?a?=  =?utf-8?Q?b.txt?=\"", "ab.txt"},
+      {"name=\"=?utf-8?X?a?=.txt\"", "=?utf-8?X?a?=.txt"},
+      {"name=\"../../etc/passwd\"", "passwd"},
+  };
+  for (const auto& [parameter, expected] : kCases) {
+    const auto text = Split("Content-Type: application/x-odd; " + std::string(parameter) + "\n\nx");
+    const auto bar = text.find('|');
+    ASSERT_NE(std::string::npos, bar) << parameter << ": " << text;
+    EXPECT_EQ(expected, text.substr(bar + 1, text.find(']') - bar - 1)) << parameter;
+  }
+}
+
+TEST_F(MessageSplitterTest, ALongBodyBecomesTheFirstAttachment) {
+  settings_.maximumBodyBytes = 10;
+  const auto message =
+      Multipart("mixed", {"\nshort", "Content-Type: image/png\n\nx", "\nand much longer"});
+  EXPECT_EQ(
+      "{Message too long, appended as first attachment.}[MESSAGE.TXT|MESSAGE.TXT] short\r\nand "
+      "much "
+      "longer[NONAME.PNG|NONAME.PNG] x",
+      Split(message));
+}
+
+TEST_F(MessageSplitterTest, LimitsKeepTheRestAsContent) {
+  std::string nested;
+  for (std::size_t i = 0; i < 100; ++i) {
+    const auto boundary = "b" + std::to_string(i);
+    nested += "Content-Type: multipart/mixed; boundary=" + boundary + "\n\n--" + boundary + "\n";
+  }
+  const auto deep = Split(nested + "\nthe core");
+  EXPECT_NE(std::string::npos, deep.find("the core"));
+  EXPECT_NE(std::string::npos, deep.find("boundary=b99"));
+
+  std::string many = "Content-Type: multipart/mixed; boundary=b\n\n";
+  for (std::size_t i = 0; i < MessageSplitter::kMaximumParts + 10; ++i) many += "--b\n\nx\n";
+  const auto parts = Split(many);
+  EXPECT_NE(std::string::npos, parts.find("[NONAME.DAT|NONAME.DAT] \r\nx\r\n--b\r\n\r\nx"));
+}
+
+TEST_F(MessageSplitterTest, NothingStaysOfAMessageThatDoesNotEnd) {
+  TempFolder folder;
+  settings_.directory = folder.Path();
+  const std::string message = "Content-Type: image/png; name=a.png\n\n" + std::string(100000, 'x');
+  {
+    MessageSplitter splitter(*files_, *codePage_, settings_);
+    EXPECT_TRUE(Feed(splitter, message, 1000));
+    EXPECT_EQ(1U, folder.Names().size());
+  }
+  EXPECT_TRUE(folder.Names().empty());
+
+  settings_.directory = folder.Path("missing");
+  EXPECT_EQ(false, [&] {
+    MessageSplitter splitter(*files_, *codePage_, settings_);
+    return Feed(splitter, message, 1000);
+  }());
+}
+
+}  // namespace
+}  // namespace quillon
