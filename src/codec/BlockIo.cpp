@@ -8,8 +8,17 @@ namespace {
 
 // More than the longest uuencoded line with its line end.
 constexpr size_t kOrdinaryLine = 256;
+constexpr size_t kBufferUnit = 4096;
+constexpr size_t kMostBuffered = 2 * kIoBlock;
 
 }  // namespace
+
+std::vector<uint8_t> BufferFor(File& file, size_t unit) {
+  // One byte more than the file has lets the first read see its end.
+  const uint64_t wanted = file.Size().value_or(kIoBlock) + 1;
+  const uint64_t units = std::min<uint64_t>((wanted + unit - 1) / unit, kIoBlock / unit);
+  return std::vector<uint8_t>(static_cast<size_t>(std::max<uint64_t>(units, 1)) * unit);
+}
 
 std::optional<size_t> ReadBlock(File& file, std::span<uint8_t> buffer) {
   size_t filled = 0;
@@ -22,8 +31,9 @@ std::optional<size_t> ReadBlock(File& file, std::span<uint8_t> buffer) {
   return filled;
 }
 
-LineReader::LineReader(std::unique_ptr<File> file) : file_(std::move(file)), buffer_(kIoBlock) {
+LineReader::LineReader(std::unique_ptr<File> file) : file_(std::move(file)) {
   failed_ = file_ == nullptr;
+  if (file_) buffer_ = BufferFor(*file_, kBufferUnit);
 }
 
 bool LineReader::Next(std::span<const uint8_t>& piece, bool& endsLine) {
@@ -93,8 +103,7 @@ size_t LineReader::FindLineEnd() {
   return std::min(nextCr_, nextLf_);
 }
 
-OutputFile::OutputFile(FileSystem& files, const std::string& path)
-    : files_(files), path_(path), buffer_(2 * kIoBlock) {
+OutputFile::OutputFile(FileSystem& files, const std::string& path) : files_(files), path_(path) {
   if (!files_.RemoveFile(path_)) return;
   file_ = files_.Open(path_, OpenMode::kCreate);
   good_ = file_ != nullptr;
@@ -107,7 +116,9 @@ OutputFile::~OutputFile() {
 }
 
 uint8_t* OutputFile::Reserve(size_t size) {
-  if (used_ + size > buffer_.size()) Flush();
+  if (used_ + size > kMostBuffered) Flush();
+  const size_t needed = used_ + size;
+  if (needed > buffer_.size()) buffer_.resize(std::min(2 * needed, kMostBuffered));
   return buffer_.data() + used_;
 }
 

@@ -16,6 +16,10 @@ namespace quillon {
 
 inline constexpr size_t kIoBlock = 256 * 1024;
 
+// A buffer to read the file through: whole units, as many as the file has, at least one and at most
+// kIoBlock.
+std::vector<uint8_t> BufferFor(File& file, size_t unit);
+
 // Reads until the buffer is full or the file ends; no value when reading failed.
 std::optional<size_t> ReadBlock(File& file, std::span<uint8_t> buffer);
 
@@ -70,7 +74,7 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  // Room for `size` bytes, at most kIoBlock; Commit tells how many of them were filled.
+  // Room for `size` bytes, at most 2 * kIoBlock; Commit tells how many of them were filled.
   uint8_t* Reserve(size_t size);
   void Commit(size_t size) { used_ += size; }
 
@@ -89,7 +93,7 @@ class OutputFile {
   FileSystem& files_;
   const std::string path_;
   std::unique_ptr<File> file_;
-  std::vector<uint8_t> buffer_;
+  std::vector<uint8_t> buffer_;  // grows with its use, to 2 * kIoBlock at most
   size_t used_ = 0;
   bool good_ = false;
   bool finished_ = false;

@@ -25,8 +25,7 @@ std::unique_ptr<File> OpenInput(FileSystem& files, const std::string& inputPath,
 }
 
 bool EncodeBase64File(File& input, OutputFile& output) {
-  constexpr size_t kLines = kIoBlock / (kBase64LineCharacters + 2);
-  std::vector<uint8_t> block(kLines * kBase64LineBytes);
+  std::vector<uint8_t> block = BufferFor(input, kBase64LineBytes);
   for (;;) {
     const std::optional<size_t> count = ReadBlock(input, block);
     if (!count) return false;
@@ -38,7 +37,7 @@ bool EncodeBase64File(File& input, OutputFile& output) {
 
 bool DecodeBase64File(File& input, OutputFile& output) {
   Base64Decoder decoder;
-  std::vector<uint8_t> block(kIoBlock);
+  std::vector<uint8_t> block = BufferFor(input, 4096);
   for (;;) {
     const std::optional<size_t> count = ReadBlock(input, block);
     if (!count) return false;

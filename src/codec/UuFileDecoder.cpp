@@ -56,7 +56,7 @@ bool UuFileDecoder::Decode(LineReader& reader, bool onlyDataLines) {
 void UuFileDecoder::DecodeFullLines(LineReader& reader) {
   const std::span<const uint8_t> text = reader.Buffered();
   size_t written = 0;
-  reader.Skip(DecodeFullUuLines(text, output_.Reserve(kIoBlock), written));
+  reader.Skip(DecodeFullUuLines(text, output_.Reserve(text.size()), written));
   output_.Commit(written);
 }
 

@@ -1,13 +1,13 @@
 #include "codec/UuSplitter.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "codec/FileName.h"
 #include "codec/UUCode.h"
 #include "codec/UuFileDecoder.h"
 #include "codec/UuFraming.h"
@@ -92,28 +92,6 @@ bool SkipSectionLine(LineReader& reader) {
   return false;
 }
 
-// A name from a "begin " line as one that can be made in a directory: no path, no device, nothing
-// that Windows refuses.
-std::string LocalName(std::string_view fromLine) {
-  constexpr std::string_view kRefused = "<>:\"/\\|?*";
-  static constexpr std::array<std::string_view, 4> kDevices = {"CON", "PRN", "AUX", "NUL"};
-  std::string name(FileNameOf(fromLine));
-  for (char& c : name) {
-    if (static_cast<unsigned char>(c) < 0x20 || kRefused.find(c) != std::string_view::npos) c = '_';
-  }
-  name.erase(name.find_last_not_of(" .") + 1);
-  if (name.empty()) return "NONAME.DAT";
-  std::string base = name.substr(0, name.find('.'));
-  base.erase(base.find_last_not_of(' ') + 1);
-  std::transform(base.begin(), base.end(), base.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-  const bool numbered = base.size() == 4 && base[3] >= '0' && base[3] <= '9' &&
-                        (base.starts_with("COM") || base.starts_with("LPT"));
-  const bool device =
-      numbered || std::find(kDevices.begin(), kDevices.end(), base) != kDevices.end();
-  return device ? "_" + name : name;
-}
-
 bool DecodeParts(FileSystem& files, const std::vector<Part>& parts, LineReader& first, bool base64,
                  const std::string& path) {
   OutputFile output(files, path);
@@ -132,8 +110,7 @@ bool DecodeParts(FileSystem& files, const std::vector<Part>& parts, LineReader& 
 }  // namespace
 
 bool EncodeUuData(File& input, uint64_t bytes, OutputFile& output) {
-  constexpr size_t kBlocks = kIoBlock / (kUuBlockBytes / kUuLineBytes * kUuLineSize);
-  std::vector<uint8_t> buffer(kBlocks * kUuBlockBytes);
+  std::vector<uint8_t> buffer = BufferFor(input, kUuBlockBytes);
   while (bytes != 0 && output.Good()) {
     const auto wanted = static_cast<size_t>(std::min<uint64_t>(bytes, buffer.size()));
     const std::optional<size_t> count = ReadBlock(input, std::span(buffer).first(wanted));
@@ -180,8 +157,7 @@ bool DecodeUuParts(FileSystem& files, std::span<const std::string> inputPaths,
   if (!begin) return false;
   std::string path = outputPath;
   if (files.DirectoryExists(outputPath)) {
-    path = WithSeparator(files, outputPath) + LocalName(begin->fileName);
-    if (files.FileExists(path)) return false;
+    path = UniqueAttachmentPath(files, outputPath, FileNameOf(begin->fileName), false);
   }
   for (const Part& part : parts) {
     if (SamePath(files, part.path, path)) return false;

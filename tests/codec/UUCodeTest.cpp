@@ -420,7 +420,7 @@ TEST_F(UUCodeTest, PartsOfOtherProgramsAreJoinedAsGiven) {
   ShortBool result = kFalse;
   codec_.UUDecodeFiles(paths, folder_.Path(), result);
   EXPECT_EQ(result, kTrue);
-  EXPECT_EQ(Read("_con.txt"), "CatDog");
+  EXPECT_EQ(Read("con_.txt"), "CatDog");
   codec_.UUDecodeFiles(std::span(paths).first(1), folder_.Path("joined"), result);
   EXPECT_EQ(result, kFalse);
 }
