@@ -1,0 +1,87 @@
+"""What the tests with scripts share: a mail host with a mailbox, and scripts that must say that they
+came to their end."""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+import winetest
+
+SCRIPTS = pathlib.Path(__file__).resolve().parent / "scripts"
+ENDED = "@ended"  # the last line of a script that was not cut short
+
+
+class MailHost:
+    """The embedded host on free ports, with the login joe and secret; `messages` (bytes each, in
+    mailbox order) are in its store from the beginning."""
+
+    def __init__(self, messages=()):
+        self._messages = messages
+
+    def __enter__(self):
+        self._scratch = tempfile.TemporaryDirectory(prefix="mailhost-")
+        self.store = pathlib.Path(self._scratch.name) / "store"
+        (self.store / "new").mkdir(parents=True)
+        for number, message in enumerate(self._messages, 1):
+            (self.store / "new" / f"0000.{number:04}").write_bytes(message)
+        self._process = subprocess.Popen(
+            [str(winetest.MAILHOST), "--smtp-port", "0", "--pop-port", "0", "--store",
+             str(self.store), "--user", "joe", "--password", "secret", "--no-lock"],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+        try:
+            self.smtp = self._port("smtp")
+            self.pop = self._port("pop")
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self._process.terminate()
+        self._process.wait()
+        self._process.stdout.close()
+        self._scratch.cleanup()
+
+    def _port(self, name):
+        line = self._process.stdout.readline()
+        if not line.startswith(name + " "):
+            raise RuntimeError(f"mailhost did not start: {line!r}")
+        return int(line.split()[1])
+
+    def received(self):
+        """The messages in the store, in mailbox order."""
+        return [file.read_bytes() for file in sorted((self.store / "new").iterdir())]
+
+
+def run_script(wine, text, *arguments, engine="vbs", timeout=60):
+    """Runs a script from a file of its own. Returns whether it came to its end, which it tells by
+    ENDED and exit status 0, and the lines it wrote before."""
+    with tempfile.TemporaryDirectory(prefix="script-") as folder:
+        script = pathlib.Path(folder) / ("script." + engine)
+        script.write_bytes(text.replace("\n", "\r\n").encode("ascii"))
+        done = wine.run("cscript", "//nologo", script, *arguments, timeout=timeout)
+    lines = done.output.splitlines()
+    if done.returncode == 0 and lines[-1:] == [ENDED]:
+        return True, lines[:-1]
+    return False, lines
+
+
+# The last statements of a script; Wine's cscript ends without letting go of its objects.
+ENDINGS = {
+    "vbs": f'\nSet mail = Nothing\nWScript.Echo "{ENDED}"\nWScript.Quit 0\n',
+    "js": f'\nmail = null;\nWScript.Echo("{ENDED}");\nWScript.Quit(0);\n',
+}
+
+
+class ScriptTest:
+    """A mix-in of TestCase for scripts that check by themselves: scripts/check.vbs or check.js stands in
+    front of each, and every line it writes is a failure."""
+
+    def run_checks(self, wine, text, *arguments, engine="vbs"):
+        prelude = (SCRIPTS / ("check." + engine)).read_text()
+        ended, failures = run_script(wine, prelude + text + ENDINGS[engine], *arguments,
+                                     engine=engine)
+        self.assertEqual([], failures)
+        self.assertTrue(ended, "the script did not run to its end; is there a syntax error?")

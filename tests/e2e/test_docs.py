@@ -1,0 +1,119 @@
+"""The VBScript examples of the documents do what the documents say.
+
+Every ```vbs block of README.md and docs/ is run against the registered server, on the object that the
+reference's first page describes, with a mailbox behind it. A block fails when it raises an error, or
+when a line with a comment `' -> text` does not print that text."""
+
+import re
+import unittest
+
+from scripting import ENDED, ENDINGS, MailHost, run_script
+import winetest
+
+PAGES = [winetest.TOP / "README.md", *sorted((winetest.TOP / "docs").rglob("*.md"))]
+PREAMBLE = winetest.TOP / "docs" / "reference" / "README.md"
+BLOCK = re.compile(r"^```vbs\n(.*?)^```$", re.M | re.S)
+EXPECTED = re.compile(r"'\s*-> (.*)$", re.M)
+CREATION = re.compile(r'^(\s*Set (\w+) = CreateObject\("QuillonInterface\.Server"\).*)$', re.M)
+
+FILES = {"letter.txt": b"The letter.", "report.pdf": b"%PDF-1.4\r\n", "page.htm": b"<p>Hello.</p>"}
+MESSAGES = [
+    b"From: Ann <ann@example.com>\r\n"
+    b"To: Joe Smith <joe@example.com>, bob@example.com\r\n"
+    b"Subject: Lunch\r\n"
+    b"Date: Fri, 06 Mar 2026 14:30:00 +0000\r\n"
+    b"Message-ID: <lunch.1@example.com>\r\n"
+    b"\r\n"
+    b"Shall we meet at noon?\r\n",
+] + [b"From: robot@example.com\r\nSubject: Report\r\n\r\nAll well.\r\n"] * 6
+
+
+class Block:
+    """One example: its place in the documents, the text to run, the lines it says it prints."""
+
+    def __init__(self, page, text, host):
+        number = page.read_text().count("\n", 0, page.read_text().index(text)) + 1
+        self.place = f"{page.relative_to(winetest.TOP)}:{number}"
+        text = text.replace("mail.example.com", "127.0.0.1")
+        self.expected = [line.strip() for line in EXPECTED.findall(text)]
+        self.swallows_errors = "On Error Resume Next" in text
+        ports = rf"\1\n\2.SMTPPort = {host.smtp} : \2.POPPort = {host.pop}"
+        self.text = CREATION.sub(ports, text)
+
+
+def blocks_of(page, host):
+    return [Block(page, text, host) for text in BLOCK.findall(page.read_text())]
+
+
+def script_of(blocks, preamble):
+    """A script that runs each block in a Sub of its own, and tells how each ended."""
+    lines = ["Dim mail, keeper, came",
+             'Set keeper = CreateObject("QuillonInterface.Server")  \' keeps the process']
+    for number, block in enumerate(blocks):
+        lines += [f"Sub Block{number}()", block.text, "came = True", "End Sub",
+                  f'WScript.Echo "@begin {number}"',
+                  "came = False",
+                  preamble,
+                  "mail.NewMessage",
+                  'mail.replyTo = ""',
+                  "On Error Resume Next",
+                  f"Block{number}",
+                  'If Not came Then WScript.Echo "@raised " & Err.Number & " " & Err.Description',
+                  "mail.mailSystem = 10",
+                  "mail.Logout",
+                  "Set mail = Nothing",
+                  "On Error GoTo 0"]
+    return "\n".join(lines + ["Set keeper = Nothing"]) + ENDINGS["vbs"]
+
+
+class Examples(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.wine = cls.enterClassContext(winetest.WinePrefix())
+        cls.wine.register(winetest.SERVER)
+        cls.host = cls.enterClassContext(MailHost(MESSAGES))
+        folder = cls.wine.drive_c / "Mail"
+        folder.mkdir()
+        for name, content in FILES.items():
+            (folder / name).write_bytes(content)
+        cls.preamble = blocks_of(PREAMBLE, cls.host)[0].text
+
+    def outputs(self, blocks):
+        """What each block wrote, or None for one that a syntax error keeps from running."""
+        _, lines = run_script(self.wine, script_of(blocks, self.preamble), timeout=120)
+        if not lines and len(blocks) == 1:
+            return [None]
+        if not lines:  # a syntax error hides all that is in the same file
+            half = len(blocks) // 2
+            return self.outputs(blocks[:half]) + self.outputs(blocks[half:])
+        written = [[] for _ in blocks]
+        current = None
+        for line in lines:
+            if line.startswith("@begin "):
+                current = written[int(line.split()[1])]
+            elif current is not None and line != ENDED:
+                current.append(line)
+        return written
+
+    def check(self, block, output):
+        self.assertIsNotNone(output, "does not run: a syntax error?")
+        raised = [line for line in output if line.startswith("@raised ")]
+        self.assertEqual([], raised)
+        rest = iter(output)
+        for text in block.expected:
+            self.assertTrue(text in rest, f"[{text}] is not printed, but {output}")
+        if block.swallows_errors:
+            self.assertTrue(block.expected, "ignores errors and does not say what it prints")
+
+    def test_every_example(self):
+        for page in PAGES:
+            blocks = blocks_of(page, self.host)
+            if not blocks:
+                continue
+            for block, output in zip(blocks, self.outputs(blocks)):
+                with self.subTest(block.place):
+                    self.check(block, output)
+
+
+if __name__ == "__main__":
+    unittest.main()
