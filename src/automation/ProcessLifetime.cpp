@@ -35,7 +35,7 @@ ProcessLifetime::ProcessLifetime(const Patience& patience) : patience_(patience)
 }
 
 ProcessLifetime::~ProcessLifetime() {
-  Stop();
+  End();
   DestroyWindow(window_);
 }
 
@@ -57,19 +57,23 @@ void ProcessLifetime::Serve(std::function<void()> revoke) {
 
 void ProcessLifetime::Run() {
   MSG message;
-  while (!Ended() && GetMessageW(&message, nullptr, 0, 0) > 0) {
+  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }
-  Stop();
+  End();
 }
 
 void ProcessLifetime::Stop() noexcept {
+  End();
+  PostQuitMessage(0);  // ends Run, and any wait of an operation in progress
+}
+
+void ProcessLifetime::End() noexcept {
   if (Ended()) return;
   Revoke();
   state_ = State::Ended;
   CoReleaseServerProcess();  // the process's own reference
-  PostQuitMessage(0);        // ends Run, and any wait of an operation in progress
 }
 
 void ProcessLifetime::Wait(UINT milliseconds) noexcept {

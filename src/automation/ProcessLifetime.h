@@ -51,6 +51,7 @@ class ProcessLifetime {
   void Wait(UINT milliseconds) noexcept;
   void OnPatienceLost() noexcept;
   void Revoke() noexcept;
+  void End() noexcept;
 
   const Patience patience_;
   HWND window_ = nullptr;

@@ -1,0 +1,115 @@
+// How the process starts and how it ends.
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "AutomationWorld.h"
+#include "automation/ClassFactory.h"
+#include "automation/CommandLine.h"
+
+namespace quillon::testing {
+namespace {
+
+TEST(CommandLineTest, SwitchesAreKnownInAnyCaseWithEitherSign) {
+  using Arguments = std::vector<std::wstring>;
+  struct Case {
+    Arguments given;
+    StartMode mode;
+    Arguments rest;
+  };
+  const std::vector<Case> cases{
+      {{}, StartMode::Serve, {}},
+      {{L"-Embedding"}, StartMode::Serve, {}},
+      {{L"/AUTOMATION", L"-embedding"}, StartMode::Serve, {}},
+      {{L"/RegServer"}, StartMode::Register, {}},
+      {{L"-unregserver"}, StartMode::Unregister, {}},
+      {{L"/regserverPERUSER"}, StartMode::RegisterPerUser, {}},
+      {{L"-UnregServerPerUser"}, StartMode::UnregisterPerUser, {}},
+      {{L"Embedding", L"/other", L"LN=joe"},
+       StartMode::Serve,
+       {L"Embedding", L"/other", L"LN=joe"}},
+  };
+  for (const Case& c : cases) {
+    const CommandLine line = ParseCommandLine(c.given);
+    EXPECT_EQ(line.mode, c.mode);
+    EXPECT_EQ(line.rest, c.rest);
+  }
+}
+
+class ProcessTest : public ::testing::Test {
+ protected:
+  ProcessTest() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
+  ~ProcessTest() override { CoUninitialize(); }
+
+  void Dispatch(unsigned milliseconds) {
+    const UINT_PTR timer = SetTimer(nullptr, 0, milliseconds, nullptr);
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+      if (message.message == WM_TIMER && message.wParam == timer) break;
+      DispatchMessageW(&message);
+    }
+    KillTimer(nullptr, timer);
+  }
+
+  ProcessLifetime lifetime_{{20, 20, 20}};
+  int revoked_ = 0;
+};
+
+TEST_F(ProcessTest, EndsWhenNoClientComes) {
+  lifetime_.Serve([this] { ++revoked_; });
+  lifetime_.Run();
+  EXPECT_TRUE(lifetime_.Ended());
+  EXPECT_EQ(revoked_, 1);
+}
+
+TEST_F(ProcessTest, StaysWhileAnObjectOrALockIsThere) {
+  auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, nullptr));
+  lifetime_.Serve([this] { ++revoked_; });
+  {
+    const ProcessReference object(lifetime_);
+    factory->LockServer(TRUE);
+    Dispatch(100);
+  }
+  Dispatch(100);
+  EXPECT_EQ(revoked_, 0);
+  EXPECT_EQ(factory->LockServer(FALSE), S_OK);
+  EXPECT_EQ(factory->LockServer(FALSE), E_UNEXPECTED);  // one too many does no harm
+  lifetime_.Run();
+  EXPECT_EQ(revoked_, 1);
+}
+
+// The class object is revoked, but the request of a client is already on its way.
+TEST_F(ProcessTest, AClientThatComesAtTheLastMomentIsServed) {
+  std::optional<ProcessReference> late;
+  lifetime_.Serve([&] {
+    ++revoked_;
+    late.emplace(lifetime_);
+  });
+  Dispatch(150);
+  EXPECT_EQ(revoked_, 1);
+  EXPECT_FALSE(lifetime_.Ended());
+  late.reset();
+  lifetime_.Run();
+  EXPECT_TRUE(lifetime_.Ended());
+  EXPECT_EQ(revoked_, 1);
+}
+
+TEST_F(ProcessTest, TheEndRefusesNewWork) {
+  auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, []() -> IUnknown* {
+    ADD_FAILURE();
+    return nullptr;
+  }));
+  lifetime_.Serve([this] { ++revoked_; });
+  const ProcessReference client(lifetime_);
+  const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"QuillonServerProcess", nullptr);
+  PostMessageW(window != nullptr ? window : FindWindowW(L"QuillonServerProcess", nullptr), WM_CLOSE,
+               0, 0);
+  lifetime_.Run();  // although a client is there
+  void* object = nullptr;
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, &object), CO_E_SERVER_STOPPING);
+  EXPECT_EQ(factory->LockServer(TRUE), CO_E_SERVER_STOPPING);
+  EXPECT_EQ(revoked_, 1);
+}
+
+}  // namespace
+}  // namespace quillon::testing

@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+
+#include "automation/Registration.h"
+#include "platform/win32/RegistryKey.h"
+#include "platform/win32/WideText.h"
+
+namespace quillon::testing {
+namespace {
+
+constexpr wchar_t kScratch[] = L"Software\\QuillonTest";
+constexpr wchar_t kProgram[] = L"C:\\Program Files\\Quillon\\quillon.exe";
+
+// The keys and texts below a key, as "path\name" -> data.
+void Collect(HKEY root, const std::wstring& path, std::map<std::wstring, std::wstring>& found) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+  found[path];
+  wchar_t name[256];
+  wchar_t data[512];
+  for (DWORD i = 0;; ++i) {
+    DWORD length = 256;
+    DWORD bytes = sizeof data;
+    if (RegEnumValueW(key, i, name, &length, nullptr, nullptr, reinterpret_cast<BYTE*>(data),
+                      &bytes) != ERROR_SUCCESS) {
+      break;
+    }
+    found[path + L"\\" + name] = data;
+  }
+  for (DWORD i = 0;; ++i) {
+    DWORD length = 256;
+    if (RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
+      break;
+    }
+    Collect(root, path + L"\\" + name, found);
+  }
+  RegCloseKey(key);
+}
+
+class RegistrationTest : public ::testing::Test {
+ protected:
+  ~RegistrationTest() override { RegDeleteTreeW(HKEY_CURRENT_USER, kScratch); }
+
+  std::map<std::wstring, std::wstring> Below() {
+    std::map<std::wstring, std::wstring> found;
+    Collect(HKEY_CURRENT_USER, place_.classes, found);
+    return found;
+  }
+
+  const Registration::Place place_{HKEY_CURRENT_USER, std::wstring(kScratch) + L"\\Classes"};
+  const Registration registration_{kProgram};
+};
+
+TEST_F(RegistrationTest, TheRoadFromTheProgIdToTheProgramIsComplete) {
+  ASSERT_EQ(registration_.Register(place_), ERROR_SUCCESS);
+  const auto found = Below();
+  const auto at = [&](const std::wstring& path) {
+    const auto entry = found.find(place_.classes + L"\\" + path);
+    return entry == found.end() ? L"(missing)" : entry->second;
+  };
+  EXPECT_EQ(at(L"QuillonInterface.Server\\CurVer\\"), L"QuillonInterface.Server.1");
+  const std::wstring id = at(L"QuillonInterface.Server.1\\CLSID\\");
+  EXPECT_EQ(at(L"QuillonInterface.Server\\CLSID\\"), id);
+  const std::wstring server = L"CLSID\\" + id;
+  EXPECT_EQ(at(server + L"\\LocalServer32\\"), L"\"C:\\Program Files\\Quillon\\quillon.exe\"");
+  EXPECT_EQ(at(server + L"\\ProgID\\"), L"QuillonInterface.Server.1");
+  EXPECT_EQ(at(server + L"\\VersionIndependentProgID\\"), L"QuillonInterface.Server");
+  EXPECT_EQ(at(server + L"\\Programmable"), L"");
+  EXPECT_EQ(at(L"AppID\\quillon.exe\\AppID"), at(server + L"\\AppID"));
+  const std::wstring library = at(server + L"\\TypeLib\\");
+  EXPECT_EQ(at(L"TypeLib\\" + library + L"\\1.0\\0\\win32\\"), kProgram);
+}
+
+TEST_F(RegistrationTest, NothingOfOursStaysBehindAndNothingElseGoes) {
+  ASSERT_EQ(registration_.Register(place_), ERROR_SUCCESS);
+  EXPECT_EQ(registration_.Register(place_), ERROR_SUCCESS);  // again: as an update does
+  ASSERT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+  EXPECT_LE(Below().size(), 1U);
+  EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+
+  // What somebody else keeps in the same keys.
+  ASSERT_EQ(registration_.Register(place_), ERROR_SUCCESS);
+  RegistryKey foreign;
+  foreign.Create(HKEY_CURRENT_USER, place_.classes + L"\\AppID\\quillon.exe");
+  foreign.SetText(L"Note", L"mine");
+  foreign.Close();
+  ASSERT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+  const auto left = Below();
+  EXPECT_EQ(left.count(place_.classes + L"\\AppID\\quillon.exe\\Note"), 1U);
+  EXPECT_EQ(left.size(), 4U);
+}
+
+TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistration) {
+  const Registration other(L"D:\\Other\\quillon.exe");
+  ASSERT_EQ(other.Register(place_), ERROR_SUCCESS);
+  const auto before = Below();
+  EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+  EXPECT_EQ(Below(), before);
+}
+
+TEST_F(RegistrationTest, AFailedRegistrationTakesBackWhatItWrote) {
+  // A link key of the registry cannot be created through: here a name that no key can have.
+  const Registration impossible(L"C:\\" + std::wstring(300, L'x'));
+  EXPECT_NE(impossible.Register(place_), ERROR_SUCCESS);
+  EXPECT_LE(Below().size(), 1U);
+}
+
+}  // namespace
+}  // namespace quillon::testing
