@@ -2,6 +2,7 @@
 
 #ifndef _WIN32
 #include <netdb.h>
+#include <unistd.h>
 #endif
 
 #include <algorithm>
@@ -61,6 +62,14 @@ int LookUpAndWait(const std::string& host, std::uint16_t port,
   }
   ::freeaddrinfo(found);
   return 0;
+}
+
+void CloseSystemSocket(SystemSocket socket) {
+#ifdef _WIN32
+  ::closesocket(socket);
+#else
+  ::close(socket);
+#endif
 }
 
 std::string LocalAddressText(SystemSocket socket) {

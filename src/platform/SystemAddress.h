@@ -11,6 +11,7 @@
 #endif
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,10 @@ namespace quillon {
 
 #ifdef _WIN32
 using SystemSocket = SOCKET;
+using SystemIoSize = int;
 #else
 using SystemSocket = int;
+using SystemIoSize = std::size_t;
 #endif
 
 // Returns the size of what was filled in.
@@ -35,6 +38,8 @@ void AppendAddress(const sockaddr& address, std::uint16_t port,
 // thread.
 int LookUpAndWait(const std::string& host, std::uint16_t port,
                   std::vector<SocketAddress>& addresses);
+
+void CloseSystemSocket(SystemSocket socket);
 
 // The own end of a socket in numbers; empty when unknown.
 std::string LocalAddressText(SystemSocket socket);
