@@ -214,13 +214,18 @@ void Server::AsynchAbort() {
 
 std::string Server::GetInterfaceString(std::int16_t itemType) {
   return frame_.Run("GetInterfaceString", MemberKind::Method, [&]() -> std::string {
-    if (itemType < kInterfaceKeyword || itemType > kInterfaceFile) {
-      throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
-    }
-    if (itemType == kInterfaceKeyword) return MailSystemKeyword(state_.mailSystem);
-    if (state_.mailSystem == mail_system::kNone) return {};
     const auto library = MailSystems::LibraryOf(state_.mailSystem);
-    if (itemType == kInterfaceFile) return library;
+    switch (itemType) {
+      case kInterfaceKeyword:
+        return MailSystemKeyword(state_.mailSystem);
+      case kInterfaceFile:
+        return library;
+      case kInterfaceLibrary:
+        break;
+      default:
+        throw ServerError(error_code::kInvalidValue, "Invalid parameter.");
+    }
+    if (state_.mailSystem == mail_system::kNone) return {};
     if (library.empty()) return std::string(kOwnMaker) + " " + environment_.product.fileVersion;
     const auto info = environment_.workstation.DescribeLibrary(library);
     return info ? TrimmedCopy(info->maker + " " + info->fileVersion) : std::string();
