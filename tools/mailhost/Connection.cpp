@@ -11,8 +11,8 @@ namespace mailhost {
 namespace {
 
 // RFC 5321 4.5.3.1.4 asks for 512 octets in a command line; extensions and hostile tests want more.
-constexpr std::size_t kMaxLine = 8 * 1024;
-constexpr std::size_t kReceiveSize = 128 * 1024;
+constexpr std::size_t kMaxLine = 8192;
+constexpr std::size_t kReceiveSize = 131072;
 
 }  // namespace
 

@@ -82,7 +82,7 @@ int EventLoop::MillisecondsToNextTimer() const {
   if (timers_.empty()) return -1;
   const auto left = timers_.begin()->first.first - Clock::now();
   const auto whole = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-  return static_cast<int>(std::clamp<long long>(whole, 0, INT_MAX));
+  return static_cast<int>(std::clamp<std::int64_t>(whole, 0, INT_MAX));
 }
 
 void EventLoop::RunTimers() {

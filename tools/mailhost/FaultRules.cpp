@@ -31,7 +31,7 @@ bool Contains(const Steps& steps, std::string_view step) {
 }
 
 std::string ParseStep(const std::optional<Protocol>& protocol, std::string_view word) {
-  const std::string step = ToUpper(word);
+  std::string step = ToUpper(word);
   const bool known = step == "*" || (protocol != Protocol::kPop && Contains(kSmtpSteps, step)) ||
                      (protocol != Protocol::kSmtp && Contains(kPopSteps, step));
   if (!known) Fail("no such step: \"" + std::string(word) + "\"");

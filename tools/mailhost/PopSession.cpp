@@ -122,7 +122,7 @@ void PopSession::ReplyListing(std::string_view argument, Value value) {
     if (deleted_[i]) continue;
     lines.append(std::to_string(i + 1)).append(" ").append(value(messages_[i])).append("\r\n");
   }
-  replier_.ReplyLines("+OK " + Summary(), std::move(lines));
+  replier_.ReplyLines("+OK " + Summary(), lines);
 }
 
 void PopSession::List(std::string_view argument) {

@@ -9,7 +9,7 @@ namespace mailhost {
 
 namespace {
 
-std::string AsMultiline(Protocol protocol, std::string text) {
+std::string AsMultiline(Protocol protocol, const std::string& text) {
   if (protocol == Protocol::kSmtp) return text.substr(0, 3) + "-more follows\r\n" + text;
   return text + "\r\nmore\r\n.";
 }
@@ -23,11 +23,10 @@ bool Replier::Enter(std::string_view step) {
   // What takes the step's place comes last, so that it is delayed and cut like any other reply.
   std::stable_partition(rules.begin(), rules.end(),
                         [](const FaultRule* rule) { return !rule->action.TakesPlaceOfStep(); });
-  for (const FaultRule* rule : rules) {
+  return std::ranges::all_of(rules, [this](const FaultRule* rule) {
     connection_.ConversationLog().Event(protocol_, "fault: " + rule->text);
-    if (!Apply(rule->action)) return false;
-  }
-  return true;
+    return Apply(rule->action);
+  });
 }
 
 bool Replier::Apply(const FaultAction& action) {
@@ -70,11 +69,11 @@ bool Replier::Apply(const FaultAction& action) {
 }
 
 void Replier::Reply(std::string text) {
-  if (changes_.multiline) text = AsMultiline(protocol_, std::move(text));
+  if (changes_.multiline) text = AsMultiline(protocol_, text);
   SendCut(std::move(text) + "\r\n");
 }
 
-void Replier::ReplyLines(std::string head, std::string body) {
+void Replier::ReplyLines(std::string head, const std::string& body) {
   head += "\r\n";
   if (changes_.truncate) {
     const std::uint64_t size = std::min<std::uint64_t>(*changes_.truncate, body.size());

@@ -21,7 +21,7 @@ void ScriptSession::Play() {
     const ConversationStep& step = conversation_.steps[next_];
     if (step.kind == Kind::kExpect) return;
     if (step.kind == Kind::kContent) {
-      if (!content_.Begin()) Mismatch("the message cannot be stored");
+      if (!content_.Begin()) Mismatch("what cannot be stored");
       return;
     }
     Say(step);
@@ -65,8 +65,10 @@ void ScriptSession::OnLine(std::string_view line) {
 std::size_t ScriptSession::OnContent(std::string_view bytes) {
   const std::size_t used = content_.Take(bytes);
   if (!content_.Active()) {
-    content_.Commit(envelope_);
-    envelope_ = {};
+    if (!content_.Commit(std::exchange(envelope_, {}))) {
+      Mismatch("what cannot be stored");
+      return used;
+    }
     ++next_;
     Play();
   }

@@ -138,7 +138,7 @@ std::size_t SmtpSession::OnContent(std::string_view bytes) {
 }
 
 void SmtpSession::EndContent() {
-  const Envelope envelope = envelope_;
+  const Envelope envelope = std::exchange(envelope_, {});
   ResetTransaction();
   if (ignoresBody_ || !replier_.Enter("TERMINATOR")) {
     content_.Discard();
