@@ -34,6 +34,13 @@ void RequireSafeLogin(const PopSettings& settings) {
   RequireWireSafe(settings.password, "The password");
 }
 
+// The whole entries: what stands around an address could hide another one.
+void RequireSafeRecipients(const OutgoingMessage& message) {
+  for (const auto* list : {&message.whoTo, &message.cc, &message.bcc}) {
+    for (const auto& recipient : *list) RequireWireSafe(recipient, "A recipient");
+  }
+}
+
 }  // namespace
 
 smtppop::smtppop(EventLoop& loop, Network& network, const LocalClock& clock, ProtocolLog& log)
@@ -74,10 +81,10 @@ std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message
   Enter(Protocol::Smtp);
   log_.WriteDebug("--- Starting SMTP Send Method " + LogTime(clock_.Now()) + " ---");
   settings.sender = BareAddress(message.from);
-  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
+  if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) return kInvalidSender;
   Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),
                     envelopeRecipient};
-  for (const auto& recipient : envelope.recipients) RequireWireSafe(recipient, "A recipient");
+  RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
   if (envelope.recipients.empty() && envelope.override.empty()) return kNoRecipients;
   MessageData data(BuildHeaderBlock(message, clock_.Now()), message.body);

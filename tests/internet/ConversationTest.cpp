@@ -1,0 +1,266 @@
+// Plays every file of tests/conversations against the back end: whole, line by line, byte by byte,
+// and cut off after each step of the server and in the middle of it. However it ends, the next call
+// must work.
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+
+#include "ConversationFile.h"
+#include "InternetWorld.h"
+#include "Peers.h"
+#include "internet/InternetErrorText.h"
+
+namespace quillon::testing {
+namespace {
+
+using Kind = ConversationStep::Kind;
+
+// What a call may come to when the server breaks off: a number with a text, a reply code, or none
+// that has a text (2 for SMTP).
+constexpr std::int32_t kThrown = 100000;  // + the code of a ServerError
+
+class Playing {
+ public:
+  Playing(const Conversation& conversation, Shape shape, Cut cut)
+      : conversation_(conversation), cutOff_(cut.steps != Cut().steps) {
+    script_ = std::make_shared<ScriptedPeer>(conversation, shape, cut);
+    world_.network.accept = [this]() -> std::shared_ptr<FakePeer> {
+      if (refuse_) return nullptr;
+      if (!std::exchange(scriptPlayed_, true)) return script_;
+      return std::make_shared<ObligingPeer>(conversation_.isPop);
+    };
+  }
+
+  // The complaints, if any.
+  std::vector<std::string> Play() {
+    for (const auto& step : conversation_.steps) {
+      line_ = step.line;
+      if (step.kind == Kind::Set) Set(step.text);
+      if (step.kind == Kind::Call) Call(step.text);
+      if (step.kind == Kind::Expect && !cutOff_) Expect(step.text);
+    }
+    if (!cutOff_) {
+      for (const auto& complaint : script_->Complaints()) complaints_.push_back(complaint);
+    }
+    CheckNextCall();
+    return complaints_;
+  }
+
+ private:
+  void Set(std::string_view text);
+  void Call(std::string_view text);
+  void Expect(std::string_view text);
+  void CheckNextCall();
+  std::int32_t Invoke(std::string_view operation, std::string_view argument);
+  void Complain(const std::string& what) {
+    complaints_.push_back("line " + std::to_string(line_) + ": " + what);
+  }
+  void Compare(std::string_view what, const std::string& found, const std::string& wanted) {
+    if (found != wanted) Complain(std::string(what) + " is \"" + found + "\"");
+  }
+
+  const Conversation& conversation_;
+  bool cutOff_;
+  InternetWorld world_;
+  std::shared_ptr<ScriptedPeer> script_;
+  bool scriptPlayed_ = false;
+  bool refuse_ = false;
+  TickCount abortAfter_ = 0;
+  std::int32_t result_ = 0;
+  TickCount elapsed_ = 0;
+  std::int32_t count_ = 0;
+  std::string resolved_;
+  std::size_t line_ = 0;
+  std::vector<std::string> complaints_;
+};
+
+void Playing::Set(std::string_view text) {
+  const auto word = TakeWord(text);
+  const auto value = Unescape(text);
+  const auto number = [&] { return std::stoi(value); };
+  auto& message = world_.shared.message;
+  auto& instance = world_.instance;
+  auto& internet = world_.shared.internet;
+  const std::map<std::string_view, std::function<void()>> settings = {
+      {"from", [&] { message.from = value; }},
+      {"to", [&] { message.to = value.empty() ? std::vector<std::string>() : std::vector{value}; }},
+      {"cc", [&] { message.cc.push_back(value); }},
+      {"bcc", [&] { message.bcc.push_back(value); }},
+      {"body", [&] { message.body = value; }},
+      {"bodysize", [&] { message.body.assign(static_cast<std::size_t>(number()), 'x'); }},
+      {"attachment",
+       [&] {
+         message.attachments.push_back({value, value});
+       }},
+      {"override", [&] { world_.shared.switches.envelopeRecipient = value; }},
+      {"greetwithhelo", [&] { world_.shared.switches.greetWithHelo = number() != 0; }},
+      {"bodylines", [&] { world_.shared.switches.maximumBodyLines = number(); }},
+      {"loginname", [&] { instance.loginName = value; }},
+      {"password", [&] { instance.password = value; }},
+      {"maximum", [&] { instance.maximumHeaders = number(); }},
+      {"unreadonly", [&] { instance.unreadOnly = ToShortBool(number() != 0); }},
+      {"headersinmessage", [&] { instance.headersInMessage = ToShortBool(number() != 0); }},
+      {"timeoutprotocol", [&] { internet.timeoutProtocol = number(); }},
+      {"index", [&] { instance.messageIndex = number(); }},
+      {"refuse", [&] { refuse_ = number() != 0; }},
+      {"abortafter", [&] { abortAfter_ = static_cast<TickCount>(number()); }},
+      {"appetite", [&] { script_->appetite = static_cast<std::size_t>(number()); }},
+      {"perturn", [&] { script_->perTurn = static_cast<std::size_t>(number()); }},
+  };
+  const auto found = settings.find(word);
+  if (found == settings.end()) return Complain("unknown setting");
+  found->second();
+}
+
+std::int32_t Playing::Invoke(std::string_view operation, std::string_view argument) {
+  auto& request = world_.request;
+  auto& backEnd = world_.backEnd;
+  if (operation == "login") {
+    world_.instance.mailSystem = conversation_.isPop ? mail_system::kPop3 : mail_system::kSmtp;
+    const auto result = backEnd.Login(request);
+    world_.instance.mailSystem = mail_system::kInternet;
+    return result;
+  }
+  if (operation == "logout") return backEnd.Logout(request);
+  if (operation == "send") return backEnd.Send(request);
+  if (operation == "resolve") {
+    return backEnd.ResolveName(request, std::string(argument), false, resolved_);
+  }
+  if (operation == "headers") return backEnd.LoadMessageHeaders(request);
+  if (operation == "identifiers") return backEnd.LoadMessageIdentifiers(request);
+  if (operation == "unread") return backEnd.UnreadCount(request, count_);
+  if (operation == "load") return backEnd.LoadMessage(request);
+  if (operation == "delete") return backEnd.DeleteMessage(request);
+  throw std::logic_error("unknown call");
+}
+
+// However the server behaves, a call ends in the time that the time-outs allow, with a number that
+// has a meaning.
+void Playing::Call(std::string_view text) {
+  const auto operation = TakeWord(text);
+  // Without headers there is nothing to load.
+  const bool hasHeader = !world_.shared.headers.empty();
+  if (cutOff_ && !hasHeader && (operation == "load" || operation == "delete")) return;
+  Timer abort(world_.network, [this] { world_.backEnd.Abort(); });
+  if (abortAfter_ != 0) abort.Start(abortAfter_);
+  const auto start = world_.network.Now();
+  try {
+    result_ = Invoke(operation, text);
+  } catch (const ServerError& error) {
+    result_ = kThrown + error.Code();
+  }
+  elapsed_ = world_.network.Now() - start;
+  const auto text6 = world_.backEnd.ErrorText(mail_system::kInternet, result_);
+  if (result_ != kBackEndSuccess && result_ < 500 && text6.empty()) {
+    Complain("result " + std::to_string(result_) + " means nothing");
+  }
+  if (cutOff_ && elapsed_ > 100000) Complain("took " + std::to_string(elapsed_) + " ms");
+}
+
+void Playing::Expect(std::string_view text) {
+  const auto word = TakeWord(text);
+  const auto value = Unescape(text);
+  const auto& message = world_.shared.message;
+  const auto& headers = world_.shared.headers;
+  const auto refused = [&] {
+    std::string all;
+    for (const auto& recipient : message.refusedRecipients) all += recipient + " ";
+    return all.substr(0, all.empty() ? 0 : all.size() - 1);
+  };
+  const auto header = [&](std::string HeaderRecord::*member) {
+    std::string all;
+    for (const auto& record : headers) all += record.*member + "|";
+    return all.substr(0, all.empty() ? 0 : all.size() - 1);
+  };
+  const std::map<std::string_view, std::function<std::string()>> found = {
+      {"thrown", [&] { return std::to_string(result_ - kThrown); }},
+      {"error", [&] { return world_.backEnd.ErrorText(mail_system::kInternet, result_); }},
+      {"elapsed", [&] { return std::to_string(elapsed_); }},
+      {"refused", refused},
+      {"resolved", [&] { return resolved_; }},
+      {"unread", [&] { return std::to_string(count_); }},
+      {"data", [&] { return script_->data.substr(script_->data.find("\n\n") + 2); }},
+      {"numbers", [&] { return header(&HeaderRecord::number); }},
+      {"identifiers", [&] { return header(&HeaderRecord::uniqueId); }},
+      {"subjects", [&] { return header(&HeaderRecord::subject); }},
+      {"subject", [&] { return message.subject; }},
+      {"from", [&] { return message.from; }},
+      {"body", [&] { return message.body; }},
+      {"bodysize", [&] { return std::to_string(message.body.size()); }},
+      {"tocount", [&] { return std::to_string(message.to.size()); }},
+  };
+  const auto row = found.find(word);
+  if (row != found.end()) return Compare(word, row->second(), value);
+  Compare("result", std::to_string(result_), std::string(word));
+}
+
+// The conversation's server is gone; the next one is friendly.
+void Playing::CheckNextCall() {
+  line_ = 0;
+  refuse_ = false;
+  if (std::exchange(scriptPlayed_, true)) script_->Hangup();
+  world_.instance.messageIndex = 0;
+  world_.instance.loginName = "joe";
+  world_.instance.password = "secret";
+  world_.shared.switches.envelopeRecipient.clear();
+  world_.shared.message.attachments.clear();
+  world_.shared.message.from = "joe@example.org";
+  world_.shared.message.to = {"ann@example.org"};
+  world_.shared.internet = {};
+  abortAfter_ = 0;
+  Call(conversation_.isPop ? "headers" : "send");
+  if (result_ != kBackEndSuccess) {
+    Complain("the next call came to " + std::to_string(result_));
+  }
+}
+
+std::vector<std::filesystem::path> ConversationFiles() {
+  std::vector<std::filesystem::path> files;
+  const auto folder = std::filesystem::path(QUILLON_TESTS_DIR) / "conversations";
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".txt") files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+class ConversationTest : public ::testing::TestWithParam<std::filesystem::path> {
+ protected:
+  void Play(Shape shape, Cut cut, const std::string& how) {
+    for (const auto& complaint : Playing(conversation_, shape, cut).Play()) {
+      ADD_FAILURE() << conversation_.name << ".txt, " << how << ": " << complaint;
+    }
+  }
+
+  const Conversation conversation_ = ReadConversation(GetParam().string());
+};
+
+TEST_P(ConversationTest, PlaysInEveryShape) {
+  Play(Shape::Whole, {}, "whole");
+  Play(Shape::Line, {}, "line by line");
+  Play(Shape::Byte, {}, "byte by byte");
+}
+
+TEST_P(ConversationTest, EndsWellWhereverItIsCutOff) {
+  const auto steps =
+      static_cast<std::size_t>(std::count_if(conversation_.steps.begin(), conversation_.steps.end(),
+                                             [](const auto& step) { return step.IsPeers(); }));
+  for (std::size_t cut = 0; cut <= steps; ++cut) {
+    Play(Shape::Line, {cut, false}, "cut off after step " + std::to_string(cut));
+    Play(Shape::Byte, {cut, true}, "cut off in step " + std::to_string(cut));
+  }
+}
+
+std::string NameOf(const ::testing::TestParamInfo<std::filesystem::path>& info) {
+  auto name = info.param.stem().string();
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ConversationTest, ::testing::ValuesIn(ConversationFiles()), NameOf);
+
+}  // namespace
+}  // namespace quillon::testing

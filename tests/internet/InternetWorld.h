@@ -1,0 +1,79 @@
+// An Internet back end on a fake network, with the records of one Server.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "internet/InternetBackEnd.h"
+#include "internet/ProtocolLog.h"
+#include "support/FakeNetwork.h"
+#include "support/TempFolder.h"
+
+namespace quillon::testing {
+
+class FixedClock final : public LocalClock {
+ public:
+  LocalTime Now() const override { return now; }
+  LocalTime now{2026, 11, 1, 0, 8, 5, 9, -210};
+};
+
+class AnsweringPrompt final : public LoginPrompt {
+ public:
+  Answer Ask(const std::string& caption, LoginFields& fields) override {
+    asked.push_back(caption);
+    if (answer == Answer::Entered) fields = entered;
+    return answer;
+  }
+  Answer answer = Answer::Unavailable;
+  LoginFields entered;
+  std::vector<std::string> asked;
+};
+
+class RecordingBox final : public MessageBoxPort {
+ public:
+  void Show(const std::string& title, const std::string& text, Icon) override {
+    shown.push_back(title + " | " + text);
+  }
+  std::vector<std::string> shown;
+};
+
+class InternetWorld {
+ public:
+  InternetWorld()
+      : files(MakeFileSystem()),
+        codePage(MakeAnsiCodePage()),
+        configuration(*files, folder.Path("quillon.ini")),
+        log(*files, folder.Path()),
+        backEnd({network, network, *files, *codePage, clock, prompt, box, configuration, log},
+                {"1.0", ""}),
+        request{instance, shared} {
+    instance.mailSystem = mail_system::kInternet;
+    instance.smtpServer = "smtp.example";
+    instance.postOffice = "pop.example";
+    instance.loginName = "joe";
+    instance.password = "secret";
+    shared.message.from = "Joe <joe@example.org>";
+    shared.message.to = {"ann@example.org"};
+    shared.message.subject = "Hello";
+    shared.message.body = "A text.";
+  }
+
+  TempFolder folder;
+  FakeNetwork network;
+  FixedClock clock;
+  AnsweringPrompt prompt;
+  RecordingBox box;
+  std::unique_ptr<FileSystem> files;
+  std::unique_ptr<CodePage> codePage;
+  clsINIUtilities configuration;
+  ProtocolLog log;
+  InternetBackEnd backEnd;
+  SharedState shared;
+  InstanceState instance;
+  MailRequest request;
+};
+
+}  // namespace quillon::testing

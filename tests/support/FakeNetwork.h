@@ -1,0 +1,84 @@
+// A network and an event loop without a system: peers are objects, and time passes only when
+// nothing else can happen, so no test sleeps. A wait that could never end fails at once.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Network.h"
+
+namespace quillon::testing {
+
+class FakeNetwork;
+
+// The other end of one connection.
+class FakePeer {
+ public:
+  virtual ~FakePeer() = default;
+  virtual void OnConnected() {}
+  virtual void OnBytes(std::string_view bytes) = 0;
+  virtual void OnClientClosed() {}
+
+  // What the client reads next: one chunk at a time, each in a read of its own, not before its
+  // time.
+  void Say(std::string chunk);
+  // Nothing that is said from now on arrives earlier than that.
+  void Wait(TickCount delay);
+  // Behind what has been said.
+  void Hangup();
+  // How many bytes the client may still write; with `perTurn` no more than so many between two
+  // events.
+  std::size_t appetite = static_cast<std::size_t>(-1);
+  std::size_t perTurn = static_cast<std::size_t>(-1);
+
+ private:
+  friend class FakeNetwork;
+  friend class FakeStream;
+
+  struct Chunk {
+    TickCount due;
+    std::optional<std::string> bytes;  // none: the end
+  };
+
+  const EventLoop* loop_ = nullptr;
+  std::deque<Chunk> chunks_;
+  TickCount notBefore_ = 0;
+};
+
+class FakeNetwork final : public NetworkLoop {
+ public:
+  // Answers each connection with a peer; null refuses it.
+  std::function<std::shared_ptr<FakePeer>()> accept;
+  enum class Weather { Fine, NoSuchHost, NoAnswer, NoSockets };
+  Weather weather = Weather::Fine;
+  std::vector<SocketAddress> addresses = {SocketAddress{}};  // of every name
+  std::size_t connects = 0;                                  // addresses that were tried
+
+  TickCount Now() const override { return now_; }
+  bool RunUntil(const std::function<bool()>& done, TickCount deadline) override;
+  void RunPending() override;
+  void Post(std::function<void()> work) override { posted_.push_back(std::move(work)); }
+  std::unique_ptr<Lookup> Resolve(const std::string& host, std::uint16_t port,
+                                  LookupResult result) override;
+  std::unique_ptr<ByteStream> Connect(const SocketAddress& address,
+                                      ByteStream::Handler& handler) override;
+  std::string LocalHostName() override { return "work station.example"; }
+
+ private:
+  friend class FakeStream;
+
+  bool RunReady();
+  TickCount NextEvent();
+
+  TickCount now_ = 1000;
+  std::vector<std::function<void()>> posted_;
+  std::vector<class FakeStream*> streams_;
+};
+
+}  // namespace quillon::testing
