@@ -35,7 +35,7 @@ subject = "Greetings from a script, " & Now
 sender = "Demo <demo@example.com>"
 text = "Hello Ann and Bob," & vbCrLf & vbCrLf & _
        "this message went out over SMTP and came back over POP3." & vbCrLf & _
-       ".. and this line begins with two dots." & vbCrLf
+       ".. and this line begins with two dots."
 
 mail.NewMessage
 mail.from = sender
@@ -75,7 +75,7 @@ Compare "originator", sender, mail.GetMessageItemString(ITEM_FROM)
 Compare "recipients", "Ann <ann@example.com>, bob@example.com", mail.GetMessageItemString(ITEM_TO)
 Compare "number of recipients", 2, mail.GetMessageItemCount(ITEM_TO)
 Compare "subject", subject, mail.subject
-Compare "text", text, mail.Message
+Compare "text", text & vbCrLf, mail.Message  ' a received line always has its line end
 
 ' ---- delete it
 mail.DeleteMessage

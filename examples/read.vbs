@@ -36,7 +36,7 @@ Check
 If number = 0 Then
   For i = 0 To mail.messageCount - 1
     mail.messageIndex = i
-    WScript.Echo (i + 1) & "  " & mail.GetHeaderItemString(ITEM_DATE) & "  " & _
+    WScript.Echo i + 1 & "  " & mail.GetHeaderItemString(ITEM_DATE) & "  " & _
                  mail.GetHeaderItemString(ITEM_FROM) & "  " & mail.GetHeaderItemString(ITEM_SUBJECT)
   Next
 Else

@@ -14,11 +14,14 @@ ENDED = "@ended"  # the last line of a script that was not cut short
 
 
 class MailHost:
-    """The embedded host on free ports, with the login joe and secret; `messages` (bytes each, in
-    mailbox order) are in its store from the beginning."""
+    """The embedded host on free ports; `messages` (bytes each, in mailbox order) are in its store
+    from the beginning. `faults` is the text of its fault file; `log` the file with all
+    conversations."""
 
-    def __init__(self, messages=()):
+    def __init__(self, messages=(), login=("joe", "secret"), faults=""):
         self._messages = messages
+        self._login = login
+        self._faults = faults
 
     def __enter__(self):
         self._scratch = tempfile.TemporaryDirectory(prefix="mailhost-")
@@ -26,9 +29,13 @@ class MailHost:
         (self.store / "new").mkdir(parents=True)
         for number, message in enumerate(self._messages, 1):
             (self.store / "new" / f"0000.{number:04}").write_bytes(message)
+        folder = pathlib.Path(self._scratch.name)
+        (folder / "faults").write_text(self._faults)
+        self.log = folder / "log"
         self._process = subprocess.Popen(
             [str(winetest.MAILHOST), "--smtp-port", "0", "--pop-port", "0", "--store",
-             str(self.store), "--user", "joe", "--password", "secret", "--no-lock"],
+             str(self.store), "--user", self._login[0], "--password", self._login[1], "--no-lock",
+             "--faults", str(folder / "faults"), "--log", str(self.log)],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
         try:
             self.smtp = self._port("smtp")
@@ -79,9 +86,9 @@ class ScriptTest:
     """A mix-in of TestCase for scripts that check by themselves: scripts/check.vbs or check.js stands in
     front of each, and every line it writes is a failure."""
 
-    def run_checks(self, wine, text, *arguments, engine="vbs"):
+    def run_checks(self, wine, text, *arguments, engine="vbs", timeout=60):
         prelude = (SCRIPTS / ("check." + engine)).read_text()
         ended, failures = run_script(wine, prelude + text + ENDINGS[engine], *arguments,
-                                     engine=engine)
+                                     engine=engine, timeout=timeout)
         self.assertEqual([], failures)
         self.assertTrue(ended, "the script did not run to its end; is there a syntax error?")

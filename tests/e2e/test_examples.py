@@ -1,0 +1,76 @@
+"""The programs of examples/ against a mail host, and what they send as another program reads it."""
+
+import email
+import email.policy
+import unittest
+
+from scripting import MailHost
+import winetest
+
+EXAMPLES = winetest.TOP / "examples"
+LUNCH = (b"From: Ann <ann@example.com>\r\nTo: joe@example.com\r\nSubject: Lunch\r\n"
+         b"Date: Fri, 06 Mar 2026 14:30:00 +0000\r\n\r\nAt noon?\r\n..\r\n")
+REPORT = b"From: robot@example.com\r\nSubject: Report\r\n\r\nAll well.\r\n"
+
+
+class ExamplePrograms(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.wine = cls.enterClassContext(winetest.WinePrefix())
+        cls.wine.register(winetest.SERVER)
+
+    def run_example(self, name, *arguments, status=0):
+        done = self.wine.run("cscript", "//nologo", EXAMPLES / name, *arguments)
+        self.assertEqual(status, done.returncode, done.output)
+        return done.output.splitlines()
+
+    def test_demo(self):
+        with MailHost(login=("demo", "demo")) as host:
+            lines = self.run_example("demo.vbs", host.smtp, host.pop)
+            self.assertEqual("demo: ok", lines[-1])
+            self.assertEqual([], host.received())
+
+    def test_demo_fails_when_the_host_is_not_there(self):
+        with MailHost(login=("demo", "other")) as host:
+            lines = self.run_example("demo.vbs", host.smtp, host.pop, status=1)
+        self.assertRegex(lines[-1], "^demo: failed: loading the headers: error 6015, ")
+
+    def test_what_is_sent_is_read_by_another_program(self):
+        with MailHost() as host:
+            self.run_example("send.vbs", "127.0.0.1", "Joe <joe@example.com>",
+                             "Ann <ann@example.com>,bob@example.com", "Greetings", "Good morning.",
+                             host.smtp)
+            [received] = host.received()
+            [envelope] = (host.store / "envelopes").iterdir()
+            self.assertEqual(["MAIL FROM:<joe@example.com>", "RCPT TO:<ann@example.com>",
+                              "RCPT TO:<bob@example.com>"], envelope.read_text().splitlines())
+        message = email.message_from_bytes(received, policy=email.policy.default)
+        self.assertEqual([], message.defects)
+        self.assertEqual("Joe <joe@example.com>", str(message["From"]))
+        self.assertEqual(["ann@example.com", "bob@example.com"],
+                         [address.addr_spec for address in message["To"].addresses])
+        self.assertEqual("Greetings", message["Subject"])
+        self.assertEqual("joe@example.com", message["Reply-To"])
+        self.assertIsNotNone(message["Date"].datetime)
+        self.assertEqual("Good morning.", message.get_content().rstrip())
+
+    def test_reading(self):
+        with MailHost([LUNCH, REPORT]) as host:
+            login = ["127.0.0.1", "joe", "secret"]
+            self.assertEqual(["1  2026-03-06 14:30  Ann <ann@example.com>  Lunch",
+                              "2    robot@example.com  Report"],
+                             self.run_example("read.vbs", *login, 0, host.pop))
+            lines = self.run_example("read.vbs", *login, 1, host.pop)
+            self.assertEqual(["Subject: Lunch", "", "At noon?", ".."], lines[2:6])
+            self.run_example("read.vbs", *login, 3, host.pop, status=1)
+
+            seen = "C:\\seen.txt"
+            self.assertEqual(["new: Ann <ann@example.com>: Lunch", "new: robot@example.com: Report",
+                              "2 new message(s)"],
+                             self.run_example("new_mail.js", *login, seen, host.pop))
+            self.assertEqual(["0 new message(s)"],
+                             self.run_example("new_mail.js", *login, seen, host.pop))
+
+
+if __name__ == "__main__":
+    unittest.main()
