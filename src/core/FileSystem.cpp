@@ -1,22 +1,21 @@
 #include "platform/FileSystem.h"
 
-#include <algorithm>
-
 namespace quillon {
 namespace {
 
-constexpr size_t kReadBlock = 64 * 1024;
+// Most files read whole are small: settings, a message text.
+constexpr size_t kFirstBlock = 4 * 1024;
 
 }  // namespace
 
 std::optional<std::vector<uint8_t>> ReadWholeFile(FileSystem& files, const std::string& path) {
   const std::unique_ptr<File> file = files.Open(path, OpenMode::kRead);
   if (!file) return std::nullopt;
-  std::vector<uint8_t> bytes;
+  std::vector<uint8_t> bytes(kFirstBlock);
   size_t used = 0;
   for (;;) {
     // The size is not asked for: it may change while the file is read, and a device has none.
-    bytes.resize(std::max(used + kReadBlock, used * 2));
+    if (used == bytes.size()) bytes.resize(used * 2);
     const std::optional<size_t> count = file->Read(std::span(bytes).subspan(used));
     if (!count) return std::nullopt;
     if (*count == 0) break;
