@@ -2,7 +2,7 @@
 # ./dev check: everything that is checked without running a test. All checks run; any that fails
 # fails the whole.
 set -uo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 failed=0
 
 check() {
