@@ -1,0 +1,148 @@
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "platform/FileSystem.h"
+#include "support/FaultyFileSystem.h"
+#include "support/TempFolder.h"
+
+namespace quillon {
+namespace {
+
+using testing::BytesOf;
+using testing::ContentOf;
+using testing::TempFolder;
+
+class FileSystemTest : public ::testing::Test {
+ protected:
+  bool Write(const std::string& path, OpenMode mode, std::string_view text) {
+    const auto file = files_->Open(path, mode);
+    return file && file->Write(BytesOf(text)) && file->Close();
+  }
+
+  TempFolder folder_;
+  std::unique_ptr<FileSystem> files_ = MakeFileSystem();
+};
+
+TEST_F(FileSystemTest, OpenModes) {
+  const std::string path = folder_.Path("a");
+  EXPECT_EQ(files_->Open(path, OpenMode::kRead), nullptr);
+  EXPECT_TRUE(Write(path, OpenMode::kCreateNew, "one two"));
+  EXPECT_FALSE(Write(path, OpenMode::kCreateNew, "x"));
+  EXPECT_EQ(ContentOf(*files_, path), "one two");
+  EXPECT_TRUE(Write(path, OpenMode::kCreate, "one"));
+  EXPECT_TRUE(Write(path, OpenMode::kAppend, ", two"));
+  EXPECT_TRUE(Write(folder_.Path("b"), OpenMode::kAppend, "new"));
+  EXPECT_EQ(ContentOf(*files_, path), "one, two");
+  for (const OpenMode mode : {OpenMode::kRead, OpenMode::kCreate, OpenMode::kAppend}) {
+    EXPECT_EQ(files_->Open(folder_.Path(), mode), nullptr);
+    EXPECT_EQ(files_->Open(folder_.Path("no/such"), mode), nullptr);
+  }
+}
+
+TEST_F(FileSystemTest, ReadingAndSeeking) {
+  const std::string path = folder_.Path("a");
+  ASSERT_TRUE(Write(path, OpenMode::kCreate, "0123456789"));
+  const auto file = files_->Open(path, OpenMode::kRead);
+  ASSERT_NE(file, nullptr);
+  std::array<uint8_t, 8> buffer{};
+  EXPECT_EQ(file->Size(), 10U);
+  EXPECT_EQ(file->Read(buffer), 8U);
+  EXPECT_EQ(file->Read(buffer), 2U);
+  EXPECT_EQ(file->Read(buffer), 0U);
+  EXPECT_TRUE(file->Seek(9));
+  EXPECT_EQ(file->Read(buffer), 1U);
+  EXPECT_EQ(buffer[0], '9');
+  // Beyond 4 GiB nothing is cut off: that would be the place of "5".
+  EXPECT_TRUE(file->Seek((uint64_t{1} << 32) + 5));
+  EXPECT_EQ(file->Read(buffer), 0U);
+  EXPECT_FALSE(file->Write(BytesOf("x")));
+  EXPECT_TRUE(file->Close());
+  EXPECT_TRUE(file->Close());
+  EXPECT_EQ(file->Read(buffer), std::nullopt);
+}
+
+TEST_F(FileSystemTest, NamesInEveryScriptAndLongPaths) {
+  const std::string name = "Gr\xC3\xBC\xC3\x9F \xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x93\x8E.txt";
+  ASSERT_TRUE(Write(folder_.Path(name), OpenMode::kCreate, "x"));
+  EXPECT_EQ(folder_.Names(), std::vector<std::string>{name});
+
+  std::string directory = folder_.Path();
+  for (int i = 0; i < 4; ++i) {
+    directory = WithSeparator(*files_, directory) + std::string(100, static_cast<char>('a' + i));
+    ASSERT_TRUE(files_->MakeDirectory(directory));
+  }
+  const std::string path = WithSeparator(*files_, directory) + "file";
+  EXPECT_TRUE(Write(path, OpenMode::kCreateNew, "deep"));
+  EXPECT_TRUE(files_->FileExists(path));
+  EXPECT_EQ(ContentOf(*files_, path), "deep");
+  EXPECT_TRUE(files_->RemoveFile(path));
+  EXPECT_TRUE(files_->RemoveEmptyDirectory(directory));
+  EXPECT_FALSE(files_->DirectoryExists(directory));
+}
+
+TEST_F(FileSystemTest, APathWithANulIsNoPath) {
+  const std::string path = folder_.Path("a");
+  ASSERT_TRUE(Write(path, OpenMode::kCreate, "kept"));
+  const std::string cut = path + std::string("\0b", 2);
+  EXPECT_EQ(files_->Open(cut, OpenMode::kRead), nullptr);
+  EXPECT_FALSE(Write(cut, OpenMode::kCreate, "x"));
+  EXPECT_FALSE(files_->FileExists(cut));
+  EXPECT_FALSE(files_->RemoveFile(cut));
+  EXPECT_FALSE(files_->CopyWholeFile(path, cut));
+  EXPECT_FALSE(files_->RenameFile(path, cut));
+  EXPECT_EQ(ContentOf(*files_, path), "kept");
+}
+
+TEST_F(FileSystemTest, RemovingRenamingCopying) {
+  const std::string a = folder_.Path("a");
+  const std::string b = folder_.Path("b");
+  ASSERT_TRUE(Write(a, OpenMode::kCreate, "new"));
+  ASSERT_TRUE(Write(b, OpenMode::kCreate, "longer and old"));
+  EXPECT_TRUE(files_->CopyWholeFile(a, b));
+  EXPECT_EQ(ContentOf(*files_, b), "new");
+  EXPECT_FALSE(files_->CopyWholeFile(a, a));
+  EXPECT_FALSE(files_->CopyWholeFile(folder_.Path("none"), b));
+  EXPECT_EQ(ContentOf(*files_, b), "new");
+  EXPECT_TRUE(files_->RenameFile(a, b));
+  EXPECT_EQ(folder_.Names(), std::vector<std::string>{"b"});
+  EXPECT_TRUE(files_->RemoveFile(a));
+  EXPECT_TRUE(files_->RemoveFile(folder_.Path("no/such")));
+  EXPECT_FALSE(files_->RemoveFile(folder_.Path()));
+  EXPECT_TRUE(files_->MakeDirectory(a));
+  EXPECT_TRUE(files_->MakeDirectory(a));
+  EXPECT_FALSE(files_->MakeDirectory(b));
+  EXPECT_FALSE(files_->RemoveEmptyDirectory(folder_.Path()));
+}
+
+TEST_F(FileSystemTest, Paths) {
+  EXPECT_TRUE(files_->DirectoryExists(files_->TempDirectory()));
+  EXPECT_EQ(WithSeparator(*files_, files_->TempDirectory()), files_->TempDirectory());
+  EXPECT_EQ(WithSeparator(*files_, ""), "");
+  const std::string path = folder_.Path("a name with blanks.text");
+  ASSERT_TRUE(Write(path, OpenMode::kCreate, "x"));
+  EXPECT_EQ(ContentOf(*files_, files_->ShortPath(path)), "x");
+  EXPECT_EQ(files_->FullPath(path), path);
+  EXPECT_TRUE(files_->FullPath("a").ends_with(std::string(1, files_->Separator()) + "a"));
+  EXPECT_EQ(FileNameOf("C:\\a/b\\c.d"), "c.d");
+  EXPECT_EQ(FileNameOf("C:c"), "c");
+  EXPECT_EQ(FileNameOf("c"), "c");
+  EXPECT_EQ(FileNameOf("c/"), "");
+}
+
+TEST_F(FileSystemTest, AFailedWriteLeavesNoFile) {
+  testing::FaultyFileSystem faulty(*files_);
+  faulty.writeBudget = 2;
+  EXPECT_FALSE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
+  faulty.writeBudget = 100;
+  faulty.closeFails = true;
+  EXPECT_FALSE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
+  EXPECT_TRUE(folder_.Names().empty());
+  faulty.closeFails = false;
+  EXPECT_TRUE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
+  faulty.readBudget = 2;
+  EXPECT_EQ(ReadWholeFile(faulty, folder_.Path("a")), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quillon
