@@ -1,5 +1,5 @@
-"""What the tests with scripts share: a mail host with a mailbox, and scripts that must say that they
-came to their end."""
+"""What the tests with scripts share: a mail host with a mailbox, and scripts that must say that
+they came to their end."""
 
 import pathlib
 import subprocess
@@ -83,8 +83,8 @@ ENDINGS = {
 
 
 class ScriptTest:
-    """A mix-in of TestCase for scripts that check by themselves: scripts/check.vbs or check.js stands in
-    front of each, and every line it writes is a failure."""
+    """A mix-in of TestCase for scripts that check by themselves: scripts/check.vbs or check.js
+    stands in front of each, and every line it writes is a failure."""
 
     def run_checks(self, wine, text, *arguments, engine="vbs", timeout=60):
         prelude = (SCRIPTS / ("check." + engine)).read_text()

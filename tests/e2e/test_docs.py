@@ -1,8 +1,8 @@
 """The VBScript examples of the documents do what the documents say.
 
-Every ```vbs block of README.md and docs/ is run against the registered server, on the object that the
-reference's first page describes, with a mailbox behind it. A block fails when it raises an error, or
-when a line with a comment `' -> text` does not print that text."""
+Every ```vbs block of README.md and docs/ is run against the registered server, on the object that
+the reference's first page describes, with a mailbox behind it. A block fails when it raises an
+error, or when a line with a comment `' -> text` does not print that text."""
 
 import re
 import unittest

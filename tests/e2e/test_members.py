@@ -1,6 +1,6 @@
-"""Every member of the public interface from VBScript: it is there, with the default, the accepted and
-the refused values that the reference states, and the stated errors of an object that knows nothing of
-any mail system."""
+"""Every member of the public interface from VBScript: it is there, with the default, the accepted
+and the refused values that the reference states, and the stated errors of an object that knows
+nothing of any mail system."""
 
 import unittest
 
@@ -47,9 +47,9 @@ Sensitivity          short  0       | 0 10                           | -1 11
 dateFormat           short  0       | 3 5 0                          | 6 -1 1E300
 """
 
-FALSE_FLAGS = """ErrorDisplay Certify NativeMailDialog DialogErrorOnCancel unreadOnly suppressAttachments peekOnly
-forceDownload NameResolution HeadersInMessage suppressAlternatives ReturnShortFilespecs
-InternetLogging signed Encrypt PreventCopying ConcatenateMessage"""
+FALSE_FLAGS = """ErrorDisplay Certify NativeMailDialog DialogErrorOnCancel unreadOnly
+suppressAttachments peekOnly forceDownload NameResolution HeadersInMessage suppressAlternatives
+ReturnShortFilespecs InternetLogging signed Encrypt PreventCopying ConcatenateMessage"""
 TRUE_FLAGS = "dateSort LoginDialog"
 
 # name, expression that it equals on a new object; a put is no member of it
@@ -155,7 +155,8 @@ def get(name, expected):
 
 
 def put(name, value, error):
-    return [f"mail.{name} = {value}", "Raised \"" + f"{name} = {value}".replace('"', "'") + f'", {error}']
+    shown = value.replace('"', "'")
+    return [f"mail.{name} = {value}", f'Raised "{name} = {shown}", {error}']
 
 
 def property_lines(name, convert, default, accepted, refused):
