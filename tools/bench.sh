@@ -1,22 +1,72 @@
 #!/bin/bash
-# ./dev bench [NAME...]: builds the benchmarks and runs them one after the other, so that none
-# disturbs another. Each prints its own table.
+# ./dev bench [NAME...]: builds the benchmarks, runs them one after the other, so that none disturbs
+# another, and prints one table. NAME is that of a file in bench/ or bench/windows/.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 
+# build PRESET TARGET...
+build() {
+  local preset=$1
+  shift
+  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >&2
+  cmake --build "build/$preset" --target "$@" >&2
+}
+
+run() {
+  local name=$1
+  if [ -f "bench/$name.cpp" ]; then
+    build native mailhost "bench_$name"
+    echo "bench: $name" >&2
+    "build/native/bench_$name"
+  elif [ -f "bench/windows/$name.cpp" ]; then
+    build windows quillon "bench_$name"
+    echo "bench: $name" >&2
+    tools/wine/run.sh "build/windows/bench_$name.exe" | tr -d '\r'
+  else
+    echo "bench: there is no benchmark '$name'" >&2
+    return 1
+  fi
+}
+
+# A benchmark prints lines of columns between tabs: `row` and `note` (bench/support/Table.h).
+table() {
+  awk -F '\t' '
+    function add(  i) {
+      count++
+      for (i = 2; i <= 6; i++) {
+        cell[count, i] = $i
+        if (length($i) > width[i]) width[i] = length($i)
+      }
+    }
+    BEGIN { $0 = "row\tname\tours\tpeer\tratio\tgoal"; add() }
+    $1 == "row" { add() }
+    $1 == "note" { notes = notes $2 "\n" }
+    END {
+      for (row = 1; row <= count; row++) {
+        line = ""
+        for (i = 2; i <= 6; i++) line = line sprintf("%-*s  ", width[i], cell[row, i])
+        sub(/ +$/, "", line)
+        print line
+      }
+      if (notes != "") printf "\n%s", notes
+    }'
+}
+
 names=("$@")
 if [ $# -eq 0 ]; then
-  for source in bench/*.cpp; do
-    [ -f "$source" ] || { echo "bench: there are no benchmarks" >&2; exit 1; }
-    name=$(basename "$source" .cpp)
-    names+=("${name#bench_}")
+  for source in bench/*.cpp bench/windows/*.cpp; do
+    [ ! -f "$source" ] || names+=("$(basename "$source" .cpp)")
   done
 fi
 
-[ -f build/native/build.ninja ] || cmake --preset native > /dev/null
-cmake --build build/native --target "${names[@]/#/bench_}" > /dev/null
-for name in "${names[@]}"; do
-  printf '\n== %s\n' "$name"
-  "build/native/bench_$name"
-done
+load=$(cut -d ' ' -f 1 /proc/loadavg)
+results=$(for name in "${names[@]}"; do run "$name" || exit 1; done)
+cat <<TEXT
+
+./dev bench${*:+ $*}
+$(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1), $(nproc) cores, $(uname -sr); load $load at the start
+Each figure is the median of its rounds (least-most); ratio = ours / peer of the same round.
+
+TEXT
+printf '%s\n' "$results" | table

@@ -1,0 +1,246 @@
+// Sends small messages and loads headers beside libcurl, which takes the same steps with the same
+// mail host, each side on one connection.
+//
+// libcurl is given the finished message and hands over each header as it came; our side also
+// composes the message, and makes a table of the fields.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "bench/support/CurlMail.h"
+#include "bench/support/MailHost.h"
+#include "bench/support/NativeMail.h"
+#include "bench/support/Table.h"
+#include "internet/OutgoingMessage.h"
+
+namespace quillon::bench {
+namespace {
+
+constexpr int kRounds = 9;
+constexpr int kMessagesPerRound = 2000;
+constexpr std::size_t kHeaders = 10000;
+constexpr std::size_t kFewHeaders = 1000;
+constexpr const char* kSender = "sender@example.com";
+constexpr const char* kRecipient = "reader@example.com";
+constexpr const char* kAtLeast = ">= 1, wanted 1.5";
+
+// About a thousand bytes.
+std::string Body() {
+  std::string body;
+  for (int line = 0; line < 20; ++line) body += "A line of a small message, as people write.\r\n";
+  return body;
+}
+
+// The message that our side composes, for the side that has to be given it.
+std::string FinishedMessage() {
+  OutgoingMessage message;
+  message.from = kSender;
+  message.whoTo = {kRecipient};
+  message.subject = "A small message";
+  message.charset = "us-ascii";
+  message.utcOffset = kUtcOffsetNotSet;
+  message.version = "1.0";
+  return BuildHeaderBlock(message, MakeLocalClock()->Now()) + Body();
+}
+
+class Send {
+ public:
+  explicit Send(const MailHost& host)
+      : native_(scratch_.Path().string(), host.SmtpPort(), 0),
+        curl_(host.SmtpPort(), kSender, kRecipient) {
+    native_.SetMessage(kSender, kRecipient, Body());
+  }
+
+  void Native(int count) {
+    for (int sent = 0; sent < count; ++sent) native_.Send();
+  }
+  void Curl(int count) {
+    for (int sent = 0; sent < count; ++sent) curl_.Send(message_);
+  }
+
+ private:
+  ScratchDirectory scratch_;
+  const std::string message_ = FinishedMessage();
+  NativeMail native_;
+  CurlSmtp curl_;
+};
+
+class Headers {
+ public:
+  Headers(const MailHost& host, std::size_t count)
+      : count_(count), native_(scratch_.Path().string(), 0, host.PopPort()), curl_(host.PopPort()) {
+    native_.SetMaximumHeaders(count);
+  }
+
+  void Native() {
+    if (native_.LoadMessageHeaders() != count_) throw std::runtime_error("headers are missing");
+  }
+  void Curl() {
+    if (curl_.LoadHeaders(count_) == 0) throw std::runtime_error("libcurl got no headers");
+  }
+
+ private:
+  ScratchDirectory scratch_;
+  std::size_t count_;
+  NativeMail native_;
+  CurlPop curl_;
+};
+
+void CompareSend() {
+  const MailHost host({"--no-store"});
+  Send send(host);
+  const auto perSecond = [](double seconds) { return kMessagesPerRound / seconds; };
+  const auto result = Compare(
+      kRounds, [&] { return perSecond(Seconds([&] { send.Native(kMessagesPerRound); })); },
+      [&] { return perSecond(Seconds([&] { send.Curl(kMessagesPerRound); })); });
+  PrintRow("Send of messages of 1 KB", "libcurl", result, "/s", kAtLeast);
+}
+
+void CompareHeaders() {
+  const ScratchDirectory store;
+  FillMaildir(store.Path(), kHeaders);
+  const MailHost host({"--store", store.Path().string(), "--no-lock"});
+  Headers headers(host, kHeaders);
+  const auto perSecond = [](double seconds) { return kHeaders / seconds; };
+  const auto result = Compare(
+      kRounds, [&] { return perSecond(Seconds([&] { headers.Native(); })); },
+      [&] { return perSecond(Seconds([&] { headers.Curl(); })); });
+  PrintRow("LoadMessageHeaders of 10,000", "libcurl", result, "/s", kAtLeast);
+}
+
+// The most memory that this process has held, in KB.
+double PeakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) return std::stod(line.substr(6));
+  }
+  throw std::runtime_error("the system does not tell the peak memory");
+}
+
+// In a process of its own (`--headers COUNT PORT`), because a peak never goes down again. Prints
+// microseconds per header and the peak before and after.
+int LoadOnce(std::size_t count, std::uint16_t port) {
+  const ScratchDirectory scratch;
+  NativeMail native(scratch.Path().string(), 0, port);
+  native.SetMaximumHeaders(1);
+  if (native.LoadMessageHeaders() != 1) return 1;
+  const double before = PeakMemory();
+  native.SetMaximumHeaders(count);
+  std::vector<double> times;
+  for (int round = 0; round < 5; ++round) {
+    std::size_t loaded = 0;
+    times.push_back(Seconds([&] { loaded = native.LoadMessageHeaders(); }));
+    if (loaded != count) return 1;
+  }
+  std::printf("%.3f %.0f %.0f\n", SpreadOf(times).median * 1e6 / static_cast<double>(count), before,
+              PeakMemory());
+  return 0;
+}
+
+struct Growth {
+  double microseconds = 0;  // per header
+  double before = 0;        // KB
+  double after = 0;
+};
+
+Growth MeasureGrowth(std::size_t count, std::uint16_t port) {
+  const auto command = (ProgramDirectory() / "bench_internet").string() + " --headers " +
+                       std::to_string(count) + " " + std::to_string(port);
+  std::FILE* const output = ::popen(command.c_str(), "r");
+  if (output == nullptr) throw std::runtime_error("cannot start a second process");
+  Growth growth;
+  const int fields =
+      std::fscanf(output, "%lf %lf %lf", &growth.microseconds, &growth.before, &growth.after);
+  if (::pclose(output) != 0 || fields != 3) throw std::runtime_error("the second process failed");
+  return growth;
+}
+
+void ShowGrowth() {
+  const ScratchDirectory store;
+  FillMaildir(store.Path(), kHeaders);
+  const MailHost host({"--store", store.Path().string(), "--no-lock"});
+  for (const auto count : {kFewHeaders, kHeaders}) {
+    const auto growth = MeasureGrowth(count, host.PopPort());
+    PrintRow("LoadMessageHeaders of " + FigureText(static_cast<double>(count)) + ", time",
+             FigureText(growth.microseconds) + " us per header");
+    PrintRow("LoadMessageHeaders of " + FigureText(static_cast<double>(count)) + ", peak memory",
+             FigureText(growth.after / 1024) + " MB, of which " + FigureText(growth.before / 1024) +
+                 " MB for a single one");
+  }
+}
+
+// What each side says on the wire, by the log of the mail host: commands with their counts. What
+// belongs to the login is left out.
+std::map<std::string, int> Commands(const std::string& log, const std::string& protocol) {
+  std::map<std::string, int> counts;
+  std::ifstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    const auto prefix = protocol + " C: ";
+    if (!line.starts_with(prefix)) continue;
+    auto text = line.substr(prefix.size());
+    if (text.starts_with('<')) text = "(text)";
+    const auto word = text.substr(0, text.find(' '));
+    for (const auto* const wanted : {"MAIL", "RCPT", "DATA", "(text)", ".", "TOP"}) {
+      if (word == wanted) ++counts[word];
+    }
+  }
+  return counts;
+}
+
+template <typename Work>
+std::map<std::string, int> WireOf(const std::string& protocol, Work&& work) {
+  const ScratchDirectory scratch;
+  const auto log = (scratch.Path() / "log").string();
+  FillMaildir(scratch.Path() / "store", 5);
+  {
+    const MailHost host(
+        {"--store", (scratch.Path() / "store").string(), "--no-lock", "--log", log});
+    work(host);
+  }
+  return Commands(log, protocol);
+}
+
+void CompareWire(const std::string& what, const std::map<std::string, int>& native,
+                 const std::map<std::string, int>& curl) {
+  std::string text;
+  for (const auto& [word, count] : native) text += " " + word + " " + std::to_string(count);
+  if (native.empty() || native != curl) throw std::runtime_error(what + ": the commands differ");
+  PrintNote(what + ": both sides say" + text);
+}
+
+void ShowWire() {
+  CompareWire("Send of 5 messages",
+              WireOf("SMTP", [](const MailHost& host) { Send(host).Native(5); }),
+              WireOf("SMTP", [](const MailHost& host) { Send(host).Curl(5); }));
+  CompareWire("LoadMessageHeaders of 5",
+              WireOf("POP", [](const MailHost& host) { Headers(host, 5).Native(); }),
+              WireOf("POP", [](const MailHost& host) { Headers(host, 5).Curl(); }));
+}
+
+int Run(int count, char** arguments) {
+  if (count == 4 && std::string_view(arguments[1]) == "--headers") {
+    return LoadOnce(std::stoul(arguments[2]), static_cast<std::uint16_t>(std::stoul(arguments[3])));
+  }
+  ShowWire();
+  CompareSend();
+  CompareHeaders();
+  ShowGrowth();
+  return 0;
+}
+
+}  // namespace
+}  // namespace quillon::bench
+
+int main(int count, char** arguments) {
+  try {
+    return quillon::bench::Run(count, arguments);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bench_internet: %s\n", error.what());
+    return 1;
+  }
+}

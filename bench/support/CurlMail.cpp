@@ -1,0 +1,64 @@
+#include "bench/support/CurlMail.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace quillon::bench {
+
+CurlHandle::CurlHandle(const std::string& url) : handle_(curl_easy_init(), &curl_easy_cleanup) {
+  if (!handle_) throw std::runtime_error("libcurl does not start");
+  Set(CURLOPT_URL, url.c_str());
+  Set(CURLOPT_NOSIGNAL, 1L);
+}
+
+void CurlHandle::Check(CURLcode code) {
+  if (code != CURLE_OK) throw std::runtime_error(curl_easy_strerror(code));
+}
+
+CurlSmtp::CurlSmtp(std::uint16_t port, const std::string& sender, const std::string& recipient)
+    : handle_("smtp://127.0.0.1:" + std::to_string(port) + "/localhost"),
+      recipients_(curl_slist_append(nullptr, recipient.c_str()), &curl_slist_free_all) {
+  handle_.Set(CURLOPT_MAIL_FROM, sender.c_str());
+  handle_.Set(CURLOPT_MAIL_RCPT, recipients_.get());
+  handle_.Set(CURLOPT_UPLOAD, 1L);
+  handle_.Set(CURLOPT_READFUNCTION, &CurlSmtp::OnRead);
+  handle_.Set(CURLOPT_READDATA, static_cast<void*>(&rest_));
+}
+
+std::size_t CurlSmtp::OnRead(char* buffer, std::size_t size, std::size_t count, void* rest) {
+  auto& text = *static_cast<std::string_view*>(rest);
+  const auto taken = std::min(size * count, text.size());
+  std::memcpy(buffer, text.data(), taken);
+  text.remove_prefix(taken);
+  return taken;
+}
+
+void CurlSmtp::Send(std::string_view message) {
+  rest_ = message;
+  handle_.Perform();
+}
+
+CurlPop::CurlPop(std::uint16_t port) : handle_("pop3://127.0.0.1:" + std::to_string(port) + "/") {
+  handle_.Set(CURLOPT_USERPWD, "bench:bench");
+  handle_.Set(CURLOPT_WRITEFUNCTION, &CurlPop::OnWrite);
+  handle_.Set(CURLOPT_WRITEDATA, static_cast<void*>(&header_));
+}
+
+std::size_t CurlPop::OnWrite(char* data, std::size_t size, std::size_t count, void* header) {
+  static_cast<std::string*>(header)->append(data, size * count);
+  return size * count;
+}
+
+std::size_t CurlPop::LoadHeaders(std::size_t count) {
+  std::size_t bytes = 0;
+  for (std::size_t number = 1; number <= count; ++number) {
+    header_.clear();
+    handle_.Set(CURLOPT_CUSTOMREQUEST, ("TOP " + std::to_string(number) + " 0").c_str());
+    handle_.Perform();
+    bytes += header_.size();
+  }
+  return bytes;
+}
+
+}  // namespace quillon::bench

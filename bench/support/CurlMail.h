@@ -1,0 +1,58 @@
+// The other side of the Internet benchmarks: libcurl, one handle and one connection per protocol.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <curl/curl.h>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quillon::bench {
+
+class CurlHandle {
+ public:
+  explicit CurlHandle(const std::string& url);
+
+  template <typename Value>
+  void Set(CURLoption option, Value value) {
+    Check(curl_easy_setopt(handle_.get(), option, value));
+  }
+  void Perform() { Check(curl_easy_perform(handle_.get())); }
+
+ private:
+  static void Check(CURLcode code);
+
+  std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle_;
+};
+
+class CurlSmtp {
+ public:
+  CurlSmtp(std::uint16_t port, const std::string& sender, const std::string& recipient);
+
+  // Header and text. The connection and its login are made with the first one.
+  void Send(std::string_view message);
+
+ private:
+  static std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* rest);
+
+  CurlHandle handle_;
+  std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> recipients_;
+  std::string_view rest_;
+};
+
+class CurlPop {
+ public:
+  explicit CurlPop(std::uint16_t port);
+
+  // Returns the number of bytes of all headers.
+  std::size_t LoadHeaders(std::size_t count);
+
+ private:
+  static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* header);
+
+  CurlHandle handle_;
+  std::string header_;
+};
+
+}  // namespace quillon::bench

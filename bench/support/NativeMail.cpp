@@ -1,0 +1,55 @@
+#include "bench/support/NativeMail.h"
+
+#include <stdexcept>
+
+namespace quillon::bench {
+
+NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort)
+    : configuration_(*files_, directory + "/quillon.ini"),
+      log_(*files_, directory),
+      backEnd_({*loop_, *loop_, *files_, *codePage_, *clock_, loginPrompt_, messageBox_,
+                configuration_, log_},
+               {"1.0", {}}) {
+  instance_.mailSystem = mail_system::kInternet;
+  instance_.smtpServer = instance_.postOffice = "127.0.0.1";
+  instance_.loginName = "bench";
+  instance_.password = "bench";
+  shared_.internet.smtpPort = smtpPort;
+  shared_.internet.popPort = popPort;
+}
+
+void NativeMail::SetMessage(const std::string& sender, const std::string& recipient,
+                            const std::string& body) {
+  shared_.message.from = sender;
+  shared_.message.to = {recipient};
+  shared_.message.subject = "A small message";
+  shared_.message.body = body;
+}
+
+void NativeMail::SetMaximumHeaders(std::size_t count) {
+  instance_.maximumHeaders = static_cast<std::int32_t>(count);
+}
+
+void NativeMail::Login() {
+  Check("Login", backEnd_.Login(request_));
+}
+
+void NativeMail::Logout() {
+  Check("Logout", backEnd_.Logout(request_));
+}
+
+void NativeMail::Send() {
+  Check("Send", backEnd_.Send(request_));
+}
+
+std::size_t NativeMail::LoadMessageHeaders() {
+  Check("LoadMessageHeaders", backEnd_.LoadMessageHeaders(request_));
+  return shared_.headers.size();
+}
+
+void NativeMail::Check(const char* operation, std::int32_t result) {
+  if (result == kBackEndSuccess) return;
+  throw std::runtime_error(std::string(operation) + " fails with " + std::to_string(result));
+}
+
+}  // namespace quillon::bench

@@ -1,0 +1,53 @@
+// Our side of the Internet benchmarks: the back end as a Server object calls it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "internet/InternetBackEnd.h"
+#include "internet/ProtocolLog.h"
+#include "mail/INIUtilities.h"
+#include "platform/NoLoginPrompt.h"
+
+namespace quillon::bench {
+
+class NativeMail {
+ public:
+  // `directory` holds the configuration file.
+  NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort);
+
+  void SetMessage(const std::string& sender, const std::string& recipient, const std::string& body);
+  void SetMaximumHeaders(std::size_t count);
+
+  // Each throws std::runtime_error when the operation fails.
+  void Login();
+  void Logout();
+  void Send();
+  // Returns how many there are now.
+  std::size_t LoadMessageHeaders();
+
+ private:
+  class NoMessageBox final : public MessageBoxPort {
+   public:
+    void Show(const std::string&, const std::string&, Icon) override {}
+  };
+
+  void Check(const char* operation, std::int32_t result);
+
+  std::unique_ptr<NetworkLoop> loop_ = MakeNetworkLoop();
+  std::unique_ptr<FileSystem> files_ = MakeFileSystem();
+  std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
+  std::unique_ptr<LocalClock> clock_ = MakeLocalClock();
+  NoLoginPrompt loginPrompt_;
+  NoMessageBox messageBox_;
+  clsINIUtilities configuration_;
+  ProtocolLog log_;
+  InternetBackEnd backEnd_;
+  InstanceState instance_;
+  SharedState shared_;
+  MailRequest request_{instance_, shared_};
+};
+
+}  // namespace quillon::bench
