@@ -2,6 +2,7 @@
 and the refused values that the reference states, and the stated errors of an object that knows
 nothing of any mail system."""
 
+import re
 import unittest
 
 from scripting import SCRIPTS, ScriptTest
@@ -145,8 +146,24 @@ ServerPath             | text = mail.ServerPath                               | 
 TYPES = {"short": "CInt", "long": "CLng", "single": "CSng", "text": ""}
 
 
+ENTRY = re.compile(r"^### `(\w+)`\n\n(.*?)\n\n", re.M | re.S)
+STATED = re.compile(r"Default (?:(empty)|`(\".*?\")`|(-?\d+))")
+
+
 def rows(table):
     return [[cell.strip() for cell in line.split("|")] for line in table.strip().splitlines()]
+
+
+def stated_defaults():
+    """{member: default} as the entries of the reference have it."""
+    defaults = {}
+    for page in check_docs.REFERENCE.glob("*.md"):
+        for name, entry in ENTRY.findall(page.read_text()):
+            found = STATED.search(entry.replace("\n", " "))
+            if found:
+                empty, text, number = found.groups()
+                defaults[name] = '""' if empty else text or number
+    return defaults
 
 
 def get(name, expected):
@@ -211,6 +228,15 @@ class Members(ScriptTest, unittest.TestCase):
         members = {name for name, interfaces in check_docs.idl_members(check_docs.IDL).items()
                    if "IServer" in interfaces}
         self.assertEqual({name.lower() for name in members}, {name.lower() for name in touched})
+
+    def test_the_reference_states_these_defaults(self):
+        defaults = {}
+        for head, *_ in rows(PROPERTIES):
+            name, _, defaults[name] = head.split(None, 2)
+        defaults.update(dict.fromkeys(FALSE_FLAGS.split(), "0"))
+        defaults.update(dict.fromkeys(TRUE_FLAGS.split(), "-1"))
+        stated = stated_defaults()
+        self.assertEqual(defaults, {name: stated.get(name) for name in defaults})
 
     def test_scripts(self):
         for script in sorted(SCRIPTS.iterdir()):
