@@ -19,7 +19,7 @@ class ProcessLifetime {
  public:
   struct Patience {  // milliseconds
     UINT firstClient = 30000;
-    UINT nextClient = 500;
+    UINT nextClient = 1200;  // a script host needs about half a second until it asks for its object
     UINT lateClient = 50;
   };
 
