@@ -232,8 +232,8 @@ HRESULT CallFrame::ReportFailure(HRESULT failure, EXCEPINFO* exception, UINT* ar
       const bool open = function_.parameters[i].type == VT_VARIANT;
       if (open && argumentError != nullptr) *argumentError = arguments_[i].index;
     }
-    return failure;
   }
+  if (HRESULT_FACILITY(failure) == FACILITY_DISPATCH) return failure;
   if (exception == nullptr) return DISP_E_EXCEPTION;
   *exception = {};
   exception->scode = failure;

@@ -1,0 +1,159 @@
+"""The registered server as other processes use it: binding, lifetime, several clients, the registry."""
+
+import os
+import pathlib
+import time
+import unittest
+
+from scripting import ENDINGS, SCRIPTS, MailHost, run_script
+import winetest
+
+COM = pathlib.Path(__file__).resolve().parent / "com"
+SERVER = "quillon.exe"
+MESSAGE = b"From: ann@example.com\r\nSubject: One\r\n\r\ntext\r\n"
+
+
+def complete(text, engine):
+    return (SCRIPTS / f"check.{engine}").read_text() + text + ENDINGS[engine]
+
+
+class RegisteredServer(unittest.TestCase):
+    def setUp(self):
+        self.wine = self.enterContext(winetest.WinePrefix())
+        self.wine.register(winetest.SERVER)
+
+    def run_file(self, name, *arguments):
+        engine = name.rsplit(".")[1]
+        text = complete((COM / name).read_text(), engine)
+        ended, failures = run_script(self.wine, text, *arguments, engine=engine, timeout=300)
+        self.assertEqual([], failures)
+        self.assertTrue(ended, "the script did not run to its end")
+
+    def server_ends(self):
+        self.assertTrue(self.wine.wait_until_gone(SERVER), "the server is still there")
+
+    def run_early(self, *arguments, **how):
+        done = self.wine.run(winetest.CLIENTS / "EarlyBound.exe", *arguments, **how)
+        self.assertEqual(["early: ok"], done.output.splitlines()[-1:], done.output)
+        self.assertEqual(0, done.returncode)
+
+
+class Calls(RegisteredServer):
+    def test_script_calls(self):
+        for script in ("calls.vbs", "calls.js"):
+            with self.subTest(script):
+                self.run_file(script)
+                self.server_ends()
+
+
+class Lifetime(RegisteredServer):
+    def test_objects_come_and_go(self):
+        self.run_file("lifetime.vbs")
+        self.server_ends()
+
+    def test_objects_leave_no_handles(self):
+        read, write = os.pipe()
+        client = self.wine.start(winetest.CLIENTS / "EarlyBound.exe", "rounds", stdin=read)
+        os.close(read)
+        with os.fdopen(write, "w") as orders:
+            held = []
+            for number in range(1, 4):  # the first round is for what is made once
+                self.await_output(client, "ready", number)
+                [process] = self.wine.processes(SERVER)
+                held.append(len(os.listdir(f"/proc/{process}/fd")))
+                orders.write("go\n")
+                orders.flush()
+            self.assertLess(held[2], held[0] + 10, held)
+        self.assertEqual(0, client.wait().returncode)
+        self.server_ends()
+
+    def test_the_server_comes_back_after_its_end(self):
+        for _ in range(3):
+            self.run_early()
+            self.server_ends()
+
+    def test_a_start_without_a_client_ends(self):
+        done = self.wine.run(winetest.SERVER, "/EMBEDDING", timeout=60)
+        self.assertEqual(0, done.returncode, done.output)
+
+    def await_output(self, client, word, times):
+        deadline = time.monotonic() + 60
+        while client.output().split().count(word) < times:
+            self.assertIsNone(client.poll(), client.output())
+            self.assertLess(time.monotonic(), deadline, client.output())
+            time.sleep(0.05)
+
+
+class SeveralClients(RegisteredServer):
+    def test_clients_at_once_share_one_server(self):
+        keeper = self.wine.start("cscript", "//nologo", self.keep())
+        self.await_server()
+        text = complete((COM / "client.vbs").read_text(), "vbs")
+        clients = []
+        for name in ("anna", "bert"):
+            script = self.wine.drive_c / f"{name}.vbs"
+            script.write_text(text)
+            clients.append(self.wine.start("cscript", "//nologo", script, name))
+        for client in clients:
+            done = client.wait(120)
+            self.assertEqual(["@ended"], done.output.splitlines())
+        self.assertEqual(1, len(self.wine.processes(SERVER)))
+        keeper.kill()
+
+    def test_a_client_killed_in_a_call_costs_the_others_nothing(self):
+        with MailHost([MESSAGE], faults="smtp at RCPT silent\n") as host:
+            victim = self.wine.start("cscript", "//nologo", COM / "hanging.vbs", host.smtp)
+            deadline = time.monotonic() + 60
+            while "RCPT TO" not in host.log.read_text():
+                self.assertIsNone(victim.poll(), victim.output())
+                self.assertLess(time.monotonic(), deadline, "Send has not got as far as RCPT")
+                time.sleep(0.02)
+            self.run_file("bystander.vbs", host.pop, "busy")
+            victim.kill()
+            self.run_file("bystander.vbs", host.pop, "afterwards")
+        self.assertEqual(1, len(self.wine.processes(SERVER)))
+
+    def keep(self):
+        """A script that keeps the server there until it is killed."""
+        script = self.wine.drive_c / "keep.vbs"
+        script.write_text('Set mail = CreateObject("QuillonInterface.Server")\n'
+                          'Set shell = CreateObject("WScript.Shell")\n'
+                          'shell.Run "cmd /c ping -n 100 127.0.0.1", 0, True\n')
+        return script
+
+    def await_server(self):
+        deadline = time.monotonic() + 30
+        while not self.wine.processes(SERVER):
+            self.assertLess(time.monotonic(), deadline, "no server")
+            time.sleep(0.05)
+
+
+class Registration(unittest.TestCase):
+    def setUp(self):
+        self.wine = self.enterContext(winetest.WinePrefix())
+
+    def classes(self, root):
+        """The keys and values below the root's Software\\Classes."""
+        file = self.wine.drive_c / "classes.reg"
+        file.unlink(missing_ok=True)
+        self.wine.run("reg", "export", root + "\\Software\\Classes", "C:\\classes.reg", "/y")
+        lines = file.read_text("utf-16").splitlines() if file.exists() else []
+        # Without the file's own head; the key itself is there from the first user's class on.
+        return {line for line in lines[1:] if line and not line.endswith("\\Classes]")}
+
+    def test_registration_leaves_nothing_behind(self):
+        for switch, root in (("Server", "HKLM"), ("ServerPerUser", "HKCU")):
+            with self.subTest(root):
+                before = self.classes(root)
+                for word in ("/REG", "-unreg"):
+                    done = self.wine.run(winetest.SERVER, word + switch)
+                    self.assertEqual(0, done.returncode, done.output)
+                    if word == "/REG":
+                        added = "\n".join(self.classes(root) - before)
+                        self.assertIn("QuillonInterface.Server.1", added)
+                        self.assertIn("LocalServer32", added)
+                self.assertEqual(before, self.classes(root))
+
+
+if __name__ == "__main__":
+    unittest.main()
