@@ -16,6 +16,7 @@ wine_die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
 wine_environment() {
   export WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all} LC_ALL=C.UTF-8
   export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
+  export FONTCONFIG_PATH=$wine_root/etc/fonts
   export LD_LIBRARY_PATH=$wine_root/usr/lib/i386-linux-gnu:$wine_root/lib/i386-linux-gnu
 }
 

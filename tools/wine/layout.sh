@@ -16,8 +16,9 @@ mirror=${QUILLON_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 say() { printf 'wine: %s\n' "$*"; }
 die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
 
-# wine32 is the loader, libgnutls30 gives Schannel, libwine-dev holds the IDL files widl imports.
-packages=(wine wine32 libgnutls30 libwine-dev)
+# wine32 is the loader, fonts-wine is for windows, libgnutls30 gives Schannel, libwine-dev holds the
+# IDL files that widl imports.
+packages=(wine wine32 fonts-wine libgnutls30 libwine-dev)
 
 # Resolves against an empty machine of architecture i386: own lists, own cache, own status. Only the
 # release's main index is used; the others can be out of step between architectures.

@@ -10,7 +10,7 @@ echo "wine: making a prefix"
 export WINEPREFIX=$wine_template.partial
 unset DISPLAY
 [ ! -d "$WINEPREFIX" ] || wine_stop
-rm -rf "$WINEPREFIX" "$wine_template"
+rm -rf "$WINEPREFIX"
 mkdir -p "$WINEPREFIX/drive_c/windows/system32"
 cp "$wine_root/usr/i686-w64-mingw32/lib/zlib1.dll" "$WINEPREFIX/drive_c/windows/system32/"
 wine wineboot -i < /dev/null > /dev/null 2>&1 || wine_die "the prefix cannot be made in $WINEPREFIX"
@@ -25,4 +25,5 @@ find "$WINEPREFIX/drive_c/users" -type l | while read -r link; do
 done
 
 echo "$recipe" > "$WINEPREFIX/recipe"
+rm -rf "$wine_template"
 mv "$WINEPREFIX" "$wine_template"
