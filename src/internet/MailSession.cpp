@@ -130,6 +130,13 @@ void MailSession::OnLine(std::string_view text, bool complete) {
   }
 }
 
+// Only CR LF ends a reply (RFC 5321, 2.3.8; RFC 1939, 3), so what the server did not get to say to
+// its end counts as not said.
+void MailSession::OnUnfinishedLine(std::string_view text) {
+  heard_ = true;
+  Log(name_ + " cut off: ", text);
+}
+
 void MailSession::OnClosed(int error) {
   if (error != 0) Log(name_ + " socket exception: ", std::to_string(error));
   Log(name_ + " socket closed.");

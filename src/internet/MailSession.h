@@ -110,6 +110,7 @@ class MailSession : private LineSocket::Handler {
   void Connect();
   void OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code);
   void OnLine(std::string_view text, bool complete) override;
+  void OnUnfinishedLine(std::string_view text) override;
   void OnSendReady() override { writer_.OnSendReady(); }
   void OnClosed(int error) override;
   void OnSilence();

@@ -110,7 +110,7 @@ void LineSocket::DeliverEnd(int error) {
   if (filled_ > 0 || inPieces_) {
     const std::string last(buffer_.get(), filled_);
     delivering_ = true;
-    handler_.OnLine(last, true);
+    handler_.OnUnfinishedLine(last);
     delivering_ = false;
     if (stream_.get() != stream) return ReadDeclined();
   }

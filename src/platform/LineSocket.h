@@ -24,8 +24,9 @@ class LineSocket : private ByteStream::Handler {
     // handler returns.
     virtual void OnLine(std::string_view text, bool complete) = 0;
     virtual void OnSendReady() = 0;
-    // The connection is gone: error 0 when the peer closed it, else the system's number. A last
-    // line without an end has been delivered before.
+    // The end of what the peer said, when it has no line end; OnClosed follows.
+    virtual void OnUnfinishedLine(std::string_view text) = 0;
+    // The connection is gone: error 0 when the peer closed it, else the system's number.
     virtual void OnClosed(int error) = 0;
   };
 

@@ -36,6 +36,7 @@ class Client : private LineSocket::Handler, private ByteStream::Handler {
 
   std::vector<std::string> lines;
   std::vector<std::size_t> pieces;  // sizes of the incomplete ones
+  std::string unfinished;
   std::optional<int> closed;
   int refusals = 0;  // writes that took less than all
   std::function<void()> inLine;
@@ -57,6 +58,7 @@ class Client : private LineSocket::Handler, private ByteStream::Handler {
     part_.clear();
     if (inLine) inLine();
   }
+  void OnUnfinishedLine(std::string_view text) override { unfinished = text; }
   void OnSendReady() override {
     sent_ += socket_.Write(std::string_view(outgoing_).substr(sent_));
     refusals += sent_ < outgoing_.size() ? 1 : 0;
@@ -84,7 +86,8 @@ TEST(LineSocket, DeliversEveryLineInOrderHoweverLongItIs) {
   ASSERT_TRUE(client.WaitForEnd());
   EXPECT_EQ(client.closed, 0);
   EXPECT_EQ(client.lines, (std::vector<std::string>{"first", "", "bare", "in\rside", longLine,
-                                                    edgeLine, "no end"}));
+                                                    edgeLine}));
+  EXPECT_EQ(client.unfinished, "no end");
   EXPECT_GE(client.pieces.size(), 3U);
 }
 
