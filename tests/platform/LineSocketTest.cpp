@@ -85,8 +85,8 @@ TEST(LineSocket, DeliversEveryLineInOrderHoweverLongItIs) {
   Client client(*loop, peer.Address());
   ASSERT_TRUE(client.WaitForEnd());
   EXPECT_EQ(client.closed, 0);
-  EXPECT_EQ(client.lines, (std::vector<std::string>{"first", "", "bare", "in\rside", longLine,
-                                                    edgeLine}));
+  EXPECT_EQ(client.lines,
+            (std::vector<std::string>{"first", "", "bare", "in\rside", longLine, edgeLine}));
   EXPECT_EQ(client.unfinished, "no end");
   EXPECT_GE(client.pieces.size(), 3U);
 }
