@@ -1,0 +1,29 @@
+' A mailbox of three. The server refuses single commands and leaves the session open: TOP 2, RETR 1,
+' DELE 1, RCPT 2, each once.
+NewServer WScript.Arguments(0), WScript.Arguments(1)
+On Error Resume Next
+mail.LoadMessageHeaders
+Ended "TOP", 6024, "The POP TOP command failed."
+Same "no headers", 0, CInt(mail.messageCount)
+mail.LoadMessageHeaders
+Ended "TOP again", 0, ""
+mail.messageIndex = 2
+mail.LoadMessage
+Ended "RETR", 6021, "The POP RETRIEVE command failed."
+mail.LoadMessage
+Ended "RETR again", 0, ""
+Same "subject", "2", mail.subject
+mail.DeleteMessage
+Ended "DELE", 6017, "The POP message deletion failed."
+mail.DeleteMessage
+Ended "DELE again", 0, ""
+
+mail.NewMessage
+mail.from = "ann@example.com"
+mail.AddRecipientTo "one@example.com, two@example.com, three@example.com"
+mail.Send
+Ended "RCPT", 6020, "*"
+Same "refused", "two@example.com", mail.GetMessageItemString(11)
+mail.Send
+Ended "RCPT again", 0, ""
+Same "none refused", "", mail.GetMessageItemString(11)

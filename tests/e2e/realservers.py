@@ -1,0 +1,213 @@
+"""Exim and Dovecot of the machine, each with a throw-away configuration on 127.0.0.1.
+
+    with RealServers() as servers:
+        servers.smtp, servers.pop      # ports
+        servers.messages()             # what Exim delivered, as bytes, in order
+
+Exim takes mail for joe@quillon.test, delivers it to a Maildir, and answers every other recipient
+with 550; Dovecot serves that Maildir to the login joe with the password secret. Both run in the
+foreground, with their spool, sockets and logs in one temporary directory, and leave nothing behind.
+"""
+
+import grp
+import os
+import pathlib
+import poplib
+import pwd
+import shutil
+import smtplib
+import socket
+import subprocess
+import tempfile
+import time
+
+EXIM = "/usr/sbin/exim4"
+DOVECOT = "/usr/sbin/dovecot"
+PATIENCE = 20  # seconds until a server that does not come up fails a test
+
+EXIM_CONFIGURATION = """
+spool_directory = {scratch}/spool
+log_file_path = {scratch}/exim-%slog
+pid_file_path = {scratch}/exim.pid
+primary_hostname = quillon.test
+local_interfaces = 127.0.0.1
+daemon_smtp_ports = {smtp}
+exim_user = {user}
+exim_group = {group}
+never_users =
+keep_environment =
+host_lookup =
+rfc1413_query_timeout = 0s
+prod_requires_admin = false
+acl_smtp_rcpt = check_recipient
+acl_smtp_vrfy = accept
+tls_advertise_hosts =
+
+begin acl
+check_recipient:
+  accept domains = quillon.test
+         verify = recipient
+  deny message = no such user here
+
+begin routers
+joe:
+  driver = accept
+  domains = quillon.test
+  local_parts = joe
+  transport = maildir
+
+begin transports
+maildir:
+  driver = appendfile
+  directory = {scratch}/Maildir
+  maildir_format
+  user = {user}
+  group = {group}
+"""
+
+DOVECOT_CONFIGURATION = """
+base_dir = {scratch}/run
+state_dir = {scratch}/state
+log_path = {scratch}/dovecot.log
+protocols = pop3
+listen = 127.0.0.1
+ssl = no
+disable_plaintext_auth = no
+auth_failure_delay = 0
+mail_location = maildir:{scratch}/Maildir
+mail_uid = {user}
+mail_gid = {group}
+first_valid_uid = 1
+first_valid_gid = 1
+passdb {{
+  driver = static
+  args = password=secret
+}}
+userdb {{
+  driver = static
+  args = uid={user} gid={group} home={scratch}/home
+}}
+service pop3-login {{
+  inet_listener pop3 {{
+    port = {pop}
+  }}
+  inet_listener pop3s {{
+    port = 0
+  }}
+}}
+service anvil {{
+  unix_listener anvil-auth-penalty {{
+    mode = 0
+  }}
+}}
+{ownership}
+"""
+
+# Without root everything runs as the one user there is, and nothing can change its root.
+UNPRIVILEGED = """
+default_internal_user = {user}
+default_internal_group = {group}
+default_login_user = {user}
+service anvil {{
+  chroot =
+}}
+service pop3-login {{
+  chroot =
+}}
+"""
+
+
+def missing():
+    """The first of the programs that this machine lacks, or None."""
+    return next((program for program in (EXIM, DOVECOT) if not os.access(program, os.X_OK)), None)
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class RealServers:
+    def __enter__(self):
+        self._processes = []
+        self._folder = tempfile.mkdtemp(prefix="servers-")
+        self._scratch = pathlib.Path(self._folder)
+        self.smtp, self.pop = free_port(), free_port()
+        try:
+            self._prepare()
+            self._start("exim", [EXIM, "-C", self._exim, "-bdf"])
+            self._start("dovecot", [DOVECOT, "-F", "-c", self._dovecot])
+            self._wait(lambda: smtplib.SMTP("127.0.0.1", self.smtp, timeout=PATIENCE).quit())
+            self._wait(lambda: poplib.POP3("127.0.0.1", self.pop, timeout=PATIENCE).quit())
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self._processes):
+            process.terminate()
+            process.wait()
+        shutil.rmtree(self._folder, ignore_errors=True)
+
+    @property
+    def maildir(self):
+        return self._scratch / "Maildir"
+
+    def messages(self):
+        files = [*self.maildir.glob("new/*"), *self.maildir.glob("cur/*")]
+        return [file.read_bytes() for file in sorted(files, key=lambda file: file.name)]
+
+    def put(self, messages):
+        """Fills the Maildir without a transfer."""
+        for number, message in enumerate(messages):
+            file = self.maildir / "new" / f"0.{number:06}.host"
+            file.write_bytes(message)
+            self._own(file)
+
+    def wait_for(self, count):
+        """Waits until so many messages are delivered."""
+        deadline = time.monotonic() + PATIENCE
+        while len(self.messages()) < count:
+            if time.monotonic() > deadline:
+                raise TimeoutError(f"{len(self.messages())} of {count} messages\n{self._logs()}")
+            time.sleep(0.02)
+
+    def _prepare(self):
+        # The mailbox must not belong to root; neither server would touch it.
+        self._owner = pwd.getpwnam("mail") if os.getuid() == 0 else pwd.getpwuid(os.getuid())
+        names = {"scratch": self._folder, "smtp": self.smtp, "pop": self.pop,
+                 "user": self._owner.pw_name, "group": grp.getgrgid(self._owner.pw_gid).gr_name}
+        ownership = "" if os.getuid() == 0 else UNPRIVILEGED.format(**names)
+        self._exim = self._scratch / "exim.conf"
+        self._exim.write_text(EXIM_CONFIGURATION.format(**names))
+        self._dovecot = self._scratch / "dovecot.conf"
+        self._dovecot.write_text(DOVECOT_CONFIGURATION.format(**names, ownership=ownership))
+        for name in ("spool", "home", "Maildir", "Maildir/new", "Maildir/cur", "Maildir/tmp"):
+            (self._scratch / name).mkdir()
+            self._own(self._scratch / name)
+        self._own(self._scratch)
+
+    def _own(self, path):
+        if os.getuid() == 0:
+            os.chown(path, self._owner.pw_uid, self._owner.pw_gid)
+
+    def _start(self, name, command):
+        with open(self._scratch / (name + ".out"), "wb") as output:
+            self._processes.append(subprocess.Popen(
+                command, stdin=subprocess.DEVNULL, stdout=output, stderr=output))
+
+    def _wait(self, probe):
+        deadline = time.monotonic() + PATIENCE
+        while True:
+            try:
+                return probe()
+            except OSError:
+                if time.monotonic() > deadline:
+                    raise RuntimeError("a server does not come up\n" + self._logs()) from None
+                time.sleep(0.02)
+
+    def _logs(self):
+        files = [*self._scratch.glob("*log"), *self._scratch.glob("*.out")]
+        return "\n".join(f"{file.name}: {file.read_text(errors='replace')}" for file in files)

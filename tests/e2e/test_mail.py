@@ -1,0 +1,391 @@
+"""The mail road: scripts that send and read through the registered server, against the embedded
+host, with all that can go wrong, and against Exim and Dovecot."""
+
+import contextlib
+import email
+import email.policy
+import json
+import pathlib
+import re
+import shutil
+import socket
+import subprocess
+import tempfile
+import unittest
+from email.utils import getaddresses
+
+import realservers
+from scripting import MailHost, ScriptTest
+import winetest
+
+SCRIPTS = pathlib.Path(__file__).resolve().parent / "mail"
+
+
+def body(message):
+    return message.split(b"\r\n\r\n", 1)[1]
+
+
+def setUpModule():
+    """One prefix for all tests. The server stands in a directory of its own, because it writes
+    files beside itself."""
+    MailRoad.wine = unittest.enterModuleContext(winetest.WinePrefix())
+    MailRoad.directory = MailRoad.wine.drive_c / "Quillon"
+    MailRoad.directory.mkdir()
+    MailRoad.wine.register(shutil.copy(winetest.SERVER, MailRoad.directory))
+
+
+class MailRoad(ScriptTest, unittest.TestCase):
+    def run_mail(self, name, *arguments, before="", after="", timeout=60):
+        """Runs a script of mail/, with lines of this file's making around it."""
+        engine = name.rsplit(".", 1)[1]
+        text = (SCRIPTS / ("session." + engine)).read_text() + before
+        text += (SCRIPTS / name).read_text() + after
+        self.run_checks(self.wine, text, *arguments, engine=engine, timeout=timeout)
+
+
+class ThereAndBack(MailRoad):
+    def test_recipients_and_mailbox(self):
+        waiting = [b"From: x@example.com\r\nSubject: First\r\n\r\n1\r\n",
+                   b"From: x@example.com\r\nSubject: Dots\r\n\r\n.\r\n..two\r\n\r\n"]
+        with MailHost(waiting) as host:
+            self.run_mail("send.vbs", host.smtp, host.pop)
+            public, hidden, trial = host.received()[2:]
+            self.check_envelope(host, 2, ["bob@example.com", "jane@example.com",
+                                          "plain@example.com", "carl@example.com",
+                                          "hidden@example.com", "hidden2@example.com"])
+            self.check_envelope(host, 3, ["hidden@example.com"])
+            self.check_envelope(host, 4, ["trial@example.com"])
+            self.assertIn(b"\r\nTo: bob@example.com\r\n", trial)
+            self.check_header(public)
+            for message in (public, hidden):
+                self.assertNotIn(b"hidden", message)
+                self.assertNotIn(b"bcc", message.lower())
+            self.assertEqual(1, host.log.read_text().count("SMTP -- connected"))
+            for file in sorted((host.store / "new").iterdir())[3:]:
+                file.unlink()
+            self.run_mail("receive.vbs", host.smtp, host.pop)
+            self.assertEqual(waiting[1:], host.received())
+
+    def check_envelope(self, host, number, recipients):
+        name = sorted((host.store / "new").iterdir())[number].name
+        envelope = (host.store / "envelopes" / (name + ".envelope")).read_text()
+        self.assertEqual(["MAIL FROM:<ann@example.com>"] +
+                         [f"RCPT TO:<{address}>" for address in recipients], envelope.splitlines())
+
+    def check_header(self, message):
+        parsed = email.message_from_bytes(message, policy=email.policy.default)
+        self.assertEqual([], parsed.defects)
+        self.assertEqual([("Bob", "bob@example.com"), ("Doe, Jane", "jane@example.com"),
+                          ("", "plain@example.com")], getaddresses([parsed["To"]]))
+        self.assertEqual([("Carl", "carl@example.com")], getaddresses([parsed["Cc"]]))
+        self.assertEqual([("Ann Example", "ann@example.com")], getaddresses([parsed["From"]]))
+        self.assertEqual("Minutes", parsed["Subject"])
+        self.assertEqual("office@example.com", parsed["Reply-To"])
+        self.assertEqual(("1", "High"), (parsed["X-Priority"], parsed["X-MSMail-Priority"]))
+        self.assertEqual("Sales", parsed["X-Department"])
+        self.assertEqual("+0530", str(parsed["Date"])[-5:])
+        self.assertEqual("Dear all,\n\nthe minutes are done.\n",
+                         parsed.get_content().replace("\r\n", "\n"))
+
+    # The text that is put, and what stands in the message; read back it is what stands there. A line
+    # that is nothing but a dot leaves as a dot and a blank, of which the server takes the dot away.
+    BODIES = [
+        ("", b"\r\n"),
+        ("no end", b"no end\r\n"),
+        ("an end\r\n", b"an end\r\n\r\n"),
+        ("cr\rlf\ncrlf\r\n\n\rend", b"cr\r\nlf\r\ncrlf\r\n\r\n\r\nend\r\n"),
+        (".", b" \r\n"),
+        (".\r\nafter", b" .\r\nafter\r\n"),
+        ("before\r\n.\r\nafter\n.\nlast\r\n.", b"before\r\n \r\nafter\r\n \r\nlast\r\n \r\n"),
+        (".one\r\n..two\n...three\r.", b".one\r\n..two\r\n...three\r\n \r\n"),
+        ("Gr\u00fc\u00dfe \u20ac \u00ff\u00a0.", b"Gr\xfc\xdfe \x80 \xff\xa0.\r\n"),
+        ("\u4e2d\u6587", b"??\r\n"),
+        ("a\0b\tc\x1ad\x7f", b"a\0b\tc\x1ad\x7f\r\n"),
+        ("long " * 2000, b"long " * 2000 + b"\r\n"),
+        (".x\r\n" * 50000, b".x\r\n" * 50000 + b"\r\n"),
+    ]
+
+    # What is put, and what stands in the message.
+    SUBJECTS = [
+        ("", b""),
+        ("plain", b"plain"),
+        ("one\r\nBcc: eve@example.com", b"one Bcc: eve@example.com"),
+        ("a\rb\n\nc\0d", b"a b c d"),
+        ("Gr\u00fc\u00dfe \u20ac", b"Gr\xfc\xdfe \x80"),
+    ]
+
+    def test_texts(self):
+        texts, expected = [], []
+        for number, (text, wire) in enumerate(self.BODIES):
+            subject, field = self.SUBJECTS[number % len(self.SUBJECTS)]
+            texts.append([subject, text, field.decode("cp1252"), wire.decode("cp1252")])
+            expected.append((field, wire))
+        with MailHost() as host:
+            self.run_mail("texts.js", host.smtp, host.pop,
+                          before=f"var texts = {json.dumps(texts)};\n")
+            sent = [(re.search(rb"^Subject: (.*)\r$", message, re.M)[1], body(message))
+                    for message in host.received()]
+        for got, wanted in zip(sent, expected, strict=True):
+            self.assertEqual(wanted, got)
+
+    def test_no_field_can_start_another(self):
+        with MailHost() as host:
+            self.run_mail("fields.js", host.smtp, host.pop)
+            message, = host.received()
+        self.assertEqual(b"text\r\n", body(message))
+        self.assertNotRegex(message, rb"(?m)^X-Evil")
+        inside = re.findall(rb"\S X-Evil: (\d)", message)
+        self.assertEqual([b"%d" % n for n in range(1, 5)], sorted(inside))
+
+    def test_no_command_can_carry_another(self):
+        with MailHost() as host:
+            self.run_mail("refused.js", host.smtp, host.pop)
+            self.assertEqual("", host.log.read_text())
+
+    def test_protocol_log(self):
+        with MailHost() as host:
+            self.run_mail("logging.vbs", host.smtp, host.pop)
+            self.assertEqual(2, len(host.received()))
+        log = (self.directory / "POPDUMP.TXT").read_bytes()
+        self.assertTrue(log.endswith(b"\r\n"))
+        self.assertNotIn(b"secret", log)
+        lines = log.decode("ascii").split("\r\n")
+        self.assertEqual(1, lines.count("POP Tx: PASS ****"))
+        for step in ("SMTP Tx: MAIL FROM: <ann@example.com>", "SMTP Tx: RCPT TO: <bob@example.com>",
+                     "SMTP Tx: DATA", "SMTP Rx: 250 message accepted", "POP Tx: TOP 1 0",
+                     "Subject: Logged"):
+            self.assertEqual(1, lines.count(step), step)
+        self.assertRegex(lines[0], r"^--- Starting SMTP Send Method \S.* ---$")
+        for milestone in ("Attempting to connect... ", "Sending message... ",
+                          "Sending terminator... ", "Message sent successfully! "):
+            self.assertRegex(log.decode(), rf"(?m)^[^\r]*\d {re.escape(milestone)}\r$")
+
+
+# Texts of failures.
+SMTP_INVALID = (6003, "An invalid response was received from the SMTP server.")
+SMTP_SILENT = (6027, "Network communications timed out.")
+SMTP_STALLED = (6028, "Network communications timed out.")
+SMTP_LOST = (6029, "Unknown network error on send.")
+SMTP_NO_CONNECTION = (6002, "Failed to Logon to SMTP server.")
+SMTP_TEXT_LOST = (6011, "Unknown error occurred while sending message text.")
+SMTP_END_LOST = (6013, "Error occurred while sending message terminator.")
+SMTP_SOME_REFUSED = (6020, "One or more bad recipients, but message was sent to good recipients.")
+SMTP_COMMAND = "SMTP command error.  Is this really an SMTP server?"
+SMTP_SERVER = "SMTP server error ."
+NO_MAILBOX = "SMTP mailbox doesn't exist."
+TOO_MUCH = "Exceeded SMTP storage allocation."
+POP_NO_CONNECTION = (6002, "Could not connect to POP server.")
+POP_SILENT = (6027, "Communications with the POP server timed out.")
+POP_LOST = (6029, "Unknown network error.")
+NOT_POP = "The server port is not a POP server.  Server response: "
+FINE = (0, "")
+
+# The faults of the host, how Send ends, and how long the text is if that matters.
+SEND_CASES = [
+    ("at * split byte", FINE),
+    ("at * multiline", FINE),
+    ("at * delay 100", FINE),
+    ("at terminator drop after", FINE),
+    ("at HELO 1 reply 502 say it otherwise", FINE),
+    ("at HELO reply 550 go away", (6550, NO_MAILBOX)),
+    ("at RSET 1 reply 220 me again", FINE),
+    ("at MAIL 1 reply 503 say HELO first", FINE),
+    ("at RCPT 1 reply 251 forwarded", FINE),
+    ("at RCPT 2 reply 551 user not local; please try <other@example.com>", FINE),
+    ("at RCPT 2 reply 551 user not local", SMTP_INVALID),
+    ("at RCPT 2 reply 550 no such user", SMTP_SOME_REFUSED),
+    ("at RCPT 1 reply 550 no such user\nat RCPT 3 reply 550-no\\r\\n550 such user",
+     SMTP_SOME_REFUSED),
+    ("at RCPT reply 550 no such user", (6503, SMTP_COMMAND)),
+    ("at RCPT 2 reply 501 what", (6556, "Recipient not local, mail refused by SMTP server.")),
+    ("at RCPT 2 reply 553 what", (6553, "SMTP mailbox syntax error.")),
+    ("at RCPT 2 reply 552 too much", (6552, TOO_MUCH)),
+    ("at RCPT 2 reply 450 later", (6450, "SMTP mailbox busy.")),
+    ("at RCPT 2 reply 452 full", (6452, "SMTP server disk full.")),
+    ("at RCPT 2 reply 555 what", (6555, "SMTP invalid sender address (From property).")),
+    ("at greeting reply 421 closing", (6421, "SMTP service unavailable.")),
+    ("at greeting reply 554 no", (6554, SMTP_SERVER)),
+    ("at MAIL reply 421 closing", (6421, "SMTP service unavailable.")),
+    ("at MAIL reply 552 too much", (6552, TOO_MUCH)),
+    ("at MAIL reply 354 go on", SMTP_INVALID),
+    ("at MAIL reply 199 what", SMTP_INVALID),
+    ("at MAIL reply \\x20", SMTP_INVALID),
+    ("at DATA reply 451 later", (6451, SMTP_SERVER)),
+    ("at DATA reply 250 fine", SMTP_INVALID),
+    ("at terminator reply 550 no", (6550, NO_MAILBOX)),
+    ("at terminator reply 552 too much", (6552, TOO_MUCH)),
+    ("at terminator reply 554 no", (6554, SMTP_SERVER)),
+    ("at body reply 552 too much", (6552, TOO_MUCH), 4_000_000),
+    ("at greeting garbage 5000 lines", SMTP_INVALID),
+    ("at RCPT 2 garbage 5000 lines", SMTP_INVALID),
+    ("at terminator garbage 5000 lines", SMTP_INVALID),
+    ("at greeting garbage 5000", SMTP_SILENT),
+    *((f"at {step} drop", SMTP_LOST) for step in ("greeting", "HELO", "RSET", "MAIL", "DATA")),
+    *((f"at {step} drop mid", SMTP_LOST) for step in ("greeting", "MAIL", "RCPT 2", "DATA")),
+    ("at terminator drop", SMTP_END_LOST),
+    ("at terminator drop mid", SMTP_END_LOST),
+    ("at body drop", SMTP_TEXT_LOST, 4_000_000),
+    *((f"at {step} silent", SMTP_SILENT)
+      for step in ("greeting", "HELO", "MAIL", "RCPT 2", "DATA", "terminator")),
+    ("at body stall", SMTP_STALLED, 6_000_000),
+]
+
+# The faults of the host, the operation and how it ends; "*" stands for any text.
+READ_CASES = [
+    ("at * split byte", "headers", FINE),
+    ("at * split byte", "message", FINE),
+    ("at * delay 100", "delete", FINE),
+    ("at greeting reply -ERR come back later", "login", (6008, NOT_POP + "come back later")),
+    ("at greeting reply 220 ready", "headers", (6008, NOT_POP + "220 ready")),
+    ("at greeting garbage 5000 lines", "headers", (6008, "*")),
+    ("at USER reply -ERR who is joe?", "login", (6014, "who is joe?")),
+    ("at PASS reply -ERR [AUTH] no", "headers", (6015, "[AUTH] no")),
+    ("at PASS reply -ERR [IN-USE] maildrop Busy", "login",
+     (6016, "The maildrop is busy (another client logged in?).")),
+    ("at STAT reply -ERR no", "headers", (6023, "The POP STAT command failed.")),
+    ("at STAT reply +OK what", "headers",
+     (6004, "An invalid response was received from the POP server.")),
+    ("at TOP 2 reply -ERR no", "headers", (6024, "The POP TOP command failed.")),
+    ("at TOP 2 garbage 5000 lines", "headers", (6024, "The POP TOP command failed.")),
+    ("at UIDL reply -ERR no", "identifiers", (6025, "The POP UIDL command failed.")),
+    ("at RETR reply -ERR no", "message", (6021, "The POP RETRIEVE command failed.")),
+    ("at DELE reply -ERR no", "delete", (6017, "The POP message deletion failed.")),
+    ("at QUIT reply -ERR no", "logout", (6020, "The POP QUIT command failed.")),
+    ("at QUIT drop", "logout", FINE),
+    *((f"at {step} drop", "headers", POP_LOST)
+      for step in ("greeting", "USER", "PASS", "STAT", "TOP 2")),
+    ("at UIDL drop mid", "identifiers", POP_LOST),
+    ("at TOP 2 drop mid", "headers", POP_LOST),
+    ("at RETR drop", "message", POP_LOST),
+    ("at RETR truncate 30", "message", POP_LOST),
+    ("at DELE drop mid", "delete", POP_LOST),
+    *((f"at {step} silent", "headers", POP_SILENT) for step in ("greeting", "PASS", "STAT", "TOP")),
+    ("at UIDL silent", "identifiers", POP_SILENT),
+    ("at RETR silent", "message", POP_SILENT),
+    ("at DELE silent", "delete", POP_SILENT),
+]
+
+MAILBOX = [b"From: x@example.com\r\nSubject: %d\r\n\r\ntext\r\n" % n for n in range(3)]
+
+
+def quoted(text):
+    """A VBScript text."""
+    return '"' + text.replace('"', '""') + '"'
+
+
+class Failures(MailRoad):
+    """How failures look to the client. A host for each case costs less than a script for each. The
+    time limit of a script is what its cases may take together, with time-outs of 2 s; with those
+    that a new object has it is passed."""
+
+    def run_failures(self, lines, patience=0):
+        """Runs failures.vbs with calls behind it; the messages that the good host got."""
+        with MailHost() as smtp, MailHost(MAILBOX) as pop:
+            self.run_mail("failures.vbs", smtp.smtp, pop.pop, after="\n".join(lines) + "\n",
+                          timeout=60 + patience)
+            return smtp.received()
+
+    def run_cases(self, cases, call):
+        """Each case at a host with its faults; `call` makes the line from a case and its host."""
+        with contextlib.ExitStack() as stack:
+            lines = [call(stack.enter_context(MailHost(MAILBOX, faults=case[0])), *case)
+                     for case in cases]
+            silent = sum(1 for case in cases if SMTP_SILENT in case or POP_SILENT in case)
+            return self.run_failures(lines, patience=3 * silent)
+
+    @staticmethod
+    def send_ends(what, port, ending, size=10):
+        number, text = ending
+        return f"SendEnds {quoted(what)}, {port}, {size}, {number}, {quoted(text)}"
+
+    @staticmethod
+    def read_ends(what, port, operation, ending):
+        number, text = ending
+        return f"ReadEnds {quoted(what)}, {port}, {quoted(operation)}, {number}, {quoted(text)}"
+
+    def test_sending(self):
+        def call(host, faults, *rest):
+            return self.send_ends(faults.replace("\n", "; "), host.smtp, *rest)
+
+        received = self.run_cases(SEND_CASES, call)
+        self.assertEqual([b"once more\r\n"] * len(SEND_CASES), [body(m) for m in received])
+
+    def test_reading(self):
+        def call(host, faults, *rest):
+            return self.read_ends(faults, host.pop, *rest)
+
+        self.run_cases(READ_CASES, call)
+
+    def test_a_refusal_leaves_the_session_open(self):
+        faults = "".join(f"at {step} reply -ERR no\n" for step in ("TOP 2", "RETR 1", "DELE 1"))
+        with MailHost(MAILBOX, faults=faults + "at RCPT 2 reply 550 no") as host:
+            self.run_mail("sessions.vbs", host.smtp, host.pop)
+            log = host.log.read_text()
+            self.assertEqual(MAILBOX[:2], host.received()[:2])
+            self.assertEqual(2 + 2, len(host.received()))
+        self.assertEqual((1, 1), (log.count("POP -- connected"), log.count("SMTP -- connected")))
+
+    def test_a_server_that_hangs_up_between_calls(self):
+        with MailHost(MAILBOX[:1], faults="at terminator drop after\nat TOP drop after") as host:
+            self.run_mail("hanging_up.vbs", host.smtp, host.pop)
+
+    def test_connecting(self):
+        """Nobody listens; somebody listens and lets nobody in; the other protocol's port."""
+        with contextlib.ExitStack() as stack:
+            closed, full = (stack.enter_context(socket.socket()) for _ in range(2))
+            closed.bind(("127.0.0.1", 0))
+            full.bind(("127.0.0.1", 0))
+            full.listen(0)
+            for _ in range(8):
+                waiting = stack.enter_context(socket.socket())
+                waiting.setblocking(False)
+                waiting.connect_ex(full.getsockname())
+            host = stack.enter_context(MailHost(MAILBOX))
+            lines = [
+                self.send_ends("POP port", host.pop, SMTP_INVALID),
+                self.read_ends("SMTP port", host.smtp, "headers",
+                               (6008, NOT_POP + "220 localhost SMTP mailhost")),
+            ]
+            for name, nobody in (("closed", closed), ("full", full)):
+                port = nobody.getsockname()[1]
+                lines += [self.send_ends(name, port, SMTP_NO_CONNECTION),
+                          self.read_ends(name, port, "headers", POP_NO_CONNECTION)]
+            self.run_failures(lines)
+
+
+@unittest.skipIf(realservers.missing(), f"{realservers.missing()} is not installed")
+class RealServers(MailRoad):
+    def test_quillon_to_exim_to_dovecot_to_quillon(self):
+        with realservers.RealServers() as servers:
+            self.run_mail("through_exim.vbs", servers.smtp, servers.pop)
+            servers.wait_for(2)
+            message, = [m for m in servers.messages() if b"\nSubject: Through Exim\n" in m]
+            self.assertNotIn(b"far@elsewhere.test", message)
+            text = b"First\n\n.dots\n..more\n\xe4\n" + b"x" * 900 + b"\n"
+            self.assertEqual(text, message.split(b"\n\n", 1)[1])
+            self.assertEqual(sorted(servers.messages()), sorted(self.fetch_with_mpop(servers.pop)))
+            self.run_mail("from_dovecot.vbs", servers.smtp, servers.pop)
+            self.assertEqual([], servers.messages())
+
+    def fetch_with_mpop(self, port):
+        """What another mail program gets from the mailbox."""
+        with tempfile.TemporaryDirectory(prefix="mpop-") as folder:
+            maildir = pathlib.Path(folder, "Maildir")
+            for name in ("new", "cur", "tmp"):
+                (maildir / name).mkdir(parents=True)
+            subprocess.run(
+                ["mpop", "--host=127.0.0.1", f"--port={port}", "--user=joe", "--auth=user",
+                 "--passwordeval=echo secret", "--tls=off", "--keep=on", "--received-header=off",
+                 f"--uidls-file={folder}/uidls", f"--delivery=maildir,{maildir}"],
+                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, check=True, timeout=30)
+            return [file.read_bytes() for file in (maildir / "new").iterdir()]
+
+    def test_two_hundred_messages(self):
+        with realservers.RealServers() as servers:
+            servers.put(b"From: x@example.com\nSubject: Message %d\n\ntext\n" % number
+                        for number in range(200))
+            self.run_mail("many.vbs", servers.smtp, servers.pop, 200)
+
+
+if __name__ == "__main__":
+    unittest.main()
