@@ -20,6 +20,7 @@ HeaderRecord& HeaderCollector::RecordOf(std::uint32_t number) {
   if (number == current_) return table_.back();
   const auto [found, isNew] = indexes_.try_emplace(number, table_.size());
   if (!isNew) return table_[found->second];
+  ReadLines();
   current_ = number;
   headerBytes_ = 0;
   reader_.Reset();
@@ -31,12 +32,23 @@ void HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view line) 
   RecordOf(number);
   headerBytes_ += line.size();
   if (headerBytes_ > kMostHeaderBytes) return;
-  reader_.Store(table_, table_.size() - 1, line, options_.dateFormat);
+  lines_.append(line).push_back('\n');
+}
+
+void HeaderCollector::ReadLines() {
+  std::string_view rest = lines_;
+  while (!rest.empty()) {
+    const auto length = rest.find('\n');
+    reader_.Store(table_, table_.size() - 1, rest.substr(0, length), options_.dateFormat);
+    rest.remove_prefix(length + 1);
+  }
+  lines_.clear();
 }
 
 bool HeaderCollector::OnHeaderEnd(std::uint32_t number) {
-  const auto& record = RecordOf(number);
-  if (options_.unreadOnly && IsRead(record)) {
+  RecordOf(number);
+  if (options_.unreadOnly) ReadLines();
+  if (options_.unreadOnly && IsRead(table_.back())) {
     table_.pop_back();
     indexes_.erase(number);
     current_ = 0;

@@ -1,4 +1,6 @@
 // Fills a header table from what the POP session reads. The records hold the bytes of the wire.
+//
+// The lines of a header are kept until the next one has been asked for, and read then.
 #pragma once
 
 #include <cstddef>
@@ -23,21 +25,27 @@ class HeaderCollector final : public HeaderSink {
  public:
   explicit HeaderCollector(HeaderOptions options) : options_(std::move(options)) {}
 
-  HeaderTable& Table() noexcept { return table_; }
+  HeaderTable& Table() {
+    ReadLines();
+    return table_;
+  }
 
   void OnHeaderLine(std::uint32_t number, std::string_view line) override;
   bool OnHeaderEnd(std::uint32_t number) override;
+  void OnNextRequested() override { ReadLines(); }
   void OnIdentifier(std::uint32_t number, std::string_view identifier) override;
 
  private:
   HeaderRecord& RecordOf(std::uint32_t number);
+  void ReadLines();
 
   HeaderOptions options_;
   HeaderTable table_;
   HeaderLineReader reader_;
   std::unordered_map<std::uint32_t, std::size_t> indexes_;  // of the records, by message number
   std::uint32_t current_ = 0;                               // message number of the last record
-  std::size_t headerBytes_ = 0;                             // read of the current header
+  std::size_t headerBytes_ = 0;                             // come of the current header
+  std::string lines_;                                       // of it, each with a LF, to be read yet
 };
 
 }  // namespace quillon

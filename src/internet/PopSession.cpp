@@ -225,9 +225,13 @@ void PopSession::OnDataEnd() {
   ReplyCame();
   switch (lastCommand_) {
     case Command::Top:
-      if (headers_->OnHeaderEnd(number_)) return NextHeader();
-      Status("Headers loaded successfully.");
-      return Finish(kSessionSuccess);
+      if (headers_->OnHeaderEnd(number_)) {
+        NextHeader();
+      } else {
+        Status("Headers loaded successfully.");
+        Finish(kSessionSuccess);
+      }
+      return headers_->OnNextRequested();
     case Command::Uidl:
       Status("Identifiers loaded successfully.");
       return Finish(kSessionSuccess);

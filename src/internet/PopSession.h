@@ -32,6 +32,9 @@ class HeaderSink {
   virtual void OnHeaderLine(std::uint32_t number, std::string_view line) = 0;
   // The header of this message is whole. False: enough.
   virtual bool OnHeaderEnd(std::uint32_t number) = 0;
+  // The command after that header is on its way: what need not be done before it goes on while the
+  // server works.
+  virtual void OnNextRequested() = 0;
   virtual void OnIdentifier(std::uint32_t number, std::string_view identifier) = 0;
 };
 
