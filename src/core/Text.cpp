@@ -1,16 +1,6 @@
 #include "core/Text.h"
 
-#include <algorithm>
-
 namespace quillon {
-
-namespace {
-
-char UpperChar(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-}  // namespace
 
 std::string_view Trim(std::string_view text) {
   const auto first = text.find_first_not_of(' ');
@@ -24,14 +14,8 @@ std::string TrimmedCopy(std::string_view text) {
 
 std::string UpperAscii(std::string_view text) {
   std::string upper(text);
-  std::transform(upper.begin(), upper.end(), upper.begin(), UpperChar);
+  for (char& c : upper) c = UpperAscii(c);
   return upper;
-}
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
-  return left.size() == right.size() &&
-         std::equal(left.begin(), left.end(), right.begin(),
-                    [](char a, char b) { return UpperChar(a) == UpperChar(b); });
 }
 
 std::vector<std::string> Split(std::string_view text, std::string_view delimiter) {

@@ -2,6 +2,7 @@
 // field names need.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,8 +14,18 @@ namespace quillon {
 std::string_view Trim(std::string_view text);
 std::string TrimmedCopy(std::string_view text);
 
+constexpr char UpperAscii(char c) noexcept {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
 std::string UpperAscii(std::string_view text);
-bool EqualsIgnoreCase(std::string_view left, std::string_view right);
+
+// Here, because tables are searched with it and most comparisons end at the length or the first
+// letter.
+constexpr bool EqualsIgnoreCase(std::string_view left, std::string_view right) noexcept {
+  return left.size() == right.size() &&
+         std::equal(left.begin(), left.end(), right.begin(),
+                    [](char a, char b) { return UpperAscii(a) == UpperAscii(b); });
+}
 
 // The pieces between the delimiters; an empty text is one empty piece.
 std::vector<std::string> Split(std::string_view text, std::string_view delimiter);
