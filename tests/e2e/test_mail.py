@@ -87,8 +87,8 @@ class ThereAndBack(MailRoad):
         self.assertEqual("Dear all,\n\nthe minutes are done.\n",
                          parsed.get_content().replace("\r\n", "\n"))
 
-    # The text that is put, and what stands in the message; read back it is what stands there. A line
-    # that is nothing but a dot leaves as a dot and a blank, of which the server takes the dot away.
+    # The text that is put, and what stands in the message; read back it is what stands there. A
+    # line that is nothing but a dot leaves as a dot and a blank, and the server takes the dot away.
     BODIES = [
         ("", b"\r\n"),
         ("no end", b"no end\r\n"),
