@@ -1,4 +1,4 @@
-"""The registered server as other processes use it: binding, lifetime, several clients, the registry."""
+"""The registered server as other processes use it: calls, lifetime, several clients, the registry."""
 
 import os
 import pathlib
@@ -43,7 +43,6 @@ class Calls(RegisteredServer):
         for script in ("calls.vbs", "calls.js"):
             with self.subTest(script):
                 self.run_file(script)
-                self.server_ends()
 
 
 class Lifetime(RegisteredServer):

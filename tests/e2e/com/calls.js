@@ -14,4 +14,3 @@ mail.AddRecipientTo("a@x,b@x");
 var all = "";
 for (var e = new Enumerator(mail.MessageItems(1)); !e.atEnd(); e.moveNext()) all += e.item() + ";";
 same("an enumerator", "a@x;b@x;", all);
-e = null;
