@@ -23,8 +23,7 @@ class Count:
         return self
 
     def __str__(self):
-        skipped = f", {self.skipped} skipped" if self.skipped else ""
-        return f"{self.passed} passed, {self.failed} failed{skipped}"
+        return f"{self.passed} passed, {self.failed} failed"
 
 
 def build(preset, *targets):
@@ -127,7 +126,8 @@ def main(names):
         title, section = SECTIONS[name]
         print(f"\n== {title}", flush=True)
         count = section()
-        print(count, flush=True)
+        skipped = f", {count.skipped} skipped" if count.skipped else ""
+        print(f"{count}{skipped}", flush=True)
         total += count
     print(f"\n{total}")
     return 0 if total.passed and not total.failed else 1
