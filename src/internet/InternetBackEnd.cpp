@@ -153,13 +153,19 @@ std::int32_t InternetBackEnd::Send(MailRequest& request) {
     throw ServerError(530, "Internet mail cannot send attachments or alternative bodies yet.");
   }
   PrepareSmtp(request);
+  std::string remembered;
   const auto result = Engine().Send(SmtpSettingsOf(request), ComposeMessage(request),
-                                    Bytes(request.shared.switches.envelopeRecipient));
+                                    Bytes(request.shared.switches.envelopeRecipient),
+                                    [&] { remembered = RememberedServer(); });
   message.refusedRecipients.clear();
   for (const auto& recipient : Engine().RefusedRecipients()) {
     message.refusedRecipients.push_back(Text(recipient));
   }
-  if (result == kBackEndSuccess || result == kSomeRefused) RememberServer(SmtpHost(request));
+  const auto host = SmtpHost(request);
+  const bool sent = result == kBackEndSuccess || result == kSomeRefused;
+  if (sent && host != remembered) {
+    ports_.configuration.WriteString(kConfigurationSection, kConfigurationKey, host);
+  }
   return Report(request, Adapter::Smtp, result, "Failed to send the message.");
 }
 
@@ -282,15 +288,12 @@ std::int32_t InternetBackEnd::Report(const MailRequest& request, Adapter adapter
 }
 
 std::string InternetBackEnd::SmtpHost(const MailRequest& request) const {
-  if (!request.instance.smtpServer.empty()) return request.instance.smtpServer;
-  return ports_.configuration.ReadString(kConfigurationSection, kConfigurationKey);
+  const auto& host = request.instance.smtpServer;
+  return host.empty() ? RememberedServer() : host;
 }
 
-void InternetBackEnd::RememberServer(const std::string& host) {
-  auto& configuration = ports_.configuration;
-  if (configuration.ReadString(kConfigurationSection, kConfigurationKey) != host) {
-    configuration.WriteString(kConfigurationSection, kConfigurationKey, host);
-  }
+std::string InternetBackEnd::RememberedServer() const {
+  return ports_.configuration.ReadString(kConfigurationSection, kConfigurationKey);
 }
 
 bool InternetBackEnd::AskForLogin(const MailRequest& request, const char* caption,

@@ -83,6 +83,7 @@ class InternetBackEnd final : public BackEnd {
   std::int32_t LoginSmtp(MailRequest& request);
   std::int32_t LoadHeaders(MailRequest& request, bool identifiersOnly);
   std::string SmtpHost(const MailRequest& request) const;
+  std::string RememberedServer() const;  // of the configuration file
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
   bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
@@ -90,7 +91,6 @@ class InternetBackEnd final : public BackEnd {
   PopSettings PopSettingsOf(const MailRequest& request) const;
   OutgoingMessage ComposeMessage(const MailRequest& request) const;
   void StoreMessage(MailRequest& request, MessageCollector& collector) const;
-  void RememberServer(const std::string& host);
   smtppop& Engine();
 
   // Bytes of the wire as text, and text as bytes.
