@@ -59,22 +59,30 @@ std::string EncodeEveryByte(std::string_view bytes) {
   return text;
 }
 
-// Decoding the start of a line up to its cut and then the rest must give what the whole line gives.
-void CheckCut(std::string_view line, size_t at) {
+std::string DecodeLine(std::string_view line, bool& soft, const quillon::CodecKernel& kernel) {
+  std::string out(line.size(), '\0');
+  out.resize(quillon::DecodeQuotedPrintableLine(
+      std::span(reinterpret_cast<const uint8_t*>(line.data()), line.size()),
+      reinterpret_cast<uint8_t*>(out.data()), soft, kernel));
+  return out;
+}
+
+// Decoding the start of a line up to its cut and then the rest must give what the whole line gives,
+// whatever the kernel.
+void CheckLine(std::string_view line, size_t at) {
   const auto bytes = std::span(reinterpret_cast<const uint8_t*>(line.data()), line.size());
   const size_t cut = quillon::QuotedPrintableCut(bytes.first(at));
   Require(cut <= at);
-  std::string whole(line.size(), '\0');
-  std::string pieces(line.size(), '\0');
-  auto* const wholeOut = reinterpret_cast<uint8_t*>(whole.data());
-  auto* const piecesOut = reinterpret_cast<uint8_t*>(pieces.data());
   bool soft = false;
-  bool softRest = false;
-  whole.resize(quillon::DecodeQuotedPrintableLine(bytes, wholeOut, soft));
-  size_t size = quillon::DecodeQuotedPrintablePiece(bytes.first(cut), piecesOut);
-  size += quillon::DecodeQuotedPrintableLine(bytes.subspan(cut), piecesOut + size, softRest);
-  pieces.resize(size);
-  Require(whole == pieces && soft == softRest);
+  const std::string whole = DecodeLine(line, soft, quillon::kScalarKernel);
+  for (const quillon::CodecKernel* const kernel : quillon::UsableKernels()) {
+    bool softRest = false;
+    std::string pieces(cut, '\0');
+    auto* const out = reinterpret_cast<uint8_t*>(pieces.data());
+    pieces.resize(quillon::DecodeQuotedPrintablePiece(bytes.first(cut), out, *kernel));
+    pieces += DecodeLine(line.substr(cut), softRest, *kernel);
+    Require(whole == pieces && soft == softRest);
+  }
 }
 
 }  // namespace
@@ -85,6 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Require(DecodeFile(text) == DecodeLines(text));
   Require(DecodeFile(EncodeEveryByte(text)) == text);
   const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
-  CheckCut(line, line.size() * data[0] / 255);
+  CheckLine(line, line.size() * data[0] / 255);
   return 0;
 }

@@ -15,7 +15,7 @@ packages=(
   # the mail road: other people's servers and clients
   dovecot-pop3d mpop
   # what the benchmarks compare with
-  libcurl4-openssl-dev zlib1g-dev
+  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0 sharutils
 )
 
 say() { printf 'setup: %s\n' "$*"; }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace quillon {
 namespace {
@@ -34,11 +33,12 @@ size_t LengthWithoutBlanks(std::span<const uint8_t> text) {
 
 }  // namespace
 
-size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak) {
+size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak,
+                                 const CodecKernel& kernel) {
   line = line.first(LengthWithoutBlanks(line));
   softBreak = !line.empty() && line.back() == '=';
   if (softBreak) line = line.first(line.size() - 1);
-  return DecodeQuotedPrintablePiece(line, out);
+  return DecodeQuotedPrintablePiece(line, out, kernel);
 }
 
 size_t QuotedPrintableCut(std::span<const uint8_t> start) {
@@ -50,25 +50,25 @@ size_t QuotedPrintableCut(std::span<const uint8_t> start) {
   return length;
 }
 
-size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out) {
+size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out,
+                                  const CodecKernel& kernel) {
   const uint8_t* const start = out;
   const uint8_t* at = piece.data();
   const uint8_t* const end = at + piece.size();
   while (at != end) {
-    const size_t left = static_cast<size_t>(end - at);
-    const void* const found = std::memchr(at, '=', left);
-    const size_t plain =
-        found == nullptr ? left : static_cast<size_t>(static_cast<const uint8_t*>(found) - at);
-    std::memmove(out, at, plain);
+    const size_t plain = kernel.copyPlain(at, static_cast<size_t>(end - at), out);
     out += plain;
     at += plain;
     if (at == end) break;
-    if (end - at >= 3 && kDigits[at[1]] >= 0 && kDigits[at[2]] >= 0) {
-      *out++ = static_cast<uint8_t>(kDigits[at[1]] << 4 | kDigits[at[2]]);
-      at += 3;
-    } else {
-      *out++ = *at++;
-    }
+    // Escapes often come in pairs.
+    do {
+      if (end - at >= 3 && kDigits[at[1]] >= 0 && kDigits[at[2]] >= 0) {
+        *out++ = static_cast<uint8_t>(kDigits[at[1]] << 4 | kDigits[at[2]]);
+        at += 3;
+      } else {
+        *out++ = *at++;
+      }
+    } while (at != end && *at == '=');
   }
   return static_cast<size_t>(out - start);
 }

@@ -5,13 +5,16 @@
 #include <cstdint>
 #include <span>
 
+#include "codec/kernels/CodecKernel.h"
+
 namespace quillon {
 
 // Decodes a line, given without its line end, and returns the number of bytes written, never more
 // than the line has. `softBreak` tells whether the line ends in "=", so that the next one continues
 // it. Blanks at the end of the line, which only transport can have added, are dropped; "=" before
 // anything but two hexadecimal digits stands for itself.
-size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak);
+size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak,
+                                 const CodecKernel& kernel = BestKernel());
 
 // How much of the start of a line, whose rest is not known yet, can be decoded by itself with the
 // function below: not blanks at its end, nor an "=" without its two digits.
@@ -19,6 +22,7 @@ size_t QuotedPrintableCut(std::span<const uint8_t> start);
 
 // Decodes the middle of a line: as above, but there are no blanks to drop and no soft break to
 // find.
-size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out);
+size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out,
+                                  const CodecKernel& kernel = BestKernel());
 
 }  // namespace quillon

@@ -1,5 +1,7 @@
 // Every kernel that this processor can run must do what the scalar one does, down to the byte where
 // it stops.
+#include <algorithm>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <random>
 #include <utility>
@@ -74,6 +76,21 @@ TEST_P(CodecKernelTest, EveryByteAtEveryPlace) {
       Bytes text(100, 'S');
       text[place] = static_cast<uint8_t>(byte);
       CheckDecoding(text, text);
+    }
+  }
+}
+
+TEST_P(CodecKernelTest, CopyingUpToAnEquals) {
+  for (size_t length = 0; length < 50; ++length) {
+    for (size_t place = 0; place <= length; ++place) {
+      Bytes text(length);
+      for (size_t i = 0; i < length; ++i) text[i] = static_cast<uint8_t>('a' + i);
+      if (place < length) text[place] = '=';
+      if (place + 5 < length) text[place + 5] = '=';
+      Bytes out(length);
+      ASSERT_EQ(GetParam()->copyPlain(text.data(), length, out.data()), place);
+      ASSERT_TRUE(
+          std::equal(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), out.begin()));
     }
   }
 }

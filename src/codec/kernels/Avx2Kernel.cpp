@@ -158,6 +158,7 @@ QUILLON_AVX2 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kAvx2Kernel = {"avx2", EncodeBase64, DecodeBase64, EncodeUu, DecodeUu};
+const CodecKernel kAvx2Kernel = {"avx2",   EncodeBase64, DecodeBase64,
+                                 EncodeUu, DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon

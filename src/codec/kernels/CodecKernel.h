@@ -1,4 +1,5 @@
-// The inner loops of base64 and uuencode: groups of 3 bytes to groups of 4 characters and back.
+// The inner loops of base64 and uuencode, groups of 3 bytes to groups of 4 characters and back, and
+// of quoted-printable.
 //
 // The scalar kernel is the truth. The others do the same with the vector instructions of one
 // generation of processors and are chosen when the program runs; every one handles whatever its
@@ -20,12 +21,17 @@ using EncodeGroups = void (*)(const uint8_t* in, size_t bytes, uint8_t* out);
 // uuencode alphabet is " " to "`" with both meaning 0.
 using DecodeGroups = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
 
+// Copies bytes up to the first "=" or the end, and returns how many. `out` has room for `length`
+// bytes and does not overlap `in`; what is behind the copied bytes may have been written to.
+using CopyPlain = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
+
 struct CodecKernel {
   const char* name;
   EncodeGroups encodeBase64;
   DecodeGroups decodeBase64;
   EncodeGroups encodeUu;
   DecodeGroups decodeUu;
+  CopyPlain copyPlain;
 };
 
 extern const CodecKernel kScalarKernel;

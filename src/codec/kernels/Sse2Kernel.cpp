@@ -81,10 +81,30 @@ size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
   return kScalarKernel.decodeUu(in, length, out);
 }
 
-#undef QUILLON_SSE2
+QUILLON_SSE2 unsigned CopyBlock(const uint8_t* in, uint8_t* out) {
+  const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8('='))));
+}
 
 }  // namespace
 
-const CodecKernel kSse2Kernel = {"sse2", EncodeBase64, DecodeBase64, EncodeUu, DecodeUu};
+__attribute__((target("sse2"))) size_t CopyPlainSse2(const uint8_t* in, size_t length, uint8_t* out) {
+  size_t done = 0;
+  for (; length - done >= 16; done += 16) {
+    const unsigned found = CopyBlock(in + done, out + done);
+    if (found != 0) return done + static_cast<size_t>(__builtin_ctz(found));
+  }
+  if (length < 16) return kScalarKernel.copyPlain(in, length, out);
+  if (done == length) return done;
+  // The last 16 bytes, some of them once more.
+  const unsigned found = CopyBlock(in + length - 16, out + length - 16);
+  return found == 0 ? length : length - 16 + static_cast<size_t>(__builtin_ctz(found));
+}
+
+#undef QUILLON_SSE2
+
+const CodecKernel kSse2Kernel = {"sse2",   EncodeBase64, DecodeBase64,
+                                 EncodeUu, DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon

@@ -140,6 +140,7 @@ QUILLON_SSSE3 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kSsse3Kernel = {"ssse3", EncodeBase64, DecodeBase64, EncodeUu, DecodeUu};
+const CodecKernel kSsse3Kernel = {"ssse3",  EncodeBase64, DecodeBase64,
+                                  EncodeUu, DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon
