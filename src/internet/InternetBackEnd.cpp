@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/RecipientText.h"
+#include "core/Text.h"
 #include "internet/Address.h"
 #include "internet/InternetErrorText.h"
 #include "internet/PopReply.h"
@@ -153,19 +154,13 @@ std::int32_t InternetBackEnd::Send(MailRequest& request) {
     throw ServerError(530, "Internet mail cannot send attachments or alternative bodies yet.");
   }
   PrepareSmtp(request);
-  std::string remembered;
   const auto result = Engine().Send(SmtpSettingsOf(request), ComposeMessage(request),
-                                    Bytes(request.shared.switches.envelopeRecipient),
-                                    [&] { remembered = RememberedServer(); });
+                                    Bytes(request.shared.switches.envelopeRecipient));
   message.refusedRecipients.clear();
   for (const auto& recipient : Engine().RefusedRecipients()) {
     message.refusedRecipients.push_back(Text(recipient));
   }
-  const auto host = SmtpHost(request);
-  const bool sent = result == kBackEndSuccess || result == kSomeRefused;
-  if (sent && host != remembered) {
-    ports_.configuration.WriteString(kConfigurationSection, kConfigurationKey, host);
-  }
+  if (result == kBackEndSuccess || result == kSomeRefused) RememberServer(SmtpHost(request));
   return Report(request, Adapter::Smtp, result, "Failed to send the message.");
 }
 
@@ -259,12 +254,16 @@ void InternetBackEnd::Abort() {
   if (engine_) engine_->Abort();
 }
 
-std::string InternetBackEnd::ErrorText(MailSystemId system, std::int32_t number) const {
+std::string InternetBackEnd::TableText(MailSystemId system, std::int32_t number) const {
   const bool popIsAtWork = engine_ && engine_->ProtocolSelector() == smtppop::Protocol::Pop;
   const bool pop =
       system == mail_system::kPop3 || (system == mail_system::kInternet && popIsAtWork);
-  auto text = pop ? PopErrorText(number, engine_ ? Text(engine_->LastPOPErrorDescription()) : "")
-                  : SmtpErrorText(number);
+  if (!pop) return SmtpErrorText(number);
+  return PopErrorText(number, engine_ ? Text(engine_->LastPOPErrorDescription()) : "");
+}
+
+std::string InternetBackEnd::ErrorText(MailSystemId system, std::int32_t number) const {
+  auto text = TableText(system, number);
   return text.empty() && number == lastNumber_ ? lastContext_ : text;
 }
 
@@ -278,9 +277,9 @@ std::int32_t InternetBackEnd::Report(const MailRequest& request, Adapter adapter
   lastNumber_ = result;
   lastContext_ = context;
   if (request.instance.errorDisplay != kFalse) {
-    const auto text = ErrorText(request.instance.mailSystem, result);
+    const auto text = TableText(request.instance.mailSystem, result);
     ports_.messageBox.Show(adapter == Adapter::Pop ? "POP Mail Error" : "SMTP Mail Error",
-                           lastContext_ + ": {" + std::to_string(result) + "} " + text,
+                           TrimmedCopy(lastContext_ + ": {" + std::to_string(result) + "} " + text),
                            MessageBoxPort::Icon::Critical);
   }
   if (result == kAborted) throw ServerError(kAborted);
@@ -288,12 +287,18 @@ std::int32_t InternetBackEnd::Report(const MailRequest& request, Adapter adapter
 }
 
 std::string InternetBackEnd::SmtpHost(const MailRequest& request) const {
-  const auto& host = request.instance.smtpServer;
-  return host.empty() ? RememberedServer() : host;
+  if (!request.instance.smtpServer.empty()) return request.instance.smtpServer;
+  return ports_.configuration.ReadString(kConfigurationSection, kConfigurationKey);
 }
 
-std::string InternetBackEnd::RememberedServer() const {
-  return ports_.configuration.ReadString(kConfigurationSection, kConfigurationKey);
+// Looks into the file only when the server has changed: a look takes longer than some messages do.
+void InternetBackEnd::RememberServer(const std::string& host) {
+  if (host == rememberedServer_) return;
+  auto& configuration = ports_.configuration;
+  if (configuration.ReadString(kConfigurationSection, kConfigurationKey) != host) {
+    configuration.WriteString(kConfigurationSection, kConfigurationKey, host);
+  }
+  rememberedServer_ = host;
 }
 
 bool InternetBackEnd::AskForLogin(const MailRequest& request, const char* caption,

@@ -83,7 +83,6 @@ class InternetBackEnd final : public BackEnd {
   std::int32_t LoginSmtp(MailRequest& request);
   std::int32_t LoadHeaders(MailRequest& request, bool identifiersOnly);
   std::string SmtpHost(const MailRequest& request) const;
-  std::string RememberedServer() const;  // of the configuration file
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
   bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
@@ -91,6 +90,8 @@ class InternetBackEnd final : public BackEnd {
   PopSettings PopSettingsOf(const MailRequest& request) const;
   OutgoingMessage ComposeMessage(const MailRequest& request) const;
   void StoreMessage(MailRequest& request, MessageCollector& collector) const;
+  void RememberServer(const std::string& host);
+  std::string TableText(MailSystemId system, std::int32_t number) const;
   smtppop& Engine();
 
   // Bytes of the wire as text, and text as bytes.
@@ -107,6 +108,7 @@ class InternetBackEnd final : public BackEnd {
   std::unique_ptr<smtppop> engine_;  // made on first use
   std::int32_t lastNumber_ = 0;      // of the last failure, and what failed
   std::string lastContext_;
+  std::string rememberedServer_;  // in the configuration file
   bool busy_ = false;
 };
 

@@ -77,8 +77,7 @@ std::int32_t smtppop::LogoutSMTP() {
 }
 
 std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message,
-                           const std::string& envelopeRecipient,
-                           const std::function<void()>& meanwhile) {
+                           const std::string& envelopeRecipient) {
   Enter(Protocol::Smtp);
   log_.WriteDebug("--- Starting SMTP Send Method " + LogTime(clock_.Now()) + " ---");
   settings.sender = BareAddress(message.from);
@@ -91,12 +90,6 @@ std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message
   MessageData data(BuildHeaderBlock(message, clock_.Now()), message.body);
   OnStatus("Sending headers...");
   smtp_.BeginSend(settings, std::move(envelope), data);
-  try {
-    meanwhile();
-  } catch (...) {
-    smtp_.Abort();  // it must not go on with data that is gone
-    throw;
-  }
   return WaitFor(smtp_);
 }
 

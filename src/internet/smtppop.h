@@ -8,7 +8,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,10 +30,8 @@ class smtppop : private StatusSink {
   std::int32_t LoginSMTP(const SmtpSettings& settings);
   std::int32_t LogoutSMTP();
   bool SMTPLoginStatus() const noexcept { return smtp_.LoginStatus(); }
-  // `meanwhile` runs when the server has got something to do; not when the message is not even
-  // begun.
   std::int32_t Send(SmtpSettings settings, const OutgoingMessage& message,
-                    const std::string& envelopeRecipient, const std::function<void()>& meanwhile);
+                    const std::string& envelopeRecipient);
   // The name's address as the server gives it; empty when it does not know the name.
   std::int32_t ResolveAddress(const SmtpSettings& settings, const std::string& name,
                               std::string& resolved);

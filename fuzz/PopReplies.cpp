@@ -1,0 +1,57 @@
+// The POP3 session against a server that says anything: every operation ends, with a result, and
+// the next one starts.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "FuzzNetwork.h"
+#include "internet/ProtocolLog.h"
+#include "internet/smtppop.h"
+
+namespace {
+
+class StillClock final : public quillon::LocalClock {
+ public:
+  quillon::LocalTime Now() const override { return {}; }
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using quillon::HeaderRequest;
+  using quillon::fuzz::Require;
+  std::string_view input(reinterpret_cast<const char*>(data), size);
+  quillon::fuzz::FuzzNetwork network(quillon::fuzz::TakeScript(input));
+  quillon::fuzz::MemoryFiles files;
+  quillon::ProtocolLog log(files, "/");
+  log.Start();
+  const StillClock clock;
+  quillon::smtppop engine(network, network, clock, log);
+
+  quillon::PopSettings settings;
+  settings.host = "127.0.0.1";
+  settings.loginName = "joe";
+  settings.password = "a-secret-that-nobody-says";
+
+  for (const auto kind :
+       {HeaderRequest::Kind::All, HeaderRequest::Kind::Identifiers, HeaderRequest::Kind::Single}) {
+    HeaderRequest request;
+    request.kind = kind;
+    quillon::HeaderCollector headers({50, size % 3 == 0, "FIXED"});
+    Require(engine.LoadMessageHeaders(settings, request, headers) != 0);
+    // What is kept is what was said, and no number that was told makes it more.
+    Require(headers.Table().size() <= size);
+  }
+  quillon::MessageCollector message({static_cast<std::int32_t>(size % 4), size % 2 == 0, ""});
+  Require(engine.LoadMessage(settings, 1, message) != 0);
+  Require(message.TakeText().size() <= 2 * size + 2);
+  Require(engine.DeleteMessage(settings, 1) != 0);
+  engine.LogoutPOP();
+  Require(!engine.POPLoginStatus());
+  const auto& dump = files.files["/POPDUMP.TXT"];
+  const bool logged =
+      std::string(dump.begin(), dump.end()).find(settings.password) != std::string::npos;
+  Require(!logged || input.find(settings.password) != std::string_view::npos);
+  return 0;
+}
