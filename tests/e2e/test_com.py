@@ -1,6 +1,5 @@
 """The registered server as other processes use it: calls, lifetime, several clients, the registry."""
 
-import os
 import pathlib
 import time
 import unittest
@@ -51,19 +50,7 @@ class Lifetime(RegisteredServer):
         self.server_ends()
 
     def test_objects_leave_no_handles(self):
-        read, write = os.pipe()
-        client = self.wine.start(winetest.CLIENTS / "EarlyBound.exe", "rounds", stdin=read)
-        os.close(read)
-        with os.fdopen(write, "w") as orders:
-            held = []
-            for number in range(1, 4):  # the first round is for what is made once
-                self.await_output(client, "ready", number)
-                [process] = self.wine.processes(SERVER)
-                held.append(len(os.listdir(f"/proc/{process}/fd")))
-                orders.write("go\n")
-                orders.flush()
-            self.assertLess(held[2], held[0] + 10, held)
-        self.assertEqual(0, client.wait().returncode)
+        self.run_early("rounds")
         self.server_ends()
 
     def test_the_server_comes_back_after_its_end(self):
@@ -74,13 +61,6 @@ class Lifetime(RegisteredServer):
     def test_a_start_without_a_client_ends(self):
         done = self.wine.run(winetest.SERVER, "/EMBEDDING", timeout=60)
         self.assertEqual(0, done.returncode, done.output)
-
-    def await_output(self, client, word, times):
-        deadline = time.monotonic() + 60
-        while client.output().split().count(word) < times:
-            self.assertIsNone(client.poll(), client.output())
-            self.assertLess(time.monotonic(), deadline, client.output())
-            time.sleep(0.05)
 
 
 class SeveralClients(RegisteredServer):

@@ -1,17 +1,21 @@
 // A client that is compiled against the type library, as C++, Delphi and VB6 programs are.
 //
 //   EarlyBound           checks the server through its vtable
-//   EarlyBound rounds    creates and releases 50 objects, says "ready", and does it again for
-//                        each line it reads
+//   EarlyBound rounds    creates and releases 200 objects, and counts the server's handles
 //
 // Prints what went wrong, and "early: ok" when nothing did. Exit status 0 or 1.
 #include <windows.h>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <ocidl.h>
 #include <oleauto.h>
 #include <string>
 #include <string_view>
+#include <tlhelp32.h>
+#include <vector>
+#include <winternl.h>
 
 #include "platform/win32/Bstr.h"
 #include "platform/win32/ComPtr.h"
@@ -184,16 +188,65 @@ void CheckAll() {
   CheckClassInfo();
 }
 
+DWORD ServerProcess() {
+  const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  PROCESSENTRY32W entry = {};
+  entry.dwSize = sizeof entry;
+  DWORD found = 0;
+  for (BOOL more = Process32FirstW(processes, &entry); more;
+       more = Process32NextW(processes, &entry)) {
+    if (lstrcmpiW(entry.szExeFile, L"quillon.exe") == 0) found = entry.th32ProcessID;
+  }
+  CloseHandle(processes);
+  return found;
+}
+
+// From the system's table of all handles, which begins with their number.
+std::size_t CountHandles(DWORD process) {
+  constexpr auto kSystemHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+  struct Entry {
+    ULONG owner;
+    BYTE type;
+    BYTE flags;
+    USHORT handle;
+    void* object;
+    ULONG access;
+  };
+  const auto query = reinterpret_cast<decltype(&NtQuerySystemInformation)>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+  std::vector<std::byte> table(1U << 20U);
+  ULONG size = 0;
+  if (query(kSystemHandleInformation, table.data(), static_cast<ULONG>(table.size()), &size) != 0) {
+    return 0;
+  }
+  ULONG count = 0;
+  std::memcpy(&count, table.data(), sizeof count);
+  std::size_t owned = 0;
+  for (ULONG i = 0; i < count; ++i) {
+    Entry entry;
+    std::memcpy(&entry, table.data() + sizeof count + i * sizeof entry, sizeof entry);
+    if (entry.owner == process) ++owned;
+  }
+  return owned;
+}
+
+std::size_t HandlesAfter(int rounds) {
+  for (int round = 0; round < rounds; ++round) {
+    const auto server = Create();
+    ComPtr<IDispatch> items;
+    Expect("put subject", S_OK, server->put_subject(Text("round").Get()));
+    Expect("MessageItems", S_OK, server->get_MessageItems(1, items.Put()));
+  }
+  return CountHandles(ServerProcess());
+}
+
 void MakeRounds() {
   const auto keep = Create();
-  std::string line;
-  do {
-    for (int round = 0; round < 50; ++round) {
-      const auto server = Create();
-      Expect("put subject", S_OK, server->put_subject(Text("round").Get()));
-    }
-    std::cout << "ready" << std::endl;
-  } while (std::getline(std::cin, line));
+  const std::size_t early = HandlesAfter(50);  // what is made once is there now
+  const std::size_t late = HandlesAfter(150);
+  Expect("handles are counted", true, early > 0);
+  std::cout << early << " handles after 50 rounds, " << late << " after 200\n";
+  Expect("few more handles", true, late < early + 20);
 }
 
 }  // namespace
