@@ -49,7 +49,7 @@ void SocketWriter::Break() {
 }
 
 void SocketWriter::OnSendReady() {
-  if (source_ != nullptr) return Pump();
+  if (written_) return Pump();
   Flush();
 }
 
