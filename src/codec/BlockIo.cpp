@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace quillon {
 namespace {
@@ -31,8 +32,8 @@ std::optional<size_t> ReadBlock(File& file, std::span<uint8_t> buffer) {
   return filled;
 }
 
-LineReader::LineReader(std::unique_ptr<File> file) : file_(std::move(file)) {
-  failed_ = file_ == nullptr;
+LineReader::LineReader(std::unique_ptr<File> file)
+    : file_(std::move(file)), failed_(file_ == nullptr) {
   if (file_) buffer_ = BufferFor(*file_, kBufferUnit);
 }
 
@@ -103,7 +104,8 @@ size_t LineReader::FindLineEnd() {
   return std::min(nextCr_, nextLf_);
 }
 
-OutputFile::OutputFile(FileSystem& files, const std::string& path) : files_(files), path_(path) {
+OutputFile::OutputFile(FileSystem& files, std::string path)
+    : files_(files), path_(std::move(path)) {
   if (!files_.RemoveFile(path_)) return;
   file_ = files_.Open(path_, OpenMode::kCreate);
   good_ = file_ != nullptr;

@@ -69,7 +69,7 @@ class LineReader {
 // succeeds.
 class OutputFile {
  public:
-  OutputFile(FileSystem& files, const std::string& path);
+  OutputFile(FileSystem& files, std::string path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();

@@ -86,14 +86,22 @@ std::string HalfOfDay(const DateTime& date, int) {
   return date.hour < 12 ? "AM" : "PM";
 }
 
+int HourOfHalf(const DateTime& date) {
+  return (date.hour + 11) % 12 + 1;
+}
+
 std::string ShortDate(const DateTime& date, int) {
-  return FormatDate(date, "m/d/yyyy");
+  return Number(date.month, 1) + "/" + Number(date.day, 1) + "/" + Number(date.year, 4);
 }
-std::string LongDate(const DateTime& date, int) {
-  return FormatDate(date, "dddd, mmmm d, yyyy");
+
+std::string LongDate(const DateTime& date, int hour) {
+  return WeekdayName(date, hour) + ", " + MonthName(date, hour) + " " + Number(date.day, 1) + ", " +
+         Number(date.year, 4);
 }
-std::string LongTime(const DateTime& date, int) {
-  return FormatDate(date, "h:nn:ss AM/PM");
+
+std::string LongTime(const DateTime& date, int hour) {
+  return Number(HourOfHalf(date), 1) + ":" + Minute2(date, hour) + ":" + Number(date.second, 2) +
+         " " + HalfOfDay(date, hour);
 }
 
 std::string GeneralDate(const DateTime& date, int hour) {
@@ -190,17 +198,22 @@ std::string TokenText(const Token& token, const DateTime& date, int hour) {
   return lower ? LowerAscii(std::move(text)) : text;
 }
 
+// The pattern of a named format; a pattern stands for itself.
+std::string_view PatternOf(std::string_view format) {
+  for (const NamedFormat& named : kNamedFormats) {
+    if (EqualsIgnoreCase(format, named.name)) return named.pattern;
+  }
+  return format;
+}
+
 }  // namespace
 
 std::string FormatDate(const DateTime& date, std::string_view format) {
-  for (const NamedFormat& named : kNamedFormats) {
-    if (EqualsIgnoreCase(format, named.name)) return FormatDate(date, named.pattern);
-  }
-  const std::vector<Token> tokens = Tokens(format);
+  const std::vector<Token> tokens = Tokens(PatternOf(format));
   const bool halves = std::any_of(tokens.begin(), tokens.end(), [](const Token& token) {
     return token.kind == Kind::kHalfOfDay;
   });
-  const int hour = halves ? (date.hour + 11) % 12 + 1 : date.hour;
+  const int hour = halves ? HourOfHalf(date) : date.hour;
   std::string text;
   for (const Token& token : tokens) text += TokenText(token, date, hour);
   return text;

@@ -133,7 +133,7 @@ void UUCode::Base64DecodeLastRec(ByteView input, Bytes& output, size_t& inputPos
   const size_t count = std::min(values.size(), input.size() - inputPosition);
   std::copy_n(input.begin() + static_cast<std::ptrdiff_t>(inputPosition), count, values.begin());
   MapToValues(values);
-  const auto padding = std::find(values.begin(), values.end(), kBase64Padding);
+  auto* const padding = std::find(values.begin(), values.end(), kBase64Padding);
   const auto given = static_cast<size_t>(padding - values.begin());
   std::fill(padding, values.end(), uint8_t{0});
   const std::array<uint8_t, 3> bytes = Base64Bytes(values);

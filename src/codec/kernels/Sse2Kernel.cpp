@@ -89,7 +89,8 @@ QUILLON_SSE2 unsigned CopyBlock(const uint8_t* in, uint8_t* out) {
 
 }  // namespace
 
-__attribute__((target("sse2"))) size_t CopyPlainSse2(const uint8_t* in, size_t length, uint8_t* out) {
+__attribute__((target("sse2"))) size_t CopyPlainSse2(const uint8_t* in, size_t length,
+                                                     uint8_t* out) {
   size_t done = 0;
   for (; length - done >= 16; done += 16) {
     const unsigned found = CopyBlock(in + done, out + done);
