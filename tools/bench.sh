@@ -2,27 +2,39 @@
 # ./dev bench [NAME...]: builds the benchmarks, runs them one after the other, so that none disturbs
 # another, and prints one table. NAME is that of a file in bench/ or bench/windows/.
 set -euo pipefail
-top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+. "$(dirname "${BASH_SOURCE[0]}")/wine/env.sh"
+top=$(cd "$wine_tools/../.." && pwd)
 cd "$top"
 
 # build PRESET TARGET...
 build() {
   local preset=$1
   shift
-  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >&2
+  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >&2 || return
   cmake --build "build/$preset" --target "$@" >&2
 }
+
+# A Windows program has the server registered in a prefix of its own, so that nothing else runs
+# there and nothing stays behind.
+run_windows() (
+  WINEPREFIX=$(mktemp -d)/prefix
+  trap 'wine_stop; rm -rf "${WINEPREFIX%/prefix}"' EXIT
+  wine_copy_prefix "$WINEPREFIX"
+  wine_start
+  wine_register "$top/build/windows/quillon.exe"
+  wine "$1" < /dev/null | tr -d '\r'
+)
 
 run() {
   local name=$1
   if [ -f "bench/$name.cpp" ]; then
-    build native mailhost "bench_$name"
+    build native mailhost "bench_$name" || return
     echo "bench: $name" >&2
     "build/native/bench_$name"
   elif [ -f "bench/windows/$name.cpp" ]; then
-    build windows quillon "bench_$name"
+    build windows quillon "bench_$name" || return
     echo "bench: $name" >&2
-    tools/wine/run.sh "build/windows/bench_$name.exe" | tr -d '\r'
+    run_windows "build/windows/bench_$name.exe"
   else
     echo "bench: there is no benchmark '$name'" >&2
     return 1
@@ -56,12 +68,18 @@ table() {
 names=("$@")
 if [ $# -eq 0 ]; then
   for source in bench/*.cpp bench/windows/*.cpp; do
-    [ ! -f "$source" ] || names+=("$(basename "$source" .cpp)")
+    names+=("$(basename "$source" .cpp)")
   done
 fi
 
 load=$(cut -d ' ' -f 1 /proc/loadavg)
-results=$(for name in "${names[@]}"; do run "$name" || exit 1; done)
+results=
+for name in "${names[@]}"; do
+  status=0
+  result=$(run "$name") || status=$?
+  results+=$result$'\n'
+  [ $status -eq 0 ] || { printf '%s\nbench: %s failed (%d)\n' "$result" "$name" $status >&2; exit 1; }
+done
 cat <<TEXT
 
 ./dev bench${*:+ $*}
@@ -69,4 +87,4 @@ $(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1), $(nproc) cores, $(un
 Each figure is the median of its rounds (least-most); ratio = ours / peer of the same round.
 
 TEXT
-printf '%s\n' "$results" | table
+table <<< "$results"
