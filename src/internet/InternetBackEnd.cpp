@@ -25,7 +25,7 @@ constexpr std::int32_t kSomeRefused = 20;
 constexpr std::int32_t kAborted = 522;
 
 // How long the last Server of a process may take to leave the servers, in milliseconds.
-constexpr TickCount kShutdownPatience = 1500;
+constexpr TickCount kShutdownPatience = 1000;
 
 constexpr bool ServesPop(MailSystemId system) {
   return system == mail_system::kPop3 || system == mail_system::kInternet;
@@ -150,13 +150,13 @@ std::int32_t InternetBackEnd::Logout(MailRequest& request) {
 std::int32_t InternetBackEnd::Send(MailRequest& request) {
   const Call call(*this);
   auto& message = request.shared.message;
+  message.refusedRecipients.clear();
   if (!message.attachments.empty() || !message.alternatives.empty()) {
     throw ServerError(530, "Internet mail cannot send attachments or alternative bodies yet.");
   }
   PrepareSmtp(request);
   const auto result = Engine().Send(SmtpSettingsOf(request), ComposeMessage(request),
                                     Bytes(request.shared.switches.envelopeRecipient));
-  message.refusedRecipients.clear();
   for (const auto& recipient : Engine().RefusedRecipients()) {
     message.refusedRecipients.push_back(Text(recipient));
   }

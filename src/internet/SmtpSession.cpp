@@ -62,6 +62,7 @@ void SmtpSession::BeginLogout() {
 
 void SmtpSession::OnConnected() {
   lastCommand_ = Command::None;
+  heloOnDemand_ = false;
 }
 
 void SmtpSession::OnReady() {
@@ -152,13 +153,13 @@ void SmtpSession::OnSecondGreeting() {
 }
 
 void SmtpSession::OnPositive(const SmtpReply& reply) {
+  if (lastCommand_ == Command::Rset && step_ != Step::Idle) return;  // of a second greeting
   ReplyCame();
   switch (lastCommand_) {
     case Command::Helo:
       if (heloOnDemand_) return SendMail();
       return Send(Command::Rset, "RSET");
     case Command::Rset:
-      if (step_ != Step::Idle) return AwaitReply();
       LoggedIn();
       return OnReady();
     case Command::Mail:

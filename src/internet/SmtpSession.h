@@ -45,6 +45,7 @@ class SmtpSession final : private MailSession, private DataSource {
 
   // Of the last message: what the server would not take.
   const std::vector<std::string>& RefusedRecipients() const noexcept { return refused_; }
+  void ForgetRefusedRecipients() { refused_.clear(); }
   // Of the last BeginResolve; empty when the server does not know the name.
   const std::string& Resolved() const noexcept { return resolved_; }
 

@@ -80,6 +80,7 @@ std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message
                            const std::string& envelopeRecipient) {
   Enter(Protocol::Smtp);
   log_.WriteDebug("--- Starting SMTP Send Method " + LogTime(clock_.Now()) + " ---");
+  smtp_.ForgetRefusedRecipients();
   settings.sender = BareAddress(message.from);
   if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) return kInvalidSender;
   Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),

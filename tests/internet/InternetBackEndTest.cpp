@@ -194,7 +194,7 @@ TEST_F(InternetBackEndTest, ShutdownDoesNotWaitForASilentServer) {
   EXPECT_EQ(backEnd.Send(request), 27);
   const auto start = world.network.Now();
   backEnd.Shutdown(0);
-  EXPECT_LE(world.network.Now() - start, 1500U);
+  EXPECT_LE(world.network.Now() - start, 1000U);
 }
 
 }  // namespace
