@@ -50,36 +50,37 @@ std::array<uint8_t, 3> Base64Bytes(const std::array<uint8_t, 4>& values) {
 size_t Base64EncodedSize(size_t bytes) {
   const size_t rest = bytes % kBase64LineBytes;
   const size_t lastLine = rest == 0 ? 0 : (rest + 2) / 3 * 4 + 2;
-  return bytes / kBase64LineBytes * (kBase64LineCharacters + 2) + lastLine;
+  return bytes / kBase64LineBytes * kBase64LineSize + lastLine;
 }
 
 size_t EncodeBase64Lines(std::span<const uint8_t> in, uint8_t* out, const CodecKernel& kernel) {
-  const uint8_t* const start = out;
-  const auto endLine = [&out](size_t characters) {
-    out[characters] = '\r';
-    out[characters + 1] = '\n';
-    out += characters + 2;
-  };
-  while (in.size() >= kBase64LineBytes) {
-    kernel.encodeBase64(in.data(), kBase64LineBytes, out);
-    endLine(kBase64LineCharacters);
-    in = in.subspan(kBase64LineBytes);
-  }
-  if (!in.empty()) {
-    std::array<uint8_t, kBase64LineBytes> padded{};
-    std::copy(in.begin(), in.end(), padded.begin());
-    const size_t groups = (in.size() + 2) / 3;
-    kernel.encodeBase64(padded.data(), groups * 3, out);
-    std::fill_n(out + groups * 4 - (groups * 3 - in.size()), groups * 3 - in.size(), uint8_t{'='});
-    endLine(groups * 4);
-  }
-  return static_cast<size_t>(out - start);
+  const size_t lines = in.size() / kBase64LineBytes;
+  kernel.encodeBase64Lines(in.data(), lines, out);
+  in = in.subspan(lines * kBase64LineBytes);
+  if (in.empty()) return lines * kBase64LineSize;
+  out += lines * kBase64LineSize;
+  std::array<uint8_t, kBase64LineBytes> padded{};
+  std::copy(in.begin(), in.end(), padded.begin());
+  const size_t groups = (in.size() + 2) / 3;
+  const size_t padding = groups * 3 - in.size();
+  kernel.encodeBase64(padded.data(), groups * 3, out);
+  out += groups * 4;
+  std::fill_n(out - padding, padding, uint8_t{'='});
+  out[0] = '\r';
+  out[1] = '\n';
+  return lines * kBase64LineSize + groups * 4 + 2;
 }
 
 size_t Base64Decoder::Decode(std::span<const uint8_t> in, uint8_t* out) {
   const uint8_t* const start = out;
   while (!in.empty()) {
     if (groupSize_ == 0) {
+      if (column_ == 0) {
+        const size_t lines =
+            kernel_->decodeBase64Lines(in.data(), in.size() / kBase64LineSize, out);
+        out += lines * kBase64LineBytes;
+        in = in.subspan(lines * kBase64LineSize);
+      }
       const size_t wanted = column_ == 0 ? std::min(in.size(), lineLength_) : in.size();
       const size_t taken = kernel_->decodeBase64(in.data(), wanted, out);
       out += taken / 4 * 3;

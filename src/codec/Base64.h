@@ -11,9 +11,6 @@
 
 namespace quillon {
 
-inline constexpr size_t kBase64LineBytes = 57;
-inline constexpr size_t kBase64LineCharacters = 76;
-
 // "=" among the values of characters.
 inline constexpr uint8_t kBase64Padding = 200;
 

@@ -80,6 +80,25 @@ TEST_P(CodecKernelTest, EveryByteAtEveryPlace) {
   }
 }
 
+TEST_P(CodecKernelTest, Base64Lines) {
+  Bytes bytes(3 * kBase64LineBytes);
+  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i * i);
+  Bytes expected(3 * kBase64LineSize);
+  Bytes text(expected.size());
+  kScalarKernel.encodeBase64Lines(bytes.data(), 3, expected.data());
+  GetParam()->encodeBase64Lines(bytes.data(), 3, text.data());
+  ASSERT_EQ(text, expected);
+  Bytes out(bytes.size());
+  ASSERT_EQ(GetParam()->decodeBase64Lines(text.data(), 3, out.data()), 3U);
+  ASSERT_EQ(out, bytes);
+  for (size_t place = 0; place < text.size(); ++place) {
+    Bytes damaged = text;
+    damaged[place] = '!';
+    ASSERT_EQ(GetParam()->decodeBase64Lines(damaged.data(), 3, out.data()),
+              place / kBase64LineSize);
+  }
+}
+
 TEST_P(CodecKernelTest, CopyingUpToAnEquals) {
   for (size_t length = 0; length < 50; ++length) {
     for (size_t place = 0; place <= length; ++place) {

@@ -146,6 +146,31 @@ QUILLON_AVX2 size_t DecodeBase64(const uint8_t* in, size_t length, uint8_t* out)
   return Decode<Base64>(in, length, out, kSsse3Kernel.decodeBase64);
 }
 
+QUILLON_AVX2 void EncodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  for (; lines != 0; --lines, in += kBase64LineBytes, out += kBase64LineSize) {
+    EncodeBlock<Base64>(LoadHalves(in, in + 12), out);
+    EncodeBlock<Base64>(LoadHalves(in + 24, in + 36), out + 32);
+    EncodeBlock<Base64>(LoadAtEnd(in + 33), out + 44);
+    out[kBase64LineCharacters] = '\r';
+    out[kBase64LineCharacters + 1] = '\n';
+  }
+}
+
+// The last block of a line begins within the one before it.
+QUILLON_AVX2 bool DecodeLine(const uint8_t* in, uint8_t* out) {
+  return in[kBase64LineCharacters] == '\r' && in[kBase64LineCharacters + 1] == '\n' &&
+         DecodeBlock<Base64>(in, out, true) && DecodeBlock<Base64>(in + 32, out + 24, true) &&
+         DecodeBlock<Base64>(in + 44, out + 33, false);
+}
+
+QUILLON_AVX2 size_t DecodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  size_t done = 0;
+  while (done < lines && DecodeLine(in + done * kBase64LineSize, out + done * kBase64LineBytes)) {
+    ++done;
+  }
+  return done;
+}
+
 QUILLON_AVX2 void EncodeUu(const uint8_t* in, size_t bytes, uint8_t* out) {
   Encode<Uu>(in, bytes, out, kSsse3Kernel.encodeUu);
 }
@@ -158,7 +183,8 @@ QUILLON_AVX2 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kAvx2Kernel = {"avx2",   EncodeBase64, DecodeBase64,
-                                 EncodeUu, DecodeUu,     CopyPlainSse2};
+const CodecKernel kAvx2Kernel = {
+    "avx2",   EncodeBase64, DecodeBase64, EncodeBase64Lines, DecodeBase64Lines,
+    EncodeUu, DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon

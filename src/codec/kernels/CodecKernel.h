@@ -21,6 +21,18 @@ using EncodeGroups = void (*)(const uint8_t* in, size_t bytes, uint8_t* out);
 // uuencode alphabet is " " to "`" with both meaning 0.
 using DecodeGroups = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
 
+// Writes `lines` lines of 76 characters and CR LF, each of 57 bytes.
+using EncodeLines = void (*)(const uint8_t* in, size_t lines, uint8_t* out);
+
+// Decodes lines of exactly that form for as long as there are any among the `lines` that `in` has
+// room for, and returns how many. `out` has room for all; bytes behind the decoded ones may have
+// been written to.
+using DecodeLines = size_t (*)(const uint8_t* in, size_t lines, uint8_t* out);
+
+inline constexpr size_t kBase64LineBytes = 57;
+inline constexpr size_t kBase64LineCharacters = 76;
+inline constexpr size_t kBase64LineSize = kBase64LineCharacters + 2;
+
 // Copies bytes up to the first "=" or the end, and returns how many. `out` has room for `length`
 // bytes and does not overlap `in`; what is behind the copied bytes may have been written to.
 using CopyPlain = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
@@ -29,6 +41,8 @@ struct CodecKernel {
   const char* name;
   EncodeGroups encodeBase64;
   DecodeGroups decodeBase64;
+  EncodeLines encodeBase64Lines;
+  DecodeLines decodeBase64Lines;
   EncodeGroups encodeUu;
   DecodeGroups decodeUu;
   CopyPlain copyPlain;

@@ -127,6 +127,25 @@ size_t DecodeBase64(const uint8_t* in, size_t length, uint8_t* out) {
   return Decode(kBase64Decode, in, length, out);
 }
 
+void EncodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  for (; lines != 0; --lines, in += kBase64LineBytes, out += kBase64LineSize) {
+    Encode(kBase64Encode, in, kBase64LineBytes, out);
+    out[kBase64LineCharacters] = '\r';
+    out[kBase64LineCharacters + 1] = '\n';
+  }
+}
+
+size_t DecodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  size_t done = 0;
+  for (; done < lines; ++done, in += kBase64LineSize, out += kBase64LineBytes) {
+    const bool ends = in[kBase64LineCharacters] == '\r' && in[kBase64LineCharacters + 1] == '\n';
+    if (!ends || Decode(kBase64Decode, in, kBase64LineCharacters, out) != kBase64LineCharacters) {
+      break;
+    }
+  }
+  return done;
+}
+
 void EncodeUu(const uint8_t* in, size_t bytes, uint8_t* out) {
   Encode(kUuEncode, in, bytes, out);
 }
@@ -143,7 +162,7 @@ size_t CopyUntilEquals(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kScalarKernel = {"scalar", EncodeBase64, DecodeBase64,
-                                   EncodeUu, DecodeUu,     CopyUntilEquals};
+const CodecKernel kScalarKernel = {"scalar",          EncodeBase64, DecodeBase64, EncodeBase64Lines,
+                                   DecodeBase64Lines, EncodeUu,     DecodeUu,     CopyUntilEquals};
 
 }  // namespace quillon

@@ -68,6 +68,14 @@ QUILLON_SSE2 void EncodeBase64(const uint8_t* in, size_t bytes, uint8_t* out) {
   Encode<Base64>(in, bytes, out, kScalarKernel.encodeBase64);
 }
 
+QUILLON_SSE2 void EncodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  for (; lines != 0; --lines, in += kBase64LineBytes, out += kBase64LineSize) {
+    Encode<Base64>(in, kBase64LineBytes, out, kScalarKernel.encodeBase64);
+    out[kBase64LineCharacters] = '\r';
+    out[kBase64LineCharacters + 1] = '\n';
+  }
+}
+
 QUILLON_SSE2 void EncodeUu(const uint8_t* in, size_t bytes, uint8_t* out) {
   Encode<Uu>(in, bytes, out, kScalarKernel.encodeUu);
 }
@@ -75,6 +83,10 @@ QUILLON_SSE2 void EncodeUu(const uint8_t* in, size_t bytes, uint8_t* out) {
 // Decoding this way takes more instructions than the look-ups of the scalar kernel.
 size_t DecodeBase64(const uint8_t* in, size_t length, uint8_t* out) {
   return kScalarKernel.decodeBase64(in, length, out);
+}
+
+size_t DecodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  return kScalarKernel.decodeBase64Lines(in, lines, out);
 }
 
 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
@@ -105,7 +117,8 @@ __attribute__((target("sse2"))) size_t CopyPlainSse2(const uint8_t* in, size_t l
 
 #undef QUILLON_SSE2
 
-const CodecKernel kSse2Kernel = {"sse2",   EncodeBase64, DecodeBase64,
-                                 EncodeUu, DecodeUu,     CopyPlainSse2};
+const CodecKernel kSse2Kernel = {
+    "sse2",   EncodeBase64, DecodeBase64, EncodeBase64Lines, DecodeBase64Lines,
+    EncodeUu, DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon

@@ -128,6 +128,33 @@ QUILLON_SSSE3 size_t DecodeBase64(const uint8_t* in, size_t length, uint8_t* out
   return Decode<Base64>(in, length, out, kScalarKernel.decodeBase64);
 }
 
+QUILLON_SSSE3 void EncodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  for (; lines != 0; --lines, in += kBase64LineBytes, out += kBase64LineSize) {
+    for (size_t block = 0; block < 4; ++block) {
+      EncodeBlock<Base64>(Load(in + 12 * block), out + 16 * block);
+    }
+    EncodeBlock<Base64>(LoadAtEnd(in + 45), out + 60);
+    out[kBase64LineCharacters] = '\r';
+    out[kBase64LineCharacters + 1] = '\n';
+  }
+}
+
+// The last block of a line begins within the one before it.
+QUILLON_SSSE3 bool DecodeLine(const uint8_t* in, uint8_t* out) {
+  return in[kBase64LineCharacters] == '\r' && in[kBase64LineCharacters + 1] == '\n' &&
+         DecodeBlock<Base64>(in, out) && DecodeBlock<Base64>(in + 16, out + 12) &&
+         DecodeBlock<Base64>(in + 32, out + 24) && DecodeBlock<Base64>(in + 48, out + 36) &&
+         DecodeBlock<Base64>(in + 60, out + 45);
+}
+
+QUILLON_SSSE3 size_t DecodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
+  size_t done = 0;
+  while (done < lines && DecodeLine(in + done * kBase64LineSize, out + done * kBase64LineBytes)) {
+    ++done;
+  }
+  return done;
+}
+
 QUILLON_SSSE3 void EncodeUu(const uint8_t* in, size_t bytes, uint8_t* out) {
   Encode<Uu>(in, bytes, out, kScalarKernel.encodeUu);
 }
@@ -140,7 +167,7 @@ QUILLON_SSSE3 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kSsse3Kernel = {"ssse3",  EncodeBase64, DecodeBase64,
-                                  EncodeUu, DecodeUu,     CopyPlainSse2};
+const CodecKernel kSsse3Kernel = {"ssse3",           EncodeBase64, DecodeBase64, EncodeBase64Lines,
+                                  DecodeBase64Lines, EncodeUu,     DecodeUu,     CopyPlainSse2};
 
 }  // namespace quillon
