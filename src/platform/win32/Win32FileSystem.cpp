@@ -1,6 +1,6 @@
 // FileSystem over the Windows calls.
-#include <algorithm>
 #include <windows.h>
+#include <algorithm>
 
 #include "platform/FileSystem.h"
 #include "platform/win32/WideText.h"

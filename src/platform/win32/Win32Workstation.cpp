@@ -1,8 +1,8 @@
 #include "platform/win32/Win32Workstation.h"
 
+#include <windows.h>
 #include <array>
 #include <vector>
-#include <windows.h>
 
 #include "platform/win32/ComPtr.h"
 #include "platform/win32/Variant.h"
