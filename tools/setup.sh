@@ -76,6 +76,7 @@ missing=$(missing_packages)
 mkdir -p "$QUILLON_CACHE/wine"
 exec 8> "$QUILLON_CACHE/wine/setup.lock"
 flock 8
-"$tools/wine/layout.sh" "$wine_root"
-"$tools/wine/prefix.sh"
+# Their children, a wineserver among them, must not keep the lock.
+"$tools/wine/layout.sh" "$wine_root" 8>&-
+"$tools/wine/prefix.sh" 8>&-
 [ "${1:-}" = --quiet ] || say "everything is there"
