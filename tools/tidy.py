@@ -13,10 +13,15 @@ BUILD = TOP / "build" / "native"
 STAMPS = BUILD / "tidy"
 
 
+def object_of(command):
+    """Older CMakes name the object in the command line only."""
+    return command.get("output") or command["command"].split(" -o ")[1].split(" ")[0]
+
+
 def our_sources():
     """{source: object} of the compile database, without other people's code."""
     commands = json.loads((BUILD / "compile_commands.json").read_text())
-    return {pathlib.Path(c["file"]): c["output"] for c in commands
+    return {pathlib.Path(c["file"]): object_of(c) for c in commands
             if pathlib.Path(c["file"]).is_relative_to(TOP)
             and not pathlib.Path(c["file"]).is_relative_to(TOP / "build")}
 
