@@ -71,14 +71,9 @@ bool TextPart::TakesDataLine(std::string_view line) {
   } else if (IsUuEnd(line)) {
     CloseFile();
     return true;
-  } else if (dataEnded_) {
-    return false;
-  } else if (IsBlankLine(line)) {
-    dataEnded_ = true;
-  } else if (LooksLikeUuData(line)) {
-    dataEnded_ = !DecodeUuLine(line, data_);
   } else {
-    return false;
+    if (dataEnded_ || !(IsBlankLine(line) || LooksLikeUuData(line))) return false;
+    dataEnded_ = IsBlankLine(line) || !DecodeUuLine(line, data_);
   }
   if (data_.size() >= kBlock) FlushData();
   return true;

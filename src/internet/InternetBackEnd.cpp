@@ -360,6 +360,7 @@ OutgoingMessage InternetBackEnd::ComposeMessage(const MailRequest& request) cons
   const auto& source = request.shared.message;
   const auto toBytes = [this](const std::vector<std::string>& texts) {
     std::vector<std::string> bytes;
+    bytes.reserve(texts.size());
     for (const auto& text : texts) bytes.push_back(Bytes(text));
     return bytes;
   };

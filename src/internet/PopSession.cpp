@@ -184,7 +184,7 @@ void PopSession::OnStatistics(std::string_view text) {
 void PopSession::NextHeader() {
   do {
     ++number_;
-  } while (deleted_.count(number_) != 0);
+  } while (deleted_.contains(number_));
   if (number_ > lastNumber_) {
     Status("Headers loaded successfully.");
     return Finish(kSessionSuccess);

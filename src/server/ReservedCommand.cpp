@@ -210,7 +210,7 @@ Value RunReservedCommand(Server& server, Environment& environment, const std::st
                    [&](const Command& row) { return EqualsIgnoreCase(row.word, word); });
   if (command == kCommands.end() || arguments.size() != command->argumentCount) Malformed();
   command->run({server, environment}, arguments);
-  return Value(kTrue);
+  return {kTrue};
 }
 
 }  // namespace quillon

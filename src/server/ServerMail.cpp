@@ -214,7 +214,7 @@ void Server::AsynchAbort() {
 
 std::string Server::GetInterfaceString(std::int16_t itemType) {
   return frame_.Run("GetInterfaceString", MemberKind::Method, [&]() -> std::string {
-    const auto library = MailSystems::LibraryOf(state_.mailSystem);
+    auto library = MailSystems::LibraryOf(state_.mailSystem);
     switch (itemType) {
       case kInterfaceKeyword:
         return MailSystemKeyword(state_.mailSystem);
