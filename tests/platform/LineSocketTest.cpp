@@ -113,7 +113,9 @@ TEST(LineSocket, WritesEverythingToAPeerThatReadsLate) {
 
 TEST(LineSocket, WaitingInsideALineNeitherNestsNorLosesLines) {
   const auto loop = MakeNetworkLoop();
-  LoopbackPeer peer([](LoopbackPeer::Connection& connection) {
+  std::promise<void> begin;  // the first line must not come before there is somebody to take it
+  LoopbackPeer peer([&](LoopbackPeer::Connection& connection) {
+    begin.get_future().wait();
     connection.Send("one\r\ntwo\r\n");
     connection.ReceiveLine();
     connection.Send("three\r\nfour\r\n");
@@ -126,6 +128,7 @@ TEST(LineSocket, WaitingInsideALineNeitherNestsNorLosesLines) {
     loop->RunUntil([] { return false; }, loop->Now() + 50);
     linesAfterWait = client.lines.size();
   };
+  begin.set_value();
   ASSERT_TRUE(client.WaitForEnd());
   EXPECT_EQ(linesAfterWait, 1U);
   EXPECT_EQ(client.lines, (std::vector<std::string>{"one", "two", "three", "four"}));
@@ -133,12 +136,15 @@ TEST(LineSocket, WaitingInsideALineNeitherNestsNorLosesLines) {
 
 TEST(LineSocket, ClosedInsideALineIsSilentAfterwards) {
   const auto loop = MakeNetworkLoop();
-  LoopbackPeer peer([](LoopbackPeer::Connection& connection) {
+  std::promise<void> begin;
+  LoopbackPeer peer([&](LoopbackPeer::Connection& connection) {
+    begin.get_future().wait();
     connection.Send("one\r\ntwo\r\n");
     connection.Receive();
   });
   Client client(*loop, peer.Address());
   client.inLine = [&] { client.Socket().Close(); };
+  begin.set_value();
   loop->RunUntil([&] { return !client.Socket().IsOpen(); }, loop->Now() + kPatience);
   peer.Join();
   loop->RunPending();
