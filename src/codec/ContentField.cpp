@@ -7,6 +7,7 @@
 
 #include "codec/CharacterSet.h"
 #include "codec/EncodedWord.h"
+#include "core/HexDigit.h"
 #include "core/Text.h"
 
 namespace quillon {
@@ -84,13 +85,6 @@ Piece ReadPiece(std::string_view field) {
   const auto last = piece.text.find_last_not_of(kBlanks);
   piece.text.resize(std::max(quotedEnd, last == std::string::npos ? 0 : last + 1));
   return piece;
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
 }
 
 std::string PercentDecoded(std::string_view text) {

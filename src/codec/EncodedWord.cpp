@@ -5,18 +5,12 @@
 
 #include "codec/Base64.h"
 #include "codec/CharacterSet.h"
+#include "core/HexDigit.h"
 #include "platform/CodePage.h"
 
 namespace quillon {
 
 namespace {
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
 
 std::string DecodeQ(std::string_view text) {
   std::string bytes;

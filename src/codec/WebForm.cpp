@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "core/HexDigit.h"
 #include "core/Text.h"
 #include "platform/CodePage.h"
 
@@ -11,14 +12,6 @@ namespace quillon {
 namespace {
 
 constexpr std::size_t kEscapeLength = 3;  // "%XX"
-
-// -1 for a character that is no hexadecimal digit.
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
 
 // 0 for what is no hexadecimal number.
 char EscapedByte(std::string_view escape) {
