@@ -8,6 +8,7 @@
 #include "FuzzNetwork.h"
 #include "internet/ProtocolLog.h"
 #include "internet/smtppop.h"
+#include "platform/CodePage.h"
 
 namespace {
 
@@ -43,9 +44,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
   }
-  quillon::MessageCollector message({static_cast<std::int32_t>(size % 4), size % 2 == 0, ""});
-  Require(engine.LoadMessage(settings, 1, message) != 0);
-  Require(message.TakeText().size() <= 2 * size + 2);
+  static const auto kCodePage = quillon::MakeAnsiCodePage();
+  quillon::SplitSettings split;
+  split.directory = "/dir";
+  split.maximumBodyLines = size % 4;
+  quillon::fuzz::MemoryFiles attachments;
+  {
+    quillon::MessageCollector message(attachments, *kCodePage, split, {size % 2 == 0, ""});
+    const auto result = engine.LoadMessage(settings, 1, message);
+    Require(result != 0);
+    Require(message.Message().body.size() <= 2 * size + 2);
+    Require(result != -1 || message.Message().attachments.size() == attachments.files.size());
+    if (result == -1) attachments.files.clear();
+  }
+  Require(attachments.files.empty());
   Require(engine.DeleteMessage(settings, 1) != 0);
   engine.LogoutPOP();
   Require(!engine.POPLoginStatus());

@@ -17,6 +17,9 @@ class BodyCollector final : public ByteSink {
 
   void Append(std::string_view bytes) override;
 
+  // The same, but of no account for the limit of lines.
+  void AddInFront(std::string_view bytes) { Put(bytes); }
+
   // Puts a line end between what is there and what comes.
   void SeparateFromNext();
 
@@ -24,11 +27,15 @@ class BodyCollector final : public ByteSink {
   std::string Finish();
 
  private:
+  std::string_view WithinLines(std::string_view bytes);
+  void Put(std::string_view bytes);
+
   FileSystem& files_;
   const SplitSettings& settings_;
   AttachmentList& list_;
   std::string text_;
   std::unique_ptr<PartFile> file_;
+  std::size_t lines_ = 0;  // that have ended
   bool separate_ = false;
 };
 

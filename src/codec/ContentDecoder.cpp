@@ -114,7 +114,7 @@ void ContentDecoder::DecodeBase64() {
   held_.clear();
 }
 
-void ContentDecoder::Finish() {
+void ContentDecoder::Finish(ContentEnd end) {
   if (encoding_ == mime_encoding::kBase64) {
     DecodeBase64();
     const auto used = out_.size();
@@ -122,7 +122,9 @@ void ContentDecoder::Finish() {
     out_.resize(used + base64_.Finish(room));
   } else if (!held_.empty()) {
     QuotedPrintableLine({}, true);
+    breakPending_ = false;  // the line had no end
   }
+  if (end == ContentEnd::Message) StartLine();
   Flush();
 }
 

@@ -1,5 +1,4 @@
-// Decodes the body of a part, line by line, into a sink. The line end before a boundary belongs to
-// the boundary, so a line end goes out only when another line follows.
+// Decodes the body of a part, line by line, into a sink.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +10,10 @@
 
 namespace quillon {
 
+// What ended the content of a part. The line end before a boundary belongs to the boundary (RFC
+// 2046, section 5.1.1), the one before the end of the message to the content.
+enum class ContentEnd { Boundary, Message };
+
 class ContentDecoder {
  public:
   // `encoding` is one of mime_encoding.
@@ -20,7 +23,7 @@ class ContentDecoder {
   void Line(std::string_view line, bool endsLine);
 
   // Passes on what is held back; to be called once, at the end.
-  void Finish();
+  void Finish(ContentEnd end);
 
  private:
   void PlainLine(std::string_view line, bool endsLine);
@@ -35,7 +38,7 @@ class ContentDecoder {
   ByteSink& sink_;
   std::string out_;
   std::string held_;           // encoded text that waits for more
-  bool breakPending_ = false;  // a line end that goes out with the next line
+  bool breakPending_ = false;  // a line end that goes out when it is known to count
   bool ended_ = false;         // of uuencoded data
   Base64Decoder base64_;
 };

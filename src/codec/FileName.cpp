@@ -17,7 +17,8 @@ constexpr std::string_view kAllowed =
 constexpr std::size_t kPartLimit = 255;
 constexpr std::size_t kBaseLimit = 1000;
 constexpr int kLastDigit = 9;
-constexpr int kMaximumTries = 100000;
+constexpr int kManyTries = 10000;  // in a directory that has nearly all names of three letters
+constexpr int kMaximumTries = 2 * kManyTries;
 
 constexpr std::array<std::string_view, 6> kDevices{"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
 
@@ -75,7 +76,8 @@ std::string FirstFree(FileSystem& files, const std::string& directory, std::stri
   auto candidate = parts;
   for (int counter = 0; counter < kMaximumTries; ++counter) {
     if (counter > 0) {
-      const auto suffix = counter <= kLastDigit ? std::to_string(counter) : randomLetters();
+      auto suffix = counter <= kLastDigit ? std::to_string(counter) : randomLetters();
+      if (counter > kManyTries) suffix += randomLetters();
       candidate.base = WithSuffix(parts.base, suffix);
       if (IsDevice(candidate.base)) continue;  // "COMX" with a digit over its end
     }

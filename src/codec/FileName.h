@@ -28,7 +28,7 @@ struct AttachmentFile {
 
 // Creates a file for an attachment of this name. When the name is taken, the end of its base name
 // is written over with a digit from 1 to 9, and from then on with three capital letters drawn by
-// `randomLetters`.
+// `randomLetters` (six when ten thousand draws found all names taken).
 AttachmentFile CreateAttachmentFile(FileSystem& files, const std::string& directory,
                                     std::string_view name, bool returnShort,
                                     const std::function<std::string()>& randomLetters);

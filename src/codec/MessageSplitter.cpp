@@ -81,7 +81,7 @@ bool MessageSplitter::BoundaryLine(std::string_view line) {
     const auto rest = text.substr(boundary.size());
     if (!rest.empty() && rest != kDashes) continue;
     const auto level = stack_.Count() - depth;
-    EndContent();
+    EndContent(ContentEnd::Boundary);
     while (stack_.Count() > level) CloseContainer();
     auto& container = stack_.TopOfStackObject();
     container.hasParts = true;
@@ -123,6 +123,7 @@ void MessageSplitter::StartRawAttachment() {
 }
 
 void MessageSplitter::StartContent() {
+  inMessageHeader_ = false;
   const bool inDigest =
       stack_.Count() > 0 && stack_.TopOfStackObject().part.MType == mime_type::kDigest;
   auto part = header_.Finish(inDigest, codePage_);
@@ -211,11 +212,11 @@ void MessageSplitter::ContentLine(std::string_view line, bool endsLine) {
   }
 }
 
-void MessageSplitter::EndContent() {
+void MessageSplitter::EndContent(ContentEnd end) {
   // A part that ended within its header has no content, but it may have a name.
   if (state_ == State::Header && header_.HasLines()) StartContent();
-  if (text_ != nullptr) text_->Finish();
-  if (decoder_ != nullptr) decoder_->Finish();
+  if (text_ != nullptr) text_->Finish(end);
+  if (decoder_ != nullptr) decoder_->Finish(end);
   if (partFile_ != nullptr) partFile_->Close();
   text_.reset();
   decoder_.reset();
@@ -223,7 +224,7 @@ void MessageSplitter::EndContent() {
 }
 
 bool MessageSplitter::Finish(SplitMessage& message) {
-  EndContent();
+  EndContent(ContentEnd::Message);
   while (stack_.Count() > 0) CloseContainer();
   message.body = body_.Finish();
   if (attachments_.Failed()) return false;

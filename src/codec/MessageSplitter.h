@@ -39,12 +39,20 @@ class MessageSplitter {
   // called.
   bool Line(std::string_view line, bool endsLine);
 
+  // Puts text in front of the body, which may not have begun.
+  void AddText(std::string_view bytes) { body_.AddInFront(bytes); }
+
   // The message has ended. False as above. Without this call the destructor removes the files that
   // were made.
   bool Finish(SplitMessage& message);
 
-  // Whether the current line belongs to an attachment (for the status text).
-  bool InAttachment() const noexcept { return partFile_ != nullptr; }
+  // Whether the last line belongs to the header of the message, without the empty line at its end.
+  bool InMessageHeader() const noexcept { return inMessageHeader_; }
+
+  // Whether the last line belongs to an attachment.
+  bool InAttachment() const noexcept {
+    return partFile_ != nullptr || (text_ != nullptr && text_->InAttachment());
+  }
 
  private:
   enum class State { Header, Preamble, Content, Epilogue };
@@ -65,7 +73,7 @@ class MessageSplitter {
   void StartPart();
   void StartContent();
   void StartRawAttachment();
-  void EndContent();
+  void EndContent(ContentEnd end);
   void PreambleLine(std::string_view line, bool endsLine);
   void ContentLine(std::string_view line, bool endsLine);
 
@@ -80,6 +88,7 @@ class MessageSplitter {
 
   State state_ = State::Header;
   bool atLineStart_ = true;
+  bool inMessageHeader_ = true;
   bool boundariesCount_ = true;  // false once there are too many parts
   std::size_t partCount_ = 0;
   PartHeader header_;

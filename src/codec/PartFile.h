@@ -21,8 +21,8 @@ struct SplitSettings {
   bool suppressAttachments = false;
   bool suppressAlternatives = false;
   bool returnShortPaths = false;
-  std::size_t maximumBodyBytes = 4U
-                                 << 20U;  // of the message text; a longer one goes to "MESSAGE.TXT"
+  std::size_t maximumBodyLines = 0;          // of the message text; the rest is dropped; 0: all
+  std::size_t maximumBodyBytes = 4U << 20U;  // a longer message text goes to "MESSAGE.TXT"
 };
 
 struct SplitMessage {
@@ -37,6 +37,10 @@ class AttachmentList {
   ~AttachmentList();
   AttachmentList(const AttachmentList&) = delete;
   AttachmentList& operator=(const AttachmentList&) = delete;
+
+  // So many files are enough of one message.
+  static constexpr std::size_t kMaximumFiles = 10000;
+  bool IsFull() const noexcept { return attachments_.size() >= kMaximumFiles; }
 
   void Fail() noexcept { failed_ = true; }
   bool Failed() const noexcept { return failed_; }

@@ -49,7 +49,7 @@ bool TextPart::TakesLine(std::string_view line) {
     OpenFile();
     return TakesDataLine(line);
   }
-  if (!begin_ && line.starts_with("begin") && (begin_ = ParseUuBegin(line))) {
+  if (!begin_ && line.starts_with("begin") && !list_.IsFull() && (begin_ = ParseUuBegin(line))) {
     beginLine_ = line;
     return true;
   }
@@ -110,13 +110,13 @@ void TextPart::CloseFile() {
   inFile_ = false;
 }
 
-void TextPart::Finish() {
+void TextPart::Finish(ContentEnd end) {
   if (inFile_) {
     CloseFile();
   } else if (begin_) {
     text_.Line(beginLine_, true);
   }
-  text_.Finish();
+  text_.Finish(end);
 }
 
 }  // namespace quillon

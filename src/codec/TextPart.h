@@ -22,7 +22,7 @@ class TextPart {
            BodyCollector& body, std::int16_t encoding);
 
   void Line(std::string_view line, bool endsLine);
-  void Finish();
+  void Finish(ContentEnd end);
 
   bool InAttachment() const noexcept { return inFile_; }
 

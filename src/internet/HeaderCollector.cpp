@@ -7,7 +7,10 @@ namespace quillon {
 namespace {
 
 // Of one header; what comes after that is left out. Long recipient lists fit many times over.
-constexpr std::size_t kMostHeaderBytes = 256 * 1024;
+constexpr std::size_t kMostHeaderBytes = 16U * 1024 * 1024;
+
+// Of all headers together: more would not fit into a 32-bit process with everything else.
+constexpr std::size_t kMostBytes = 256U * 1024 * 1024;
 
 // "R" in the Status field is what mail readers write into a message they have shown.
 bool IsRead(const HeaderRecord& record) {
@@ -28,11 +31,14 @@ HeaderRecord& HeaderCollector::RecordOf(std::uint32_t number) {
   return table_.back();
 }
 
-void HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view line) {
+bool HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) {
   RecordOf(number);
-  headerBytes_ += line.size();
-  if (headerBytes_ > kMostHeaderBytes) return;
-  lines_.append(line).push_back('\n');
+  headerBytes_ += text.size();
+  allBytes_ += text.size();
+  if (allBytes_ > kMostBytes) return false;
+  if (headerBytes_ <= kMostHeaderBytes) lines_.append(text);
+  if (complete) lines_.push_back('\n');
+  return true;
 }
 
 void HeaderCollector::ReadLines() {

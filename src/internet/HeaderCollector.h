@@ -30,7 +30,7 @@ class HeaderCollector final : public HeaderSink {
     return table_;
   }
 
-  void OnHeaderLine(std::uint32_t number, std::string_view line) override;
+  bool OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) override;
   bool OnHeaderEnd(std::uint32_t number) override;
   void OnNextRequested() override { ReadLines(); }
   void OnIdentifier(std::uint32_t number, std::string_view identifier) override;
@@ -44,8 +44,9 @@ class HeaderCollector final : public HeaderSink {
   HeaderLineReader reader_;
   std::unordered_map<std::uint32_t, std::size_t> indexes_;  // of the records, by message number
   std::uint32_t current_ = 0;                               // message number of the last record
-  std::size_t headerBytes_ = 0;                             // come of the current header
-  std::string lines_;                                       // of it, each with a LF, to be read yet
+  std::size_t headerBytes_ = 0;                             // of the current header
+  std::size_t allBytes_ = 0;                                // of all headers
+  std::string lines_;  // of the current one, each with a LF, to be read yet
 };
 
 }  // namespace quillon

@@ -200,9 +200,9 @@ std::int32_t InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& co
 std::int32_t InternetBackEnd::LoadMessage(MailRequest& request) {
   const Call call(*this);
   PreparePop(request);
-  MessageCollector collector({request.shared.switches.maximumBodyLines,
-                              request.instance.headersInMessage != kFalse,
-                              Bytes(request.instance.dateFormat)});
+  MessageCollector collector(
+      ports_.files, ports_.codePage, SplitSettingsOf(request),
+      {request.instance.headersInMessage != kFalse, Bytes(request.instance.dateFormat)});
   const auto result =
       Engine().LoadMessage(PopSettingsOf(request), CurrentNumber(request), collector);
   if (result == kBackEndSuccess) StoreMessage(request, collector);
@@ -215,12 +215,12 @@ void InternetBackEnd::StoreMessage(MailRequest& request, MessageCollector& colle
   message.to = SplitRecipients(Text(fields.to), ",", "<>");
   message.cc = SplitRecipients(Text(fields.cc), ",", "<>");
   message.bcc.clear();
-  message.attachments.clear();
+  message.attachments = std::move(collector.Message().attachments);
   message.from = Text(fields.originator);
   message.subject = Text(fields.subject);
   message.dateSent = Text(fields.dateText);
   message.rawHeaders = Text(collector.RawHeaders());
-  message.body = Text(collector.TakeText());
+  message.body = Text(collector.Message().body);
 }
 
 std::int32_t InternetBackEnd::DeleteMessage(MailRequest& request) {
@@ -353,6 +353,20 @@ PopSettings InternetBackEnd::PopSettingsOf(const MailRequest& request) const {
   settings.port = request.shared.internet.popPort;
   settings.loginName = Bytes(request.instance.loginName);
   settings.password = Bytes(request.instance.password);
+  return settings;
+}
+
+SplitSettings InternetBackEnd::SplitSettingsOf(const MailRequest& request) const {
+  const auto& instance = request.instance;
+  const auto& switches = request.shared.switches;
+  SplitSettings settings;
+  settings.directory = instance.attachmentDirectory;
+  if (settings.directory.empty()) settings.directory = switches.temporaryDirectory;
+  if (settings.directory.empty()) settings.directory = ports_.files.TempDirectory();
+  settings.suppressAttachments = instance.suppressAttachments != kFalse;
+  settings.suppressAlternatives = request.shared.internet.suppressAlternatives != kFalse;
+  settings.returnShortPaths = instance.returnShortFilespecs != kFalse;
+  settings.maximumBodyLines = static_cast<std::size_t>(switches.maximumBodyLines);
   return settings;
 }
 

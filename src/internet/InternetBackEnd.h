@@ -31,6 +31,7 @@ class smtppop;
 struct OutgoingMessage;
 struct PopSettings;
 struct SmtpSettings;
+struct SplitSettings;
 
 struct InternetPorts {
   EventLoop& loop;
@@ -88,6 +89,7 @@ class InternetBackEnd final : public BackEnd {
   bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
   SmtpSettings SmtpSettingsOf(const MailRequest& request) const;
   PopSettings PopSettingsOf(const MailRequest& request) const;
+  SplitSettings SplitSettingsOf(const MailRequest& request) const;
   OutgoingMessage ComposeMessage(const MailRequest& request) const;
   void StoreMessage(MailRequest& request, MessageCollector& collector) const;
   void RememberServer(const std::string& host);

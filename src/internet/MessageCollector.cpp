@@ -1,49 +1,39 @@
 #include "internet/MessageCollector.h"
 
-#include <utility>
-
 namespace quillon {
 
 namespace {
 
 constexpr std::int32_t kGoOn = 0;
-constexpr std::int32_t kOverflow = 30;
-
-// What comes after that much header is left out.
-constexpr std::size_t kMostHeaderBytes = 1024 * 1024;
+constexpr std::int32_t kCannotWrite = 26;
+constexpr std::string_view kLineEnd = "\r\n";
 
 }  // namespace
 
 std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complete) {
-  const bool lineStart = !std::exchange(inLongLine_, !complete);
-  if (inHeader_) {
-    if (lineStart && complete && text.empty()) {
-      inHeader_ = false;
-    } else if (lineStart) {
-      OnHeaderLine(text);
-    }
-    return kGoOn;
-  }
-  if (options_.maximumBodyLines > 0 && bodyLines_ >= options_.maximumBodyLines) return kGoOn;
-  if (text_.size() + text.size() > kMostTextBytes) return kOverflow;
-  text_.append(text);
-  if (complete) {
-    text_.append("\r\n");
-    ++bodyLines_;
+  if (!splitter_.Line(text, complete)) return kCannotWrite;
+  if (!inHeader_) return kGoOn;
+  if (splitter_.InMessageHeader()) {
+    OnHeaderPiece(text, complete);
+  } else {
+    inHeader_ = false;
+    if (options_.headersInMessage) splitter_.AddText(kLineEnd);
   }
   return kGoOn;
 }
 
-// Of a header line longer than the socket's buffer the begin is kept.
-void MessageCollector::OnHeaderLine(std::string_view text) {
-  if (rawHeaders_.size() + text.size() > kMostHeaderBytes) return;
-  rawHeaders_.append(text).append("\r\n");
-  reader_.Store(fields_, 0, text, options_.dateFormat);
+void MessageCollector::OnHeaderPiece(std::string_view text, bool complete) {
+  rawHeaders_ += text;
+  if (!complete) return;
+  reader_.Store(fields_, 0, std::string_view(rawHeaders_).substr(lineStart_), options_.dateFormat);
+  rawHeaders_ += kLineEnd;
+  if (options_.headersInMessage)
+    splitter_.AddText(std::string_view(rawHeaders_).substr(lineStart_));
+  lineStart_ = rawHeaders_.size();
 }
 
-std::string MessageCollector::TakeText() {
-  if (!options_.headersInMessage) return std::move(text_);
-  return rawHeaders_ + "\r\n" + text_;
+std::int32_t MessageCollector::OnMessageEnd() {
+  return splitter_.Finish(message_) ? kGoOn : kCannotWrite;
 }
 
 }  // namespace quillon

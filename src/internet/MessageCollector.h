@@ -1,5 +1,5 @@
-// Collects a received message: its header, and its text as it stands behind the header. Everything
-// is bytes.
+// Takes a message as it arrives: notes the fields of its header, and lets the rest be split into
+// text and files. Everything is bytes, but the names of the files, which are text.
 #pragma once
 
 #include <cstddef>
@@ -8,41 +8,43 @@
 #include <string_view>
 
 #include "codec/HeaderField.h"
+#include "codec/MessageSplitter.h"
 #include "internet/PopSession.h"
 #include "mail/HeaderTable.h"
 
 namespace quillon {
 
 struct MessageOptions {
-  std::int32_t maximumBodyLines = 0;  // 0: all
-  bool headersInMessage = false;      // the text begins with the header lines and an empty line
+  bool headersInMessage = false;  // the text begins with the header lines and an empty line
   std::string dateFormat;
 };
 
 class MessageCollector final : public MessageSink {
  public:
-  // Beyond this much text the result is 30.
-  static constexpr std::size_t kMostTextBytes = 64U * 1024 * 1024;
+  MessageCollector(FileSystem& files, const CodePage& codePage, const SplitSettings& split,
+                   MessageOptions options)
+      : options_(std::move(options)), splitter_(files, codePage, split), fields_(1) {}
 
-  explicit MessageCollector(MessageOptions options) : options_(std::move(options)), fields_(1) {}
-
+  // The result is 26 when a file of the message cannot be written; no file of it is left then.
   std::int32_t OnMessageLine(std::string_view text, bool complete) override;
+  bool InAttachment() const override { return splitter_.InAttachment(); }
+  std::int32_t OnMessageEnd() override;
 
   const HeaderRecord& Fields() const noexcept { return fields_[0]; }
   const std::string& RawHeaders() const noexcept { return rawHeaders_; }
-  std::string TakeText();
+  SplitMessage& Message() noexcept { return message_; }
 
  private:
-  void OnHeaderLine(std::string_view text);
+  void OnHeaderPiece(std::string_view text, bool complete);
 
-  MessageOptions options_;
+  const MessageOptions options_;
+  MessageSplitter splitter_;
+  SplitMessage message_;
   HeaderTable fields_;  // one record
   HeaderLineReader reader_;
   std::string rawHeaders_;
-  std::string text_;
-  std::int32_t bodyLines_ = 0;
+  std::size_t lineStart_ = 0;  // of the last header line, in rawHeaders_
   bool inHeader_ = true;
-  bool inLongLine_ = false;
 };
 
 }  // namespace quillon

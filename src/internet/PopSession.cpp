@@ -132,6 +132,7 @@ void PopSession::OnPositive(std::string_view text) {
     case Command::Top:
     case Command::Retr:
       dataMode_ = inHeader_ = true;
+      hasAttachments_ = false;
       dataBytes_ = 0;
       if (lastCommand_ == Command::Retr) Status("Receiving message...");
       return AwaitReply();
@@ -201,17 +202,24 @@ void PopSession::OnData(std::string_view line, bool complete) {
   AwaitReply();
   if (lineStart && line.starts_with('.')) line.remove_prefix(1);
   dataBytes_ += line.size() + 2;
-  if (lastCommand_ == Command::Retr) {
-    if (const auto number = message_->OnMessageLine(line, complete); number != 0) {
-      FinishAndClose(number);
-    }
+  if (lastCommand_ == Command::Retr) return OnMessageData(line, complete);
+  if (dataBytes_ > kMostListBytes) return FinishAndClose(kOverflow);
+  if (lastCommand_ == Command::Uidl) {
+    if (lineStart) OnIdentifierData(line);
     return;
   }
-  if (dataBytes_ > kMostListBytes) return FinishAndClose(kOverflow);
-  if (!lineStart) return;
-  if (lastCommand_ == Command::Uidl) return OnIdentifierData(line);
-  inHeader_ = inHeader_ && !line.empty();
-  if (inHeader_) headers_->OnHeaderLine(number_, line);
+  if (lineStart && line.empty()) inHeader_ = false;
+  if (inHeader_ && !headers_->OnHeaderLine(number_, line, complete)) FinishAndClose(kOverflow);
+}
+
+void PopSession::OnMessageData(std::string_view line, bool complete) {
+  if (const auto number = message_->OnMessageLine(line, complete); number != 0) {
+    return FinishAndClose(number);
+  }
+  if (!hasAttachments_ && message_->InAttachment()) {
+    hasAttachments_ = true;
+    Status("Receiving attachments...");
+  }
 }
 
 void PopSession::OnIdentifierData(std::string_view line) {
@@ -236,10 +244,17 @@ void PopSession::OnDataEnd() {
       Status("Identifiers loaded successfully.");
       return Finish(kSessionSuccess);
     case Command::Retr:
-      return Finish(kSessionSuccess);
+      return OnMessageEnd();
     default:
       return FinishAndClose(kUnknownError);
   }
+}
+
+void PopSession::OnMessageEnd() {
+  if (hasAttachments_) Status("Decoding attachments...");
+  if (const auto number = message_->OnMessageEnd(); number != 0) return Finish(number);
+  Status("Message loaded successfully.");
+  Finish(kSessionSuccess);
 }
 
 void PopSession::Send(Command command, std::string_view line, std::string_view logged) {

@@ -25,11 +25,12 @@ struct PopSettings : SessionSettings {
 };
 
 // Takes headers and identifiers as they arrive. Lines have no line end, and their dots are
-// unstuffed.
+// unstuffed; a very long one comes in pieces, of which the last is complete.
 class HeaderSink {
  public:
   virtual ~HeaderSink() = default;
-  virtual void OnHeaderLine(std::uint32_t number, std::string_view line) = 0;
+  // False when there is no room for so much: the operation ends with 30.
+  virtual bool OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) = 0;
   // The header of this message is whole. False: enough.
   virtual bool OnHeaderEnd(std::uint32_t number) = 0;
   // The command after that header is on its way: what need not be done before it goes on while the
@@ -45,6 +46,10 @@ class MessageSink {
   // A line, without its end and with its dots unstuffed; a very long one comes in pieces, of which
   // the last is complete. A result other than 0 ends the operation with that number.
   virtual std::int32_t OnMessageLine(std::string_view text, bool complete) = 0;
+  // Whether that line belongs to an attachment.
+  virtual bool InAttachment() const = 0;
+  // The message is whole. A result other than 0 is that of the operation.
+  virtual std::int32_t OnMessageEnd() = 0;
 };
 
 struct HeaderRequest {
@@ -89,6 +94,8 @@ class PopSession final : private MailSession {
   void OnStatistics(std::string_view text);
   void OnData(std::string_view line, bool complete);
   void OnDataEnd();
+  void OnMessageData(std::string_view line, bool complete);
+  void OnMessageEnd();
   void OnIdentifierData(std::string_view line);
   void NextHeader();
   void Send(Command command, std::string_view line, std::string_view logged = {});
@@ -101,7 +108,8 @@ class PopSession final : private MailSession {
   bool dataMode_ = false;    // in the lines of a multi-line reply
   bool inLongLine_ = false;  // and in the middle of one that comes in pieces
   std::uint64_t dataBytes_ = 0;
-  bool inHeader_ = false;  // of the message that TOP shows
+  bool inHeader_ = false;        // of the message that TOP shows
+  bool hasAttachments_ = false;  // the message being received, as far as it has come
 
   HeaderRequest request_;
   HeaderSink* headers_ = nullptr;

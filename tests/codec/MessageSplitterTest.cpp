@@ -70,14 +70,14 @@ TEST_F(MessageSplitterTest, ShapesOfMessages) {
     std::string message;
     const char* expected;
   } kCases[] = {
-      {"plain", "Subject: x\n\none\ntwo\n", "one\r\ntwo"},
-      {"no header", "\nbody", "body"},
+      {"plain", "Subject: x\n\none\ntwo\n", "one\r\ntwo\r\n"},
+      {"no header", "\nbody", "body\r\n"},
       {"header alone", "Subject: x\n", ""},
       {"quoted-printable", "Content-Transfer-Encoding: quoted-printable\n\na=3Db=\nc  \nd\n",
-       "a=bc\r\nd"},
+       "a=bc\r\nd\r\n"},
       {"base64 text", "Content-Type: text/plain\nContent-Transfer-Encoding: BASE64\n\naGk=\n",
        "hi"},
-      {"HTML alone is the body", html, "<b>hi</b>"},
+      {"HTML alone is the body", html, "<b>hi</b>\r\n"},
       {"file alone", pdf, "[a.pdf|a.pdf] PDF"},
       {"alternative", Multipart("alternative", {plain, html}),
        "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>hi</b>"},
@@ -126,10 +126,10 @@ TEST_F(MessageSplitterTest, BrokenMultipartsKeepWhatTheyHold) {
     const char* expected;
   } kCases[] = {
       {"no boundary parameter", "Content-Type: multipart/mixed\n\n--b\n\nhi\n--b--",
-       "--b\r\n\r\nhi\r\n--b--"},
+       "--b\r\n\r\nhi\r\n--b--\r\n"},
       {"boundary never met", "Content-Type: multipart/mixed; boundary=x\n\nhi\n--b--",
        "hi\r\n--b--\r\n"},
-      {"never closed", "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n", "hi"},
+      {"never closed", "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n", "hi\r\n"},
       {"closed at once", "Content-Type: multipart/mixed; boundary=b\n\n--b--\n\nlost\n", ""},
       {"blanks behind boundaries",
        "Content-Type: multipart/mixed; boundary=\"b \"\n\n--b \t\n\nhi\n--b-- \nx", "hi"},
@@ -158,9 +158,9 @@ TEST_F(MessageSplitterTest, BrokenMultipartsKeepWhatTheyHold) {
        "Content-Type: multipart/mixed;\n\tboundary=\"b\"\n\n--b\n\nhi\n--b--", "hi"},
       {"a file name is not a type",
        "Content-Type: application/octet-stream; name=\"multipart.context\"\n\nx",
-       "[multipart.context|multipart.context] x"},
+       "[multipart.context|multipart.context] x\r\n"},
       {"the first of a field counts", "Content-Type: text/plain\nContent-Type: image/png\n\nhi",
-       "hi"},
+       "hi\r\n"},
   };
   for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
 }
@@ -172,15 +172,17 @@ TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
     const char* expected;
   } kCases[] = {
       {"between text", "\nbefore\nbegin 644 a b.txt\n#:&DA\n`\nend\nafter",
-       "before\r\nafter[a b.txt|a b.txt] hi!"},
-      {"stripped last line", "\nbegin 0644 a.txt\n#:&DA\n\nend\nafter", "after[a.txt|a.txt] hi!"},
+       "before\r\nafter\r\n[a b.txt|a b.txt] hi!"},
+      {"stripped last line", "\nbegin 0644 a.txt\n#:&DA\n\nend\nafter",
+       "after\r\n[a.txt|a.txt] hi!"},
       {"no end", "\nbegin 644 a.txt\n#:&DA\n", "[a.txt|a.txt] hi!"},
       {"broken off by text", "\nbegin 644 a.txt\n#:&DA\nlower case text",
-       "lower case text[a.txt|a.txt] hi!"},
-      {"base64 framing", "\nbegin-base64 644 a.txt\naGkh\n====\nafter", "after[a.txt|a.txt] hi!"},
+       "lower case text\r\n[a.txt|a.txt] hi!"},
+      {"base64 framing", "\nbegin-base64 644 a.txt\naGkh\n====\nafter",
+       "after\r\n[a.txt|a.txt] hi!"},
       {"only words", "\nbegin 644 lines of text\nlike these",
-       "begin 644 lines of text\r\nlike these"},
-      {"a begin at the very end", "\nhi\nbegin 644 x", "hi\r\nbegin 644 x"},
+       "begin 644 lines of text\r\nlike these\r\n"},
+      {"a begin at the very end", "\nhi\nbegin 644 x", "hi\r\nbegin 644 x\r\n"},
       {"encoded part",
        "Content-Type: image/gif; name=p.gif\nContent-Transfer-Encoding: x-uuencode\n\nbegin 644 "
        "q\n#:&DA\n`\nend\n",
@@ -188,7 +190,7 @@ TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
   };
   for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
   settings_.suppressAttachments = true;
-  EXPECT_EQ("before\r\nafter", Split(kCases[0].message));
+  EXPECT_EQ("before\r\nafter\r\n", Split(kCases[0].message));
 }
 
 TEST_F(MessageSplitterTest, WhatIsSuppressedIsNotWritten) {

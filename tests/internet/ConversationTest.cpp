@@ -54,6 +54,7 @@ class Playing {
   void Call(std::string_view text);
   void Expect(std::string_view text);
   void CheckNextCall();
+  std::string AttachmentTexts() const;
   std::int32_t Invoke(std::string_view operation, std::string_view argument);
   void Complain(const std::string& what) {
     complaints_.push_back("line " + std::to_string(line_) + ": " + what);
@@ -102,6 +103,8 @@ void Playing::Set(std::string_view text) {
       {"password", [&] { instance.password = value; }},
       {"maximum", [&] { instance.maximumHeaders = number(); }},
       {"unreadonly", [&] { instance.unreadOnly = ToShortBool(number() != 0); }},
+      {"attachmentdirectory", [&] { instance.attachmentDirectory = world_.received.Path(value); }},
+      {"suppressattachments", [&] { instance.suppressAttachments = ToShortBool(number() != 0); }},
       {"headersinmessage", [&] { instance.headersInMessage = ToShortBool(number() != 0); }},
       {"timeoutprotocol", [&] { internet.timeoutProtocol = number(); }},
       {"index", [&] { instance.messageIndex = number(); }},
@@ -144,6 +147,7 @@ void Playing::Call(std::string_view text) {
   // Without headers there is nothing to load.
   const bool hasHeader = !world_.shared.headers.empty();
   if (cutOff_ && !hasHeader && (operation == "load" || operation == "delete")) return;
+  const auto filesBefore = world_.received.Names();
   Timer abort(world_.network, [this] { world_.backEnd.Abort(); });
   if (abortAfter_ != 0) abort.Start(abortAfter_);
   const auto start = world_.network.Now();
@@ -156,6 +160,9 @@ void Playing::Call(std::string_view text) {
   const auto text6 = world_.backEnd.ErrorText(mail_system::kInternet, result_);
   if (result_ != kBackEndSuccess && result_ < 500 && text6.empty()) {
     Complain("result " + std::to_string(result_) + " means nothing");
+  }
+  if (result_ != kBackEndSuccess && world_.received.Names() != filesBefore) {
+    Complain("files of a message that failed were left");
   }
   if (cutOff_ && elapsed_ > 100000) Complain("took " + std::to_string(elapsed_) + " ms");
 }
@@ -190,11 +197,23 @@ void Playing::Expect(std::string_view text) {
       {"from", [&] { return message.from; }},
       {"body", [&] { return message.body; }},
       {"bodysize", [&] { return std::to_string(message.body.size()); }},
+      {"attachments", [&] { return AttachmentTexts(); }},
       {"tocount", [&] { return std::to_string(message.to.size()); }},
   };
   const auto row = found.find(word);
   if (row != found.end()) return Compare(word, row->second(), value);
   Compare("result", std::to_string(result_), std::string(word));
+}
+
+// "[file|name] content" of each attachment of the loaded message.
+std::string Playing::AttachmentTexts() const {
+  std::string all;
+  for (const auto& attachment : world_.shared.message.attachments) {
+    all += "[";
+    all += FileNameOf(attachment.file);
+    all += "|" + attachment.displayName + "] " + ContentOf(*world_.files, attachment.file);
+  }
+  return all;
 }
 
 // The conversation's server is gone; the next one is friendly.

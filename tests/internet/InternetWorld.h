@@ -55,6 +55,7 @@ class InternetWorld {
     instance.postOffice = "pop.example";
     instance.loginName = "joe";
     instance.password = "secret";
+    instance.attachmentDirectory = received.Path();
     shared.message.from = "Joe <joe@example.org>";
     shared.message.to = {"ann@example.org"};
     shared.message.subject = "Hello";
@@ -62,6 +63,7 @@ class InternetWorld {
   }
 
   TempFolder folder;
+  TempFolder received;  // the attachment directory
   FakeNetwork network;
   FixedClock clock;
   AnsweringPrompt prompt;
