@@ -1,9 +1,15 @@
-# Programs that are not the product: the embedded mail host, benchmarks, and for Windows the clients
-# and stand-in libraries of the end-to-end tests.
+# Programs that are not the product: the embedded mail host, the message splitter as a filter,
+# benchmarks, and for Windows the clients and stand-in libraries of the end-to-end tests.
 file(GLOB_RECURSE mailhost_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tools/mailhost/*.cpp")
 if(mailhost_sources AND NOT WIN32)
   # A peer for the product's tests shares no code with the product.
   quillon_executable(mailhost SOURCES ${mailhost_sources})
+endif()
+
+if(NOT WIN32)
+  quillon_executable(splitmail SOURCES "${PROJECT_SOURCE_DIR}/tools/splitmail/main.cpp"
+    LINK quillon_codec quillon_platform)
+  target_include_directories(splitmail PRIVATE "${PROJECT_SOURCE_DIR}")
 endif()
 
 # bench/support is shared by the benchmarks. Table is for both systems; the rest compares the native
