@@ -12,10 +12,10 @@ packages=(
   clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev git
   # the private Wine and the tests that run in it
   libc6-i386 xvfb python3 ca-certificates debian-archive-keyring
-  # the mail road: other people's servers and clients
-  dovecot-pop3d mpop
+  # other people's servers, clients and codecs, which the tests work with
+  dovecot-pop3d mpop sharutils mpack
   # what the benchmarks compare with
-  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0 sharutils
+  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0
 )
 
 say() { printf 'setup: %s\n' "$*"; }

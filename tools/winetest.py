@@ -68,7 +68,8 @@ class Running:
             self.kill()
             raise WineTimeout(f"still running after {timeout} s; output: {self.output()}") from None
         self._output.seek(0)
-        return Done(self._process.returncode, self._output.read())
+        with self._output:
+            return Done(self._process.returncode, self._output.read())
 
     def kill(self):
         """Ends it at once, as a crash would."""

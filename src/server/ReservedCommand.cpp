@@ -37,6 +37,11 @@ void RequireFile(const Context& context, const std::string& path) {
   if (!context.Files().FileExists(path)) throw ServerError(error_code::kNoFile);
 }
 
+void RequireDirectory(const Context& context, const std::string& path) {
+  if (context.Files().DirectoryExists(path)) return;
+  throw ServerError(error_code::kInvalidValue, "Directory does not exist.");
+}
+
 void RequireSuccess(bool success, std::int32_t code = error_code::kFileAccess) {
   if (!success) throw ServerError(code);
 }
@@ -50,9 +55,7 @@ bool ReadSwitch(const std::string& text) {
 }
 
 void TempDir(const Context& context, const Arguments& arguments) {
-  if (!arguments[0].empty() && !context.Files().DirectoryExists(arguments[0])) {
-    throw ServerError(error_code::kInvalidValue, "Directory does not exist.");
-  }
+  if (!arguments[0].empty()) RequireDirectory(context, arguments[0]);
   context.Switches().temporaryDirectory = arguments[0];
 }
 
@@ -64,17 +67,21 @@ void OnlyRecipient(const Context& context, const Arguments& arguments) {
   context.Switches().envelopeRecipient = TrimmedCopy(arguments[0]);
 }
 
-void MessageLines(const Context& context, const Arguments& arguments) {
-  const Value value(arguments[0]);
+std::int32_t ReadNumber(const std::string& text, std::int32_t least) {
+  const Value value(text);
   if (!IsNumeric(value)) Malformed();
-  std::int32_t lines = -1;
+  std::int32_t number = least;
   try {
-    lines = ToInt32(value);
+    number = ToInt32(value);
   } catch (const ConversionError&) {
     Malformed();
   }
-  if (lines < 0) Malformed();
-  context.Switches().maximumBodyLines = lines;
+  if (number < least) Malformed();
+  return number;
+}
+
+void MessageLines(const Context& context, const Arguments& arguments) {
+  context.Switches().maximumBodyLines = ReadNumber(arguments[0], 0);
 }
 
 void MailService(const Context& context, const Arguments& arguments) {
@@ -120,18 +127,20 @@ void MakeOneDirectory(const Context& context, const Arguments& arguments) {
 }
 
 void RemoveOneDirectory(const Context& context, const Arguments& arguments) {
-  if (!context.Files().DirectoryExists(arguments[0])) {
-    throw ServerError(error_code::kInvalidValue, "Directory does not exist.");
-  }
+  RequireDirectory(context, arguments[0]);
   RequireSuccess(context.Files().RemoveEmptyDirectory(arguments[0]));
 }
 
 // Codecs work from one file to another; both in one would destroy the input.
-void RequirePair(const Context& context, const Arguments& arguments) {
-  RequireFile(context, arguments[0]);
-  if (arguments[1].empty()) throw ServerError(error_code::kFileNotSpecified);
+void RequireOther(const Context& context, const std::string& from, const std::string& to) {
+  RequireFile(context, from);
+  if (to.empty()) throw ServerError(error_code::kFileNotSpecified);
   auto& files = context.Files();
-  if (EqualsIgnoreCase(files.FullPath(arguments[0]), files.FullPath(arguments[1]))) Malformed();
+  if (EqualsIgnoreCase(files.FullPath(from), files.FullPath(to))) Malformed();
+}
+
+void RequirePair(const Context& context, const Arguments& arguments) {
+  RequireOther(context, arguments[0], arguments[1]);
 }
 
 void Base64Encode(const Context& context, const Arguments& arguments) {
@@ -148,19 +157,40 @@ void Base64Decode(const Context& context, const Arguments& arguments) {
   RequireSuccess(result == kTrue);
 }
 
+// One line of a split file, with its line end.
+constexpr std::int32_t kLeastPartSize = 63;
+
+void UuSplit(const Context& context, const Arguments& arguments) {
+  RequireFile(context, arguments[0]);
+  auto directory = arguments[1];
+  RequireDirectory(context, directory);
+  ShortBool result = kFalse;
+  UUCode(context.Files())
+      .UUEncodeFiles(arguments[0], directory, ReadNumber(arguments[2], kLeastPartSize), result);
+  RequireSuccess(result == kTrue, error_code::kEncoding);
+}
+
+// One file, or the parts of one; the last argument is what comes of them.
+void UuDecode(const Context& context, const Arguments& arguments) {
+  const auto& output = arguments.back();
+  const Arguments inputs(arguments.begin(), arguments.end() - 1);
+  for (const auto& input : inputs) RequireOther(context, input, output);
+  ShortBool result = kFalse;
+  if (inputs.size() == 1) {
+    UUCode(context.Files()).UUDecodeFile(inputs[0], output, result);
+  } else {
+    UUCode(context.Files()).UUDecodeFiles(inputs, output, result);
+  }
+  RequireSuccess(result == kTrue);
+}
+
 void UuEncode(const Context& context, const Arguments& arguments) {
+  if (arguments.size() == 3) return UuSplit(context, arguments);
   RequirePair(context, arguments);
   ShortBool result = kFalse;
   UUCode(context.Files())
       .UUEncodeFile(arguments[0], arguments[1], UUCode::kGraveAccentStyle, result);
   RequireSuccess(result == kTrue, error_code::kEncoding);
-}
-
-void UuDecode(const Context& context, const Arguments& arguments) {
-  RequirePair(context, arguments);
-  ShortBool result = kFalse;
-  UUCode(context.Files()).UUDecodeFile(arguments[0], arguments[1], result);
-  RequireSuccess(result == kTrue);
 }
 
 void QpDecode(const Context& context, const Arguments& arguments) {
@@ -171,29 +201,32 @@ void QpDecode(const Context& context, const Arguments& arguments) {
   RequireSuccess(result == kTrue);
 }
 
+constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
+
 struct Command {
   std::string_view word;
-  std::size_t argumentCount;
+  std::size_t leastArguments;
+  std::size_t mostArguments;
   void (*run)(const Context&, const Arguments&);
 };
 
 constexpr std::array kCommands{
-    Command{"TEMPDIR", 1, TempDir},
-    Command{"REPLY-TO", 1, ReplyTo},
-    Command{"ONLY_RECIP", 1, OnlyRecipient},
-    Command{"MSG_LINES", 1, MessageLines},
-    Command{"MAIL_SERVICE", 1, MailService},
-    Command{"CHARSET", 1, CharacterSet},
-    Command{"COPY_FILE", 2, CopyFileTo},
-    Command{"DELETE_FILE", 1, RemoveOneFile},
-    Command{"CREATE_DIRECTORY", 1, MakeOneDirectory},
-    Command{"DELETE_DIRECTORY", 1, RemoveOneDirectory},
-    Command{"BASE64_ENCODE_FILE", 2, Base64Encode},
-    Command{"BASE64_DECODE_FILE", 2, Base64Decode},
-    Command{"UU_ENCODE_FILE", 2, UuEncode},
-    Command{"UU_DECODE_FILE", 2, UuDecode},
-    Command{"QP_DECODE_FILE", 2, QpDecode},
-    Command{"HELO", 1, Greeting},
+    Command{"TEMPDIR", 1, 1, TempDir},
+    Command{"REPLY-TO", 1, 1, ReplyTo},
+    Command{"ONLY_RECIP", 1, 1, OnlyRecipient},
+    Command{"MSG_LINES", 1, 1, MessageLines},
+    Command{"MAIL_SERVICE", 1, 1, MailService},
+    Command{"CHARSET", 1, 1, CharacterSet},
+    Command{"COPY_FILE", 2, 2, CopyFileTo},
+    Command{"DELETE_FILE", 1, 1, RemoveOneFile},
+    Command{"CREATE_DIRECTORY", 1, 1, MakeOneDirectory},
+    Command{"DELETE_DIRECTORY", 1, 1, RemoveOneDirectory},
+    Command{"BASE64_ENCODE_FILE", 2, 2, Base64Encode},
+    Command{"BASE64_DECODE_FILE", 2, 2, Base64Decode},
+    Command{"UU_ENCODE_FILE", 2, 3, UuEncode},
+    Command{"UU_DECODE_FILE", 2, kAnyNumber, UuDecode},
+    Command{"QP_DECODE_FILE", 2, 2, QpDecode},
+    Command{"HELO", 1, 1, Greeting},
 };
 
 }  // namespace
@@ -208,7 +241,10 @@ Value RunReservedCommand(Server& server, Environment& environment, const std::st
   const auto* const command =
       std::find_if(kCommands.begin(), kCommands.end(),
                    [&](const Command& row) { return EqualsIgnoreCase(row.word, word); });
-  if (command == kCommands.end() || arguments.size() != command->argumentCount) Malformed();
+  if (command == kCommands.end() || arguments.size() < command->leastArguments ||
+      arguments.size() > command->mostArguments) {
+    Malformed();
+  }
   command->run({server, environment}, arguments);
   return {kTrue};
 }
