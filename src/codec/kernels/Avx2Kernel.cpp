@@ -23,11 +23,34 @@ QUILLON_AVX2 __m256i LoadHalves(const uint8_t* first, const uint8_t* second) {
   return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
 }
 
-// The four 6-bit values of each of the groups in the first 12 bytes of each half.
-QUILLON_AVX2 __m256i Sextets(__m256i bytes) {
-  const __m256i spread =
-      _mm256_shuffle_epi8(bytes, _mm256_broadcastsi128_si256(_mm_setr_epi8(
-                                     1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10)));
+// 24 bytes as Sextets wants them: of each group the second, first, third and second byte. Three
+// ways to load them, each for memory that the others must not read.
+
+// Reads 4 bytes behind them.
+QUILLON_AVX2 __m256i SpreadFromStart(const uint8_t* from) {
+  return _mm256_shuffle_epi8(LoadHalves(from, from + 12),
+                             _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
+                                              1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
+}
+
+// Reads 4 bytes before them.
+QUILLON_AVX2 __m256i SpreadToEnd(const uint8_t* from) {
+  return _mm256_shuffle_epi8(
+      LoadHalves(from - 4, from + 8),
+      _mm256_setr_epi8(5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14,  //
+                       5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14));
+}
+
+// Reads 4 bytes on both sides, which is the fastest.
+QUILLON_AVX2 __m256i SpreadWithin(const uint8_t* from) {
+  return _mm256_shuffle_epi8(
+      _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from - 4)),
+      _mm256_setr_epi8(5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14,  //
+                       1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
+}
+
+// The four 6-bit values of each group.
+QUILLON_AVX2 __m256i Sextets(__m256i spread) {
   const __m256i even = _mm256_mulhi_epu16(_mm256_and_si256(spread, _mm256_set1_epi32(0x0FC0FC00)),
                                           _mm256_set1_epi32(0x04000040));
   const __m256i odd = _mm256_mullo_epi16(_mm256_and_si256(spread, _mm256_set1_epi32(0x003F03F0)),
@@ -47,9 +70,9 @@ QUILLON_AVX2 __m256i Bytes(__m256i values) {
 
 struct Base64 {
   QUILLON_AVX2 static __m256i Characters(__m256i values) {
-    const __m256i small = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-    const __m256i entry = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
-                                          _mm256_and_si256(small, _mm256_set1_epi8(13)));
+    const __m256i beyondCapitals = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));
+    const __m256i entry =
+        _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), beyondCapitals);
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(Table(kNibbleTables.toCharacter), entry));
   }
 
@@ -84,28 +107,24 @@ struct Uu {
 };
 
 template <typename Alphabet>
-QUILLON_AVX2 void EncodeBlock(__m256i bytes, uint8_t* out) {
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Alphabet::Characters(Sextets(bytes)));
-}
-
-// The 24 bytes there, 12 in each half; reads the 4 before them instead of the 4 behind.
-QUILLON_AVX2 __m256i LoadAtEnd(const uint8_t* from) {
-  return _mm256_srli_si256(LoadHalves(from - 4, from + 8), 4);
+QUILLON_AVX2 void EncodeBlock(__m256i spread, uint8_t* out) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Alphabet::Characters(Sextets(spread)));
 }
 
 template <typename Alphabet>
 QUILLON_AVX2 void Encode(const uint8_t* in, size_t bytes, uint8_t* out, EncodeGroups rest) {
   if (bytes < 28) return rest(in, bytes, out);
-  size_t done = 0;
+  EncodeBlock<Alphabet>(SpreadFromStart(in), out);
+  size_t done = 24;
   for (; bytes - done >= 28; done += 24) {
-    EncodeBlock<Alphabet>(LoadHalves(in + done, in + done + 12), out + done / 3 * 4);
+    EncodeBlock<Alphabet>(SpreadWithin(in + done), out + done / 3 * 4);
   }
   if (bytes - done > 24) {
-    EncodeBlock<Alphabet>(LoadAtEnd(in + done), out + done / 3 * 4);
+    EncodeBlock<Alphabet>(SpreadToEnd(in + done), out + done / 3 * 4);
     done += 24;
   }
   // The last 24 bytes, some of them once more.
-  if (done < bytes) EncodeBlock<Alphabet>(LoadAtEnd(in + bytes - 24), out + (bytes - 24) / 3 * 4);
+  if (done < bytes) EncodeBlock<Alphabet>(SpreadToEnd(in + bytes - 24), out + (bytes - 24) / 3 * 4);
 }
 
 // Writes 24 bytes, and 8 of no meaning behind them when there is `room` for them.
@@ -148,9 +167,9 @@ QUILLON_AVX2 size_t DecodeBase64(const uint8_t* in, size_t length, uint8_t* out)
 
 QUILLON_AVX2 void EncodeBase64Lines(const uint8_t* in, size_t lines, uint8_t* out) {
   for (; lines != 0; --lines, in += kBase64LineBytes, out += kBase64LineSize) {
-    EncodeBlock<Base64>(LoadHalves(in, in + 12), out);
-    EncodeBlock<Base64>(LoadHalves(in + 24, in + 36), out + 32);
-    EncodeBlock<Base64>(LoadAtEnd(in + 33), out + 44);
+    EncodeBlock<Base64>(SpreadFromStart(in), out);
+    EncodeBlock<Base64>(SpreadWithin(in + 24), out + 32);
+    EncodeBlock<Base64>(SpreadToEnd(in + 33), out + 44);
     out[kBase64LineCharacters] = '\r';
     out[kBase64LineCharacters + 1] = '\n';
   }

@@ -18,8 +18,8 @@ struct NibbleTables {
   // What added to a character (modulo 256) gives its value, by its high half; "/" has its own entry
   // in the place of 1, since no other character of the alphabet has that half.
   std::array<uint8_t, 16> toValue{};
-  // What added to a value gives its character: at 0 for 26 to 51, from 1 to 12 for those above, at
-  // 13 for those below.
+  // What added to a value gives its character: at 0 for those below 26, at 1 for 26 to 51, from 2
+  // on for those above.
   std::array<uint8_t, 16> toCharacter{};
 };
 
@@ -34,7 +34,7 @@ constexpr NibbleTables MakeNibbleTables() {
     lowHalves[high] = static_cast<uint16_t>(lowHalves[high] | 1U << (character & 15));
     const auto toValue = static_cast<uint8_t>(value - character);
     tables.toValue[character == '/' ? 1 : high] = toValue;
-    const size_t entry = value < 26 ? 13 : value < 52 ? 0 : value - 51;
+    const size_t entry = value < 26 ? 0 : value < 52 ? 1 : value - 50;
     tables.toCharacter[entry] = static_cast<uint8_t>(character - value);
   }
   unsigned patterns = 0;

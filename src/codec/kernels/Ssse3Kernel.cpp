@@ -36,9 +36,8 @@ QUILLON_SSSE3 __m128i Bytes(__m128i values) {
 
 struct Base64 {
   QUILLON_SSSE3 static __m128i Characters(__m128i values) {
-    const __m128i small = _mm_cmpgt_epi8(_mm_set1_epi8(26), values);
-    const __m128i entry = _mm_or_si128(_mm_subs_epu8(values, _mm_set1_epi8(51)),
-                                       _mm_and_si128(small, _mm_set1_epi8(13)));
+    const __m128i beyondCapitals = _mm_cmpgt_epi8(values, _mm_set1_epi8(25));
+    const __m128i entry = _mm_sub_epi8(_mm_subs_epu8(values, _mm_set1_epi8(51)), beyondCapitals);
     return _mm_add_epi8(values, _mm_shuffle_epi8(Load(kNibbleTables.toCharacter.data()), entry));
   }
 
