@@ -236,6 +236,14 @@ TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
   }
 }
 
+TEST_F(MessageSplitterTest, ANameTooLongForTheSystemIsCut) {
+  const std::string base(300, 'b');
+  const std::string extension(300, 'e');
+  EXPECT_EQ("[" + base.substr(0, 50) + "." + extension.substr(0, 10) + "|" + base + "." +
+                extension + "] x\r\n",
+            Split("Content-Type: image/png; name=" + base + "." + extension + "\n\nx"));
+}
+
 TEST_F(MessageSplitterTest, ALongBodyBecomesTheFirstAttachment) {
   settings_.maximumBodyBytes = 10;
   const auto message =
