@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <vector>
 
 #include "codec/CharacterSet.h"
@@ -23,69 +22,99 @@ std::string_view Stripped(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// The end of a comment that starts at `at`, behind its last ")"; npos when it never closes.
-std::size_t CommentEnd(std::string_view text, std::size_t at) {
-  std::size_t depth = 0;
-  for (; at < text.size(); ++at) {
-    if (text[at] == '\\') {
-      ++at;
-    } else if (text[at] == '(') {
-      ++depth;
-    } else if (text[at] == ')' && --depth == 0) {
-      return at + 1;
-    }
+// Where the comments of a field end. All of them are found in one pass, so that many nested or
+// unclosed ones take linear time.
+class CommentEnds {
+ public:
+  explicit CommentEnds(std::string_view field) : field_(field) {}
+
+  // Behind the last ")" of the comment that starts at `at`; npos when it never closes. The first
+  // call is that for the first comment.
+  std::size_t EndOf(std::size_t at) {
+    if (ends_.empty()) FindAll(at);
+    return ends_[at - first_];
   }
-  return std::string_view::npos;
-}
 
-// One piece of a field up to the next ";": the text with quotes and comments resolved.
-struct Piece {
-  std::string text;        // blanks at its end belong to a quoted string
-  std::size_t length = 0;  // of what was read, the ";" included
-};
-
-void AppendQuoted(std::string_view field, std::size_t& at, std::string& text) {
-  for (++at; at < field.size() && field[at] != '"'; ++at) {
-    // A backslash is kept unless it escapes: senders write Windows paths without escaping them.
-    const bool escapes = field[at] == '\\' && at + 1 < field.size() &&
-                         (field[at + 1] == '"' || field[at + 1] == '\\');
-    if (escapes) ++at;
-    text += field[at];
-  }
-  if (at < field.size()) ++at;
-}
-
-Piece ReadPiece(std::string_view field) {
-  Piece piece;
-  std::size_t at = 0;
-  bool openComment = false;  // one that never closes is looked for once only
-  bool isParameter = false;
-  std::size_t quotedEnd = 0;
-  while (at < field.size() && field[at] != ';') {
-    if (field[at] == '"') {
-      AppendQuoted(field, at, piece.text);
-      quotedEnd = piece.text.size();
-      continue;
-    }
-    if (field[at] == '(' && !openComment) {
-      const auto end = CommentEnd(field, at);
-      openComment = end == std::string_view::npos;
-      const auto next = openComment ? end : field.find_first_not_of(kBlanks, end);
-      // In a bare file name like "report (1).pdf" the brackets are part of the name.
-      if (!openComment && (next == std::string_view::npos || field[next] == ';' ||
-                           field[next] == '(' || !isParameter)) {
-        at = end;
-        continue;
+ private:
+  void FindAll(std::size_t first) {
+    first_ = first;
+    ends_.assign(field_.size() - first, std::string_view::npos);
+    std::vector<std::size_t> open;
+    for (auto at = first; at < field_.size(); ++at) {
+      if (field_[at] == '\\' && !open.empty()) {
+        ++at;
+      } else if (field_[at] == '(') {
+        open.push_back(at);
+      } else if (field_[at] == ')' && !open.empty()) {
+        ends_[open.back() - first] = at + 1;
+        open.pop_back();
       }
     }
-    isParameter = isParameter || field[at] == '=';
-    piece.text += field[at++];
   }
-  piece.length = at < field.size() ? at + 1 : at;
-  const auto last = piece.text.find_last_not_of(kBlanks);
-  piece.text.resize(std::max(quotedEnd, last == std::string::npos ? 0 : last + 1));
-  return piece;
-}
+
+  std::string_view field_;
+  std::size_t first_ = 0;
+  std::vector<std::size_t> ends_;
+};
+
+// Reads a field in pieces up to the next ";", with quotes and comments resolved.
+class PieceReader {
+ public:
+  explicit PieceReader(std::string_view field) : field_(field), comments_(field) {}
+
+  bool AtEnd() const { return at_ >= field_.size(); }
+
+  // Blanks at the end of a piece belong to a quoted string.
+  std::string Next() {
+    std::string text;
+    bool openComment = false;
+    bool isParameter = false;
+    std::size_t quotedEnd = 0;
+    while (!AtEnd() && field_[at_] != ';') {
+      if (field_[at_] == '"') {
+        AppendQuoted(text);
+        quotedEnd = text.size();
+      } else if (field_[at_] == '(' && !openComment && SkipComment(isParameter, openComment)) {
+        continue;
+      } else {
+        isParameter = isParameter || field_[at_] == '=';
+        text += field_[at_++];
+      }
+    }
+    if (!AtEnd()) ++at_;
+    const auto last = text.find_last_not_of(kBlanks);
+    text.resize(std::max(quotedEnd, last == std::string::npos ? 0 : last + 1));
+    return text;
+  }
+
+ private:
+  void AppendQuoted(std::string& text) {
+    for (++at_; !AtEnd() && field_[at_] != '"'; ++at_) {
+      // A backslash is kept unless it escapes: senders write Windows paths without escaping them.
+      const bool escapes = field_[at_] == '\\' && at_ + 1 < field_.size() &&
+                           (field_[at_ + 1] == '"' || field_[at_ + 1] == '\\');
+      if (escapes) ++at_;
+      text += field_[at_];
+    }
+    if (!AtEnd()) ++at_;
+  }
+
+  // In a bare file name like "report (1).pdf" the brackets are part of the name.
+  bool SkipComment(bool isParameter, bool& openComment) {
+    const auto end = comments_.EndOf(at_);
+    openComment = end == std::string_view::npos;
+    if (openComment) return false;
+    const auto next = field_.find_first_not_of(kBlanks, end);
+    const bool isComment = next == std::string_view::npos || field_[next] == ';' ||
+                           field_[next] == '(' || !isParameter;
+    if (isComment) at_ = end;
+    return isComment;
+  }
+
+  std::string_view field_;
+  std::size_t at_ = 0;
+  CommentEnds comments_;
+};
 
 std::string PercentDecoded(std::string_view text) {
   std::string bytes;
@@ -167,17 +196,16 @@ const std::string& ContentField::Parameter(const std::string& upperName) const {
 
 ContentField ParseContentField(std::string_view field, const CodePage& codePage) {
   ContentField content;
-  const auto first = ReadPiece(field);
-  content.value = Stripped(first.text);
-  field.remove_prefix(first.length);
+  PieceReader reader(field);
+  const auto first = reader.Next();
+  content.value = Stripped(first);
   std::map<std::string, Sections> extended;
-  for (std::size_t count = 0; !field.empty() && count < kMaximumParameters; ++count) {
-    const auto piece = ReadPiece(field);
-    field.remove_prefix(piece.length);
-    const auto equals = piece.text.find('=');
+  for (std::size_t count = 0; !reader.AtEnd() && count < kMaximumParameters; ++count) {
+    const auto piece = reader.Next();
+    const auto equals = piece.find('=');
     if (equals == std::string::npos) continue;
-    const auto name = ParseName(std::string_view(piece.text).substr(0, equals));
-    auto value = std::string_view(piece.text).substr(equals + 1);
+    const auto name = ParseName(std::string_view(piece).substr(0, equals));
+    auto value = std::string_view(piece).substr(equals + 1);
     value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
     if (name.extended || name.hasSection) {
       extended[name.base].byNumber.try_emplace(

@@ -76,7 +76,7 @@ bool MessageSplitter::BoundaryLine(std::string_view line) {
   if (!boundariesCount_) return false;
   const auto text = WithoutTrailingBlanks(line.substr(kDashes.size()));
   for (std::size_t depth = 0; depth < stack_.Count(); ++depth) {
-    const std::string_view boundary = WithoutTrailingBlanks(stack_.FromTop(depth).part.Boundary);
+    const std::string& boundary = stack_.FromTop(depth).part.Boundary;
     if (!text.starts_with(boundary)) continue;
     const auto rest = text.substr(boundary.size());
     if (!rest.empty() && rest != kDashes) continue;
@@ -133,6 +133,8 @@ void MessageSplitter::StartContent() {
       container.group = part.MType == mime_type::kAlternative ? stack_.Count() + 1
                         : stack_.Count() > 0                  ? stack_.TopOfStackObject().group
                                                               : 0;
+      // Trimmed once: it is compared with many lines.
+      part.Boundary.resize(WithoutTrailingBlanks(part.Boundary).size());
       container.part = std::move(part);
       stack_.Push(std::move(container));
       state_ = State::Preamble;
