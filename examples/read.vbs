@@ -1,4 +1,5 @@
-' Lists the messages of a POP3 mailbox, and shows the text of one. Nothing is deleted.
+' Lists the messages of a POP3 mailbox, and shows the text of one; its attachments are saved in the
+' directory for temporary files. Nothing is deleted.
 '
 '   cscript //nologo read.vbs SERVER NAME PASSWORD [MESSAGE [PORT]]
 '
@@ -8,10 +9,11 @@ Option Explicit
 
 Const INTERNET_MAIL = 10
 Const ITEM_SUBJECT = 4
+Const ITEM_FILES = 6
 Const ITEM_FROM = 9
 Const ITEM_DATE = 10
 
-Dim arguments, mail, number, i
+Dim arguments, mail, number, i, file
 Set arguments = WScript.Arguments
 If arguments.Count < 3 Then
   WScript.Echo "usage: read.vbs SERVER NAME PASSWORD [MESSAGE [PORT]]"
@@ -48,6 +50,9 @@ Else
   WScript.Echo "Subject: " & mail.subject
   WScript.Echo ""
   WScript.Echo mail.Message
+  For Each file In mail.MessageItems(ITEM_FILES)
+    WScript.Echo "Saved:   " & file
+  Next
 End If
 Check
 mail.Logout

@@ -86,6 +86,8 @@ def asan():
 
 
 def windows():
+    if not build("windows"):
+        return Count(failed=1)
     with winetest.WinePrefix() as wine:
         return ctest("windows", wine.environment())
 

@@ -85,6 +85,7 @@ class WinePrefix:
         self._wants_display = display
         self._extra = dict(environment or {})
         self._xvfb = None
+        self._keeper = None
         self.path = None
 
     def __enter__(self):
@@ -96,6 +97,7 @@ class WinePrefix:
             if self._wants_display:
                 self._start_display()
             self._shell('wine_copy_prefix "$WINEPREFIX"; wine_start')
+            self._keep_desktop()
         except BaseException:
             self.__exit__()
             raise
@@ -104,6 +106,8 @@ class WinePrefix:
     def __exit__(self, *_):
         if self.path.is_dir():
             self._shell("wine_stop")
+        if self._keeper:
+            self._keeper.wait()
         if self._xvfb:
             self._xvfb.terminate()
             self._xvfb.wait()
@@ -185,6 +189,18 @@ class WinePrefix:
         subprocess.run(
             ["bash", "-euc", f'. "{_ENV}"; {commands}'], env=self._environment,
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, check=True)
+
+    def _keep_desktop(self):
+        """See the program; without a build there is none, and nothing to test either."""
+        program = CLIENTS / "KeepDesktop.exe"
+        while program.exists():
+            keeper = self.start(program)
+            while keeper.poll() is None:
+                if "kept" in keeper.output():
+                    self._keeper = keeper
+                    return
+                time.sleep(0.01)
+            keeper.wait()
 
     def _start_display(self):
         read, write = os.pipe()

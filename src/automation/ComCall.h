@@ -9,6 +9,8 @@
 #pragma once
 
 #include <windows.h>
+#include <array>
+#include <cstdio>
 #include <exception>
 #include <oleauto.h>
 
@@ -19,13 +21,17 @@ inline constexpr wchar_t kErrorSource[] = L"QuillonInterface.Server";
 // A failed system call, or a failure that is nothing but a COM number.
 class HresultError : public std::exception {
  public:
-  explicit HresultError(HRESULT number) noexcept : number_(number) {}
+  explicit HresultError(HRESULT number) : number_(number) {
+    std::snprintf(text_.data(), text_.size(), "HRESULT 0x%08lX",
+                  static_cast<unsigned long>(number));
+  }
 
   HRESULT Number() const noexcept { return number_; }
-  const char* what() const noexcept override { return "HRESULT"; }
+  const char* what() const noexcept override { return text_.data(); }
 
  private:
   HRESULT number_;
+  std::array<char, 24> text_{};
 };
 
 inline void ThrowIfFailed(HRESULT result) {

@@ -23,8 +23,16 @@ MESSAGES = [
     b"Subject: Lunch\r\n"
     b"Date: Fri, 06 Mar 2026 14:30:00 +0000\r\n"
     b"Message-ID: <lunch.1@example.com>\r\n"
+    b"Content-Type: multipart/mixed; boundary=part\r\n"
     b"\r\n"
-    b"Shall we meet at noon?\r\n",
+    b"--part\r\n"
+    b"\r\n"
+    b"Shall we meet at noon?\r\n"
+    b"--part\r\n"
+    b"Content-Disposition: attachment; filename=menu.txt\r\n"
+    b"\r\n"
+    b"Soup.\r\n"
+    b"--part--\r\n",
 ] + [b"From: robot@example.com\r\nSubject: Report\r\n\r\nAll well.\r\n"] * 6
 
 

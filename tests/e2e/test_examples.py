@@ -2,6 +2,7 @@
 
 import email
 import email.policy
+import re
 import unittest
 
 from scripting import MailHost
@@ -10,7 +11,9 @@ import winetest
 EXAMPLES = winetest.TOP / "examples"
 LUNCH = (b"From: Ann <ann@example.com>\r\nTo: joe@example.com\r\nSubject: Lunch\r\n"
          b"Date: Fri, 06 Mar 2026 14:30:00 +0000\r\n\r\nAt noon?\r\n..\r\n")
-REPORT = b"From: robot@example.com\r\nSubject: Report\r\n\r\nAll well.\r\n"
+REPORT = (b"From: robot@example.com\r\nSubject: Report\r\n"
+          b"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nAll well.\r\n"
+          b"--b\r\nContent-Type: text/csv; name=t.csv\r\n\r\na;b\r\n--b--\r\n")
 
 
 class ExamplePrograms(unittest.TestCase):
@@ -62,6 +65,9 @@ class ExamplePrograms(unittest.TestCase):
                              self.run_example("read.vbs", *login, 0, host.pop))
             lines = self.run_example("read.vbs", *login, 1, host.pop)
             self.assertEqual(["Subject: Lunch", "", "At noon?", ".."], lines[2:6])
+            lines = self.run_example("read.vbs", *login, 2, host.pop)
+            saved = re.fullmatch(r"Saved:   C:\\(.*\\t\.csv)", lines[-1])[1]
+            self.assertEqual(b"a;b", (self.wine.drive_c / saved.replace("\\", "/")).read_bytes())
             self.run_example("read.vbs", *login, 3, host.pop, status=1)
 
             seen = "C:\\seen.txt"
