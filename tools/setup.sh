@@ -15,7 +15,7 @@ packages=(
   # other people's servers, clients and codecs, which the tests work with
   dovecot-pop3d mpop sharutils mpack
   # what the benchmarks compare with
-  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0
+  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0 ripmime
 )
 
 say() { printf 'setup: %s\n' "$*"; }

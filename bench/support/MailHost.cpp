@@ -32,8 +32,8 @@ std::string ReadLine(std::FILE* stream) {
 
 }  // namespace
 
-ScratchDirectory::ScratchDirectory() {
-  auto path = (std::filesystem::temp_directory_path() / "quillon-bench-XXXXXX").string();
+ScratchDirectory::ScratchDirectory(const std::filesystem::path& parent) {
+  auto path = (parent / "quillon-bench-XXXXXX").string();
   if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("no directory for the bench");
   path_ = path;
 }

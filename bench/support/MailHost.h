@@ -13,7 +13,8 @@ namespace quillon::bench {
 // A directory that is gone, with all that is in it, when this is.
 class ScratchDirectory {
  public:
-  ScratchDirectory();
+  ScratchDirectory() : ScratchDirectory(std::filesystem::temp_directory_path()) {}
+  explicit ScratchDirectory(const std::filesystem::path& parent);
   ~ScratchDirectory();
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;

@@ -1,0 +1,218 @@
+#include "bench/support/GMimeSplitter.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/types.h>
+#include <type_traits>
+#include <vector>
+
+namespace quillon::bench {
+
+namespace {
+
+// Objects of the library are seen by their address alone.
+using Object = void*;
+
+// The public beginning of GLib's GByteArray.
+struct ByteArray {
+  const std::uint8_t* data;
+  unsigned size;
+};
+
+// GMIME_NEWLINE_FORMAT_DOS
+constexpr int kCrLf = 1;
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+// "NONAME.EML", then "NONAM1.EML".
+std::string NameOfTry(const std::string& name, int count) {
+  if (count == 0) return name;
+  const auto suffix = std::to_string(count);
+  const auto dot = std::min(name.find('.'), name.size());
+  return name.substr(0, dot - suffix.size()) + suffix + name.substr(dot);
+}
+
+}  // namespace
+
+struct GMimeSplitter::Library {
+  using ForEach = void (*)(Object parent, Object part, void* data);
+
+  Library() {
+    void* const library = dlopen("libgmime-3.0.so.0", RTLD_NOW);
+    if (library == nullptr) throw std::runtime_error("the package libgmime-3.0-0 is missing");
+    const auto bind = [library](auto& function, const char* name) {
+      function =
+          reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
+      if (function == nullptr) throw std::runtime_error(std::string(name) + " is missing");
+    };
+    bind(unref, "g_object_unref");
+    bind(isA, "g_type_check_instance_is_a");
+    bind(memoryStreamOver, "g_mime_stream_mem_new_with_byte_array");
+    bind(setOwner, "g_mime_stream_mem_set_owner");
+    bind(memoryStream, "g_mime_stream_mem_new");
+    bind(bytesOf, "g_mime_stream_mem_get_byte_array");
+    bind(fileStream, "g_mime_stream_fs_open");
+    bind(nullStream, "g_mime_stream_null_new");
+    bind(closeStream, "g_mime_stream_close");
+    bind(makeParser, "g_mime_parser_new_with_stream");
+    bind(parse, "g_mime_parser_construct_message");
+    bind(forEach, "g_mime_message_foreach");
+    bind(contentType, "g_mime_object_get_content_type");
+    bind(isType, "g_mime_content_type_is_type");
+    bind(disposition, "g_mime_object_get_disposition");
+    bind(fileName, "g_mime_part_get_filename");
+    bind(content, "g_mime_part_get_content");
+    bind(writeContent, "g_mime_data_wrapper_write_to_stream");
+    bind(innerMessage, "g_mime_message_part_get_message");
+    bind(writeObject, "g_mime_object_write_to_stream");
+    void (*start)() = nullptr;
+    bind(start, "g_mime_init");
+    start();
+    Object (*makeFormat)() = nullptr;
+    bind(makeFormat, "g_mime_format_options_new");
+    void (*setNewlines)(Object format, int newlines) = nullptr;
+    bind(setNewlines, "g_mime_format_options_set_newline_format");
+    format = makeFormat();  // kept for good
+    setNewlines(format, kCrLf);
+    std::size_t (*type)() = nullptr;
+    bind(type, "g_mime_part_get_type");
+    part = type();
+    bind(type, "g_mime_message_part_get_type");
+    messagePart = type();
+  }
+
+  void (*unref)(Object) = nullptr;
+  int (*isA)(Object, std::size_t type) = nullptr;
+  Object (*memoryStreamOver)(ByteArray*) = nullptr;
+  void (*setOwner)(Object stream, int owner) = nullptr;
+  Object (*memoryStream)() = nullptr;
+  ByteArray* (*bytesOf)(Object stream) = nullptr;
+  Object (*fileStream)(const char* path, int flags, int mode, void* error) = nullptr;
+  Object (*nullStream)() = nullptr;
+  int (*closeStream)(Object) = nullptr;
+  Object (*makeParser)(Object stream) = nullptr;
+  Object (*parse)(Object parser, void* options) = nullptr;
+  void (*forEach)(Object message, ForEach callback, void* data) = nullptr;
+  Object (*contentType)(Object) = nullptr;
+  int (*isType)(Object contentType, const char* type, const char* subtype) = nullptr;
+  const char* (*disposition)(Object) = nullptr;
+  const char* (*fileName)(Object) = nullptr;
+  Object (*content)(Object) = nullptr;
+  ssize_t (*writeContent)(Object content, Object stream) = nullptr;
+  Object (*innerMessage)(Object) = nullptr;
+  ssize_t (*writeObject)(Object, Object format, Object stream) = nullptr;
+  Object format = nullptr;  // lines end in CR LF
+  std::size_t part = 0;
+  std::size_t messagePart = 0;
+};
+
+// One message: decides what each part is, and writes it.
+class GMimeSplitter::Walk {
+ public:
+  Walk(const Library& library, const std::string& directory)
+      : library_(library), directory_(directory) {}
+
+  static void OnPart(Object parent, Object part, void* walk) {
+    static_cast<Walk*>(walk)->Take(parent, part);
+  }
+
+  SplitResult result;
+
+ private:
+  bool Is(Object part, const char* type, const char* subtype) const {
+    return library_.isType(library_.contentType(part), type, subtype) != 0;
+  }
+
+  void Take(Object parent, Object part) {
+    const bool inAlternative =
+        std::find(alternatives_.begin(), alternatives_.end(), parent) != alternatives_.end();
+    if (library_.isA(part, library_.messagePart) != 0) {
+      TakeMessage(part);
+    } else if (library_.isA(part, library_.part) != 0) {
+      TakeContent(part, inAlternative);
+    } else if (inAlternative || Is(part, "multipart", "alternative")) {
+      alternatives_.push_back(part);
+    }
+  }
+
+  void TakeMessage(Object part) {
+    const Object stream = MakeFile("NONAME.EML");
+    Check(library_.writeObject(library_.innerMessage(part), library_.format, stream));
+    Close(stream);
+  }
+
+  void TakeContent(Object part, bool inAlternative) {
+    const char* const name = library_.fileName(part);
+    const Object content = library_.content(part);
+    if (name == nullptr && library_.disposition(part) == nullptr && Is(part, "text", "*")) {
+      const bool plain = Is(part, "text", "plain");
+      if (plain || (!inAlternative && result.body.empty())) return TakeText(content);
+    }
+    const auto* const standIn = inAlternative ? "ALTERNAT.HTM" : "NONAME.TXT";
+    const Object stream = MakeFile(name != nullptr ? name : standIn);
+    Check(library_.writeContent(content, stream));
+    Close(stream);
+  }
+
+  void TakeText(Object content) {
+    const Object stream = library_.memoryStream();
+    Check(library_.writeContent(content, stream));
+    const auto* const bytes = library_.bytesOf(stream);
+    if (!result.body.empty() && !result.body.ends_with(kLineEnd)) result.body += kLineEnd;
+    result.body.append(reinterpret_cast<const char*>(bytes->data), bytes->size);
+    library_.unref(stream);
+  }
+
+  Object MakeFile(const std::string& name) {
+    if (directory_.empty()) return library_.nullStream();
+    for (int count = 0; count < 10; ++count) {
+      auto path = directory_ + "/" + NameOfTry(name, count);
+      const Object stream =
+          library_.fileStream(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666, nullptr);
+      if (stream == nullptr) continue;
+      result.files.push_back(std::move(path));
+      return stream;
+    }
+    throw std::runtime_error("GMime makes no file " + name);
+  }
+
+  void Close(Object stream) {
+    Check(library_.closeStream(stream));
+    library_.unref(stream);
+  }
+
+  static void Check(ssize_t written) {
+    if (written < 0) throw std::runtime_error("GMime does not write");
+  }
+
+  const Library& library_;
+  const std::string& directory_;
+  std::vector<Object> alternatives_;  // multiparts whose parts are renderings of one content
+};
+
+GMimeSplitter::GMimeSplitter() : library_(std::make_unique<Library>()) {}
+
+GMimeSplitter::~GMimeSplitter() = default;
+
+SplitResult GMimeSplitter::Split(std::string_view message, const std::string& directory) {
+  // The library reads the bytes where they are.
+  ByteArray bytes{reinterpret_cast<const std::uint8_t*>(message.data()),
+                  static_cast<unsigned>(message.size())};
+  const Object stream = library_->memoryStreamOver(&bytes);
+  library_->setOwner(stream, 0);
+  const Object parser = library_->makeParser(stream);
+  const Object parsed = library_->parse(parser, nullptr);
+  library_->unref(parser);
+  if (parsed == nullptr) throw std::runtime_error("GMime does not read the message");
+  Walk walk(*library_, directory);
+  library_->forEach(parsed, &Walk::OnPart, &walk);
+  library_->unref(parsed);
+  library_->unref(stream);
+  return std::move(walk.result);
+}
+
+}  // namespace quillon::bench
