@@ -201,22 +201,8 @@ class InMemory {
   }
 
   static size_t DecodeLines(std::span<const uint8_t> text, uint8_t* out) {
-    const CodecKernel& kernel = BestKernel();
-    const uint8_t* const start = out;
-    bool breakPending = false;
-    while (!text.empty()) {
-      const void* const found = std::memchr(text.data(), '\n', text.size());
-      const auto end = static_cast<size_t>(static_cast<const uint8_t*>(found) - text.data());
-      if (breakPending) {
-        *out++ = '\r';
-        *out++ = '\n';
-      }
-      bool soft = false;
-      out += DecodeQuotedPrintableLine(text.first(end - 1), out, soft, kernel);
-      breakPending = !soft;
-      text = text.subspan(end + 1);
-    }
-    return static_cast<size_t>(out - start);
+    bool softBreak = false;
+    return DecodeQuotedPrintableLines(text.first(text.size() - 2), out, softBreak);
   }
 
   void QuotedPrintable() {

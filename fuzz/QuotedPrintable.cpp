@@ -59,29 +59,41 @@ std::string EncodeEveryByte(std::string_view bytes) {
   return text;
 }
 
-std::string DecodeLine(std::string_view line, bool& soft, const quillon::CodecKernel& kernel) {
+std::string DecodeLine(std::string_view line, bool& soft) {
   std::string out(line.size(), '\0');
   out.resize(quillon::DecodeQuotedPrintableLine(
       std::span(reinterpret_cast<const uint8_t*>(line.data()), line.size()),
-      reinterpret_cast<uint8_t*>(out.data()), soft, kernel));
+      reinterpret_cast<uint8_t*>(out.data()), soft));
   return out;
 }
 
-// Decoding the start of a line up to its cut and then the rest must give what the whole line gives,
-// whatever the kernel.
+// Decoding the start of a line up to its cut and then the rest must give what the whole line gives.
 void CheckLine(std::string_view line, size_t at) {
   const auto bytes = std::span(reinterpret_cast<const uint8_t*>(line.data()), line.size());
   const size_t cut = quillon::QuotedPrintableCut(bytes.first(at));
   Require(cut <= at);
   bool soft = false;
-  const std::string whole = DecodeLine(line, soft, quillon::kScalarKernel);
+  bool softRest = false;
+  const std::string whole = DecodeLine(line, soft);
+  std::string pieces(cut, '\0');
+  auto* const out = reinterpret_cast<uint8_t*>(pieces.data());
+  pieces.resize(quillon::DecodeQuotedPrintablePiece(bytes.first(cut), out));
+  pieces += DecodeLine(line.substr(cut), softRest);
+  Require(whole == pieces && soft == softRest);
+}
+
+// Every kernel must give what the lines give one by one. The last one is made visible, so that no
+// line end is pending.
+void CheckKernels(std::string text) {
+  text += '.';
+  const std::string expected = DecodeLines(text);
   for (const quillon::CodecKernel* const kernel : quillon::UsableKernels()) {
-    bool softRest = false;
-    std::string pieces(cut, '\0');
-    auto* const out = reinterpret_cast<uint8_t*>(pieces.data());
-    pieces.resize(quillon::DecodeQuotedPrintablePiece(bytes.first(cut), out, *kernel));
-    pieces += DecodeLine(line.substr(cut), softRest, *kernel);
-    Require(whole == pieces && soft == softRest);
+    std::string out(2 * text.size(), '\0');
+    bool soft = true;
+    out.resize(quillon::DecodeQuotedPrintableLines(
+        std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()),
+        reinterpret_cast<uint8_t*>(out.data()), soft, *kernel));
+    Require(out == expected && !soft);
   }
 }
 
@@ -93,6 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Require(DecodeFile(text) == DecodeLines(text));
   Require(DecodeFile(EncodeEveryByte(text)) == text);
   const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+  CheckKernels(std::string(text));
   CheckLine(line, line.size() * data[0] / 255);
   return 0;
 }

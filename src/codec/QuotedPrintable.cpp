@@ -1,25 +1,12 @@
 #include "codec/QuotedPrintable.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
+
+#include "codec/kernels/QuotedPrintableDecoder.h"
 
 namespace quillon {
 namespace {
-
-constexpr int8_t kNoDigit = -1;
-
-constexpr std::array<int8_t, 256> MakeDigits() {
-  std::array<int8_t, 256> digits{};
-  digits.fill(kNoDigit);
-  for (int8_t value = 0; value < 10; ++value) digits[static_cast<size_t>('0' + value)] = value;
-  for (int8_t value = 10; value < 16; ++value) {
-    digits[static_cast<size_t>('A' + value - 10)] = value;
-    digits[static_cast<size_t>('a' + value - 10)] = value;
-  }
-  return digits;
-}
-
-constexpr std::array<int8_t, 256> kDigits = MakeDigits();
 
 constexpr bool IsBlank(uint8_t character) {
   return character == ' ' || character == '\t';
@@ -31,14 +18,23 @@ size_t LengthWithoutBlanks(std::span<const uint8_t> text) {
   return length;
 }
 
+// The text without what follows its last visible character, be it blanks or a soft break.
+std::span<const uint8_t> WithoutEnd(std::span<const uint8_t> text, bool& softBreak) {
+  text = text.first(LengthWithoutBlanks(text));
+  softBreak = !text.empty() && text.back() == '=';
+  return text.first(text.size() - (softBreak ? 1 : 0));
+}
+
 }  // namespace
 
-size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak,
-                                 const CodecKernel& kernel) {
-  line = line.first(LengthWithoutBlanks(line));
-  softBreak = !line.empty() && line.back() == '=';
-  if (softBreak) line = line.first(line.size() - 1);
-  return DecodeQuotedPrintablePiece(line, out, kernel);
+size_t DecodeQuotedPrintableLine(std::span<const uint8_t> line, uint8_t* out, bool& softBreak) {
+  return DecodeQuotedPrintablePiece(WithoutEnd(line, softBreak), out);
+}
+
+size_t DecodeQuotedPrintableLines(std::span<const uint8_t> lines, uint8_t* out, bool& softBreak,
+                                  const CodecKernel& kernel) {
+  lines = WithoutEnd(lines, softBreak);
+  return kernel.decodeQuotedPrintable(lines.data(), lines.size(), out);
 }
 
 size_t QuotedPrintableCut(std::span<const uint8_t> start) {
@@ -50,25 +46,25 @@ size_t QuotedPrintableCut(std::span<const uint8_t> start) {
   return length;
 }
 
-size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out,
-                                  const CodecKernel& kernel) {
+size_t DecodeQuotedPrintablePiece(std::span<const uint8_t> piece, uint8_t* out) {
   const uint8_t* const start = out;
   const uint8_t* at = piece.data();
   const uint8_t* const end = at + piece.size();
   while (at != end) {
-    const size_t plain = kernel.copyPlain(at, static_cast<size_t>(end - at), out);
+    const auto left = static_cast<size_t>(end - at);
+    const void* const found = std::memchr(at, '=', left);
+    const size_t plain =
+        found == nullptr ? left : static_cast<size_t>(static_cast<const uint8_t*>(found) - at);
+    std::memcpy(out, at, plain);
     out += plain;
     at += plain;
-    if (at == end) break;
     // Escapes often come in pairs.
-    do {
-      if (end - at >= 3 && kDigits[at[1]] >= 0 && kDigits[at[2]] >= 0) {
-        *out++ = static_cast<uint8_t>(kDigits[at[1]] << 4 | kDigits[at[2]]);
-        at += 3;
-      } else {
-        *out++ = *at++;
-      }
-    } while (at != end && *at == '=');
+    while (at != end && *at == '=') {
+      const bool escape = DecodeEscape(at, end, *out);
+      if (!escape) *out = *at;
+      ++out;
+      at += escape ? 3 : 1;
+    }
   }
   return static_cast<size_t>(out - start);
 }

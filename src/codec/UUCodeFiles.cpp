@@ -49,11 +49,31 @@ bool DecodeBase64File(File& input, OutputFile& output) {
   return output.Finish();
 }
 
+// Decodes the whole lines in memory, unless they are very long.
+void DecodeWholeLines(LineReader& input, OutputFile& output, bool& breakPending) {
+  for (;;) {
+    const std::span<const uint8_t> text = input.Buffered();
+    const std::string_view start(reinterpret_cast<const char*>(text.data()),
+                                 std::min(text.size(), kIoBlock / 2));
+    const size_t lineEnd = start.rfind('\n');
+    if (lineEnd == std::string_view::npos) return;
+    const bool crLf = lineEnd != 0 && start[lineEnd - 1] == '\r';
+    const std::span<const uint8_t> lines = text.first(lineEnd - (crLf ? 1 : 0));
+    if (breakPending) output.Append("\r\n");
+    bool softBreak = false;
+    output.Commit(DecodeQuotedPrintableLines(lines, output.Reserve(2 * lines.size()), softBreak));
+    breakPending = !softBreak;
+    input.Skip(lineEnd + 1);
+  }
+}
+
 bool DecodeQuotedPrintableFile(LineReader& input, OutputFile& output, bool& breakPending) {
   std::span<const uint8_t> piece;
   bool endsLine = true;
   bool atLineStart = true;
-  while (output.Good() && input.Next(piece, endsLine)) {
+  while (output.Good()) {
+    if (atLineStart) DecodeWholeLines(input, output, breakPending);
+    if (!input.Next(piece, endsLine)) break;
     uint8_t* const out = output.Reserve(piece.size() + 2);
     size_t size = 0;
     if (atLineStart && breakPending) {

@@ -1,9 +1,10 @@
 // Every kernel that this processor can run must do what the scalar one does, down to the byte where
 // it stops.
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <random>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -99,18 +100,52 @@ TEST_P(CodecKernelTest, Base64Lines) {
   }
 }
 
-TEST_P(CodecKernelTest, CopyingUpToAnEquals) {
-  for (size_t length = 0; length < 50; ++length) {
-    for (size_t place = 0; place <= length; ++place) {
-      Bytes text(length);
-      for (size_t i = 0; i < length; ++i) text[i] = static_cast<uint8_t>('a' + i);
-      if (place < length) text[place] = '=';
-      if (place + 5 < length) text[place + 5] = '=';
-      Bytes out(length);
-      ASSERT_EQ(GetParam()->copyPlain(text.data(), length, out.data()), place);
-      ASSERT_TRUE(
-          std::equal(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), out.begin()));
+Bytes DecodedQuotedPrintable(const CodecKernel& kernel, const Bytes& text) {
+  Bytes out(2 * text.size());
+  out.resize(kernel.decodeQuotedPrintable(text.data(), text.size(), out.data()));
+  return out;
+}
+
+// What has a meaning stands at every place of the blocks, and across two of them.
+TEST_P(CodecKernelTest, QuotedPrintableAtEveryPlace) {
+  struct Case {
+    std::string_view text;
+    std::string_view decoded;
+  };
+  constexpr std::array<Case, 10> kCases = {{{"=41=42", "AB"},
+                                            {"=4g=", "=4g="},
+                                            {"=\r\n=43", "C"},
+                                            {"= \t\n", ""},
+                                            {"=20\r\n", " \r\n"},
+                                            {"x \t\r\n", "x\r\n"},
+                                            {"x\r\n\r\n", "x\r\n\r\n"},
+                                            {"\n\r\n\r\r", "\r\n\r\n\r\n\r\n"},
+                                            {"=\n\n", "\r\n"},
+                                            {"==3D=\r", "=="}}};
+  for (const Case& one : kCases) {
+    for (size_t place = 0; place < 200; ++place) {
+      Bytes text(200, 'z');
+      Bytes expected = text;
+      const auto at = static_cast<std::ptrdiff_t>(place);
+      text.insert(text.begin() + at, one.text.begin(), one.text.end());
+      expected.insert(expected.begin() + at, one.decoded.begin(), one.decoded.end());
+      ASSERT_EQ(DecodedQuotedPrintable(*GetParam(), text), expected) << one.text << place;
     }
+  }
+}
+
+TEST_P(CodecKernelTest, QuotedPrintableOfAnyKind) {
+  constexpr std::string_view kCharacters = "====\r\r\n\n  \t34Aax";
+  std::mt19937 random(1);
+  for (size_t length = 0; length < 600; ++length) {
+    Bytes text(length);
+    for (uint8_t& byte : text) {
+      // Dense in every second text, else mostly plain.
+      const size_t kind = random() % (length % 2 == 0 ? 17 : 170);
+      byte = static_cast<uint8_t>(kind < kCharacters.size() ? kCharacters[kind] : 'z');
+    }
+    ASSERT_EQ(DecodedQuotedPrintable(*GetParam(), text),
+              DecodedQuotedPrintable(kScalarKernel, text));
   }
 }
 

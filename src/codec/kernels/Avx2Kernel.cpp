@@ -3,6 +3,7 @@
 #include <immintrin.h>
 
 #include "codec/kernels/NibbleTables.h"
+#include "codec/kernels/QuotedPrintableDecoder.h"
 #include "codec/kernels/VectorKernels.h"
 
 namespace quillon {
@@ -198,12 +199,41 @@ QUILLON_AVX2 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
   return Decode<Uu>(in, length, out, kSsse3Kernel.decodeUu);
 }
 
+// A bit for each byte that is all ones, of two halves of a block.
+QUILLON_AVX2 uint64_t Mask(__m256i first, __m256i second) {
+  return static_cast<uint32_t>(_mm256_movemask_epi8(first)) |
+         uint64_t{static_cast<uint32_t>(_mm256_movemask_epi8(second))} << 32;
+}
+
+QUILLON_AVX2 __m256i Equal(__m256i bytes, char character) {
+  return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(character));
+}
+
+QUILLON_AVX2 __m256i Special(__m256i bytes) {
+  return _mm256_or_si256(Equal(bytes, '='),
+                         _mm256_or_si256(Equal(bytes, '\r'), Equal(bytes, '\n')));
+}
+
+struct Marker {
+  QUILLON_AVX2 static uint64_t Marks(const uint8_t* block) {
+    const __m256i first = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block));
+    const __m256i second = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block + 32));
+    return Mask(Special(first), Special(second));
+  }
+};
+
+__attribute__((flatten)) QUILLON_AVX2 size_t DecodeQuotedPrintable(const uint8_t* in, size_t size,
+                                                                   uint8_t* out) {
+  QuotedPrintableDecoder<Marker> decoder(in, size, out);
+  return static_cast<size_t>(decoder.Run() - out);
+}
+
 #undef QUILLON_AVX2
 
 }  // namespace
 
 const CodecKernel kAvx2Kernel = {
-    "avx2",   EncodeBase64, DecodeBase64, EncodeBase64Lines, DecodeBase64Lines,
-    EncodeUu, DecodeUu,     CopyPlainSse2};
+    "avx2",   EncodeBase64, DecodeBase64,         EncodeBase64Lines, DecodeBase64Lines,
+    EncodeUu, DecodeUu,     DecodeQuotedPrintable};
 
 }  // namespace quillon

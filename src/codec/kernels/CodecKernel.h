@@ -33,9 +33,11 @@ inline constexpr size_t kBase64LineBytes = 57;
 inline constexpr size_t kBase64LineCharacters = 76;
 inline constexpr size_t kBase64LineSize = kBase64LineCharacters + 2;
 
-// Copies bytes up to the first "=" or the end, and returns how many. `out` has room for `length`
-// bytes and does not overlap `in`; what is behind the copied bytes may have been written to.
-using CopyPlain = size_t (*)(const uint8_t* in, size_t length, uint8_t* out);
+// Decodes lines of quoted-printable text and returns the number of bytes written. Line ends, which
+// are CR LF, LF or CR, come out as CR LF, without the blanks before them; "=" before them joins the
+// lines. `out` has room for twice the text and does not overlap it; what is behind the decoded
+// bytes may have been written to.
+using DecodeText = size_t (*)(const uint8_t* in, size_t size, uint8_t* out);
 
 struct CodecKernel {
   const char* name;
@@ -45,7 +47,7 @@ struct CodecKernel {
   DecodeLines decodeBase64Lines;
   EncodeGroups encodeUu;
   DecodeGroups decodeUu;
-  CopyPlain copyPlain;
+  DecodeText decodeQuotedPrintable;
 };
 
 extern const CodecKernel kScalarKernel;

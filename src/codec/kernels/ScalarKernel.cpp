@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "codec/kernels/CodecKernel.h"
+#include "codec/kernels/QuotedPrintableDecoder.h"
 
 namespace quillon {
 namespace {
@@ -184,15 +184,26 @@ size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
   return Decode(kUuDecode, in, length, out);
 }
 
-size_t CopyUntilEquals(const uint8_t* in, size_t length, uint8_t* out) {
-  size_t done = 0;
-  for (; done < length && in[done] != '='; ++done) out[done] = in[done];
-  return done;
+struct Marker {
+  static uint64_t Marks(const uint8_t* block) {
+    uint64_t marks = 0;
+    for (size_t i = 0; i < kMarkBlock; ++i) {
+      marks |= uint64_t{block[i] == '=' || block[i] == '\r' || block[i] == '\n'} << i;
+    }
+    return marks;
+  }
+};
+
+__attribute__((flatten)) size_t DecodeQuotedPrintable(const uint8_t* in, size_t size,
+                                                      uint8_t* out) {
+  QuotedPrintableDecoder<Marker> decoder(in, size, out);
+  return static_cast<size_t>(decoder.Run() - out);
 }
 
 }  // namespace
 
-const CodecKernel kScalarKernel = {"scalar",          EncodeBase64, DecodeBase64, EncodeBase64Lines,
-                                   DecodeBase64Lines, EncodeUu,     DecodeUu,     CopyUntilEquals};
+const CodecKernel kScalarKernel = {"scalar",          EncodeBase64,         DecodeBase64,
+                                   EncodeBase64Lines, DecodeBase64Lines,    EncodeUu,
+                                   DecodeUu,          DecodeQuotedPrintable};
 
 }  // namespace quillon

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <immintrin.h>
 
+#include "codec/kernels/QuotedPrintableDecoder.h"
 #include "codec/kernels/VectorKernels.h"
 
 namespace quillon {
@@ -93,32 +94,39 @@ size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
   return kScalarKernel.decodeUu(in, length, out);
 }
 
-QUILLON_SSE2 unsigned CopyBlock(const uint8_t* in, uint8_t* out) {
-  const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8('='))));
+// A bit for each "=", CR and LF among the 16 bytes.
+QUILLON_SSE2 uint64_t Find(const uint8_t* in) {
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const __m128i lineEnds = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')),
+                                        _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')));
+  const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('=')), lineEnds);
+  return static_cast<uint64_t>(_mm_movemask_epi8(found));
 }
+
+struct Marker {
+  QUILLON_SSE2 static uint64_t Marks(const uint8_t* in) {
+    return Find(in) | Find(in + 16) << 16 | Find(in + 32) << 32 | Find(in + 48) << 48;
+  }
+};
 
 }  // namespace
 
-__attribute__((target("sse2"))) size_t CopyPlainSse2(const uint8_t* in, size_t length,
-                                                     uint8_t* out) {
-  size_t done = 0;
-  for (; length - done >= 16; done += 16) {
-    const unsigned found = CopyBlock(in + done, out + done);
-    if (found != 0) return done + static_cast<size_t>(__builtin_ctz(found));
-  }
-  if (length < 16) return kScalarKernel.copyPlain(in, length, out);
-  if (done == length) return done;
-  // The last 16 bytes, some of them once more.
-  const unsigned found = CopyBlock(in + length - 16, out + length - 16);
-  return found == 0 ? length : length - 16 + static_cast<size_t>(__builtin_ctz(found));
+__attribute__((flatten, target("sse2"))) size_t DecodeQuotedPrintableSse2(const uint8_t* in,
+                                                                          size_t size,
+                                                                          uint8_t* out) {
+  QuotedPrintableDecoder<Marker> decoder(in, size, out);
+  return static_cast<size_t>(decoder.Run() - out);
 }
 
 #undef QUILLON_SSE2
 
-const CodecKernel kSse2Kernel = {
-    "sse2",   EncodeBase64, DecodeBase64, EncodeBase64Lines, DecodeBase64Lines,
-    EncodeUu, DecodeUu,     CopyPlainSse2};
+const CodecKernel kSse2Kernel = {"sse2",
+                                 EncodeBase64,
+                                 DecodeBase64,
+                                 EncodeBase64Lines,
+                                 DecodeBase64Lines,
+                                 EncodeUu,
+                                 DecodeUu,
+                                 DecodeQuotedPrintableSse2};
 
 }  // namespace quillon

@@ -166,7 +166,8 @@ QUILLON_SSSE3 size_t DecodeUu(const uint8_t* in, size_t length, uint8_t* out) {
 
 }  // namespace
 
-const CodecKernel kSsse3Kernel = {"ssse3",           EncodeBase64, DecodeBase64, EncodeBase64Lines,
-                                  DecodeBase64Lines, EncodeUu,     DecodeUu,     CopyPlainSse2};
+const CodecKernel kSsse3Kernel = {
+    "ssse3",           EncodeBase64, DecodeBase64, EncodeBase64Lines,
+    DecodeBase64Lines, EncodeUu,     DecodeUu,     DecodeQuotedPrintableSse2};
 
 }  // namespace quillon

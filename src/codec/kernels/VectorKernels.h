@@ -9,7 +9,7 @@ extern const CodecKernel kSse2Kernel;
 extern const CodecKernel kSsse3Kernel;
 extern const CodecKernel kAvx2Kernel;
 
-// More than 16 bytes at a time gain nothing between two escapes.
-size_t CopyPlainSse2(const uint8_t* in, size_t length, uint8_t* out);
+// Also that of the SSSE3 kernel: the byte shuffle would not help.
+size_t DecodeQuotedPrintableSse2(const uint8_t* in, size_t size, uint8_t* out);
 
 }  // namespace quillon
