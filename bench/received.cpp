@@ -193,7 +193,7 @@ class Received {
     for (const auto size : {10 * kMiB, 1024 * kMiB}) {
       const auto input = WriteMessage(size, size / 8);
       const auto run = RunAndClean(SplitMail(), input);
-      PrintRow("splitmail, a message of " + FigureText(static_cast<double>(size / kMiB)) +
+      PrintRow("splitmail, a message of " + FigureText(static_cast<double>(size) / kMiB) +
                    " MiB, peak memory",
                FigureText(run.peakMemory) + " MiB (goal: < 32)");
       fs::remove(input);

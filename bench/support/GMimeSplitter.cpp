@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <sys/types.h>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace quillon::bench {
@@ -120,7 +121,7 @@ class GMimeSplitter::Walk {
     static_cast<Walk*>(walk)->Take(parent, part);
   }
 
-  SplitResult result;
+  SplitResult TakeResult() { return std::move(result_); }
 
  private:
   bool Is(Object part, const char* type, const char* subtype) const {
@@ -140,30 +141,30 @@ class GMimeSplitter::Walk {
   }
 
   void TakeMessage(Object part) {
-    const Object stream = MakeFile("NONAME.EML");
+    auto* const stream = MakeFile("NONAME.EML");
     Check(library_.writeObject(library_.innerMessage(part), library_.format, stream));
     Close(stream);
   }
 
   void TakeContent(Object part, bool inAlternative) {
     const char* const name = library_.fileName(part);
-    const Object content = library_.content(part);
+    auto* const content = library_.content(part);
     if (name == nullptr && library_.disposition(part) == nullptr && Is(part, "text", "*")) {
       const bool plain = Is(part, "text", "plain");
-      if (plain || (!inAlternative && result.body.empty())) return TakeText(content);
+      if (plain || (!inAlternative && result_.body.empty())) return TakeText(content);
     }
     const auto* const standIn = inAlternative ? "ALTERNAT.HTM" : "NONAME.TXT";
-    const Object stream = MakeFile(name != nullptr ? name : standIn);
+    auto* const stream = MakeFile(name != nullptr ? name : standIn);
     Check(library_.writeContent(content, stream));
     Close(stream);
   }
 
   void TakeText(Object content) {
-    const Object stream = library_.memoryStream();
+    auto* const stream = library_.memoryStream();
     Check(library_.writeContent(content, stream));
     const auto* const bytes = library_.bytesOf(stream);
-    if (!result.body.empty() && !result.body.ends_with(kLineEnd)) result.body += kLineEnd;
-    result.body.append(reinterpret_cast<const char*>(bytes->data), bytes->size);
+    if (!result_.body.empty() && !result_.body.ends_with(kLineEnd)) result_.body += kLineEnd;
+    result_.body.append(reinterpret_cast<const char*>(bytes->data), bytes->size);
     library_.unref(stream);
   }
 
@@ -171,16 +172,16 @@ class GMimeSplitter::Walk {
     if (directory_.empty()) return library_.nullStream();
     for (int count = 0; count < 10; ++count) {
       auto path = directory_ + "/" + NameOfTry(name, count);
-      const Object stream =
+      auto* const stream =
           library_.fileStream(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666, nullptr);
       if (stream == nullptr) continue;
-      result.files.push_back(std::move(path));
+      result_.files.push_back(std::move(path));
       return stream;
     }
     throw std::runtime_error("GMime makes no file " + name);
   }
 
-  void Close(Object stream) {
+  void Close(Object stream) const {
     Check(library_.closeStream(stream));
     library_.unref(stream);
   }
@@ -191,6 +192,7 @@ class GMimeSplitter::Walk {
 
   const Library& library_;
   const std::string& directory_;
+  SplitResult result_;
   std::vector<Object> alternatives_;  // multiparts whose parts are renderings of one content
 };
 
@@ -202,17 +204,17 @@ SplitResult GMimeSplitter::Split(std::string_view message, const std::string& di
   // The library reads the bytes where they are.
   ByteArray bytes{reinterpret_cast<const std::uint8_t*>(message.data()),
                   static_cast<unsigned>(message.size())};
-  const Object stream = library_->memoryStreamOver(&bytes);
+  auto* const stream = library_->memoryStreamOver(&bytes);
   library_->setOwner(stream, 0);
-  const Object parser = library_->makeParser(stream);
-  const Object parsed = library_->parse(parser, nullptr);
+  auto* const parser = library_->makeParser(stream);
+  auto* const parsed = library_->parse(parser, nullptr);
   library_->unref(parser);
   if (parsed == nullptr) throw std::runtime_error("GMime does not read the message");
   Walk walk(*library_, directory);
   library_->forEach(parsed, &Walk::OnPart, &walk);
   library_->unref(parsed);
   library_->unref(stream);
-  return std::move(walk.result);
+  return walk.TakeResult();
 }
 
 }  // namespace quillon::bench

@@ -17,6 +17,7 @@ namespace {
 pid_t Start(const std::vector<std::string>& words, const std::string& input) {
   std::vector<std::string> copies = words;
   std::vector<char*> arguments;
+  arguments.reserve(copies.size() + 1);
   for (auto& word : copies) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;

@@ -65,6 +65,7 @@ void Repeat(std::string_view pool, std::size_t size, const Put& put) {
 }  // namespace
 
 void MakeLargeMessage(std::size_t size, std::size_t text, const Put& put) {
+  // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): always the same message is wanted.
   std::mt19937_64 random(1);
   const auto words = WordLines(random, {}, false);
   const auto base64 = Base64Lines(random, kPool);
@@ -203,6 +204,7 @@ OrdinaryMail::Part OrdinaryMail::Report() {
 
 OrdinaryMail::Part OrdinaryMail::Digest() {
   std::vector<Part> messages;
+  messages.reserve(3);
   for (int i = 0; i < 3; ++i) messages.push_back({"", Message(Plain())});
   return Multipart("mixed", {Plain(), Multipart("digest", messages)});
 }
