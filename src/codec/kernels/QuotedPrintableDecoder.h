@@ -64,7 +64,7 @@ class QuotedPrintableDecoder {
   }
 
  private:
-  static constexpr size_t kMostBlocks = 64;
+  static constexpr size_t kMostBlocks = 16;
 
   size_t Left(const uint8_t* from) const { return static_cast<size_t>(end_ - from); }
 
