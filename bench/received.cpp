@@ -339,11 +339,15 @@ void Received::HeaderGrowth() {
   const auto recipients = [](std::size_t count) {
     return "To: " + Repeated("\"Name, First\" <first.name@example.com>,\r\n ", count) + "\r\n\r\n";
   };
-  GrowthRow("To list of 80,000 addresses", recipients(80000), recipients(20000),
-            [&](const std::string& header) {
-              MustBe(SplitRecipients(record(header).to, ",", "<>").size() >= 20000,
-                     "recipients are missing");
-            });
+  // From some MB on the allocator gives the memory of a run back to the system, which costs;
+  // between the larger list and its quarter nothing of that changes.
+  for (const std::size_t count : {80000U, 320000U}) {
+    GrowthRow("To list of " + FigureText(static_cast<double>(count)) + " addresses",
+              recipients(count), recipients(count / 4), [&](const std::string& header) {
+                MustBe(SplitRecipients(record(header).to, ",", "<>").size() >= count / 4,
+                       "recipients are missing");
+              });
+  }
 }
 
 void Received::LongLineGrowth() {
