@@ -1,4 +1,5 @@
-' Sends a message with two recipients over SMTP, fetches it back over POP3, compares and deletes it.
+' Sends a message with two recipients and an attachment (this script) over SMTP, fetches it back over
+' POP3, compares and deletes it.
 '
 '   cscript //nologo demo.vbs SMTP-PORT POP-PORT
 '
@@ -10,10 +11,12 @@ Const HOST = "127.0.0.1"
 Const INTERNET_MAIL = 10
 Const ITEM_TO = 1
 Const ITEM_SUBJECT = 4
+Const ITEM_FILE = 6
+Const ITEM_FILE_NAME = 7
 Const ITEM_FROM = 9
 Const ITEM_DATE = 10
 
-Dim mail, subject, text, sender, i, found
+Dim mail, subject, text, sender, attached, received, i, found
 
 If WScript.Arguments.Count <> 2 Then Fail "call it with two ports: SMTP and POP3"
 
@@ -33,6 +36,7 @@ Check "setting up"
 ' ---- send
 subject = "Greetings from a script, " & Now
 sender = "Demo <demo@example.com>"
+attached = WScript.ScriptFullName
 text = "Hello Ann and Bob," & vbCrLf & vbCrLf & _
        "this message went out over SMTP and came back over POP3." & vbCrLf & _
        ".. and this line begins with two dots."
@@ -43,6 +47,7 @@ mail.AddRecipientTo "Ann <ann@example.com>"
 mail.AddRecipientTo "bob@example.com"
 mail.subject = subject
 mail.Message = text
+mail.AddAttachment attached
 mail.Send
 Check "sending"
 WScript.Echo "sent:     " & subject
@@ -67,6 +72,8 @@ WScript.Echo "from:     " & mail.from
 WScript.Echo "to:       " & mail.GetMessageItemString(ITEM_TO)
 WScript.Echo "subject:  " & mail.subject
 WScript.Echo "date:     " & mail.GetHeaderItemString(ITEM_DATE)
+received = mail.GetMessageItem(ITEM_FILE, 0)
+WScript.Echo "attached: " & mail.GetMessageItem(ITEM_FILE_NAME, 0) & ", now in " & received
 WScript.Echo "text:"
 WScript.Echo mail.Message
 Check "reading the message"
@@ -75,7 +82,11 @@ Compare "originator", sender, mail.GetMessageItemString(ITEM_FROM)
 Compare "recipients", "Ann <ann@example.com>, bob@example.com", mail.GetMessageItemString(ITEM_TO)
 Compare "number of recipients", 2, mail.GetMessageItemCount(ITEM_TO)
 Compare "subject", subject, mail.subject
-Compare "text", text & vbCrLf, mail.Message  ' a received line always has its line end
+Compare "text", text, mail.Message
+Compare "number of attachments", 1, mail.GetMessageItemCount(ITEM_FILE)
+Compare "attachment", Content(attached), Content(received)
+mail.undocumented1 = "|DELETE_FILE|" & received
+Check "deleting the received attachment"
 
 ' ---- delete it
 mail.DeleteMessage
@@ -103,6 +114,11 @@ End Sub
 Sub Compare(what, sent, received)
   If received <> sent Then Fail what & ": sent [" & sent & "], received [" & received & "]"
 End Sub
+
+Function Content(file)
+  Content = CreateObject("Scripting.FileSystemObject").OpenTextFile(file).ReadAll
+  Check "reading " & file
+End Function
 
 Sub Fail(reason)
   Set mail = Nothing

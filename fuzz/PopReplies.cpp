@@ -28,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   quillon::ProtocolLog log(files, "/");
   log.Start();
   const StillClock clock;
-  quillon::smtppop engine(network, network, clock, log);
+  static const auto kCodePage = quillon::MakeAnsiCodePage();
+  quillon::smtppop engine(network, network, {files, *kCodePage, clock, log});
 
   quillon::PopSettings settings;
   settings.host = "127.0.0.1";
@@ -44,7 +45,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
   }
-  static const auto kCodePage = quillon::MakeAnsiCodePage();
   quillon::SplitSettings split;
   split.directory = "/dir";
   split.maximumBodyLines = size % 4;

@@ -26,7 +26,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   quillon::ProtocolLog log(files, "/");
   log.Start();
   const StillClock clock;
-  quillon::smtppop engine(network, network, clock, log);
+  static const auto kCodePage = quillon::MakeAnsiCodePage();
+  quillon::smtppop engine(network, network, {files, *kCodePage, clock, log});
 
   quillon::SmtpSettings settings;
   settings.host = "127.0.0.1";
@@ -39,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   std::string resolved;
   for (int round = 0; round < 2; ++round) {
-    const auto sent = engine.Send(settings, message, {});
+    const auto sent = engine.Send(settings, message, {}, {});
     Require(sent != 0 && sent < 1000);
     Require((sent == 20) <= !engine.RefusedRecipients().empty());
     Require(engine.RefusedRecipients().size() <= 2);

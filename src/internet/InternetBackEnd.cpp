@@ -81,7 +81,9 @@ InternetBackEnd::~InternetBackEnd() = default;
 
 smtppop& InternetBackEnd::Engine() {
   if (!engine_) {
-    engine_ = std::make_unique<smtppop>(ports_.loop, ports_.network, ports_.clock, ports_.log);
+    engine_ = std::make_unique<smtppop>(
+        ports_.loop, ports_.network,
+        ComposerPorts{ports_.files, ports_.codePage, ports_.clock, ports_.log});
   }
   return *engine_;
 }
@@ -150,13 +152,13 @@ std::int32_t InternetBackEnd::Logout(MailRequest& request) {
 std::int32_t InternetBackEnd::Send(MailRequest& request) {
   const Call call(*this);
   auto& message = request.shared.message;
+  const auto& switches = request.shared.switches;
   message.refusedRecipients.clear();
-  if (!message.attachments.empty() || !message.alternatives.empty()) {
-    throw ServerError(530, "Internet mail cannot send attachments or alternative bodies yet.");
-  }
   PrepareSmtp(request);
-  const auto result = Engine().Send(SmtpSettingsOf(request), ComposeMessage(request),
-                                    Bytes(request.shared.switches.envelopeRecipient));
+  const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
+                                   switches.blockSize};
+  const auto result = Engine().Send(SmtpSettingsOf(request), MessageOf(request), composing,
+                                    Bytes(switches.envelopeRecipient));
   for (const auto& recipient : Engine().RefusedRecipients()) {
     message.refusedRecipients.push_back(Text(recipient));
   }
@@ -370,7 +372,7 @@ SplitSettings InternetBackEnd::SplitSettingsOf(const MailRequest& request) const
   return settings;
 }
 
-OutgoingMessage InternetBackEnd::ComposeMessage(const MailRequest& request) const {
+OutgoingMessage InternetBackEnd::MessageOf(const MailRequest& request) const {
   const auto& source = request.shared.message;
   const auto toBytes = [this](const std::vector<std::string>& texts) {
     std::vector<std::string> bytes;
@@ -391,6 +393,12 @@ OutgoingMessage InternetBackEnd::ComposeMessage(const MailRequest& request) cons
   for (const auto& header : source.xHeaders) {
     message.xHeaders.push_back({Bytes(header.name), Bytes(header.value)});
   }
+  for (const auto& alternative : source.alternatives) {
+    message.alternatives.push_back({alternative.file, Bytes(alternative.contentType)});
+  }
+  message.attachments = source.attachments;
+  message.attachmentEncoding = request.instance.attachmentEncoding;
+  message.zipPassword = Bytes(request.instance.zipPassword);
   message.importance = request.instance.importance;
   message.certify = source.certify != kFalse;
   message.utcOffset = request.instance.utcOffset;

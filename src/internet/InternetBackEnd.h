@@ -5,9 +5,10 @@
 // inside; this is where they are converted.
 //
 // Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
-// dialog), 529 (CR, LF or NUL in an address, a name or a password), 530 (what Internet mail cannot
-// do), 533 (no such header), 540 (a call from inside another operation's wait), 544 (login data
-// still missing).
+// dialog), 521 (an attachment or alternative that is gone), 529 (CR, LF or NUL in an address, a
+// name or a password), 530 (what Internet mail cannot do), 533 (no such header), 534 and 535
+// (packing or encoding the files of a message failed), 540 (a call from inside another operation's
+// wait), 544 (login data still missing).
 #pragma once
 
 #include <cstdint>
@@ -90,7 +91,7 @@ class InternetBackEnd final : public BackEnd {
   SmtpSettings SmtpSettingsOf(const MailRequest& request) const;
   PopSettings PopSettingsOf(const MailRequest& request) const;
   SplitSettings SplitSettingsOf(const MailRequest& request) const;
-  OutgoingMessage ComposeMessage(const MailRequest& request) const;
+  OutgoingMessage MessageOf(const MailRequest& request) const;
   void StoreMessage(MailRequest& request, MessageCollector& collector) const;
   void RememberServer(const std::string& host);
   std::string TableText(MailSystemId system, std::int32_t number) const;

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 #include "core/Text.h"
 #include "internet/Address.h"
+#include "internet/PartFields.h"
 #include "internet/WireText.h"
 #include "mail/InstanceState.h"
 
@@ -58,9 +60,33 @@ class HeaderBlock {
   std::string text_;
 };
 
+void DescribeContent(HeaderBlock& block, const OutgoingMessage& message,
+                     std::string_view boundary) {
+  switch (ShapeOf(message)) {
+    case MessageShape::Text:
+      return block.Field("Content-Type: ", TextType(message.charset));
+    case MessageShape::UuBlocks:
+      return block.Field("Content-Transfer-Encoding: ", "7bit");
+    case MessageShape::Alternatives:
+      return block.Field("Content-Type: ", MultipartType("alternative", boundary));
+    case MessageShape::Mixed:
+      return block.Field("Content-Type: ", MultipartType("mixed", boundary));
+  }
+}
+
 }  // namespace
 
-std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& now) {
+MessageShape ShapeOf(const OutgoingMessage& message) {
+  const bool alternatives = !message.alternatives.empty();
+  if (message.attachments.empty()) {
+    return alternatives ? MessageShape::Alternatives : MessageShape::Text;
+  }
+  const bool mime = (message.attachmentEncoding & attachment_encoding::kMime) != 0;
+  return alternatives || mime ? MessageShape::Mixed : MessageShape::UuBlocks;
+}
+
+std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& now,
+                             std::string_view boundary) {
   const auto sender = BareAddress(message.from);
   const auto& replyTo = message.replyTo;
   HeaderBlock block;
@@ -70,7 +96,7 @@ std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& no
   if (!message.cc.empty()) block.Recipients("Cc: ", message.cc);
   block.Field("Subject: ", message.subject);
   block.Lines("MIME-version: 1.0\r\n");
-  block.Field("Content-Type: text/plain; charset=", "\"" + message.charset + "\"");
+  DescribeContent(block, message, boundary);
   if (message.certify) {
     block.Field("Return-Receipt-To: ", replyTo.empty() ? sender : replyTo);
     block.Field("Disposition-Notification-To: ", replyTo.empty() ? sender : replyTo);

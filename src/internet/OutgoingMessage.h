@@ -1,15 +1,23 @@
 // The message that the SMTP session transmits, and its header block. All texts are bytes as they go
-// out.
+// out, but for the paths and names of files, which are UTF-8.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mail/SharedState.h"
 #include "platform/LocalClock.h"
 
 namespace quillon {
+
+// Flags of the property attachmentEncoding; others have no meaning here.
+namespace attachment_encoding {
+inline constexpr std::int16_t kMime = 2;           // else uuencode
+inline constexpr std::int16_t kOneArchive = 64;    // all files packed into one
+inline constexpr std::int16_t kArchiveEach = 128;  // each into one of its own; the one for all wins
+}  // namespace attachment_encoding
 
 struct OutgoingMessage {
   std::string from;  // with or without a display name
@@ -27,9 +35,26 @@ struct OutgoingMessage {
   float utcOffset = 0;       // hours, or kUtcOffsetNotSet: that of the clock
   std::string version;       // of the program
   std::string specialBuild;  // may be empty
+
+  std::vector<Alternative> alternatives;
+  std::vector<Attachment> attachments;
+  std::int16_t attachmentEncoding = attachment_encoding::kMime;
+  std::string zipPassword;
 };
 
-// The header fields in their fixed order, each with its CR LF, and the empty line after them.
-std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& now);
+enum class MessageShape {
+  Text,          // the text alone
+  UuBlocks,      // uuencoded attachments behind the text
+  Alternatives,  // multipart/alternative: the text and its alternatives
+  Mixed,         // multipart/mixed: the text, or all its forms in a part, and the attachments
+};
+
+// Alternatives cannot do without MIME, whatever the encoding of attachments.
+MessageShape ShapeOf(const OutgoingMessage& message);
+
+// The header fields in their fixed order, each with its CR LF, and the empty line after them. The
+// boundary is that of the outermost parts; a message without parts has none.
+std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& now,
+                             std::string_view boundary = {});
 
 }  // namespace quillon

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::int32_t kInvalidResponse = 3;
 constexpr std::int32_t kTextFailed = 11;
+constexpr std::int32_t kAttachmentsFailed = 12;
 constexpr std::int32_t kTerminatorFailed = 13;
 constexpr std::int32_t kSomeRefused = 20;
 constexpr std::int32_t kConnectionLost = 29;
@@ -36,7 +37,7 @@ void SmtpSession::BeginLogin(const SmtpSettings& settings) {
   Begin(settings);
 }
 
-void SmtpSession::BeginSend(const SmtpSettings& settings, Envelope envelope, DataSource& message) {
+void SmtpSession::BeginSend(const SmtpSettings& settings, Envelope envelope, MessageData& message) {
   settings_ = settings;
   envelope_ = std::move(envelope);
   message_ = &message;
@@ -89,7 +90,8 @@ void SmtpSession::OnDisconnected() {
 
 std::int32_t SmtpSession::LossNumber() const {
   if (operation_ == Operation::Logout) return kSessionSuccess;
-  if (step_ == Step::Text) return kTextFailed;
+  if (step_ == Step::Attachments) return kAttachmentsFailed;
+  if (Writing()) return kTextFailed;
   return step_ == Step::Terminator ? kTerminatorFailed : kConnectionLost;
 }
 
@@ -105,7 +107,7 @@ void SmtpSession::OnReplyLine(std::string_view line, bool complete) {
 void SmtpSession::OnReply(const SmtpReply& reply, std::string_view line) {
   if (lastCommand_ == Command::Quit) return FinishAndClose(kSessionSuccess);
   // An answer before the message is out can only refuse it.
-  if (step_ == Step::Text && reply.code < 400) {
+  if (Writing() && reply.code < 400) {
     return Fail(kInvalidResponse, "Unknown code received from server:\n\n", line);
   }
   switch (reply.code) {
@@ -197,18 +199,38 @@ void SmtpSession::OnDataWanted() {
   LogMilestone("Sending message... ");
   Writer().SocketSendData(*this, [this](bool written) {
     if (written) return AwaitReply();
-    FinishAndClose(kTextFailed);
+    FinishAndClose(LossNumber());
   });
 }
 
 // The message as it goes out, the terminator behind it. A short one leaves in a single write.
 DataSource::State SmtpSession::Fill(std::string& block, std::size_t wanted) {
-  const auto state = message_->Fill(block, wanted);
-  if (state != State::End) return state;
+  const auto end = block.size() + wanted;
+  for (;;) {
+    const auto section = message_->Current();
+    EnterSection(section);
+    const auto state = message_->Fill(block, end - block.size());
+    if (state == State::Failed) return state;
+    if (state == State::End) break;
+    if (block.size() >= end || message_->Current() == section) return state;
+  }
   LogMilestone("Sending terminator... ");
   step_ = Step::Terminator;
   block += "\r\n.\r\n";
   return State::End;
+}
+
+void SmtpSession::EnterSection(MessageData::Section section) {
+  using Section = MessageData::Section;
+  if (section == Section::Alternatives && step_ == Step::Text) {
+    step_ = Step::Alternatives;
+    Status("Sending alternatives...");
+    LogMilestone("Sending alternatives... ");
+  } else if (section == Section::Attachments && step_ != Step::Attachments) {
+    step_ = Step::Attachments;
+    Status("Sending attachments...");
+    LogMilestone("Sending attachments... ");
+  }
 }
 
 // 551: the recipient is elsewhere, and the reply says where.

@@ -1,8 +1,9 @@
 // The SMTP client session (RFC 5321): connect and greet, send one message, verify a name, leave.
 //
 // Results beside those of MailSession: 20, sent but some recipients were refused; 3, a reply that
-// makes no sense here; 29, the server closed the connection (11 while it was taking the message, 13
-// while it was answering it); else its reply code.
+// makes no sense here; 29, the server closed the connection (11 while it was taking the text or the
+// alternatives, 12 the attachments, 13 while it was answering); 11 and 12 also when the message
+// could not be read to its end; else its reply code.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "internet/MailSession.h"
+#include "internet/MessageData.h"
 #include "internet/SmtpReply.h"
 
 namespace quillon {
@@ -39,7 +41,7 @@ class SmtpSession final : private MailSession, private DataSource {
   void BeginLogin(const SmtpSettings& settings);
   // `message` gives the header block and the body, without the terminator; it must live until the
   // session is done.
-  void BeginSend(const SmtpSettings& settings, Envelope envelope, DataSource& message);
+  void BeginSend(const SmtpSettings& settings, Envelope envelope, MessageData& message);
   void BeginResolve(const SmtpSettings& settings, const std::string& name);
   void BeginLogout();
 
@@ -52,7 +54,7 @@ class SmtpSession final : private MailSession, private DataSource {
  private:
   enum class Operation { None, Login, Send, Resolve, Logout };
   enum class Command { None, Helo, Rset, Mail, Rcpt, Data, Vrfy, Quit };
-  enum class Step { Idle, Envelope, Text, Terminator };
+  enum class Step { Idle, Envelope, Text, Alternatives, Attachments, Terminator };
   enum class Greeting { None, Primary, Sender, Secondary };  // the name that the last HELO offered
 
   void OnConnected() override;
@@ -67,6 +69,8 @@ class SmtpSession final : private MailSession, private DataSource {
   void OnSecondGreeting();
   void OnPositive(const SmtpReply& reply);
   void OnDataWanted();
+  void EnterSection(MessageData::Section section);
+  bool Writing() const { return step_ >= Step::Text && step_ <= Step::Attachments; }
   void OnForward(const SmtpReply& reply);
   void OnRefused(const SmtpReply& reply);
   void OnNegative(const SmtpReply& reply);
@@ -96,7 +100,7 @@ class SmtpSession final : private MailSession, private DataSource {
   std::vector<std::string> refused_;
   std::string name_;
   std::string resolved_;
-  DataSource* message_ = nullptr;
+  MessageData* message_ = nullptr;
 };
 
 }  // namespace quillon

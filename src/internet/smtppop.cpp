@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "internet/Address.h"
-#include "internet/BodyText.h"
 #include "internet/WireText.h"
 
 namespace quillon {
@@ -12,22 +11,6 @@ namespace {
 
 constexpr std::int32_t kNoRecipients = 9;
 constexpr std::int32_t kInvalidSender = 555;
-
-// The header block and the text behind it.
-class MessageData final : public DataSource {
- public:
-  MessageData(std::string header, std::string_view text)
-      : header_(std::move(header)), text_(text) {}
-
-  State Fill(std::string& block, std::size_t wanted) override {
-    block += std::exchange(header_, {});
-    return text_.Fill(block, wanted);
-  }
-
- private:
-  std::string header_;
-  BodyText text_;
-};
 
 void RequireSafeLogin(const PopSettings& settings) {
   RequireWireSafe(settings.loginName, "The login name");
@@ -43,12 +26,11 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
 
 }  // namespace
 
-smtppop::smtppop(EventLoop& loop, Network& network, const LocalClock& clock, ProtocolLog& log)
+smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports)
     : loop_(loop),
-      clock_(clock),
-      log_(log),
-      smtp_({loop, network, clock, log, *this}),
-      pop_({loop, network, clock, log, *this}) {}
+      ports_(ports),
+      smtp_({loop, network, ports.clock, ports.log, *this}),
+      pop_({loop, network, ports.clock, ports.log, *this}) {}
 
 // What came while nobody waited is taken note of first: most of all, that a server has hung up.
 void smtppop::Enter(Protocol protocol) {
@@ -76,10 +58,11 @@ std::int32_t smtppop::LogoutSMTP() {
   return WaitFor(smtp_);
 }
 
-std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message,
+std::int32_t smtppop::Send(SmtpSettings settings, OutgoingMessage message,
+                           const ComposerSettings& composing,
                            const std::string& envelopeRecipient) {
   Enter(Protocol::Smtp);
-  log_.WriteDebug("--- Starting SMTP Send Method " + LogTime(clock_.Now()) + " ---");
+  ports_.log.WriteDebug("--- Starting SMTP Send Method " + LogTime(ports_.clock.Now()) + " ---");
   smtp_.ForgetRefusedRecipients();
   settings.sender = BareAddress(message.from);
   if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) return kInvalidSender;
@@ -88,9 +71,9 @@ std::int32_t smtppop::Send(SmtpSettings settings, const OutgoingMessage& message
   RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
   if (envelope.recipients.empty() && envelope.override.empty()) return kNoRecipients;
-  MessageData data(BuildHeaderBlock(message, clock_.Now()), message.body);
+  const auto data = ComposeMessage(ports_, composing, std::move(message));
   OnStatus("Sending headers...");
-  smtp_.BeginSend(settings, std::move(envelope), data);
+  smtp_.BeginSend(settings, std::move(envelope), *data);
   return WaitFor(smtp_);
 }
 

@@ -3,8 +3,9 @@
 // go over the wire.
 //
 // Results are those of the sessions (MailSession.h, SmtpSession.h, PopSession.h) and 9 (no
-// recipients), 555 (not a sender address). ServerError 529 is thrown, before anything is sent, for
-// CR, LF or NUL in an argument of a command.
+// recipients), 555 (not a sender address). Thrown as ServerError, before anything is sent: 529 for
+// CR, LF or NUL in an argument of a command; 521, 534 and 535 when the files of a message are
+// missing or cannot be packed or encoded.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +14,7 @@
 
 #include "internet/HeaderCollector.h"
 #include "internet/MessageCollector.h"
+#include "internet/MessageComposer.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/PopSession.h"
 #include "internet/SmtpSession.h"
@@ -25,13 +27,13 @@ class smtppop : private StatusSink {
   // The protocol that the engine last worked with.
   enum class Protocol { None = 0, Pop = 1, Smtp = 2 };
 
-  smtppop(EventLoop& loop, Network& network, const LocalClock& clock, ProtocolLog& log);
+  smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports);
 
   std::int32_t LoginSMTP(const SmtpSettings& settings);
   std::int32_t LogoutSMTP();
   bool SMTPLoginStatus() const noexcept { return smtp_.LoginStatus(); }
-  std::int32_t Send(SmtpSettings settings, const OutgoingMessage& message,
-                    const std::string& envelopeRecipient);
+  std::int32_t Send(SmtpSettings settings, OutgoingMessage message,
+                    const ComposerSettings& composing, const std::string& envelopeRecipient);
   // The name's address as the server gives it; empty when it does not know the name.
   std::int32_t ResolveAddress(const SmtpSettings& settings, const std::string& name,
                               std::string& resolved);
@@ -63,8 +65,7 @@ class smtppop : private StatusSink {
   std::int32_t WaitFor(Session& session, TickCount deadline = kNoDeadline);
 
   EventLoop& loop_;
-  const LocalClock& clock_;
-  ProtocolLog& log_;
+  ComposerPorts ports_;
   SmtpSession smtp_;
   PopSession pop_;
   Protocol protocol_ = Protocol::None;

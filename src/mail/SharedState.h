@@ -70,6 +70,8 @@ struct ProcessSwitches {
   std::string envelopeRecipient;      // when not empty, the only RCPT TO address
   std::int32_t maximumBodyLines = 0;  // lines of text LoadMessage keeps; 0: all
   bool greetWithHelo = true;
+  bool keepTemporaryFiles = false;  // those of a message that is sent
+  std::int32_t blockSize = 0;       // bytes of text that are handed to the network at once; 0: any
 };
 
 struct SharedState {

@@ -110,6 +110,14 @@ void Greeting(const Context& context, const Arguments& arguments) {
   context.Switches().greetWithHelo = ReadSwitch(arguments[0]);
 }
 
+void KeepTemporaryFiles(const Context& context, const Arguments& arguments) {
+  context.Switches().keepTemporaryFiles = ReadSwitch(arguments[0]);
+}
+
+void BlockSize(const Context& context, const Arguments& arguments) {
+  context.Switches().blockSize = ReadNumber(arguments[0], 0);
+}
+
 void CopyFileTo(const Context& context, const Arguments& arguments) {
   RequireFile(context, arguments[0]);
   if (arguments[1].empty()) throw ServerError(error_code::kFileNotSpecified);
@@ -227,6 +235,8 @@ constexpr std::array kCommands{
     Command{"UU_DECODE_FILE", 2, kAnyNumber, UuDecode},
     Command{"QP_DECODE_FILE", 2, 2, QpDecode},
     Command{"HELO", 1, 1, Greeting},
+    Command{"KEEP_TEMP", 1, 1, KeepTemporaryFiles},
+    Command{"BLOCK_SIZE", 1, 1, BlockSize},
 };
 
 }  // namespace

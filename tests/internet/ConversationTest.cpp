@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <limits>
 #include <map>
 #include <set>
 
@@ -55,6 +56,9 @@ class Playing {
   void Expect(std::string_view text);
   void CheckNextCall();
   std::string AttachmentTexts() const;
+  std::string MakeFile(std::string_view& text);
+  void Attach(std::string_view text);
+  void AddAlternative(std::string_view text);
   std::int32_t Invoke(std::string_view operation, std::string_view argument);
   void Complain(const std::string& what) {
     complaints_.push_back("line " + std::to_string(line_) + ": " + what);
@@ -66,6 +70,7 @@ class Playing {
   const Conversation& conversation_;
   bool cutOff_;
   InternetWorld world_;
+  TempFolder sources_;  // of attachments and alternatives
   std::shared_ptr<ScriptedPeer> script_;
   bool scriptPlayed_ = false;
   bool refuse_ = false;
@@ -92,10 +97,12 @@ void Playing::Set(std::string_view text) {
       {"bcc", [&] { message.bcc.push_back(value); }},
       {"body", [&] { message.body = value; }},
       {"bodysize", [&] { message.body.assign(static_cast<std::size_t>(number()), 'x'); }},
-      {"attachment",
-       [&] {
-         message.attachments.push_back({value, value});
-       }},
+      {"attachment", [&] { Attach(value); }},
+      {"alternative", [&] { AddAlternative(value); }},
+      {"encoding", [&] { instance.attachmentEncoding = static_cast<std::int16_t>(number()); }},
+      {"lose", [&] { world_.files->RemoveFile(sources_.Path(value)); }},
+      {"writable", [&] { world_.disk.writeBudget = std::stoul(value); }},
+      {"readable", [&] { world_.disk.readBudget = std::stoul(value); }},
       {"override", [&] { world_.shared.switches.envelopeRecipient = value; }},
       {"greetwithhelo", [&] { world_.shared.switches.greetWithHelo = number() != 0; }},
       {"bodylines", [&] { world_.shared.switches.maximumBodyLines = number(); }},
@@ -111,11 +118,37 @@ void Playing::Set(std::string_view text) {
       {"refuse", [&] { refuse_ = number() != 0; }},
       {"abortafter", [&] { abortAfter_ = static_cast<TickCount>(number()); }},
       {"appetite", [&] { script_->appetite = static_cast<std::size_t>(number()); }},
+      {"hearsanything", [&] { script_->hearsAnything = number() != 0; }},
       {"perturn", [&] { script_->perTurn = static_cast<std::size_t>(number()); }},
   };
   const auto found = settings.find(word);
   if (found == settings.end()) return Complain("unknown setting");
   found->second();
+}
+
+// "NAME CONTENT", or "NAME size BYTES" for that many of them.
+std::string Playing::MakeFile(std::string_view& text) {
+  const auto path = sources_.Path(TakeWord(text));
+  std::string content(text);
+  if (text.starts_with("size ")) {
+    content.clear();
+    for (int size = std::stoi(std::string(text.substr(5))); size > 0; --size) {
+      content += static_cast<char>(size * 7);
+    }
+  }
+  WriteWholeFile(*world_.files, path, BytesOf(content));
+  return path;
+}
+
+void Playing::Attach(std::string_view text) {
+  const std::string name(text.substr(0, text.find(' ')));
+  world_.shared.message.attachments.push_back({MakeFile(text), name});
+}
+
+// "TYPE NAME CONTENT".
+void Playing::AddAlternative(std::string_view text) {
+  const std::string type(TakeWord(text));
+  world_.shared.message.alternatives.push_back({MakeFile(text), type});
 }
 
 std::int32_t Playing::Invoke(std::string_view operation, std::string_view argument) {
@@ -164,6 +197,7 @@ void Playing::Call(std::string_view text) {
   if (result_ != kBackEndSuccess && world_.received.Names() != filesBefore) {
     Complain("files of a message that failed were left");
   }
+  if (!world_.temporary.Names().empty()) Complain("temporary files were left");
   if (cutOff_ && elapsed_ > 100000) Complain("took " + std::to_string(elapsed_) + " ms");
 }
 
@@ -226,6 +260,8 @@ void Playing::CheckNextCall() {
   world_.instance.password = "secret";
   world_.shared.switches.envelopeRecipient.clear();
   world_.shared.message.attachments.clear();
+  world_.shared.message.alternatives.clear();
+  world_.disk.writeBudget = world_.disk.readBudget = std::numeric_limits<uint64_t>::max();
   world_.shared.message.from = "joe@example.org";
   world_.shared.message.to = {"ann@example.org"};
   world_.shared.internet = {};

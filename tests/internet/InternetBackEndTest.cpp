@@ -185,6 +185,27 @@ TEST_F(InternetBackEndTest, TheLogTellsTheConversationButNoPassword) {
             "POP socket closed.\r\n");
 }
 
+TEST_F(InternetBackEndTest, TheLogTellsWhatAMessageIsMadeOf) {
+  servePop = false;
+  const auto page = world.folder.Path("page.htm");
+  ASSERT_TRUE(WriteWholeFile(*world.files, page, BytesOf("<p>")));
+  world.shared.message.alternatives = {{page, "text/html"}};
+  world.shared.message.attachments = {{page, "page.htm"}};
+  world.log.Start();
+  EXPECT_EQ(backEnd.Send(request), kBackEndSuccess);
+  world.log.Stop();
+  const auto log = ContentOf(*world.files, world.folder.Path("POPDUMP.TXT"));
+  std::size_t at = 0;
+  for (const auto* const line :
+       {"--- Starting SMTP Send Method 2026-11-01 08:05:09 ---", "Encoding alternatives... ",
+        "Encoding attachments... ", "Attempting to connect... ", "Sending message... ",
+        "Sending alternatives... ", "Sending attachments... ", "Sending terminator... ",
+        "Message sent successfully! "}) {
+    at = log.find(line, at);
+    EXPECT_NE(at, std::string::npos) << line << log;
+  }
+}
+
 TEST_F(InternetBackEndTest, ShutdownDoesNotWaitForASilentServer) {
   EXPECT_EQ(backEnd.LoadMessageHeaders(request), kBackEndSuccess);
   class Mute final : public FakePeer {

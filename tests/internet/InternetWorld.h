@@ -10,6 +10,7 @@
 #include "internet/InternetBackEnd.h"
 #include "internet/ProtocolLog.h"
 #include "support/FakeNetwork.h"
+#include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
 
 namespace quillon::testing {
@@ -44,10 +45,11 @@ class InternetWorld {
  public:
   InternetWorld()
       : files(MakeFileSystem()),
+        disk(*files),
         codePage(MakeAnsiCodePage()),
         configuration(*files, folder.Path("quillon.ini")),
         log(*files, folder.Path()),
-        backEnd({network, network, *files, *codePage, clock, prompt, box, configuration, log},
+        backEnd({network, network, disk, *codePage, clock, prompt, box, configuration, log},
                 {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
@@ -56,6 +58,7 @@ class InternetWorld {
     instance.loginName = "joe";
     instance.password = "secret";
     instance.attachmentDirectory = received.Path();
+    shared.switches.temporaryDirectory = temporary.Path();
     shared.message.from = "Joe <joe@example.org>";
     shared.message.to = {"ann@example.org"};
     shared.message.subject = "Hello";
@@ -63,12 +66,14 @@ class InternetWorld {
   }
 
   TempFolder folder;
-  TempFolder received;  // the attachment directory
+  TempFolder received;   // the attachment directory
+  TempFolder temporary;  // for the files of a message that is sent
   FakeNetwork network;
   FixedClock clock;
   AnsweringPrompt prompt;
   RecordingBox box;
   std::unique_ptr<FileSystem> files;
+  FaultyFileSystem disk;  // what the back end sees of them
   std::unique_ptr<CodePage> codePage;
   clsINIUtilities configuration;
   ProtocolLog log;

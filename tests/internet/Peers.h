@@ -46,6 +46,8 @@ class ScriptedPeer final : public LinePeer {
   // The lines of the message after DATA, each with LF, without the last ".".
   std::string data;
   bool clientGone = false;
+  // Whether lines behind the last step belong to a message whose end never comes.
+  bool hearsAnything = false;
 
  private:
   void OnLine(std::string_view line) override;

@@ -30,7 +30,8 @@ TEST_F(ReservedCommandTest, MalformedCommandsChangeNothing) {
   for (const auto* command :
        {"", "CHARSET", "CHARSET|x", "|CHARSET", "|CHARSET|", "|CHARSET|a b", "|CHARSET|a|b",
         "|CHARSET|x\"y", "|NOTHING|x", "|MSG_LINES|-1", "|MSG_LINES|many", "|MSG_LINES|9999999999",
-        "|MAIL_SERVICE|none", "|HELO|1", "|COPY_FILE|x", "||", "|CREATE_DIRECTORY|"}) {
+        "|KEEP_TEMP|1", "|BLOCK_SIZE|-1", "|MAIL_SERVICE|none", "|HELO|1", "|COPY_FILE|x", "||",
+        "|CREATE_DIRECTORY|"}) {
     EXPECT_EQ("529 Invalid property value.", Run(command)) << command;
   }
   EXPECT_EQ("us-ascii", world_.shared.internet.characterSet);
@@ -44,6 +45,8 @@ TEST_F(ReservedCommandTest, SettingsTakeEffect) {
   EXPECT_EQ("", Run("|MSG_LINES|20"));
   EXPECT_EQ("", Run("|MAIL_SERVICE|internet"));
   EXPECT_EQ("", Run("|HELO|0"));
+  EXPECT_EQ("", Run("|KEEP_TEMP|-1"));
+  EXPECT_EQ("", Run("|BLOCK_SIZE|512"));
   EXPECT_EQ("", Run("|TEMPDIR|" + world_.folder.Path()));
   EXPECT_EQ("iso-8859-1", world_.shared.internet.characterSet);
   EXPECT_EQ(Value(std::string("boss@example.org")), server_->Get(Property::replyTo));
@@ -51,6 +54,8 @@ TEST_F(ReservedCommandTest, SettingsTakeEffect) {
   EXPECT_EQ(20, world_.shared.switches.maximumBodyLines);
   EXPECT_EQ(Value(std::int16_t{10}), server_->Get(Property::mailSystem));
   EXPECT_FALSE(world_.shared.switches.greetWithHelo);
+  EXPECT_TRUE(world_.shared.switches.keepTemporaryFiles);
+  EXPECT_EQ(512, world_.shared.switches.blockSize);
   EXPECT_EQ(world_.folder.Path(), world_.shared.switches.temporaryDirectory);
   EXPECT_EQ("529 Directory does not exist.", Run("|TEMPDIR|" + Path("none")));
   EXPECT_EQ("", Run("|ONLY_RECIP|"));

@@ -1,0 +1,53 @@
+#include "internet/ComposedMessage.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "internet/BodyText.h"
+#include "internet/EncodedFile.h"
+
+namespace quillon {
+
+ComposedMessage::ComposedMessage(FileSystem& files, std::string text, std::size_t blockSize,
+                                 std::unique_ptr<TemporaryFolder> folder)
+    : files_(files), text_(std::move(text)), blockSize_(blockSize), folder_(std::move(folder)) {}
+
+DataSource::State ComposedMessage::Fill(std::string& block, std::size_t wanted) {
+  const auto end = block.size() + wanted;
+  const auto section = Current();
+  for (;;) {
+    const auto state = FillPiece(block, end - block.size());
+    if (state == State::Failed) return state;
+    if (state == State::End) {
+      content_.reset();
+      if (at_ + 1 == pieces_.size()) return State::End;
+      ++at_;
+    } else if (IsLimited()) {
+      return state;
+    }
+    if (block.size() >= end || Current() != section) return State::More;
+  }
+}
+
+DataSource::State ComposedMessage::FillPiece(std::string& block, std::size_t wanted) {
+  auto& piece = pieces_[at_];
+  if (content_ == nullptr) {
+    block += std::exchange(piece.lines, {});
+    if (piece.content == MessagePiece::Content::None) return State::End;
+    content_ = Open(piece);
+    if (IsLimited()) return State::More;
+  }
+  return content_->Fill(block, IsLimited() ? std::min(wanted, blockSize_) : wanted);
+}
+
+std::unique_ptr<DataSource> ComposedMessage::Open(const MessagePiece& piece) const {
+  using Content = MessagePiece::Content;
+  if (piece.content == Content::Text) return std::make_unique<BodyText>(text_);
+  return std::make_unique<EncodedFile>(files_, piece.path, piece.content == Content::UuFile);
+}
+
+bool ComposedMessage::IsLimited() const {
+  return blockSize_ > 0 && pieces_[at_].content == MessagePiece::Content::Text;
+}
+
+}  // namespace quillon

@@ -1,0 +1,27 @@
+// The header fields of the parts of an outgoing message, each group with the empty line behind it.
+// Texts are bytes as they go out.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/CodePage.h"
+
+namespace quillon {
+
+// The value of a Content-Type field; the boundary stands without quotes.
+std::string MultipartType(std::string_view subtype, std::string_view boundary);
+std::string TextType(std::string_view charset);
+
+std::string MultipartFields(std::string_view subtype, std::string_view boundary);
+std::string TextPartFields(std::string_view charset);
+std::string AlternativeFields(std::string_view contentType, std::string_view charset);
+// `name` is UTF-8. It stands in quotes in the bytes of the code page; when it is not all ASCII,
+// also as RFC 2231 has it, which keeps what the code page lacks.
+std::string AttachmentFields(const std::string& name, const CodePage& codePage);
+
+// A name as it can stand in a header field or in the "begin" line of a uuencoded file: without
+// control characters, and not too long for a line.
+std::string SafeName(std::string_view name);
+
+}  // namespace quillon

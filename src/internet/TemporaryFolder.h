@@ -1,0 +1,35 @@
+// A directory of its own for the files that one message needs while it is sent, removed with all of
+// them when this object goes.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+class TemporaryFolder {
+ public:
+  // `parent` empty: the system's directory for temporary files. With `keep` everything stays.
+  // Nothing is made before the first file is asked for.
+  TemporaryFolder(FileSystem& files, std::string parent, bool keep);
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  // The path for one more file, which the caller makes; empty when there can be no directory.
+  std::string NewFile(std::string_view extension);
+
+ private:
+  bool Make();
+
+  FileSystem& files_;
+  std::string parent_;
+  bool keep_;
+  std::string path_;  // with a separator; empty until it is made
+  std::vector<std::string> paths_;
+};
+
+}  // namespace quillon
