@@ -39,6 +39,26 @@ void CurlSmtp::Send(std::string_view message) {
   handle_.Perform();
 }
 
+CurlMime::CurlMime(std::uint16_t port, const std::string& sender, const std::string& recipient)
+    : handle_("smtp://127.0.0.1:" + std::to_string(port) + "/localhost"),
+      recipients_(curl_slist_append(nullptr, recipient.c_str()), &curl_slist_free_all),
+      fields_(curl_slist_append(nullptr, "Subject: A file"), &curl_slist_free_all) {
+  handle_.Set(CURLOPT_MAIL_FROM, sender.c_str());
+  handle_.Set(CURLOPT_MAIL_RCPT, recipients_.get());
+  handle_.Set(CURLOPT_HTTPHEADER, fields_.get());
+}
+
+void CurlMime::Send(const std::string& text, const std::string& path) {
+  const std::unique_ptr<curl_mime, decltype(&curl_mime_free)> mime(curl_mime_init(handle_.Get()),
+                                                                   &curl_mime_free);
+  curl_mime_data(curl_mime_addpart(mime.get()), text.data(), text.size());
+  auto* const attachment = curl_mime_addpart(mime.get());
+  curl_mime_filedata(attachment, path.c_str());
+  curl_mime_encoder(attachment, "base64");
+  handle_.Set(CURLOPT_MIMEPOST, mime.get());
+  handle_.Perform();
+}
+
 CurlPop::CurlPop(std::uint16_t port) : handle_("pop3://127.0.0.1:" + std::to_string(port) + "/") {
   handle_.Set(CURLOPT_USERPWD, "bench:bench");
   handle_.Set(CURLOPT_WRITEFUNCTION, &CurlPop::OnWrite);

@@ -18,6 +18,7 @@ class CurlHandle {
   void Set(CURLoption option, Value value) {
     Check(curl_easy_setopt(handle_.get(), option, value));
   }
+  CURL* Get() const noexcept { return handle_.get(); }
   void Perform() { Check(curl_easy_perform(handle_.get())); }
 
  private:
@@ -39,6 +40,19 @@ class CurlSmtp {
   CurlHandle handle_;
   std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> recipients_;
   std::string_view rest_;
+};
+
+// Messages with one attachment, which libcurl encodes while it sends.
+class CurlMime {
+ public:
+  CurlMime(std::uint16_t port, const std::string& sender, const std::string& recipient);
+
+  void Send(const std::string& text, const std::string& path);
+
+ private:
+  CurlHandle handle_;
+  std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> recipients_;
+  std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> fields_;
 };
 
 class CurlPop {

@@ -26,6 +26,10 @@ void NativeMail::SetMessage(const std::string& sender, const std::string& recipi
   shared_.message.body = body;
 }
 
+void NativeMail::SetAttachment(const std::string& path) {
+  shared_.message.attachments = {{path, std::string(FileNameOf(path))}};
+}
+
 void NativeMail::SetMaximumHeaders(std::size_t count) {
   instance_.maximumHeaders = static_cast<std::int32_t>(count);
 }

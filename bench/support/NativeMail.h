@@ -19,6 +19,7 @@ class NativeMail {
   NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort);
 
   void SetMessage(const std::string& sender, const std::string& recipient, const std::string& body);
+  void SetAttachment(const std::string& path);
   void SetMaximumHeaders(std::size_t count);
 
   // Each throws std::runtime_error when the operation fails.

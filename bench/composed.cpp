@@ -1,0 +1,130 @@
+// Sends a message with a large attachment, its encoding included, beside libcurl, which encodes
+// while it sends, and beside a bare socket that writes as many bytes out of memory. All of them
+// talk to the same mail host, which throws the messages away.
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "bench/support/BareSmtp.h"
+#include "bench/support/CurlMail.h"
+#include "bench/support/MailHost.h"
+#include "bench/support/NativeMail.h"
+#include "bench/support/Program.h"
+#include "bench/support/Table.h"
+#include "codec/Base64.h"
+
+namespace quillon::bench {
+namespace {
+
+constexpr int kRounds = 9;
+constexpr std::size_t kMegabyte = 1024 * 1024;
+constexpr std::size_t kMegabytes = 200;
+constexpr const char* kSender = "sender@example.com";
+constexpr const char* kRecipient = "reader@example.com";
+constexpr const char* kText = "The file is attached.\r\n";
+
+void FillFile(const std::string& path) {
+  std::ofstream file(path, std::ios::binary);
+  std::mt19937 random(1);
+  std::string block(kMegabyte, '\0');
+  for (std::size_t written = 0; written < kMegabytes; ++written) {
+    for (auto& byte : block) byte = static_cast<char>(random());
+    file << block;
+  }
+  if (!file.flush()) throw std::runtime_error("no room for the attachment");
+}
+
+// What the figures compare to: both sides must have sent the file as a whole.
+void RequireWhole(const ScratchDirectory& store, std::size_t messages) {
+  std::size_t found = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(store.Path() / "new")) {
+    if (entry.file_size() < Base64EncodedSize(kMegabytes * kMegabyte)) {
+      throw std::runtime_error("a message came without its attachment");
+    }
+    ++found;
+  }
+  if (found != messages) throw std::runtime_error("a message is missing");
+}
+
+class Sides {
+ public:
+  Sides(std::uint16_t port, std::string path)
+      : path_(std::move(path)),
+        native_(scratch_.Path().string(), port, 0),
+        curl_(port, kSender, kRecipient),
+        bare_(port, kSender, kRecipient) {
+    native_.SetMessage(kSender, kRecipient, kText);
+    native_.SetAttachment(path_);
+  }
+
+  double Native() {
+    return Seconds([&] { native_.Send(); }) * 1000;
+  }
+  double Curl() {
+    return Seconds([&] { curl_.Send(kText, path_); }) * 1000;
+  }
+  double Bare() {
+    return Seconds([&] { bare_.Send(Base64EncodedSize(kMegabytes * kMegabyte)); }) * 1000;
+  }
+
+ private:
+  ScratchDirectory scratch_;
+  std::string path_;
+  NativeMail native_;
+  CurlMime curl_;
+  BareSmtp bare_;
+};
+
+void Measure(const std::string& path) {
+  {
+    const ScratchDirectory store;
+    const MailHost host({"--store", store.Path().string()});
+    Sides sides(host.SmtpPort(), path);
+    sides.Native();
+    sides.Curl();
+    RequireWhole(store, 2);
+  }
+  const MailHost host({"--no-store"});
+  Sides sides(host.SmtpPort(), path);
+  const auto name = "Send of " + std::to_string(kMegabytes) + " MiB attached";
+  PrintRow(name, "libcurl",
+           Compare(
+               kRounds, [&] { return sides.Native(); }, [&] { return sides.Curl(); }),
+           " ms", "<= 1, wanted 0.67");
+  PrintRow(name, "bare socket",
+           Compare(
+               kRounds, [&] { return sides.Native(); }, [&] { return sides.Bare(); }),
+           " ms", "<= 1.5");
+  const auto run = RunProgram({(ProgramDirectory() / "bench_composed").string(), "--once",
+                               std::to_string(host.SmtpPort()), path},
+                              "/dev/null");
+  PrintRow(name + ", peak memory", FigureText(run.peakMemory) + " MB of at most 48");
+}
+
+int Run(int count, char** arguments) {
+  if (count == 4 && std::string_view(arguments[1]) == "--once") {
+    Sides(static_cast<std::uint16_t>(std::stoul(arguments[2])), arguments[3]).Native();
+    return 0;
+  }
+  const ScratchDirectory scratch;
+  const auto path = (scratch.Path() / "attachment.bin").string();
+  FillFile(path);
+  Measure(path);
+  return 0;
+}
+
+}  // namespace
+}  // namespace quillon::bench
+
+int main(int count, char** arguments) {
+  try {
+    return quillon::bench::Run(count, arguments);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bench_composed: %s\n", error.what());
+    return 1;
+  }
+}
