@@ -1,5 +1,6 @@
-# Programs that are not the product: the embedded mail host, the message splitter as a filter,
-# benchmarks, and for Windows the clients and stand-in libraries of the end-to-end tests.
+# Programs that are not the product: the embedded mail host, the message splitter and the packing of
+# attachments as programs, benchmarks, and for Windows the clients and stand-in libraries of the
+# end-to-end tests.
 file(GLOB_RECURSE mailhost_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tools/mailhost/*.cpp")
 if(mailhost_sources AND NOT WIN32)
   # A peer for the product's tests shares no code with the product.
@@ -10,6 +11,8 @@ if(NOT WIN32)
   quillon_executable(splitmail SOURCES "${PROJECT_SOURCE_DIR}/tools/splitmail/main.cpp"
     LINK quillon_codec quillon_platform)
   target_include_directories(splitmail PRIVATE "${PROJECT_SOURCE_DIR}")
+  quillon_executable(zipfiles SOURCES "${PROJECT_SOURCE_DIR}/tools/zipfiles/main.cpp"
+    LINK quillon_codec quillon_platform)
 endif()
 
 # bench/support is shared by the benchmarks. Table is for both systems; the rest compares the native

@@ -23,7 +23,8 @@ endif()
 target_include_directories(quillon_test_support ${support_scope} "${PROJECT_SOURCE_DIR}/tests")
 target_compile_definitions(quillon_test_support ${support_scope}
   "QUILLON_TESTS_DIR=\"${PROJECT_SOURCE_DIR}/tests\"")
-target_link_libraries(quillon_test_support ${support_scope} quillon_server quillon_platform gmock)
+target_link_libraries(quillon_test_support
+  ${support_scope} quillon_server quillon_platform gmock ZLIB::ZLIB)
 
 function(quillon_test layer)
   quillon_sources(sources "${PROJECT_SOURCE_DIR}/tests/${layer}")

@@ -8,14 +8,15 @@ tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 packages=(
   # the two builds
   g++ cmake ninja-build g++-mingw-w64-i686-posix mingw-w64-tools googletest
+  zlib1g-dev libz-mingw-w64-dev
   # checks and fuzzing
   clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev git
   # the private Wine and the tests that run in it
   libc6-i386 xvfb python3 ca-certificates debian-archive-keyring
   # other people's servers, clients and codecs, which the tests work with
-  dovecot-pop3d mpop sharutils mpack
+  dovecot-pop3d mpop sharutils mpack zip unzip p7zip-full
   # what the benchmarks compare with
-  libcurl4-openssl-dev zlib1g-dev libgmime-3.0-0 ripmime
+  libcurl4-openssl-dev libgmime-3.0-0 ripmime
 )
 
 say() { printf 'setup: %s\n' "$*"; }

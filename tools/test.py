@@ -93,7 +93,7 @@ def windows():
 
 
 def end_to_end():
-    if not build("native", "mailhost") or not build("windows"):
+    if not build("native", "mailhost", "zipfiles") or not build("windows"):
         return Count(failed=1)
     directory = TOP / "tests" / "e2e"
     if not list(directory.glob("test_*.py")):

@@ -137,6 +137,17 @@ void OutputFile::Append(std::string_view text) {
   Append(std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
 }
 
+void OutputFile::Overwrite(uint64_t position, std::string_view bytes) {
+  if (position >= written_) {
+    std::memcpy(buffer_.data() + (position - written_), bytes.data(), bytes.size());
+    return;
+  }
+  Flush();
+  good_ = good_ && file_->Seek(position) &&
+          file_->Write(std::span(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size())) &&
+          file_->Seek(written_);
+}
+
 bool OutputFile::Finish() {
   Flush();
   if (!good_) return false;
@@ -147,6 +158,7 @@ bool OutputFile::Finish() {
 
 void OutputFile::Flush() {
   if (good_ && used_ != 0) good_ = file_->Write(std::span(buffer_).first(used_));
+  written_ += used_;
   used_ = 0;
 }
 
@@ -154,15 +166,15 @@ bool SamePath(FileSystem& files, const std::string& one, const std::string& othe
   std::string first = files.FullPath(one);
   std::string second = files.FullPath(other);
   if (files.Separator() == '\\') {
-    // Windows takes no notice of case; letters beyond ASCII are left to the sharing rules of the
-    // open file.
+    // Windows takes no notice of case. Letters beyond ASCII are left to the system, which knows
+    // them.
     const auto lower = [](char c) {
       return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
     };
     std::transform(first.begin(), first.end(), first.begin(), lower);
     std::transform(second.begin(), second.end(), second.begin(), lower);
   }
-  return first == second;
+  return first == second || files.SameFile(one, other);
 }
 
 }  // namespace quillon

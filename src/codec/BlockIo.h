@@ -81,6 +81,12 @@ class OutputFile {
   void Append(std::span<const uint8_t> bytes);
   void Append(std::string_view text);
 
+  // How many bytes there are so far.
+  uint64_t Position() const { return written_ + used_; }
+
+  // Replaces bytes that were appended together earlier.
+  void Overwrite(uint64_t position, std::string_view bytes);
+
   // False once opening or writing failed; everything later is ignored.
   bool Good() const { return good_; }
 
@@ -95,11 +101,13 @@ class OutputFile {
   std::unique_ptr<File> file_;
   std::vector<uint8_t> buffer_;  // grows with its use, to 2 * kIoBlock at most
   size_t used_ = 0;
+  uint64_t written_ = 0;  // bytes handed to the file
   bool good_ = false;
   bool finished_ = false;
 };
 
-// Whether both paths name the same file, as far as their texts tell.
+// Whether both paths name the same file: by their texts, or, when both exist, by what the system
+// says.
 bool SamePath(FileSystem& files, const std::string& one, const std::string& other);
 
 }  // namespace quillon

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/LocalClock.h"
+
 namespace quillon {
 
 // One open file. The destructor closes it; a writer calls Close itself, because only then it hears
@@ -33,6 +35,9 @@ class File {
   virtual bool Seek(uint64_t position) = 0;
 
   virtual std::optional<uint64_t> Size() = 0;
+
+  // When the file was last written, in local time; no value when the system cannot tell.
+  virtual std::optional<LocalTime> ModificationTime() { return std::nullopt; }
 
   // False when data could not be stored. Later operations on the file fail; a second Close does
   // nothing and returns true.
@@ -66,6 +71,11 @@ class FileSystem {
   // One level only; true when the directory exists afterwards.
   virtual bool MakeDirectory(const std::string& path) = 0;
   virtual bool RemoveEmptyDirectory(const std::string& path) = 0;
+
+  // Whether both exist and are one file, whatever links, short names or case lead to it.
+  virtual bool SameFile(const std::string& one, const std::string& other) {
+    return FileExists(one) && FullPath(one) == FullPath(other);
+  }
 
   // The absolute form; the file need not exist. The path itself when the system cannot tell.
   virtual std::string FullPath(const std::string& path) = 0;

@@ -1,4 +1,6 @@
 #include <array>
+#include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -60,6 +62,39 @@ TEST_F(FileSystemTest, ReadingAndSeeking) {
   EXPECT_TRUE(file->Close());
   EXPECT_TRUE(file->Close());
   EXPECT_EQ(file->Read(buffer), std::nullopt);
+}
+
+TEST_F(FileSystemTest, ModificationTimesAreLocal) {
+  using namespace std::chrono;
+  const std::string path = folder_.Path("a");
+  ASSERT_TRUE(Write(path, OpenMode::kCreate, "x"));
+  // In winter and in summer, in whatever zone the test runs.
+  for (const sys_seconds set : {sys_seconds(sys_days(2021y / January / 31)) + 23h + 59min + 58s,
+                                sys_seconds(sys_days(2016y / July / 1)) + 1s}) {
+    std::filesystem::last_write_time(path, file_clock::from_sys(set));
+    const auto local = files_->Open(path, OpenMode::kRead)->ModificationTime();
+    ASSERT_TRUE(local);
+    const sys_days day = year(local->year) / local->month / local->day;
+    EXPECT_EQ(day + hours(local->hour) + minutes(local->minute) + seconds(local->second) -
+                  minutes(local->utcOffset),
+              set);
+    EXPECT_EQ(weekday(day).c_encoding(), static_cast<unsigned>(local->weekday));
+  }
+}
+
+TEST_F(FileSystemTest, SameFileKnowsLinks) {
+  const std::string path = folder_.Path("Long Name Of A File.text");
+  const std::string link = folder_.Path("link");
+  const std::string other = folder_.Path("other");
+  ASSERT_TRUE(Write(path, OpenMode::kCreate, "x"));
+  ASSERT_TRUE(Write(other, OpenMode::kCreate, "x"));
+  std::filesystem::create_hard_link(path, link);
+  EXPECT_TRUE(files_->SameFile(path, path));
+  EXPECT_TRUE(files_->SameFile(path, link));
+  EXPECT_TRUE(files_->SameFile(path, files_->ShortPath(path)));
+  EXPECT_FALSE(files_->SameFile(path, other));
+  EXPECT_FALSE(files_->SameFile(path, folder_.Path("none")));
+  EXPECT_FALSE(files_->SameFile(folder_.Path("none"), folder_.Path("none")));
 }
 
 TEST_F(FileSystemTest, NamesInEveryScriptAndLongPaths) {

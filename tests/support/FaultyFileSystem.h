@@ -40,6 +40,9 @@ class FaultyFileSystem final : public FileSystem {
   bool RemoveEmptyDirectory(const std::string& path) override {
     return real_.RemoveEmptyDirectory(path);
   }
+  bool SameFile(const std::string& one, const std::string& other) override {
+    return real_.SameFile(one, other);
+  }
   std::string FullPath(const std::string& path) override { return real_.FullPath(path); }
   std::string ShortPath(const std::string& path) override { return real_.ShortPath(path); }
   std::string TempDirectory() override { return real_.TempDirectory(); }
@@ -72,6 +75,7 @@ class FaultyFileSystem final : public FileSystem {
 
     bool Seek(uint64_t position) override { return file_->Seek(position); }
     std::optional<uint64_t> Size() override { return file_->Size(); }
+    std::optional<LocalTime> ModificationTime() override { return file_->ModificationTime(); }
     bool Close() override { return file_->Close() && !owner_.closeFails; }
 
    private:

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "platform/FileSystem.h"
+#include "platform/posix/PosixLocalTime.h"
 
 namespace quillon {
 namespace {
@@ -48,6 +49,12 @@ class PosixFile final : public File {
     struct stat info {};
     if (::fstat(descriptor_, &info) != 0) return std::nullopt;
     return static_cast<uint64_t>(info.st_size);
+  }
+
+  std::optional<LocalTime> ModificationTime() override {
+    struct stat info {};
+    if (::fstat(descriptor_, &info) != 0) return std::nullopt;
+    return ToLocalTime(info.st_mtime);
   }
 
   bool Close() override {
@@ -119,8 +126,7 @@ class PosixFileSystem final : public FileSystem {
   bool CopyWholeFile(const std::string& from, const std::string& to) override {
     if (!IsUsable(from) || !IsUsable(to)) return false;
     std::error_code error;
-    if (std::filesystem::equivalent(from, to, error)) return false;
-    error.clear();
+    if (SameFile(from, to)) return false;
     const bool copied = std::filesystem::copy_file(
         from, to, std::filesystem::copy_options::overwrite_existing, error);
     if (!copied && FileExists(from) && FileExists(to)) RemoveFile(to);
@@ -133,6 +139,11 @@ class PosixFileSystem final : public FileSystem {
 
   bool RemoveEmptyDirectory(const std::string& path) override {
     return IsUsable(path) && ::rmdir(path.c_str()) == 0;
+  }
+
+  bool SameFile(const std::string& one, const std::string& other) override {
+    std::error_code error;
+    return IsUsable(one) && IsUsable(other) && std::filesystem::equivalent(one, other, error);
   }
 
   std::string FullPath(const std::string& path) override {

@@ -1,24 +1,24 @@
-#include <ctime>
-
 #include "platform/LocalClock.h"
+#include "platform/posix/PosixLocalTime.h"
 
 namespace quillon {
 namespace {
 
 class PosixLocalClock final : public LocalClock {
  public:
-  LocalTime Now() const override {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    ::localtime_r(&now, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1,
-            local.tm_mday,        local.tm_wday,
-            local.tm_hour,        local.tm_min,
-            local.tm_sec,         static_cast<int>(local.tm_gmtoff / 60)};
-  }
+  LocalTime Now() const override { return ToLocalTime(std::time(nullptr)); }
 };
 
 }  // namespace
+
+LocalTime ToLocalTime(std::time_t time) {
+  std::tm local{};
+  ::localtime_r(&time, &local);
+  return {local.tm_year + 1900, local.tm_mon + 1,
+          local.tm_mday,        local.tm_wday,
+          local.tm_hour,        local.tm_min,
+          local.tm_sec,         static_cast<int>(local.tm_gmtoff / 60)};
+}
 
 std::unique_ptr<LocalClock> MakeLocalClock() {
   return std::make_unique<PosixLocalClock>();

@@ -4,6 +4,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/win32/WideText.h"
+#include "platform/win32/Win32LocalTime.h"
 
 namespace quillon {
 namespace {
@@ -71,6 +72,25 @@ class Win32File final : public File {
     return static_cast<uint64_t>(size.QuadPart);
   }
 
+  std::optional<LocalTime> ModificationTime() override {
+    FILETIME written{};
+    SYSTEMTIME utc{};
+    if (!GetFileTime(handle_, nullptr, nullptr, &written) || !FileTimeToSystemTime(&written, &utc))
+      return std::nullopt;
+    return ToLocalTime(utc);
+  }
+
+  // The volume and the number of the file in it; the two files must be open at the same time.
+  bool IsSameAs(const Win32File& other) const {
+    BY_HANDLE_FILE_INFORMATION mine{};
+    BY_HANDLE_FILE_INFORMATION theirs{};
+    return GetFileInformationByHandle(handle_, &mine) &&
+           GetFileInformationByHandle(other.handle_, &theirs) &&
+           mine.dwVolumeSerialNumber == theirs.dwVolumeSerialNumber &&
+           mine.nFileIndexHigh == theirs.nFileIndexHigh &&
+           mine.nFileIndexLow == theirs.nFileIndexLow;
+  }
+
   bool Close() override {
     if (handle_ == INVALID_HANDLE_VALUE) return true;
     HANDLE handle = handle_;
@@ -106,11 +126,7 @@ OpenArguments ArgumentsFor(OpenMode mode) {
 class Win32FileSystem final : public FileSystem {
  public:
   std::unique_ptr<File> Open(const std::string& path, OpenMode mode) override {
-    const OpenArguments how = ArgumentsFor(mode);
-    HANDLE handle = CreateFileW(SystemPath(path).c_str(), how.access, how.share, nullptr,
-                                how.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return nullptr;
-    return std::make_unique<Win32File>(handle);
+    return OpenFile(path, ArgumentsFor(mode));
   }
 
   bool FileExists(const std::string& path) override {
@@ -148,6 +164,14 @@ class Win32FileSystem final : public FileSystem {
     return RemoveDirectoryW(SystemPath(path).c_str()) != 0;
   }
 
+  bool SameFile(const std::string& one, const std::string& other) override {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    constexpr OpenArguments kLook = {FILE_READ_ATTRIBUTES, kShareAll, OPEN_EXISTING};
+    const auto first = OpenFile(one, kLook);
+    const auto second = first ? OpenFile(other, kLook) : nullptr;
+    return second && first->IsSameAs(*second);
+  }
+
   std::string FullPath(const std::string& path) override {
     return Utf8FromWide(FullWidePath(WideFromUtf8(path)));
   }
@@ -171,6 +195,14 @@ class Win32FileSystem final : public FileSystem {
   }
 
   char Separator() const override { return '\\'; }
+
+ private:
+  static std::unique_ptr<Win32File> OpenFile(const std::string& path, const OpenArguments& how) {
+    HANDLE handle = CreateFileW(SystemPath(path).c_str(), how.access, how.share, nullptr,
+                                how.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return nullptr;
+    return std::make_unique<Win32File>(handle);
+  }
 };
 
 }  // namespace

@@ -1,6 +1,4 @@
-#include <windows.h>
-
-#include "platform/LocalClock.h"
+#include "platform/win32/Win32LocalTime.h"
 
 namespace quillon {
 namespace {
@@ -24,15 +22,19 @@ class Win32LocalClock final : public LocalClock {
  public:
   LocalTime Now() const override {
     SYSTEMTIME utc{};
-    SYSTEMTIME local{};
     ::GetSystemTime(&utc);
-    ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
-    return {local.wYear, local.wMonth,  local.wDay,    local.wDayOfWeek,
-            local.wHour, local.wMinute, local.wSecond, UtcOffsetMinutes(utc, local)};
+    return ToLocalTime(utc);
   }
 };
 
 }  // namespace
+
+LocalTime ToLocalTime(const SYSTEMTIME& utc) {
+  SYSTEMTIME local{};
+  ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
+  return {local.wYear, local.wMonth,  local.wDay,    local.wDayOfWeek,
+          local.wHour, local.wMinute, local.wSecond, UtcOffsetMinutes(utc, local)};
+}
 
 std::unique_ptr<LocalClock> MakeLocalClock() {
   return std::make_unique<Win32LocalClock>();

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <windows.h>
+
+#include "platform/LocalClock.h"
+
+namespace quillon {
+
+// `utc` as the local time of this machine, by the rule of summer time that holds at that moment.
+LocalTime ToLocalTime(const SYSTEMTIME& utc);
+
+}  // namespace quillon
