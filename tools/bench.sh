@@ -28,7 +28,7 @@ run_windows() (
 run() {
   local name=$1
   if [ -f "bench/$name.cpp" ]; then
-    build native mailhost splitmail "bench_$name" || return
+    build native mailhost splitmail zipfiles "bench_$name" || return
     echo "bench: $name" >&2
     "build/native/bench_$name"
   elif [ -f "bench/windows/$name.cpp" ]; then

@@ -18,13 +18,15 @@ using ZipProgress = std::function<bool(uint64_t done, uint64_t total)>;
 
 class ZipClass {
  public:
-  static constexpr int kDefaultFactor = 5;
-
-  std::string zipFile;                     // the path of the archive, which replaces an older one
-  std::string Password;                    // empty: no encryption; taken as UTF-8 bytes
-  int CompressionFactor = kDefaultFactor;  // from 1, fastest, to 9, smallest
-
   explicit ZipClass(FileSystem& files, ZipProgress progress = {});
+
+  // The path of the archive, which replaces an older one.
+  const std::string& zipFile() const noexcept { return zipFile_; }
+  void zipFile(const std::string& path) { zipFile_ = path; }
+
+  // Empty: no encryption. Its UTF-8 bytes are taken as they are.
+  const std::string& Password() const noexcept { return password_; }
+  void Password(const std::string& password) { password_ = password; }
 
   // Files are packed in the order added. One added twice is in the archive twice.
   void AddFile(const std::string& path) { paths_.push_back(path); }
@@ -34,7 +36,7 @@ class ZipClass {
   // under its name stays when a file is missing, or is the archive, from the start.
   ShortBool zip();
 
-  // No files, no archive path, no password, the default compression.
+  // No files, no archive path, no password.
   void Reset();
 
  private:
@@ -44,6 +46,8 @@ class ZipClass {
   FileSystem& files_;
   const ZipProgress progress_;
   std::vector<std::string> paths_;
+  std::string zipFile_;
+  std::string password_;
 };
 
 }  // namespace quillon

@@ -36,16 +36,16 @@ std::string SomeBytes(size_t size, unsigned values = 256) {
 
 class ZipClassTest : public ::testing::Test {
  protected:
-  ZipClassTest() { zip_.zipFile = archive_; }
+  ZipClassTest() { zip_.zipFile(archive_); }
 
   std::string Write(std::string_view name, std::string_view content) {
-    const std::string path = folder_.Path(name);
+    std::string path = folder_.Path(name);
     EXPECT_TRUE(WriteWholeFile(*files_, path, BytesOf(content)));
     return path;
   }
 
   // The archive as it is now.
-  std::vector<ZippedFile> Files() { return ReadZip(ContentOf(*files_, archive_), zip_.Password); }
+  std::vector<ZippedFile> Files() { return ReadZip(ContentOf(*files_, archive_), zip_.Password()); }
 
   void Mend() {
     faulty_.writeBudget = faulty_.readBudget = std::numeric_limits<uint64_t>::max();
@@ -89,7 +89,7 @@ TEST_F(ZipClassTest, FilesOfAllSizesComeOutAsTheyWentIn) {
     zip_.AddFile(Write("File " + std::to_string(&one - cases), one.content));
   }
   for (const char* const password : {"", "open sesame"}) {
-    zip_.Password = password;
+    zip_.Password(password);
     ASSERT_EQ(zip_.zip(), kTrue);
     const std::vector<ZippedFile> files = Files();
     ASSERT_EQ(files.size(), std::size(cases));
@@ -104,7 +104,7 @@ TEST_F(ZipClassTest, FilesOfAllSizesComeOutAsTheyWentIn) {
 
 TEST_F(ZipClassTest, EncryptingTwiceGivesNothingToCompare) {
   zip_.AddFile(Write("a", SomeBytes(1000)));
-  zip_.Password = "p";
+  zip_.Password("p");
   ASSERT_EQ(zip_.zip(), kTrue);
   const std::string first = ContentOf(*files_, archive_);
   ASSERT_EQ(zip_.zip(), kTrue);
@@ -187,16 +187,16 @@ TEST_F(ZipClassTest, WhatCannotBePackedLeavesNoArchive) {
     faulty_.readBudget = readable;
     ExpectNothingMade("unreadable");
   }
-  zip_.zipFile = folder_.Path("no/such/folder");
+  zip_.zipFile(folder_.Path("no/such/folder"));
   ExpectNothingMade("no such folder");
-  zip_.zipFile.clear();
+  zip_.zipFile("");
   ExpectNothingMade("no name");
-  zip_.zipFile = archive_;
+  zip_.zipFile(archive_);
   for (const std::string& missing : {folder_.Path("none"), folder_.Path(), std::string()}) {
     zip_.AddFile(missing);
     ExpectNothingMade("missing");
     zip_.Reset();
-    zip_.zipFile = archive_;
+    zip_.zipFile(archive_);
     zip_.AddFile(input);
   }
   EXPECT_EQ(zip_.zip(), kTrue);
@@ -206,8 +206,8 @@ TEST_F(ZipClassTest, WhatCannotBePackedLeavesNoArchive) {
 TEST_F(ZipClassTest, AFullDiskIsNoticedWhereverItFillsUp) {
   for (const char* const password : {"", "p"}) {
     zip_.Reset();
-    zip_.zipFile = archive_;
-    zip_.Password = password;
+    zip_.zipFile(archive_);
+    zip_.Password(password);
     zip_.AddFile(Write("a", SomeBytes(900000)));
     zip_.AddFile(Write("b", "x"));
     constexpr uint64_t kPlenty = 10000000;
@@ -236,7 +236,7 @@ TEST_F(ZipClassTest, AnInputIsNeverTheArchive) {
        {input,
         folder_.Path("../") + std::filesystem::path(folder_.Path()).filename().string() + "/in.zip",
         link}) {
-    zip_.zipFile = path;
+    zip_.zipFile(path);
     EXPECT_EQ(zip_.zip(), kFalse) << path;
     EXPECT_EQ(ContentOf(*files_, input), content) << path;
   }
@@ -274,10 +274,10 @@ TEST_F(ZipClassTest, ProgressGoesToTheEndAndCanStopAnywhere) {
 
 TEST_F(ZipClassTest, ResetForgetsFilesAndPassword) {
   zip_.AddFile(Write("a", "x"));
-  zip_.Password = "p";
+  zip_.Password("p");
   zip_.Reset();
-  EXPECT_EQ(zip_.zipFile, "");
-  zip_.zipFile = archive_;
+  EXPECT_EQ(zip_.zipFile(), "");
+  zip_.zipFile(archive_);
   zip_.AddFile(Write("b", "y"));
   ASSERT_EQ(zip_.zip(), kTrue);
   const std::vector<ZippedFile> files = Files();

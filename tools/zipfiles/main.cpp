@@ -3,6 +3,7 @@
 // Packs the files as attachments are packed.
 #include <cstdio>
 #include <exception>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,14 +16,14 @@ int Run(std::vector<std::string_view> words) {
   const auto files = quillon::MakeFileSystem();
   quillon::ZipClass archive(*files);
   if (words.size() >= 2 && words[0] == "--password") {
-    archive.Password = words[1];
+    archive.Password(std::string(words[1]));
     words.erase(words.begin(), words.begin() + 2);
   }
   if (words.size() < 2 || words[0].starts_with('-')) {
     std::fputs("usage: zipfiles [--password PASSWORD] ARCHIVE FILE...\n", stderr);
     return 2;
   }
-  archive.zipFile = words[0];
+  archive.zipFile(std::string(words[0]));
   for (size_t i = 1; i < words.size(); ++i) archive.AddFile(std::string(words[i]));
   if (archive.zip() == quillon::kTrue) return 0;
   std::fputs("zipfiles: the files cannot be packed\n", stderr);
