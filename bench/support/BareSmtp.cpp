@@ -39,7 +39,7 @@ BareSmtp::~BareSmtp() {
   ::close(socket_);
 }
 
-void BareSmtp::Write(const char* data, std::size_t size) {
+void BareSmtp::Write(const char* data, std::size_t size) const {
   while (size > 0) {
     const auto count = ::send(socket_, data, size, MSG_NOSIGNAL);
     if (count <= 0) throw std::runtime_error("the bare socket breaks off");
@@ -48,7 +48,7 @@ void BareSmtp::Write(const char* data, std::size_t size) {
   }
 }
 
-void BareSmtp::Say(const std::string& line, char firstDigit) {
+void BareSmtp::Say(const std::string& line, char firstDigit) const {
   Write(line.data(), line.size());
   std::string reply;
   while (!reply.ends_with('\n')) {
@@ -60,7 +60,7 @@ void BareSmtp::Say(const std::string& line, char firstDigit) {
   if (reply[0] != firstDigit) throw std::runtime_error("the host refuses: " + reply);
 }
 
-void BareSmtp::Send(std::uint64_t bytes) {
+void BareSmtp::Send(std::uint64_t bytes) const {
   static const auto kLines = Lines();
   Say("MAIL FROM: <" + sender_ + ">\r\n", '2');
   Say("RCPT TO: <" + recipient_ + ">\r\n", '2');

@@ -1,6 +1,7 @@
 // A message over a blocking socket with nothing around it: the least that sending can take.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -14,11 +15,11 @@ class BareSmtp {
   BareSmtp& operator=(const BareSmtp&) = delete;
 
   // A message of so many bytes of base64 lines out of memory.
-  void Send(std::uint64_t bytes);
+  void Send(std::uint64_t bytes) const;
 
  private:
-  void Write(const char* data, std::size_t size);
-  void Say(const std::string& line, char firstDigit);
+  void Write(const char* data, std::size_t size) const;
+  void Say(const std::string& line, char firstDigit) const;
 
   int socket_;
   std::string sender_;

@@ -398,7 +398,7 @@ OutgoingMessage InternetBackEnd::MessageOf(const MailRequest& request) const {
   }
   message.attachments = source.attachments;
   message.attachmentEncoding = request.instance.attachmentEncoding;
-  message.zipPassword = Bytes(request.instance.zipPassword);
+  message.zipPassword = request.instance.zipPassword;
   message.importance = request.instance.importance;
   message.certify = source.certify != kFalse;
   message.utcOffset = request.instance.utcOffset;

@@ -1,5 +1,5 @@
 // The message that the SMTP session transmits, and its header block. All texts are bytes as they go
-// out, but for the paths and names of files, which are UTF-8.
+// out, but for the paths and names of files and the password of archives, which are UTF-8.
 #pragma once
 
 #include <cstdint>

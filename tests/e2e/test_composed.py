@@ -5,6 +5,7 @@ import binascii
 import email
 import email.policy
 import email.utils
+import io
 import pathlib
 import random
 import re
@@ -12,6 +13,7 @@ import shutil
 import tempfile
 import unittest
 import urllib.parse
+import zipfile
 
 from scripting import ENDINGS, MailHost, ScriptTest, run_script
 import winetest
@@ -220,6 +222,42 @@ class ComposedTest(ScriptTest, unittest.TestCase):
                 for file, content in zip(got["file"], contents, strict=True):
                     path = root / str(number) / file.rsplit("\\", 1)[1]
                     self.assertTrue(content == path.read_bytes(), file)
+
+    def test_packed_attachments(self):
+        """One archive for all, and one for each, with and without a password."""
+        names = ["size1800.bin", "two words, (1); it's.txt", "size1048576.bin"]
+        base = [name.rsplit(".", 1)[0] for name in names]
+        cases = [(2 + 64, "", [base[0]]), (2 + 128, "", base), (64, "secret", [base[0]]),
+                 (2 + 64 + 128, "secret", [base[0]])]
+        lines = ["NewServer WScript.Arguments(0), WScript.Arguments(1)",
+                 'mail.undocumented1 = "|TEMPDIR|C:\\Temporary"']
+        for encoding, password, _ in cases:
+            shape = Shape("packed", "", names, encoding=encoding)
+            lines += [f'mail.ZipPassword = "{password}"', *shape.lines]
+        with MailHost() as host:
+            self.run_checks(self.wine, self.session() + "\n".join(lines), host.smtp, host.pop)
+            self.assertEqual([], list(self.temporary.iterdir()))
+            received = host.received()
+        for (encoding, password, archives), wire in zip(cases, received, strict=True):
+            with self.subTest(encoding=encoding, password=password):
+                message = email.message_from_bytes(wire)
+                if encoding & 2:
+                    found = [(name, content) for _, name, content in bodies(message)[1:]]
+                else:
+                    found = uudecoded(message.get_payload(decode=True))[1]
+                self.assertEqual([name + ".zip" for name in archives], [name for name, _ in found])
+                self.check_archives(names, [content for _, content in found], password)
+
+    def check_archives(self, names, archives, password):
+        unpacked = []
+        for archive in archives:
+            with zipfile.ZipFile(io.BytesIO(archive)) as files:
+                for entry in files.infolist():
+                    self.assertEqual(bool(password), bool(entry.flag_bits & 1))
+                    unpacked.append((entry.filename, files.read(entry, password.encode())))
+        self.assertEqual(names, [name for name, _ in unpacked])
+        for name, content in unpacked:
+            self.assertTrue(FILES[name] == content, name)
 
     def test_names_beyond_the_code_page(self):
         name = "\u65e5\u672c \u00fc.txt"

@@ -128,7 +128,7 @@ void Playing::Set(std::string_view text) {
 
 // "NAME CONTENT", or "NAME size BYTES" for that many of them.
 std::string Playing::MakeFile(std::string_view& text) {
-  const auto path = sources_.Path(TakeWord(text));
+  auto path = sources_.Path(TakeWord(text));
   std::string content(text);
   if (text.starts_with("size ")) {
     content.clear();

@@ -1,5 +1,6 @@
 // What leaves for each shape of message, byte by byte, and that our own reader gets the same files
 // back.
+#include <functional>
 #include <gtest/gtest.h>
 
 #include "codec/MessageSplitter.h"
@@ -10,6 +11,7 @@
 #include "mail/InstanceState.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
+#include "support/ZipReader.h"
 
 namespace quillon::testing {
 namespace {
@@ -63,8 +65,26 @@ class MessageComposerTest : public ::testing::Test {
     return wire.erase(reply, wire.find("\r\n\r\n") - reply);
   }
 
+  // The attachments that our reader finds: "[name] file file ..." for each that is an archive.
+  std::string ArchivesRead(std::string_view password) {
+    std::string text;
+    ReadBack([&](const std::string& name, const std::string& content) {
+      text += "[" + name + "]";
+      for (const auto& file : ReadZip(content, password)) text += " " + file.content;
+    });
+    return text;
+  }
+
   // What our reader makes of the message, with the terminator's line end behind it.
   std::string ReadBack() {
+    std::string files;
+    const auto body = ReadBack([&](const std::string& name, const std::string& content) {
+      files.append("[").append(name).append("]").append(content);
+    });
+    return body + files;
+  }
+  std::string ReadBack(
+      const std::function<void(const std::string& name, const std::string& content)>& file) {
     const TempFolder received;
     SplitSettings split;
     split.directory = received.Path();
@@ -79,11 +99,10 @@ class MessageComposerTest : public ::testing::Test {
     }
     SplitMessage result;
     EXPECT_TRUE(splitter.Finish(result));
-    auto text = result.body;
     for (const auto& attachment : result.attachments) {
-      text += "[" + attachment.displayName + "]" + ContentOf(*files_, attachment.file);
+      file(attachment.displayName, ContentOf(*files_, attachment.file));
     }
-    return text;
+    return result.body;
   }
 
   std::int32_t FailureCode() {
@@ -109,38 +128,53 @@ class MessageComposerTest : public ::testing::Test {
   int made_ = 0;
 };
 
-#define PREAMBLE                                                                       \
-  "> THIS IS A MESSAGE IN 'MIME' FORMAT.  Your mail reader does not support MIME.\r\n" \
-  "> Please read the first section, which is plain text, and ignore the rest.\r\n"
-#define OUTER "A-Quillon-Next-Part-7c15e9a80b42"
-#define INNER "A-Quillon-Alternative-7c15e9a80b42"
-#define TEXT_PART                                      \
-  "Content-Type: text/plain; charset=\"us-ascii\"\r\n" \
-  "Content-Transfer-Encoding: 7bit\r\n\r\nA text."
-#define PAGE_PART                                     \
-  "Content-Type: text/html; charset=\"us-ascii\"\r\n" \
-  "Content-Transfer-Encoding: base64\r\n\r\nPHA+\r\n"
-#define FILE_PART                                              \
-  "Content-Type: application/octet-stream; name=\"a.txt\"\r\n" \
-  "Content-Transfer-Encoding: base64\r\n"                      \
-  "Content-Disposition: attachment; filename=\"a.txt\"\r\n\r\nb25l\r\n"
+constexpr std::string_view kOuter = "A-Quillon-Next-Part-7c15e9a80b42";
+constexpr std::string_view kInner = "A-Quillon-Alternative-7c15e9a80b42";
+constexpr std::string_view kPreamble =
+    "> THIS IS A MESSAGE IN 'MIME' FORMAT.  Your mail reader does not support MIME.\r\n"
+    "> Please read the first section, which is plain text, and ignore the rest.\r\n";
+constexpr std::string_view kTextPart =
+    "Content-Type: text/plain; charset=\"us-ascii\"\r\n"
+    "Content-Transfer-Encoding: 7bit\r\n\r\nA text.";
+constexpr std::string_view kPagePart =
+    "Content-Type: text/html; charset=\"us-ascii\"\r\n"
+    "Content-Transfer-Encoding: base64\r\n\r\nPHA+\r\n";
+constexpr std::string_view kFilePart =
+    "Content-Type: application/octet-stream; name=\"a.txt\"\r\n"
+    "Content-Transfer-Encoding: base64\r\n"
+    "Content-Disposition: attachment; filename=\"a.txt\"\r\n\r\nb25l\r\n";
+
+// The parts between their delimiters, whose line ends belong to them.
+std::string Parts(std::string_view boundary, const std::vector<std::string_view>& parts) {
+  std::string text;
+  for (const auto part : parts) {
+    text.append(text.empty() ? "--" : "\r\n--").append(boundary).append("\r\n").append(part);
+  }
+  return text.append("\r\n--").append(boundary).append("--");
+}
+
+std::string Multipart(const std::string& type, const std::vector<std::string_view>& parts) {
+  return std::string("Content-Type: multipart/" + type + "; boundary=")
+      .append(kOuter)
+      .append("\r\n\r\n\r\n")
+      .append(kPreamble)
+      .append(Parts(kOuter, parts));
+}
 
 TEST_F(MessageComposerTest, EachShapeHasItsParts) {
   EXPECT_EQ(Content(), "Content-Type: text/plain; charset=\"us-ascii\"\r\n\r\n\r\nA text.");
 
   AddAlternative("text/html", "<p>");
-  EXPECT_EQ(Content(),
-            "Content-Type: multipart/alternative; boundary=" OUTER "\r\n\r\n\r\n" PREAMBLE
-            "--" OUTER "\r\n" TEXT_PART "\r\n--" OUTER "\r\n" PAGE_PART "\r\n--" OUTER "--");
+  EXPECT_EQ(Content(), Multipart("alternative", {kTextPart, kPagePart}));
 
   Attach("a.txt", "one");
-  const std::string all = "Content-Type: multipart/mixed; boundary=" OUTER "\r\n\r\n\r\n" PREAMBLE
-                          "--" OUTER "\r\nContent-Type: multipart/alternative; boundary=" INNER
-                          "\r\n\r\n--" INNER "\r\n" TEXT_PART "\r\n--" INNER "\r\n" PAGE_PART
-                          "\r\n--" INNER "--\r\n--" OUTER "\r\n" FILE_PART "\r\n--" OUTER "--";
-  EXPECT_EQ(Content(), all);
+  const auto forms = std::string("Content-Type: multipart/alternative; boundary=")
+                         .append(kInner)
+                         .append("\r\n\r\n")
+                         .append(Parts(kInner, {kTextPart, kPagePart}));
+  EXPECT_EQ(Content(), Multipart("mixed", {forms, kFilePart}));
   message_.attachmentEncoding = 0;  // alternatives need MIME
-  EXPECT_EQ(Content(), all);
+  EXPECT_EQ(Content(), Multipart("mixed", {forms, kFilePart}));
 
   message_.alternatives.clear();
   message_.attachmentEncoding = 1;
@@ -148,14 +182,12 @@ TEST_F(MessageComposerTest, EachShapeHasItsParts) {
             "Content-Transfer-Encoding: 7bit\r\n\r\n\r\nA text.\r\n"
             "begin 644 a.txt\r\n#;VYE\r\n`\r\nend\r\n");
   message_.attachmentEncoding = 3;
-  EXPECT_EQ(Content(),
-            "Content-Type: multipart/mixed; boundary=" OUTER "\r\n\r\n\r\n" PREAMBLE "--" OUTER
-            "\r\n" TEXT_PART "\r\n--" OUTER "\r\n" FILE_PART "\r\n--" OUTER "--");
+  EXPECT_EQ(Content(), Multipart("mixed", {kTextPart, kFilePart}));
 }
 
 TEST_F(MessageComposerTest, OurReaderGetsTheSameTextAndFiles) {
   for (const std::int16_t encoding : {std::int16_t{0}, attachment_encoding::kMime}) {
-    for (const auto* const text : {"", "A text.", "Lines\r\n.\r\n.two\r\n", "begin at noon\n\n"}) {
+    for (const auto* const text : {"", "A text.", "Lines\r\n.two\r\n", "begin at noon\r\n\r\n"}) {
       message_.body = text;
       message_.attachmentEncoding = encoding;
       message_.attachments.clear();
@@ -168,10 +200,42 @@ TEST_F(MessageComposerTest, OurReaderGetsTheSameTextAndFiles) {
         files += "[" + name + "]" + content;
       }
       const auto back = ReadBack();
-      EXPECT_EQ(back.substr(back.find("[size0.bin]")), files) << encoding << text;
+      const auto body = back.substr(0, back.find("[size0.bin]"));
+      // The line ends behind the text and behind the blocks stay.
+      EXPECT_TRUE(encoding == 0 ? body.starts_with(text) : body == text) << body;
+      EXPECT_EQ(back.substr(body.size()), files) << encoding << text;
       EXPECT_EQ(temporary_.Names(), std::vector<std::string>());
     }
   }
+}
+
+TEST_F(MessageComposerTest, AttachmentsArePackedAsTheFlagsSay) {
+  Attach("report.old.doc", "one");
+  Attach("table.csv", "two");
+  const struct {
+    int encoding;
+    const char* archives;
+  } kCases[] = {
+      {2 + 64, "[report.old.zip] one two"},
+      {2 + 128, "[report.old.zip] one[table.zip] two"},
+      {2 + 64 + 128, "[report.old.zip] one two"},
+      {64, "[report.old.zip] one two"},
+      {128, "[report.old.zip] one[table.zip] two"},
+  };
+  for (const auto& test : kCases) {
+    message_.attachmentEncoding = static_cast<std::int16_t>(test.encoding);
+    for (const auto* const password : {"", "secret"}) {
+      message_.zipPassword = password;
+      EXPECT_EQ(ArchivesRead(password), test.archives) << test.encoding << password;
+      EXPECT_EQ(temporary_.Names(), std::vector<std::string>());
+    }
+  }
+  const auto enough = std::exchange(disk_.writeBudget, 50);
+  EXPECT_EQ(FailureCode(), 534);
+  EXPECT_EQ(temporary_.Names(), std::vector<std::string>());
+  disk_.writeBudget = enough;
+  message_.attachments.clear();
+  EXPECT_EQ(FailureCode(), 0);
 }
 
 TEST_F(MessageComposerTest, TheSameBytesHoweverTheyAreAskedFor) {
