@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     HeaderRequest request;
     request.kind = kind;
     quillon::HeaderCollector headers({50, size % 3 == 0, "FIXED"});
-    Require(engine.LoadMessageHeaders(settings, request, headers) != 0);
+    engine.BeginLoadMessageHeaders(settings, request, headers);
+    Require(engine.Wait() != 0);
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
   }
@@ -51,15 +52,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   quillon::fuzz::MemoryFiles attachments;
   {
     quillon::MessageCollector message(attachments, *kCodePage, split, {size % 2 == 0, ""});
-    const auto result = engine.LoadMessage(settings, 1, message);
+    engine.BeginLoadMessage(settings, 1, message);
+    const auto result = engine.Wait();
     Require(result != 0);
     Require(message.Message().body.size() <= 2 * size + 2);
     Require(result != -1 || message.Message().attachments.size() == attachments.files.size());
     if (result == -1) attachments.files.clear();
   }
   Require(attachments.files.empty());
-  Require(engine.DeleteMessage(settings, 1) != 0);
-  engine.LogoutPOP();
+  engine.BeginDeleteMessage(settings, 1);
+  Require(engine.Wait() != 0);
+  engine.BeginLogoutPOP();
+  engine.Wait();
   Require(!engine.POPLoginStatus());
   const auto& dump = files.files["/POPDUMP.TXT"];
   const bool logged =

@@ -38,15 +38,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   message.whoTo = {"ann@example.org", "bob@example.org"};
   message.body = "first\n.\n..last";
 
-  std::string resolved;
   for (int round = 0; round < 2; ++round) {
-    const auto sent = engine.Send(settings, message, {}, {});
+    engine.BeginSend(settings, message, {}, {});
+    const auto sent = engine.Wait();
     Require(sent != 0 && sent < 1000);
     Require((sent == 20) <= !engine.RefusedRecipients().empty());
     Require(engine.RefusedRecipients().size() <= 2);
-    Require(engine.ResolveAddress(settings, "ann", resolved) != 0);
+    engine.BeginResolveAddress(settings, "ann");
+    Require(engine.Wait() != 0);
   }
-  engine.LogoutSMTP();
+  engine.BeginLogoutSMTP();
+  engine.Wait();
   Require(!engine.SMTPLoginStatus());
   return 0;
 }

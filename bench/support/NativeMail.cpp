@@ -8,7 +8,7 @@ NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std
     : configuration_(*files_, directory + "/quillon.ini"),
       log_(*files_, directory),
       backEnd_({*loop_, *loop_, *files_, *codePage_, *clock_, loginPrompt_, messageBox_,
-                configuration_, log_},
+                configuration_, log_, notifier_, progress_},
                {"1.0", {}}) {
   instance_.mailSystem = mail_system::kInternet;
   instance_.smtpServer = instance_.postOffice = "127.0.0.1";

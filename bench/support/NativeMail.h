@@ -45,6 +45,8 @@ class NativeMail {
   NoMessageBox messageBox_;
   clsINIUtilities configuration_;
   ProtocolLog log_;
+  AsynchNotifier notifier_;
+  NoProgressDisplay progress_;
   InternetBackEnd backEnd_;
   InstanceState instance_;
   SharedState shared_;

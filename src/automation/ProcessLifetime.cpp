@@ -55,12 +55,8 @@ void ProcessLifetime::Serve(std::function<void()> revoke) {
   Wait(patience_.firstClient);
 }
 
-void ProcessLifetime::Run() {
-  MSG message;
-  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-  }
+void ProcessLifetime::Run(EventLoop& loop) {
+  loop.RunUntil([] { return false; }, kNoDeadline);  // until the message that ends the program
   End();
 }
 

@@ -13,6 +13,8 @@
 #include <windows.h>
 #include <functional>
 
+#include "platform/EventLoop.h"
+
 namespace quillon {
 
 class ProcessLifetime {
@@ -39,8 +41,8 @@ class ProcessLifetime {
   // once.
   void Serve(std::function<void()> revoke);
 
-  // Dispatches messages until the end.
-  void Run();
+  // Runs the loop until the end.
+  void Run(EventLoop& loop);
 
   void Stop() noexcept;
 

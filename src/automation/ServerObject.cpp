@@ -5,6 +5,7 @@
 
 #include "automation/Conversion.h"
 #include "automation/ItemsObject.h"
+#include "automation/NotificationCall.h"
 #include "core/ServerError.h"
 #include "platform/win32/Bstr.h"
 #include "platform/win32/SafeArray.h"
@@ -202,10 +203,12 @@ HRESULT STDMETHODCALLTYPE ServerObject::GetMessageItem(VARIANT theItem, LONG ite
   return Answer(value, &Server::GetMessageItem, theItem, itemIndex);
 }
 
-HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectRegister(IDispatch* /*asynchObject*/,
+HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectRegister(IDispatch* asynchObject,
                                                              LONG objectType, LONG config,
                                                              VARIANT /*reserved*/) {
-  return Run(&Server::AsynchObjectRegister, objectType, config);
+  return Call([&] {
+    server_.AsynchObjectRegister(MakeNotificationObject(asynchObject), objectType, config);
+  });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectUnregister(IDispatch* /*asynchObject*/,

@@ -19,12 +19,14 @@
 #include "automation/TypeLibrary.h"
 #include "internet/InternetBackEnd.h"
 #include "internet/ProtocolLog.h"
+#include "mail/AsynchNotifier.h"
 #include "mail/INIUtilities.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 #include "platform/LocalClock.h"
 #include "platform/Network.h"
 #include "platform/NoLoginPrompt.h"
+#include "platform/ProgressDisplay.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32MessageBox.h"
 #include "platform/win32/Win32Workstation.h"
@@ -65,20 +67,19 @@ struct Application {
       ConfigurationPath(*files, programDirectory, UserDirectory());
   clsINIUtilities configuration{*files, configurationFile};
   ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
+  AsynchNotifier notifier;
+  NoProgressDisplay progress;
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
   InternetBackEnd internet{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
-                            configuration, protocolLog},
+                            configuration, protocolLog, notifier, progress},
                            {version, {}}};
   MailSystems mailSystems{workstation};
-  Environment environment{shared,
-                          *files,
-                          *codePage,
-                          workstation,
-                          messageBox,
-                          mailSystems,
-                          configuration,
-                          protocolLog,
-                          {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
+  Environment environment{
+      shared,        *files,
+      *codePage,     workstation,
+      messageBox,    mailSystems,
+      configuration, protocolLog,
+      notifier,      {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
 };
 
 class ComApartment {
@@ -108,7 +109,8 @@ int Serve() {
                                       REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &cookie));
   lifetime.Serve([cookie] { CoRevokeClassObject(cookie); });
   ThrowIfFailed(CoResumeClassObjects());
-  lifetime.Run();
+  lifetime.Run(*application.loop);
+  application.notifier.Reset();
   apartment.reset();  // lets go of the objects of clients that are still there
   return 0;
 }

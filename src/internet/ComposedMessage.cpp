@@ -12,6 +12,16 @@ ComposedMessage::ComposedMessage(FileSystem& files, std::string text, std::size_
                                  std::unique_ptr<TemporaryFolder> folder)
     : files_(files), text_(std::move(text)), blockSize_(blockSize), folder_(std::move(folder)) {}
 
+void ComposedMessage::Add(MessagePiece piece) {
+  size_ += piece.lines.size();
+  if (piece.content == MessagePiece::Content::Text) size_ += text_.size();
+  if (!piece.path.empty()) {
+    const auto file = files_.Open(piece.path, OpenMode::kRead);
+    if (file != nullptr) size_ += file->Size().value_or(0);
+  }
+  pieces_.push_back(std::move(piece));
+}
+
 DataSource::State ComposedMessage::Fill(std::string& block, std::size_t wanted) {
   const auto end = block.size() + wanted;
   const auto section = Current();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,10 +31,11 @@ class ComposedMessage final : public MessageData {
                   std::unique_ptr<TemporaryFolder> folder);
 
   // Before the first Fill, and one at least.
-  void Add(MessagePiece piece) { pieces_.push_back(std::move(piece)); }
+  void Add(MessagePiece piece);
 
   Section Current() const override { return pieces_[at_].section; }
   State Fill(std::string& block, std::size_t wanted) override;
+  std::uint64_t Size() const override { return size_; }
 
  private:
   State FillPiece(std::string& block, std::size_t wanted);
@@ -45,6 +47,7 @@ class ComposedMessage final : public MessageData {
   std::size_t blockSize_;
   std::unique_ptr<TemporaryFolder> folder_;  // outlives the file that is open
   std::vector<MessagePiece> pieces_;
+  std::uint64_t size_ = 0;  // of all pieces
   std::size_t at_ = 0;
   std::unique_ptr<DataSource> content_;  // of the current piece, once its lines are out
 };

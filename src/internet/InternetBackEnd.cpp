@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -26,6 +28,9 @@ constexpr std::int32_t kAborted = 522;
 
 // How long the last Server of a process may take to leave the servers, in milliseconds.
 constexpr TickCount kShutdownPatience = 1000;
+
+// About that much of a header comes over the wire: the display's threshold is in bytes.
+constexpr std::uint64_t kBytesPerHeader = 1000;
 
 constexpr bool ServesPop(MailSystemId system) {
   return system == mail_system::kPop3 || system == mail_system::kInternet;
@@ -59,23 +64,48 @@ std::uint32_t CurrentNumber(const MailRequest& request) {
 
 }  // namespace
 
-// One operation. The loop serves other calls while it waits, and those must not enter a session
+// One engine operation, and what is done with its result.
+struct InternetBackEnd::Step {
+  Adapter adapter;
+  const char* context;  // what has failed when it fails
+  std::function<void(smtppop&)> begin;
+  std::function<void(std::int32_t result)> finish = [](std::int32_t) {};
+};
+
+// What a call has the engine do.
+struct InternetBackEnd::Process {
+  std::int32_t operation = asynch_operation::kNone;  // none: the client waits in any case
+  MailSystemId system = mail_system::kNone;
+  bool errorDisplay = false;
+  DisplayOptions display;
+  std::deque<Step> steps;  // one after the other, as long as they succeed
+};
+
+// A call at work. The loop serves other calls while it waits, and those must not enter a session
 // that is at work.
 class InternetBackEnd::Call {
  public:
-  explicit Call(InternetBackEnd& owner) : owner_(owner) {
-    if (std::exchange(owner_.busy_, true)) throw ServerError(540);
+  explicit Call(InternetBackEnd& owner) : owner_(&owner) {
+    if (owner.ports_.notifier.InCallback()) throw ServerError(541);
+    if (std::exchange(owner.busy_, true)) throw ServerError(540);
   }
-  ~Call() { owner_.busy_ = false; }
+  ~Call() {
+    if (owner_ != nullptr) owner_->busy_ = false;
+  }
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
+  // The work goes on when the call has returned; its end will free the engine.
+  void LeaveRunning() { owner_ = nullptr; }
+
  private:
-  InternetBackEnd& owner_;
+  InternetBackEnd* owner_;
 };
 
 InternetBackEnd::InternetBackEnd(const InternetPorts& ports, InternetProduct product)
-    : ports_(ports), product_(std::move(product)) {}
+    : ports_(ports),
+      product_(std::move(product)),
+      reporter_(ports.loop, ports.notifier, ports.progress) {}
 
 InternetBackEnd::~InternetBackEnd() = default;
 
@@ -83,9 +113,107 @@ smtppop& InternetBackEnd::Engine() {
   if (!engine_) {
     engine_ = std::make_unique<smtppop>(
         ports_.loop, ports_.network,
-        ComposerPorts{ports_.files, ports_.codePage, ports_.clock, ports_.log});
+        ComposerPorts{ports_.files, ports_.codePage, ports_.clock, ports_.log}, &reporter_);
   }
   return *engine_;
+}
+
+InternetBackEnd::Process InternetBackEnd::NewProcess(const MailRequest& request,
+                                                     std::int32_t operation) {
+  const auto& internet = request.shared.internet;
+  Process process;
+  process.operation = operation;
+  process.system = request.instance.mailSystem;
+  process.errorDisplay = request.instance.errorDisplay != kFalse;
+  const bool sends = operation == asynch_operation::kSend;
+  process.display.caption = sends ? "Sending Mail" : "Internet Mail";
+  process.display.parts = internet.progressBar;
+  process.display.threshold = static_cast<std::uint64_t>(internet.progressBarThreshold);
+  if (operation == asynch_operation::kLoadMessageHeaders) {
+    process.display.threshold /= kBytesPerHeader;
+  }
+  process.display.abort = [this] { Abort(); };
+  return process;
+}
+
+// With an object registered the operation goes on by itself, and its result is told to the object.
+std::int32_t InternetBackEnd::Perform(Call& call, Process process) {
+  reporter_.Begin(process.operation, process.display);
+  if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
+    process_ = std::make_shared<Process>(std::move(process));
+    try {
+      BeginStep();
+    } catch (...) {
+      process_.reset();
+      throw;
+    }
+    ports_.notifier.SetInProgress();
+    call.LeaveRunning();
+    return kBackEndSuccess;
+  }
+  auto result = kBackEndSuccess;
+  for (const auto& step : process.steps) {
+    result = Run(process, step);
+    if (result != kBackEndSuccess) break;
+  }
+  reporter_.End();
+  if (result == kAborted) throw ServerError(kAborted);
+  return result;
+}
+
+std::int32_t InternetBackEnd::Run(const Process& process, const Step& step) {
+  step.begin(Engine());
+  const auto result = Engine().Wait();
+  step.finish(result);
+  Note(process, step, result);
+  return result;
+}
+
+void InternetBackEnd::BeginStep() {
+  process_->steps.front().begin(Engine());
+  Engine().WhenDone([this](std::int32_t result) { EndStep(result); });
+}
+
+void InternetBackEnd::EndStep(std::int32_t result) {
+  const auto process = process_;
+  try {
+    const auto step = std::move(process->steps.front());
+    process->steps.pop_front();
+    step.finish(result);
+    Note(*process, step, result);
+    if (process != process_) return;  // aborted meanwhile
+    if (result == kBackEndSuccess && !process->steps.empty()) return BeginStep();
+    EndProcess(result, {});
+  } catch (const ServerError& error) {
+    EndProcess(error.Code(), error.Text());
+  }
+}
+
+void InternetBackEnd::EndProcess(std::int32_t result, std::string text) {
+  const auto process = std::move(process_);
+  if (text.empty() && result != kBackEndSuccess) text = ErrorText(process->system, result);
+  auto event = reporter_.Last();
+  reporter_.End();
+  busy_ = false;
+  event.kind = asynch_kind::kEndOfProcess;
+  event.result = result;
+  event.tag = "END";
+  if (!text.empty()) event.text = std::move(text);
+  ports_.notifier.Post(event);
+}
+
+// The abort has events of its own; what is running ends without one.
+void InternetBackEnd::AsynchAbort() {
+  if (process_ != nullptr) {
+    Engine().WhenDone(nullptr);
+    Abort();
+    const auto process = std::move(process_);
+    if (!process->steps.empty()) process->steps.front().finish(Engine().Wait());
+    reporter_.End();
+    busy_ = false;
+  } else {
+    Abort();
+  }
 }
 
 bool InternetBackEnd::Supports(MailSystemId system, Operation operation) const {
@@ -111,109 +239,138 @@ bool InternetBackEnd::Supports(MailSystemId system, Operation operation) const {
 // For both protocols together, one whose data is there is logged into; when neither's is, the user
 // is asked for POP's.
 std::int32_t InternetBackEnd::Login(MailRequest& request) {
-  const Call call(*this);
+  Call call(*this);
   const auto& instance = request.instance;
   const auto system = instance.mailSystem;
   const bool smtpData = !instance.smtpServer.empty() && !request.shared.message.from.empty();
   const bool smtp = system == mail_system::kSmtp || (ServesSmtp(system) && smtpData);
   const bool pop = system == mail_system::kPop3 ||
                    (ServesPop(system) && (!instance.postOffice.empty() || !smtp));
-  auto result = kBackEndSuccess;
-  if (pop) result = LoginPop(request);
-  if (smtp && result == kBackEndSuccess) result = LoginSmtp(request);
-  return result;
+  auto process = NewProcess(request, asynch_operation::kLogin);
+  if (pop) {
+    PreparePop(request);
+    process.steps.push_back(
+        {Adapter::Pop, kPopLoginFailed,
+         [settings = PopSettingsOf(request)](smtppop& engine) { engine.BeginLoginPOP(settings); }});
+  }
+  if (smtp) {
+    PrepareSmtp(request);
+    process.steps.push_back(
+        {Adapter::Smtp, kSmtpLoginFailed, [settings = SmtpSettingsOf(request)](smtppop& engine) {
+           engine.BeginLoginSMTP(settings);
+         }});
+  }
+  return Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::LoginPop(MailRequest& request) {
-  PreparePop(request);
-  return Report(request, Adapter::Pop, Engine().LoginPOP(PopSettingsOf(request)), kPopLoginFailed);
-}
-
-std::int32_t InternetBackEnd::LoginSmtp(MailRequest& request) {
-  PrepareSmtp(request);
-  return Report(request, Adapter::Smtp, Engine().LoginSMTP(SmtpSettingsOf(request)),
-                kSmtpLoginFailed);
-}
-
+// Of both protocols, also when the first one fails.
 std::int32_t InternetBackEnd::Logout(MailRequest& request) {
   const Call call(*this);
   const auto system = request.instance.mailSystem;
+  const auto process = NewProcess(request, asynch_operation::kNone);
   auto result = kBackEndSuccess;
   if (ServesSmtp(system)) {
-    result =
-        Report(request, Adapter::Smtp, Engine().LogoutSMTP(), "Failed to Log off of SMTP server.");
+    result = Run(process, {Adapter::Smtp, "Failed to Log off of SMTP server.",
+                           [](smtppop& engine) { engine.BeginLogoutSMTP(); }});
   }
-  if (!ServesPop(system)) return result;
-  const auto popResult =
-      Report(request, Adapter::Pop, Engine().LogoutPOP(), "Failed to Log off of POP server.");
-  return popResult != kBackEndSuccess ? popResult : result;
+  if (ServesPop(system)) {
+    const auto popResult = Run(process, {Adapter::Pop, "Failed to Log off of POP server.",
+                                         [](smtppop& engine) { engine.BeginLogoutPOP(); }});
+    if (popResult != kBackEndSuccess) result = popResult;
+  }
+  if (result == kAborted) throw ServerError(kAborted);
+  return result;
 }
 
 std::int32_t InternetBackEnd::Send(MailRequest& request) {
-  const Call call(*this);
-  auto& message = request.shared.message;
-  const auto& switches = request.shared.switches;
-  message.refusedRecipients.clear();
+  Call call(*this);
+  auto& shared = request.shared;
+  const auto& switches = shared.switches;
+  shared.message.refusedRecipients.clear();
   PrepareSmtp(request);
   const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
                                    switches.blockSize};
-  const auto result = Engine().Send(SmtpSettingsOf(request), MessageOf(request), composing,
-                                    Bytes(switches.envelopeRecipient));
-  for (const auto& recipient : Engine().RefusedRecipients()) {
-    message.refusedRecipients.push_back(Text(recipient));
-  }
-  if (result == kBackEndSuccess || result == kSomeRefused) RememberServer(SmtpHost(request));
-  return Report(request, Adapter::Smtp, result, "Failed to send the message.");
+  auto process = NewProcess(request, asynch_operation::kSend);
+  process.steps.push_back(
+      {Adapter::Smtp, "Failed to send the message.",
+       [settings = SmtpSettingsOf(request), message = MessageOf(request), composing,
+        override = Bytes(switches.envelopeRecipient)](smtppop& engine) {
+         engine.BeginSend(settings, message, composing, override);
+       },
+       [this, &shared, host = SmtpHost(request)](std::int32_t result) {
+         for (const auto& recipient : Engine().RefusedRecipients()) {
+           shared.message.refusedRecipients.push_back(Text(recipient));
+         }
+         if (result == kBackEndSuccess || result == kSomeRefused) RememberServer(host);
+       }});
+  return Perform(call, std::move(process));
 }
 
 std::int32_t InternetBackEnd::LoadMessageHeaders(MailRequest& request) {
-  return LoadHeaders(request, false);
+  return LoadHeaders(request, HeaderRequest::Kind::All);
 }
 
 std::int32_t InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
-  return LoadHeaders(request, true);
+  return LoadHeaders(request, HeaderRequest::Kind::Identifiers);
 }
 
-std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, bool identifiersOnly) {
-  const Call call(*this);
+std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest::Kind kind) {
+  Call call(*this);
   PreparePop(request);
   const auto& instance = request.instance;
-  HeaderCollector collector({static_cast<std::size_t>(instance.maximumHeaders),
-                             instance.unreadOnly != kFalse, Bytes(instance.dateFormat)});
-  HeaderRequest headers;
-  if (identifiersOnly) headers.kind = HeaderRequest::Kind::Identifiers;
-  const auto result = Engine().LoadMessageHeaders(PopSettingsOf(request), headers, collector);
-  request.shared.headers.clear();
-  if (result == kBackEndSuccess) {
-    request.shared.headers = TextTable(std::move(collector.Table()));
-  }
-  return Report(request, Adapter::Pop, result, "Failed to load the message headers.");
+  const auto collector = std::make_shared<HeaderCollector>(
+      HeaderOptions{static_cast<std::size_t>(instance.maximumHeaders),
+                    instance.unreadOnly != kFalse, Bytes(instance.dateFormat)});
+  auto process = NewProcess(request, kind == HeaderRequest::Kind::All
+                                         ? asynch_operation::kLoadMessageHeaders
+                                         : asynch_operation::kLoadMessageIdentifiers);
+  process.steps.push_back({Adapter::Pop, "Failed to load the message headers.",
+                           [settings = PopSettingsOf(request), kind, collector](smtppop& engine) {
+                             engine.BeginLoadMessageHeaders(settings, {kind}, *collector);
+                           },
+                           [this, &shared = request.shared, collector](std::int32_t result) {
+                             shared.headers.clear();
+                             if (result == kBackEndSuccess)
+                               shared.headers = TextTable(std::move(collector->Table()));
+                           }});
+  return Perform(call, std::move(process));
 }
 
 std::int32_t InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
-  const Call call(*this);
+  Call call(*this);
   PreparePop(request);
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
-  const auto result = Engine().LoadMessageHeaders(PopSettingsOf(request), {}, collector);
-  count = static_cast<std::int32_t>(collector.Table().size());
-  return Report(request, Adapter::Pop, result, "Failed to count the unread messages.");
+  auto process = NewProcess(request, asynch_operation::kNone);
+  process.steps.push_back(
+      {Adapter::Pop, "Failed to count the unread messages.",
+       [&](smtppop& engine) {
+         engine.BeginLoadMessageHeaders(PopSettingsOf(request), {}, collector);
+       },
+       [&](std::int32_t) { count = static_cast<std::int32_t>(collector.Table().size()); }});
+  return Perform(call, std::move(process));
 }
 
 std::int32_t InternetBackEnd::LoadMessage(MailRequest& request) {
-  const Call call(*this);
+  Call call(*this);
   PreparePop(request);
-  MessageCollector collector(
-      ports_.files, ports_.codePage, SplitSettingsOf(request),
-      {request.instance.headersInMessage != kFalse, Bytes(request.instance.dateFormat)});
-  const auto result =
-      Engine().LoadMessage(PopSettingsOf(request), CurrentNumber(request), collector);
-  if (result == kBackEndSuccess) StoreMessage(request, collector);
-  return Report(request, Adapter::Pop, result, "Failed to load the message.");
+  const auto collector =
+      std::make_shared<MessageCollector>(ports_.files, ports_.codePage, SplitSettingsOf(request),
+                                         MessageOptions{request.instance.headersInMessage != kFalse,
+                                                        Bytes(request.instance.dateFormat)});
+  auto process = NewProcess(request, asynch_operation::kLoadMessage);
+  process.steps.push_back(
+      {Adapter::Pop, "Failed to load the message.",
+       [settings = PopSettingsOf(request), number = CurrentNumber(request),
+        collector](smtppop& engine) { engine.BeginLoadMessage(settings, number, *collector); },
+       [this, &shared = request.shared, collector](std::int32_t result) {
+         if (result == kBackEndSuccess) StoreMessage(shared, *collector);
+       }});
+  return Perform(call, std::move(process));
 }
 
-void InternetBackEnd::StoreMessage(MailRequest& request, MessageCollector& collector) const {
+void InternetBackEnd::StoreMessage(SharedState& shared, MessageCollector& collector) const {
   const auto& fields = collector.Fields();
-  auto& message = request.shared.message;
+  auto& message = shared.message;
   message.to = SplitRecipients(Text(fields.to), ",", "<>");
   message.cc = SplitRecipients(Text(fields.cc), ",", "<>");
   message.bcc.clear();
@@ -226,10 +383,13 @@ void InternetBackEnd::StoreMessage(MailRequest& request, MessageCollector& colle
 }
 
 std::int32_t InternetBackEnd::DeleteMessage(MailRequest& request) {
-  const Call call(*this);
+  Call call(*this);
   PreparePop(request);
-  const auto result = Engine().DeleteMessage(PopSettingsOf(request), CurrentNumber(request));
-  return Report(request, Adapter::Pop, result, "Failed to delete the message.");
+  auto process = NewProcess(request, asynch_operation::kDeleteMessage);
+  process.steps.push_back({Adapter::Pop, "Failed to delete the message.",
+                           [settings = PopSettingsOf(request), number = CurrentNumber(request)](
+                               smtppop& engine) { engine.BeginDeleteMessage(settings, number); }});
+  return Perform(call, std::move(process));
 }
 
 std::int32_t InternetBackEnd::MoveCopyMessage(MailRequest&, const std::string&, bool) {
@@ -238,17 +398,21 @@ std::int32_t InternetBackEnd::MoveCopyMessage(MailRequest&, const std::string&, 
 
 std::int32_t InternetBackEnd::ResolveName(MailRequest& request, const std::string& name,
                                           bool withAddress, std::string& resolved) {
-  const Call call(*this);
+  Call call(*this);
   PrepareSmtp(request);
-  std::string bytes;
-  const auto result = Engine().ResolveAddress(SmtpSettingsOf(request), Bytes(name), bytes);
-  resolved = Text(bytes);
+  auto process = NewProcess(request, asynch_operation::kNone);
+  process.steps.push_back(
+      {Adapter::Smtp, "Failed to resolve the name.",
+       [&](smtppop& engine) { engine.BeginResolveAddress(SmtpSettingsOf(request), Bytes(name)); },
+       [&](std::int32_t) { resolved = Text(Engine().ResolvedAddress()); }});
+  const auto result = Perform(call, std::move(process));
   const bool bare = !resolved.empty() && resolved.find('<') == std::string::npos;
   if (withAddress && bare) resolved = name + " <" + resolved + ">";
-  return Report(request, Adapter::Smtp, result, "Failed to resolve the name.");
+  return result;
 }
 
 void InternetBackEnd::Shutdown(std::int32_t) {
+  if (process_ != nullptr) AsynchAbort();
   if (engine_) engine_->Shutdown(kShutdownPatience);
 }
 
@@ -269,23 +433,19 @@ std::string InternetBackEnd::ErrorText(MailSystemId system, std::int32_t number)
   return text.empty() && number == lastNumber_ ? lastContext_ : text;
 }
 
-std::int32_t InternetBackEnd::Report(const MailRequest& request, Adapter adapter,
-                                     std::int32_t result, const char* context) {
-  if (result == kBackEndSuccess) return result;
+void InternetBackEnd::Note(const Process& process, const Step& step, std::int32_t result) {
+  if (result == kBackEndSuccess) return;
+  const bool pop = step.adapter == Adapter::Pop;
   // Codes 2 and 4 mean that there was no connection, whatever it was wanted for.
-  if (result == SocketConnect::kNotConnected || result == SocketConnect::kNotStarted) {
-    context = adapter == Adapter::Pop ? kPopLoginFailed : kSmtpLoginFailed;
-  }
+  const bool connected =
+      result != SocketConnect::kNotConnected && result != SocketConnect::kNotStarted;
   lastNumber_ = result;
-  lastContext_ = context;
-  if (request.instance.errorDisplay != kFalse) {
-    const auto text = TableText(request.instance.mailSystem, result);
-    ports_.messageBox.Show(adapter == Adapter::Pop ? "POP Mail Error" : "SMTP Mail Error",
-                           TrimmedCopy(lastContext_ + ": {" + std::to_string(result) + "} " + text),
-                           MessageBoxPort::Icon::Critical);
-  }
-  if (result == kAborted) throw ServerError(kAborted);
-  return result;
+  lastContext_ = connected ? step.context : pop ? kPopLoginFailed : kSmtpLoginFailed;
+  if (!process.errorDisplay) return;
+  const auto text = TableText(process.system, result);
+  ports_.messageBox.Show(pop ? "POP Mail Error" : "SMTP Mail Error",
+                         TrimmedCopy(lastContext_ + ": {" + std::to_string(result) + "} " + text),
+                         MessageBoxPort::Icon::Critical);
 }
 
 std::string InternetBackEnd::SmtpHost(const MailRequest& request) const {

@@ -15,6 +15,9 @@
 #include <memory>
 #include <string>
 
+#include "internet/PopSession.h"
+#include "internet/ProgressReporter.h"
+#include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
 #include "platform/CodePage.h"
@@ -23,6 +26,7 @@
 #include "platform/LoginPrompt.h"
 #include "platform/MessageBox.h"
 #include "platform/Network.h"
+#include "platform/ProgressDisplay.h"
 
 namespace quillon {
 
@@ -44,6 +48,8 @@ struct InternetPorts {
   MessageBoxPort& messageBox;
   clsINIUtilities& configuration;  // key "SMTPServer" of section "Internet"
   ProtocolLog& log;
+  AsynchNotifier& notifier;
+  ProgressDisplay& progress;
 };
 
 // What the header block says of the program that wrote it.
@@ -72,6 +78,9 @@ class InternetBackEnd final : public BackEnd {
                            std::string& resolved) override;
   void Shutdown(std::int32_t savedHandle) override;
 
+  // What has been started for a client's object ends, without an event; else as Abort.
+  void AsynchAbort() override;
+
   std::string ErrorText(MailSystemId system, std::int32_t number) const override;
 
   // Ends the running operation with 522. Callable from inside its wait.
@@ -79,11 +88,20 @@ class InternetBackEnd final : public BackEnd {
 
  private:
   class Call;
+  struct Step;
+  struct Process;
   enum class Adapter { Pop, Smtp };
 
-  std::int32_t LoginPop(MailRequest& request);
-  std::int32_t LoginSmtp(MailRequest& request);
-  std::int32_t LoadHeaders(MailRequest& request, bool identifiersOnly);
+  Process NewProcess(const MailRequest& request, std::int32_t operation);
+  std::int32_t Perform(Call& call, Process process);
+  std::int32_t Run(const Process& process, const Step& step);
+  void BeginStep();
+  void EndStep(std::int32_t result);
+  void EndProcess(std::int32_t result, std::string text);
+  // Remembers what failed, and shows it when error display is on.
+  void Note(const Process& process, const Step& step, std::int32_t result);
+
+  std::int32_t LoadHeaders(MailRequest& request, HeaderRequest::Kind kind);
   std::string SmtpHost(const MailRequest& request) const;
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
@@ -92,7 +110,7 @@ class InternetBackEnd final : public BackEnd {
   PopSettings PopSettingsOf(const MailRequest& request) const;
   SplitSettings SplitSettingsOf(const MailRequest& request) const;
   OutgoingMessage MessageOf(const MailRequest& request) const;
-  void StoreMessage(MailRequest& request, MessageCollector& collector) const;
+  void StoreMessage(SharedState& shared, MessageCollector& collector) const;
   void RememberServer(const std::string& host);
   std::string TableText(MailSystemId system, std::int32_t number) const;
   smtppop& Engine();
@@ -102,14 +120,12 @@ class InternetBackEnd final : public BackEnd {
   std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
   HeaderTable TextTable(HeaderTable table) const;
 
-  // Notes a failure and shows it when error display is on; returns the result, but throws an abort.
-  std::int32_t Report(const MailRequest& request, Adapter adapter, std::int32_t result,
-                      const char* context);
-
   InternetPorts ports_;
   InternetProduct product_;
-  std::unique_ptr<smtppop> engine_;  // made on first use
-  std::int32_t lastNumber_ = 0;      // of the last failure, and what failed
+  ProgressReporter reporter_;
+  std::unique_ptr<smtppop> engine_;   // made on first use
+  std::shared_ptr<Process> process_;  // that goes on by itself
+  std::int32_t lastNumber_ = 0;       // of the last failure, and what failed
   std::string lastContext_;
   std::string rememberedServer_;  // in the configuration file
   bool busy_ = false;

@@ -82,7 +82,7 @@ void MailSession::Finish(std::int32_t result) {
   protocolTimer_.Stop();
   loginTimer_.Stop();
   result_ = result;
-  done_ = true;
+  if (!std::exchange(done_, true)) ports_.listener.OnFinished();
 }
 
 void MailSession::FinishAndQuit(std::int32_t result) {

@@ -15,9 +15,9 @@
 #include <string_view>
 
 #include "internet/ProtocolLog.h"
+#include "internet/SessionListener.h"
 #include "internet/SocketConnect.h"
 #include "internet/SocketWriter.h"
-#include "internet/StatusSink.h"
 #include "platform/LineSocket.h"
 #include "platform/LocalClock.h"
 
@@ -30,7 +30,7 @@ struct SessionPorts {
   Network& network;
   const LocalClock& clock;
   ProtocolLog& log;
-  StatusSink& status;
+  SessionListener& listener;
 };
 
 // Where to connect, and how long to wait, in milliseconds.
@@ -90,7 +90,10 @@ class MailSession : private LineSocket::Handler {
   }
   // With the current date and time in front.
   void LogMilestone(std::string_view text);
-  void Status(std::string_view text) { ports_.status.OnStatus(text); }
+  void Status(std::string_view text) { ports_.listener.OnStatus(text); }
+  void Progress(std::uint64_t done, std::uint64_t total, std::uint32_t message) {
+    ports_.listener.OnProgress(done, total, message);
+  }
 
   LineSocket& Socket() noexcept { return socket_; }
   SocketWriter& Writer() noexcept { return writer_; }

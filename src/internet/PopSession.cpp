@@ -26,6 +26,8 @@ constexpr std::int32_t kOverflow = 30;
 constexpr std::array<std::int32_t, 9> kRefusals = {kNotPop, 14, kPasswordRefused, 23, 25, 24,
                                                    21,      17, kQuitFailed};
 
+constexpr std::uint64_t kProgressBytes = 16U * 1024;  // of a message, between two words about it
+
 // What one header or one list of identifiers may take: far more than any mailbox has, and little
 // enough to hold.
 constexpr std::uint64_t kMostListBytes = 64U * 1024 * 1024;
@@ -133,7 +135,8 @@ void PopSession::OnPositive(std::string_view text) {
     case Command::Retr:
       dataMode_ = inHeader_ = true;
       hasAttachments_ = false;
-      dataBytes_ = 0;
+      dataBytes_ = nextProgress_ = 0;
+      dataSize_ = TakeNumber(text).value_or(0);
       if (lastCommand_ == Command::Retr) Status("Receiving message...");
       return AwaitReply();
     case Command::Dele:
@@ -216,6 +219,10 @@ void PopSession::OnMessageData(std::string_view line, bool complete) {
   if (const auto number = message_->OnMessageLine(line, complete); number != 0) {
     return FinishAndClose(number);
   }
+  if (dataBytes_ >= nextProgress_) {
+    nextProgress_ = dataBytes_ + kProgressBytes;
+    Progress(dataBytes_, dataSize_, number_);
+  }
   if (!hasAttachments_ && message_->InAttachment()) {
     hasAttachments_ = true;
     Status("Receiving attachments...");
@@ -233,6 +240,7 @@ void PopSession::OnDataEnd() {
   ReplyCame();
   switch (lastCommand_) {
     case Command::Top:
+      Progress(number_, lastNumber_, number_);
       if (headers_->OnHeaderEnd(number_)) {
         NextHeader();
       } else {

@@ -108,8 +108,10 @@ class PopSession final : private MailSession {
   bool dataMode_ = false;    // in the lines of a multi-line reply
   bool inLongLine_ = false;  // and in the middle of one that comes in pieces
   std::uint64_t dataBytes_ = 0;
-  bool inHeader_ = false;        // of the message that TOP shows
-  bool hasAttachments_ = false;  // the message being received, as far as it has come
+  std::uint64_t dataSize_ = 0;      // of the message, as the server tells it; 0 when it does not
+  std::uint64_t nextProgress_ = 0;  // bytes of it that are worth another word
+  bool inHeader_ = false;           // of the message that TOP shows
+  bool hasAttachments_ = false;     // the message being received, as far as it has come
 
   HeaderRequest request_;
   HeaderSink* headers_ = nullptr;

@@ -196,6 +196,7 @@ void SmtpSession::OnDataWanted() {
     return Fail(kInvalidResponse, "Response code 354 received without DATA command.", {});
   }
   step_ = Step::Text;
+  bytesDone_ = 0;
   LogMilestone("Sending message... ");
   Writer().SocketSendData(*this, [this](bool written) {
     if (written) return AwaitReply();
@@ -205,14 +206,20 @@ void SmtpSession::OnDataWanted() {
 
 // The message as it goes out, the terminator behind it. A short one leaves in a single write.
 DataSource::State SmtpSession::Fill(std::string& block, std::size_t wanted) {
-  const auto end = block.size() + wanted;
+  const auto start = block.size();
+  const auto end = start + wanted;
   for (;;) {
     const auto section = message_->Current();
     EnterSection(section);
     const auto state = message_->Fill(block, end - block.size());
     if (state == State::Failed) return state;
+    const bool full = block.size() >= end || message_->Current() == section;
+    if (state == State::End || full) {
+      bytesDone_ += block.size() - start;
+      Progress(bytesDone_, message_->Size(), 0);
+    }
     if (state == State::End) break;
-    if (block.size() >= end || message_->Current() == section) return state;
+    if (full) return state;
   }
   LogMilestone("Sending terminator... ");
   step_ = Step::Terminator;

@@ -101,6 +101,7 @@ class SmtpSession final : private MailSession, private DataSource {
   std::string name_;
   std::string resolved_;
   MessageData* message_ = nullptr;
+  std::uint64_t bytesDone_ = 0;  // of it
 };
 
 }  // namespace quillon

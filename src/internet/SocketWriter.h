@@ -22,6 +22,8 @@ class DataSource {
   virtual ~DataSource() = default;
   // Appends about `wanted` bytes to the block.
   virtual State Fill(std::string& block, std::size_t wanted) = 0;
+  // About how many bytes it has in all; 0 when that is not known.
+  virtual std::uint64_t Size() const { return 0; }
 };
 
 class SocketWriter {

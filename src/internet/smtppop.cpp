@@ -26,102 +26,145 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
 
 }  // namespace
 
-smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports)
+smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
+                 SessionListener* listener)
     : loop_(loop),
       ports_(ports),
+      listener_(listener),
       smtp_({loop, network, ports.clock, ports.log, *this}),
       pop_({loop, network, ports.clock, ports.log, *this}) {}
+
+smtppop::~smtppop() = default;
+
+void smtppop::OnStatus(std::string_view text) {
+  if (listener_ != nullptr) listener_->OnStatus(text);
+}
+
+void smtppop::OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) {
+  if (listener_ != nullptr) listener_->OnProgress(done, total, message);
+}
 
 // What came while nobody waited is taken note of first: most of all, that a server has hung up.
 void smtppop::Enter(Protocol protocol) {
   protocol_ = protocol;
+  refusal_.reset();
+  whenDone_.reset();
   loop_.RunPending();
 }
 
-template <typename Session>
-std::int32_t smtppop::WaitFor(Session& session, TickCount deadline) {
-  loop_.RunUntil([&session] { return session.Done(); }, deadline);
-  session.Abort();  // too late, or the program is being ended
-  return session.Result();
+bool smtppop::Done() const {
+  if (refusal_) return true;
+  return protocol_ == Protocol::Smtp ? smtp_.Done() : pop_.Done();
 }
 
-std::int32_t smtppop::LoginSMTP(const SmtpSettings& settings) {
+std::int32_t smtppop::TakeResult() {
+  data_.reset();
+  if (refusal_) return *refusal_;
+  return protocol_ == Protocol::Smtp ? smtp_.Result() : pop_.Result();
+}
+
+std::int32_t smtppop::Wait(TickCount deadline) {
+  if (!refusal_) {
+    loop_.RunUntil([this] { return Done(); }, deadline);
+    Abort();  // too late, or the program is being ended
+  }
+  return TakeResult();
+}
+
+void smtppop::WhenDone(std::function<void(std::int32_t)> call) {
+  whenDone_.reset();
+  if (call == nullptr) return;
+  whenDone_ = std::make_shared<std::function<void(std::int32_t)>>(std::move(call));
+  if (Done()) CallBack();
+}
+
+// A later operation, or nobody waiting any more, takes the call back.
+void smtppop::CallBack() {
+  if (whenDone_ == nullptr) return;
+  loop_.Post([this, waiting = std::weak_ptr(whenDone_)] {
+    const auto call = waiting.lock();
+    if (call == nullptr) return;
+    whenDone_.reset();
+    (*call)(TakeResult());
+  });
+}
+
+void smtppop::BeginLoginSMTP(const SmtpSettings& settings) {
   Enter(Protocol::Smtp);
-  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
-  smtp_.BeginLogin(settings);
-  return WaitFor(smtp_);
+  if (!IsSenderAddress(settings.sender)) {
+    refusal_ = kInvalidSender;
+  } else {
+    smtp_.BeginLogin(settings);
+  }
 }
 
-std::int32_t smtppop::LogoutSMTP() {
+void smtppop::BeginLogoutSMTP() {
   Enter(Protocol::Smtp);
   smtp_.BeginLogout();
-  return WaitFor(smtp_);
 }
 
-std::int32_t smtppop::Send(SmtpSettings settings, OutgoingMessage message,
-                           const ComposerSettings& composing,
-                           const std::string& envelopeRecipient) {
+void smtppop::BeginSend(SmtpSettings settings, OutgoingMessage message,
+                        const ComposerSettings& composing, const std::string& envelopeRecipient) {
   Enter(Protocol::Smtp);
   ports_.log.WriteDebug("--- Starting SMTP Send Method " + LogTime(ports_.clock.Now()) + " ---");
   smtp_.ForgetRefusedRecipients();
   settings.sender = BareAddress(message.from);
-  if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) return kInvalidSender;
+  if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) {
+    refusal_ = kInvalidSender;
+    return;
+  }
   Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),
                     envelopeRecipient};
   RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
-  if (envelope.recipients.empty() && envelope.override.empty()) return kNoRecipients;
-  const auto data = ComposeMessage(ports_, composing, std::move(message));
+  if (envelope.recipients.empty() && envelope.override.empty()) {
+    refusal_ = kNoRecipients;
+    return;
+  }
+  data_ = ComposeMessage(ports_, composing, std::move(message));
   OnStatus("Sending headers...");
-  smtp_.BeginSend(settings, std::move(envelope), *data);
-  return WaitFor(smtp_);
+  smtp_.BeginSend(settings, std::move(envelope), *data_);
 }
 
-std::int32_t smtppop::ResolveAddress(const SmtpSettings& settings, const std::string& name,
-                                     std::string& resolved) {
+void smtppop::BeginResolveAddress(const SmtpSettings& settings, const std::string& name) {
   Enter(Protocol::Smtp);
   RequireWireSafe(name, "The name");
-  if (!IsSenderAddress(settings.sender)) return kInvalidSender;
-  smtp_.BeginResolve(settings, name);
-  const auto result = WaitFor(smtp_);
-  resolved = smtp_.Resolved();
-  return result;
+  if (!IsSenderAddress(settings.sender)) {
+    refusal_ = kInvalidSender;
+  } else {
+    smtp_.BeginResolve(settings, name);
+  }
 }
 
-std::int32_t smtppop::LoginPOP(const PopSettings& settings) {
+void smtppop::BeginLoginPOP(const PopSettings& settings) {
   RequireSafeLogin(settings);
   Enter(Protocol::Pop);
   pop_.BeginLogin(settings);
-  return WaitFor(pop_);
 }
 
-std::int32_t smtppop::LogoutPOP() {
+void smtppop::BeginLogoutPOP() {
   Enter(Protocol::Pop);
   pop_.BeginLogout();
-  return WaitFor(pop_);
 }
 
-std::int32_t smtppop::LoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
-                                         HeaderCollector& headers) {
+void smtppop::BeginLoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
+                                      HeaderCollector& headers) {
   RequireSafeLogin(settings);
   Enter(Protocol::Pop);
   pop_.BeginHeaders(settings, request, headers);
-  return WaitFor(pop_);
 }
 
-std::int32_t smtppop::LoadMessage(const PopSettings& settings, std::uint32_t number,
-                                  MessageSink& message) {
+void smtppop::BeginLoadMessage(const PopSettings& settings, std::uint32_t number,
+                               MessageSink& message) {
   RequireSafeLogin(settings);
   Enter(Protocol::Pop);
   pop_.BeginMessage(settings, number, message);
-  return WaitFor(pop_);
 }
 
-std::int32_t smtppop::DeleteMessage(const PopSettings& settings, std::uint32_t number) {
+void smtppop::BeginDeleteMessage(const PopSettings& settings, std::uint32_t number) {
   RequireSafeLogin(settings);
   Enter(Protocol::Pop);
   pop_.BeginDelete(settings, number);
-  return WaitFor(pop_);
 }
 
 void smtppop::Abort() {
@@ -134,8 +177,8 @@ void smtppop::Shutdown(TickCount patience) {
   const auto deadline = loop_.Now() + patience;
   smtp_.BeginLogout();
   pop_.BeginLogout();
-  WaitFor(smtp_, deadline);
-  WaitFor(pop_, deadline);
+  loop_.RunUntil([this] { return smtp_.Done() && pop_.Done(); }, deadline);
+  Abort();
 }
 
 }  // namespace quillon

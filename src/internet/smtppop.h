@@ -1,6 +1,6 @@
-// The Internet engine: one SMTP session, one POP3 session and the composition of the message,
-// behind operations that wait for their outcome by running the event loop. Texts are bytes as they
-// go over the wire.
+// The Internet engine: one SMTP session, one POP3 session and the composition of the message. An
+// operation is begun, works by events, and is done with a result; one at a time. Texts are bytes as
+// they go over the wire.
 //
 // Results are those of the sessions (MailSession.h, SmtpSession.h, PopSession.h) and 9 (no
 // recipients), 555 (not a sender address). Thrown as ServerError, before anything is sent: 529 for
@@ -9,6 +9,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,32 +25,41 @@
 
 namespace quillon {
 
-class smtppop : private StatusSink {
+class smtppop : private SessionListener {
  public:
   // The protocol that the engine last worked with.
   enum class Protocol { None = 0, Pop = 1, Smtp = 2 };
 
-  smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports);
+  // `listener` hears what the sessions are doing; null when nobody cares.
+  smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
+          SessionListener* listener = nullptr);
+  ~smtppop() override;
 
-  std::int32_t LoginSMTP(const SmtpSettings& settings);
-  std::int32_t LogoutSMTP();
+  void BeginLoginSMTP(const SmtpSettings& settings);
+  void BeginLogoutSMTP();
+  void BeginSend(SmtpSettings settings, OutgoingMessage message, const ComposerSettings& composing,
+                 const std::string& envelopeRecipient);
+  void BeginResolveAddress(const SmtpSettings& settings, const std::string& name);
   bool SMTPLoginStatus() const noexcept { return smtp_.LoginStatus(); }
-  std::int32_t Send(SmtpSettings settings, OutgoingMessage message,
-                    const ComposerSettings& composing, const std::string& envelopeRecipient);
-  // The name's address as the server gives it; empty when it does not know the name.
-  std::int32_t ResolveAddress(const SmtpSettings& settings, const std::string& name,
-                              std::string& resolved);
+  // The name's address as the server gave it; empty when it does not know the name.
+  const std::string& ResolvedAddress() const { return smtp_.Resolved(); }
   const std::vector<std::string>& RefusedRecipients() const { return smtp_.RefusedRecipients(); }
 
-  std::int32_t LoginPOP(const PopSettings& settings);
-  std::int32_t LogoutPOP();
+  void BeginLoginPOP(const PopSettings& settings);
+  void BeginLogoutPOP();
+  // What collects must live until the operation is done. On failure it holds what had come before.
+  void BeginLoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
+                               HeaderCollector& headers);
+  void BeginLoadMessage(const PopSettings& settings, std::uint32_t number, MessageSink& message);
+  void BeginDeleteMessage(const PopSettings& settings, std::uint32_t number);
   bool POPLoginStatus() const noexcept { return pop_.LoginStatus(); }
-  // On failure the collector holds what had come before.
-  std::int32_t LoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
-                                  HeaderCollector& headers);
-  std::int32_t LoadMessage(const PopSettings& settings, std::uint32_t number, MessageSink& message);
-  std::int32_t DeleteMessage(const PopSettings& settings, std::uint32_t number);
   const std::string& LastPOPErrorDescription() const { return pop_.LastErrorDescription(); }
+
+  // Runs the event loop until the operation is done, or the deadline, which aborts it.
+  std::int32_t Wait(TickCount deadline = kNoDeadline);
+
+  // Calls, from the event loop, when the operation that was begun is done. Null: nobody waits.
+  void WhenDone(std::function<void(std::int32_t result)> call);
 
   // Ends the running operation with 522.
   void Abort();
@@ -58,17 +70,24 @@ class smtppop : private StatusSink {
   Protocol ProtocolSelector() const noexcept { return protocol_; }
 
  private:
-  void OnStatus(std::string_view) override {}  // where progress and notification will listen
+  void OnStatus(std::string_view text) override;
+  void OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) override;
+  void OnFinished() override { CallBack(); }
 
   void Enter(Protocol protocol);
-  template <typename Session>
-  std::int32_t WaitFor(Session& session, TickCount deadline = kNoDeadline);
+  bool Done() const;
+  std::int32_t TakeResult();
+  void CallBack();
 
   EventLoop& loop_;
   ComposerPorts ports_;
+  SessionListener* listener_;
   SmtpSession smtp_;
   PopSession pop_;
   Protocol protocol_ = Protocol::None;
+  std::optional<std::int32_t> refusal_;  // the result of an operation that no session took up
+  std::unique_ptr<MessageData> data_;    // of the message that is being sent
+  std::shared_ptr<std::function<void(std::int32_t)>> whenDone_;
 };
 
 }  // namespace quillon

@@ -83,6 +83,9 @@ class BackEnd {
 
   virtual void SetErrorDisplay(bool on);
 
+  // Ends the operation under way, if there is one.
+  virtual void AsynchAbort() {}
+
   // The last Server of the process is gone: log out and free what is held. `savedHandle` is its
   // session handle of this family.
   virtual void Shutdown(std::int32_t savedHandle);

@@ -9,6 +9,7 @@
 
 namespace quillon {
 
+class AsynchNotifier;
 class CodePage;
 class FileSystem;
 class MessageBoxPort;
@@ -32,6 +33,7 @@ struct Environment {
   MailSystems& mailSystems;
   clsINIUtilities& configuration;
   ProtocolLog& protocolLog;
+  AsynchNotifier& notifier;
   ProductInfo product;
 };
 

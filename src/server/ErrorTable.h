@@ -29,6 +29,7 @@ inline constexpr std::int32_t kNoHeaders = 532;
 inline constexpr std::int32_t kBadMessageIndex = 533;
 inline constexpr std::int32_t kEncoding = 535;
 inline constexpr std::int32_t kNotRegistered = 538;
+inline constexpr std::int32_t kProcessAborted = 539;
 inline constexpr std::int32_t kRegistration = 542;
 inline constexpr std::int32_t kReservedHeader = 545;
 inline constexpr std::int32_t kFileNotSpecified = 547;

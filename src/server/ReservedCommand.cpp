@@ -8,6 +8,7 @@
 #include "codec/UUCode.h"
 #include "core/ServerError.h"
 #include "core/Text.h"
+#include "mail/AsynchNotifier.h"
 #include "mail/MailSystemKeyword.h"
 #include "platform/FileSystem.h"
 #include "server/Environment.h"
@@ -116,6 +117,10 @@ void KeepTemporaryFiles(const Context& context, const Arguments& arguments) {
 
 void BlockSize(const Context& context, const Arguments& arguments) {
   context.Switches().blockSize = ReadNumber(arguments[0], 0);
+}
+
+void Tags(const Context& context, const Arguments& arguments) {
+  context.environment.notifier.SetTagMode(ReadSwitch(arguments[0]));
 }
 
 void CopyFileTo(const Context& context, const Arguments& arguments) {
@@ -237,6 +242,7 @@ constexpr std::array kCommands{
     Command{"HELO", 1, 1, Greeting},
     Command{"KEEP_TEMP", 1, 1, KeepTemporaryFiles},
     Command{"BLOCK_SIZE", 1, 1, BlockSize},
+    Command{"ASYNCH_TAGS", 1, 1, Tags},
 };
 
 }  // namespace

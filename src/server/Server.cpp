@@ -68,12 +68,14 @@ Server::Server(Environment& environment)
   ++shared.instanceCount;
   shared.internet = InternetSettings();
   shared.message.auxiliaryText.clear();
+  environment_.notifier.Reset();
   state_.xMailer = "Quillon v" + environment_.product.version;
 }
 
 Server::~Server() {
   if (--environment_.shared.instanceCount > 0) return;
   try {
+    environment_.notifier.Reset();
     dispatch_.SaveHandle();
     environment_.mailSystems.Shutdown(
         [this](MailFamily family) { return dispatch_.SavedHandle(family); });

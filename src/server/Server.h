@@ -4,12 +4,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/ShortBool.h"
 #include "core/Value.h"
+#include "mail/AsynchNotifier.h"
 #include "mail/InstanceState.h"
 #include "server/Dispatch.h"
 #include "server/Environment.h"
@@ -90,7 +92,9 @@ class Server {
   // Dialogs, notification, diagnostics.
   void ShowMailDialog();
   void ShowMailSystemDialog();
-  void AsynchObjectRegister(std::int32_t objectType, std::int32_t config);
+  // Null when the client's object cannot be called.
+  void AsynchObjectRegister(std::shared_ptr<NotificationObject> asynchObject,
+                            std::int32_t objectType, std::int32_t config);
   void AsynchObjectUnregister(std::int32_t objectType);
   void AsynchAbort();
   std::string GetInterfaceString(std::int16_t itemType);

@@ -178,8 +178,7 @@ ShortBool Server::FolderExists(const std::string& theFolderSpec) {
   return ToShortBool(exists);
 }
 
-// The dialogs and the notification of clients have no implementation yet: what needs them says so,
-// and nothing is registered that would never be called.
+// The dialogs have no implementation yet: what needs them says so.
 
 void Server::ShowMailDialog() {
   frame_.Run("ShowMailDialog", MemberKind::Method, [&] {
@@ -193,7 +192,8 @@ void Server::ShowMailSystemDialog() {
              [&] { throw ServerError(error_code::kNotSupported); });
 }
 
-void Server::AsynchObjectRegister(std::int32_t objectType, std::int32_t config) {
+void Server::AsynchObjectRegister(std::shared_ptr<NotificationObject> asynchObject,
+                                  std::int32_t objectType, std::int32_t config) {
   frame_.Run("AsynchObjectRegister", MemberKind::Method, [&] {
     if (objectType != 0) {
       throw ServerError(error_code::kRegistration, "Object type not supported.");
@@ -201,15 +201,38 @@ void Server::AsynchObjectRegister(std::int32_t objectType, std::int32_t config) 
     if (config != 0 && config != 1) {
       throw ServerError(error_code::kRegistration, "Configuration parameter not supported.");
     }
-    throw ServerError(error_code::kRegistration);
+    if (asynchObject == nullptr) throw ServerError(error_code::kRegistration);
+    environment_.notifier.Register(
+        std::move(asynchObject),
+        config == 0 ? AsynchNotifier::Configuration::EndsOnly : AsynchNotifier::Configuration::All);
   });
 }
 
-void Server::AsynchObjectUnregister(std::int32_t) {}
+void Server::AsynchObjectUnregister(std::int32_t) {
+  frame_.Run("AsynchObjectUnregister", MemberKind::Method,
+             [&] { environment_.notifier.Unregister(); });
+}
 
 void Server::AsynchAbort() {
-  frame_.Run("AsynchAbort", MemberKind::Method,
-             [&] { throw ServerError(error_code::kNotRegistered); });
+  frame_.Run("AsynchAbort", MemberKind::Method, [&] {
+    auto& notifier = environment_.notifier;
+    if (!notifier.Registered()) throw ServerError(error_code::kNotRegistered);
+    notifier.SetInProgress();
+    if (auto* const backEnd = environment_.mailSystems.Find(state_.mailSystem)) {
+      backEnd->AsynchAbort();
+    }
+    auto event = notifier.ProcessRecord();
+    event.kind = asynch_kind::kEndOfProcess;
+    event.result = error_code::kProcessAborted;
+    event.text = "Process aborted.";
+    event.tag = "AAP1";
+    notifier.Post(event);
+    event.operation = asynch_operation::kAbort;
+    event.result = kBackEndSuccess;
+    event.text = "Asynchronous abort was successful.";
+    event.tag = "AAP2";
+    notifier.Post(event);
+  });
 }
 
 std::string Server::GetInterfaceString(std::int16_t itemType) {

@@ -6,6 +6,7 @@
 #include "AutomationWorld.h"
 #include "automation/ClassFactory.h"
 #include "automation/CommandLine.h"
+#include "platform/Network.h"
 
 namespace quillon::testing {
 namespace {
@@ -51,13 +52,14 @@ class ProcessTest : public ::testing::Test {
     KillTimer(nullptr, timer);
   }
 
+  std::unique_ptr<NetworkLoop> loop_ = MakeNetworkLoop();
   ProcessLifetime lifetime_{{20, 20, 20}};
   int revoked_ = 0;
 };
 
 TEST_F(ProcessTest, EndsWhenNoClientComes) {
   lifetime_.Serve([this] { ++revoked_; });
-  lifetime_.Run();
+  lifetime_.Run(*loop_);
   EXPECT_TRUE(lifetime_.Ended());
   EXPECT_EQ(revoked_, 1);
 }
@@ -74,7 +76,7 @@ TEST_F(ProcessTest, StaysWhileAnObjectOrALockIsThere) {
   EXPECT_EQ(revoked_, 0);
   EXPECT_EQ(factory->LockServer(FALSE), S_OK);
   EXPECT_EQ(factory->LockServer(FALSE), E_UNEXPECTED);  // one too many does no harm
-  lifetime_.Run();
+  lifetime_.Run(*loop_);
   EXPECT_EQ(revoked_, 1);
 }
 
@@ -89,7 +91,7 @@ TEST_F(ProcessTest, AClientThatComesAtTheLastMomentIsServed) {
   EXPECT_EQ(revoked_, 1);
   EXPECT_FALSE(lifetime_.Ended());
   late.reset();
-  lifetime_.Run();
+  lifetime_.Run(*loop_);
   EXPECT_TRUE(lifetime_.Ended());
   EXPECT_EQ(revoked_, 1);
 }
@@ -104,7 +106,7 @@ TEST_F(ProcessTest, TheEndRefusesNewWork) {
   const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"QuillonServerProcess", nullptr);
   PostMessageW(window != nullptr ? window : FindWindowW(L"QuillonServerProcess", nullptr), WM_CLOSE,
                0, 0);
-  lifetime_.Run();  // although a client is there
+  lifetime_.Run(*loop_);  // although a client is there
   void* object = nullptr;
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, &object), CO_E_SERVER_STOPPING);
   EXPECT_EQ(factory->LockServer(TRUE), CO_E_SERVER_STOPPING);

@@ -41,6 +41,24 @@ class RecordingBox final : public MessageBoxPort {
   std::vector<std::string> shown;
 };
 
+// What the user saw: the caption, then each text and position.
+class RecordingDisplay final : public ProgressDisplay {
+ public:
+  void Show(const std::string& caption, std::int16_t parts,
+            std::function<void()> whenAborted) override {
+    seen.push_back(caption + " " + std::to_string(parts));
+    abort = std::move(whenAborted);
+  }
+  void SetText(const std::string& text) override { seen.push_back(text); }
+  void SetPosition(std::uint64_t done, std::uint64_t total) override {
+    seen.push_back(std::to_string(done) + "/" + std::to_string(total));
+  }
+  void Hide() override { seen.emplace_back("hidden"); }
+
+  std::vector<std::string> seen;
+  std::function<void()> abort;
+};
+
 class InternetWorld {
  public:
   InternetWorld()
@@ -49,7 +67,8 @@ class InternetWorld {
         codePage(MakeAnsiCodePage()),
         configuration(*files, folder.Path("quillon.ini")),
         log(*files, folder.Path()),
-        backEnd({network, network, disk, *codePage, clock, prompt, box, configuration, log},
+        backEnd({network, network, disk, *codePage, clock, prompt, box, configuration, log,
+                 notifier, display},
                 {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
@@ -77,6 +96,8 @@ class InternetWorld {
   std::unique_ptr<CodePage> codePage;
   clsINIUtilities configuration;
   ProtocolLog log;
+  AsynchNotifier notifier;
+  RecordingDisplay display;
   InternetBackEnd backEnd;
   SharedState shared;
   InstanceState instance;

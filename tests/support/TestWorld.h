@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "internet/ProtocolLog.h"
+#include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
 #include "platform/CodePage.h"
@@ -119,10 +120,12 @@ struct TestWorld {
   MailSystems mailSystems{workstation};
   clsINIUtilities configuration{*files, folder.Path("quillon.ini")};
   ProtocolLog log{*files, folder.Path()};
-  Environment environment{
-      shared,        *files,     *codePage,
-      workstation,   messageBox, mailSystems,
-      configuration, log,        {"1.0", "1.0.0.0", "C:\\Program Files\\Quillon"}};
+  AsynchNotifier notifier;
+  Environment environment{shared,        *files,
+                          *codePage,     workstation,
+                          messageBox,    mailSystems,
+                          configuration, log,
+                          notifier,      {"1.0", "1.0.0.0", "C:\\Program Files\\Quillon"}};
 };
 
 // What a failing member leaves with: the code, a blank and the text; empty when it does not fail.

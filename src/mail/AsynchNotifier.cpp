@@ -1,0 +1,43 @@
+#include "mail/AsynchNotifier.h"
+
+#include <utility>
+
+#include "core/ServerError.h"
+
+namespace quillon {
+
+void AsynchNotifier::Register(std::shared_ptr<NotificationObject> object,
+                              Configuration configuration) {
+  object_ = std::move(object);
+  configuration_ = configuration;
+}
+
+void AsynchNotifier::Unregister() {
+  if (InCallback()) throw ServerError(541);
+  if (inProgress_) throw ServerError(540);
+  object_.reset();
+}
+
+void AsynchNotifier::Reset() {
+  object_.reset();
+  configuration_ = Configuration::All;
+  tagMode_ = false;
+}
+
+void AsynchNotifier::Post(const AsynchEvent& event) {
+  const bool ends = event.kind == asynch_kind::kEndOfProcess;
+  if (ends) inProgress_ = false;
+  if (object_ == nullptr) return;
+  record_ = event;
+  if (event.kind == asynch_kind::kRecordOnly) return;
+  if (configuration_ == Configuration::EndsOnly && !ends) return;
+  auto delivered = event;
+  if (tagMode_) delivered.text += " Tag: " + event.tag;
+  const auto object = object_;  // stays alive while it is called
+  ++callbacks_;
+  const bool reached = object->AsynchNotification(delivered);
+  --callbacks_;
+  if (!reached && object_ == object) object_.reset();
+}
+
+}  // namespace quillon

@@ -1,0 +1,198 @@
+// Operations that go on by themselves and tell a client's object how they fare, and what the user
+// sees of a long one.
+#include <gtest/gtest.h>
+
+#include "InternetWorld.h"
+#include "Peers.h"
+
+namespace quillon::testing {
+namespace {
+
+class RecordingObject final : public NotificationObject {
+ public:
+  bool AsynchNotification(const AsynchEvent& event) override {
+    if (event.kind != asynch_kind::kProgress) {
+      heard.push_back(std::to_string(event.operation) + "/" + std::to_string(event.kind) + " " +
+                      std::to_string(event.result) + " " + event.text);
+    }
+    last = event;
+    if (during) during(event);
+    return !gone;
+  }
+
+  std::vector<std::string> heard;
+  AsynchEvent last;
+  std::function<void(const AsynchEvent&)> during;
+  bool gone = false;
+};
+
+class AsynchTest : public ::testing::Test {
+ protected:
+  AsynchTest() {
+    world.network.accept = [this] { return std::make_shared<ObligingPeer>(servePop); };
+    world.notifier.Register(object, AsynchNotifier::Configuration::All);
+  }
+
+  // Runs what has been started to its end.
+  void RunToEnd() {
+    world.network.RunUntil([this] { return !world.notifier.InProgress(); }, kNoDeadline);
+    world.network.RunPending();
+  }
+
+  static std::int32_t CodeOf(const std::function<void()>& call) {
+    try {
+      call();
+    } catch (const ServerError& error) {
+      return error.Code();
+    }
+    return 0;
+  }
+
+  InternetWorld world;
+  InternetBackEnd& backEnd = world.backEnd;
+  std::shared_ptr<RecordingObject> object = std::make_shared<RecordingObject>();
+  bool servePop = true;
+};
+
+TEST_F(AsynchTest, AnOperationReturnsAtOnceAndEndsWithAnEvent) {
+  {
+    // The object that has begun it may go.
+    InstanceState instance = world.instance;
+    MailRequest request{instance, world.shared};
+    EXPECT_EQ(backEnd.LoadMessageHeaders(request), kBackEndSuccess);
+  }
+  EXPECT_TRUE(world.shared.headers.empty());
+  EXPECT_EQ(CodeOf([&] { backEnd.LoadMessageHeaders(world.request); }), 540);
+  EXPECT_EQ(CodeOf([&] { world.notifier.Unregister(); }), 540);
+  RunToEnd();
+  EXPECT_EQ(object->heard,
+            (std::vector<std::string>{
+                "2/1 -1 Connected to server...", "2/1 -1 Logged in successfully.",
+                "2/1 -1 Loading message headers...", "2/1 -1 Headers loaded successfully.",
+                "2/2 -1 Headers loaded successfully."}));
+  EXPECT_EQ(object->last.done, 1);
+  EXPECT_EQ(object->last.total, 1);
+  ASSERT_EQ(world.shared.headers.size(), 1U);
+  EXPECT_EQ(world.shared.headers[0].subject, "obliging");
+
+  world.notifier.Register(object, AsynchNotifier::Configuration::EndsOnly);
+  object->heard.clear();
+  for (const auto operation : {&InternetBackEnd::DeleteMessage, &InternetBackEnd::LoadMessage,
+                               &InternetBackEnd::LoadMessageIdentifiers, &InternetBackEnd::Login}) {
+    EXPECT_EQ((backEnd.*operation)(world.request), kBackEndSuccess);
+    RunToEnd();
+  }
+  ASSERT_EQ(object->heard.size(), 4U);
+  EXPECT_EQ(object->heard[0], "4/2 -1 Message deleted successfully.");
+  EXPECT_EQ(object->heard[1], "3/2 -1 Message loaded successfully.");
+  EXPECT_EQ(object->heard[2], "7/2 -1 Identifiers loaded successfully.");
+  EXPECT_EQ(object->heard[3].substr(0, 6), "6/2 -1");
+}
+
+TEST_F(AsynchTest, AFailureIsTheResultOfTheLastEvent) {
+  world.network.weather = FakeNetwork::Weather::NoSuchHost;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->heard, std::vector<std::string>{"2/2 2 Could not connect to POP server."});
+  // What is wrong with the call itself is raised at once.
+  world.shared.message.from = "nobody\r\n";
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->heard.back(), "1/2 555 SMTP invalid sender address (From property).");
+  world.shared.message.from = "joe@example.org";
+  world.shared.message.to = {"ann@example.org\nRCPT TO"};
+  EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 529);
+  EXPECT_FALSE(world.notifier.InProgress());
+}
+
+TEST_F(AsynchTest, FromInsideACallbackNothingCanBeStarted) {
+  servePop = false;
+  std::int32_t code = 0;
+  std::int32_t unregistered = 0;
+  object->during = [&](const AsynchEvent&) {
+    code = CodeOf([&] { backEnd.Send(world.request); });
+    unregistered = CodeOf([&] { world.notifier.Unregister(); });
+  };
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->last.kind, asynch_kind::kEndOfProcess);
+  EXPECT_EQ(object->last.result, -1);
+  EXPECT_EQ(code, 541);
+  EXPECT_EQ(unregistered, 541);
+  object->during = nullptr;
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->last.result, -1);
+}
+
+TEST_F(AsynchTest, AnObjectThatIsGoneDoesNotHarmTheOperation) {
+  object->gone = true;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->heard.size(), 1U);
+  EXPECT_FALSE(world.notifier.Registered());
+  EXPECT_EQ(world.shared.headers.size(), 1U);
+  world.shared.headers.clear();
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);  // waits again
+  EXPECT_EQ(world.shared.headers.size(), 1U);
+}
+
+TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
+  object->during = [&](const AsynchEvent& event) {
+    if (event.text == "Loading message headers...") backEnd.AsynchAbort();
+  };
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
+  EXPECT_EQ(object->last.kind, asynch_kind::kStatus);
+  EXPECT_TRUE(world.shared.headers.empty());
+  AsynchEvent end;  // of the abort
+  end.kind = asynch_kind::kEndOfProcess;
+  world.notifier.Post(end);
+  object->during = nullptr;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->last.result, -1);
+  EXPECT_EQ(world.shared.headers.size(), 1U);
+
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  backEnd.Shutdown(0);
+  world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
+  EXPECT_TRUE(world.shared.headers.empty());
+}
+
+TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
+  world.notifier.Reset();
+  servePop = false;
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_TRUE(world.display.seen.empty());  // too short
+
+  world.shared.message.body.assign(300000, 'x');
+  world.shared.internet.progressBar = 5;
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  auto& seen = world.display.seen;
+  ASSERT_GE(seen.size(), 4U);
+  EXPECT_EQ(seen[0], "Sending Mail 5");
+  EXPECT_EQ(seen[1], "Sending message...");
+  EXPECT_EQ(seen[seen.size() - 2], "Message Sent Successfully");
+  EXPECT_EQ(seen.back(), "hidden");
+
+  seen.clear();
+  world.shared.internet.progressBar = 0;
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_TRUE(seen.empty());
+
+  world.shared.internet.progressBar = 7;
+  Timer user(world.network, [&] { world.display.abort(); });
+  user.Start(500);
+  backEnd.Shutdown(0);
+  world.network.accept = [this] {
+    auto peer = std::make_shared<ObligingPeer>(servePop);
+    peer->appetite = 100000;
+    return peer;
+  };
+  EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 522);
+  EXPECT_EQ(seen.back(), "hidden");
+}
+
+}  // namespace
+}  // namespace quillon::testing
