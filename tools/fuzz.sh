@@ -17,7 +17,7 @@ fi
 
 run_one() {
   local name=$1 log=build/fuzz/$1.log
-  local options=(-max_total_time="$2" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
+  local options=(-max_total_time="$2" -timeout=60 -rss_limit_mb=2048 -print_final_stats=1
     -artifact_prefix="build/fuzz/findings/$name-")
   [ ! -f "fuzz/$name.dict" ] || options+=(-dict="fuzz/$name.dict")
   mkdir -p "build/fuzz/corpus/$name" build/fuzz/findings

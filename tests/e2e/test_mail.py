@@ -142,6 +142,16 @@ class ThereAndBack(MailRoad):
             self.run_mail("refused.js", host.smtp, host.pop)
             self.assertEqual("", host.log.read_text())
 
+    def test_operations_that_go_on_by_themselves(self):
+        sleeper = winetest.CLIENTS / "Sleeper.exe"
+        self.assertEqual(0, self.wine.run(sleeper, "/register").returncode)
+        with MailHost() as host:
+            self.run_mail("asynch.js", host.smtp, host.pop, timeout=180)
+            subjects = [re.search(rb"^Subject: (.*)\r$", message, re.M)[1]
+                        for message in host.received()]
+            self.assertEqual([b"Short", b"Second", b"Long", b"Last", b"Last"], subjects)
+            self.assertGreater(len(host.received()[2]), 20 << 20)
+
     def test_protocol_log(self):
         with MailHost() as host:
             self.run_mail("logging.vbs", host.smtp, host.pop)
