@@ -31,14 +31,14 @@ class NotificationCall final : public NotificationObject {
       : object_(std::move(object)), method_(method) {}
 
   bool AsynchNotification(const AsynchEvent& event) override {
-    if (!takesVariants_) {
-      const HRESULT result = Call(event, false);
-      // Scripts know arguments by reference as variants alone.
-      takesVariants_ = result == DISP_E_TYPEMISMATCH || result == DISP_E_BADVARTYPE ||
-                       result == E_NOTIMPL || result == E_INVALIDARG;
-      if (!takesVariants_) return !IsGone(result);
+    // Scripts know arguments by reference as variants alone (Wine's JScript engine takes others and
+    // breaks down later); an object with declared types says when it wants those.
+    if (takesVariants_) {
+      const HRESULT result = Call(event, true);
+      takesVariants_ = result != DISP_E_TYPEMISMATCH && result != DISP_E_BADVARTYPE;
+      if (takesVariants_) return !IsGone(result);
     }
-    return !IsGone(Call(event, true));
+    return !IsGone(Call(event, false));
   }
 
  private:
@@ -85,7 +85,7 @@ class NotificationCall final : public NotificationObject {
 
   const ComPtr<IDispatch> object_;
   const DISPID method_;
-  bool takesVariants_ = false;
+  bool takesVariants_ = true;
 };
 
 }  // namespace
