@@ -23,6 +23,7 @@ constexpr const char* kConfigurationKey = "SMTPServer";
 constexpr const char* kSmtpLoginFailed = "Failed to Logon to SMTP server.";
 constexpr const char* kPopLoginFailed = "Failed to Logon to POP server";
 
+constexpr std::int32_t kUnknownError = 6;
 constexpr std::int32_t kSomeRefused = 20;
 constexpr std::int32_t kAborted = 522;
 
@@ -186,6 +187,8 @@ void InternetBackEnd::EndStep(std::int32_t result) {
     EndProcess(result, {});
   } catch (const ServerError& error) {
     EndProcess(error.Code(), error.Text());
+  } catch (const std::exception& error) {
+    EndProcess(kUnknownError, error.what());
   }
 }
 
@@ -293,9 +296,10 @@ std::int32_t InternetBackEnd::Send(MailRequest& request) {
   auto process = NewProcess(request, asynch_operation::kSend);
   process.steps.push_back(
       {Adapter::Smtp, "Failed to send the message.",
-       [settings = SmtpSettingsOf(request), message = MessageOf(request), composing,
+       [settings = SmtpSettingsOf(request),
+        message = std::make_shared<OutgoingMessage>(MessageOf(request)), composing,
         override = Bytes(switches.envelopeRecipient)](smtppop& engine) {
-         engine.BeginSend(settings, message, composing, override);
+         engine.BeginSend(settings, std::move(*message), composing, override);
        },
        [this, &shared, host = SmtpHost(request)](std::int32_t result) {
          for (const auto& recipient : Engine().RefusedRecipients()) {
