@@ -4,6 +4,8 @@
         servers.smtp, servers.pop      # ports
         servers.messages()             # what Exim delivered, as bytes, in order
 
+With `locking` only one session at a time gets at the mailbox.
+
 Exim takes mail for joe@quillon.test, delivers it to a Maildir, and answers every other recipient
 with 550; Dovecot serves that Maildir to the login joe with the password secret. Both run in the
 foreground, with their spool, sockets and logs in one temporary directory, and leave nothing behind.
@@ -41,6 +43,7 @@ rfc1413_query_timeout = 0s
 prod_requires_admin = false
 acl_smtp_rcpt = check_recipient
 acl_smtp_vrfy = accept
+message_size_limit = 500M
 tls_advertise_hosts =
 
 begin acl
@@ -100,6 +103,7 @@ service anvil {{
     mode = 0
   }}
 }}
+pop3_lock_session = {locking}
 {ownership}
 """
 
@@ -129,6 +133,9 @@ def free_port():
 
 
 class RealServers:
+    def __init__(self, locking=False):
+        self._locking = "yes" if locking else "no"
+
     def __enter__(self):
         self._processes = []
         self._folder = tempfile.mkdtemp(prefix="servers-")
@@ -155,9 +162,13 @@ class RealServers:
     def maildir(self):
         return self._scratch / "Maildir"
 
-    def messages(self):
+    def files(self):
+        """Those of the messages, in order."""
         files = [*self.maildir.glob("new/*"), *self.maildir.glob("cur/*")]
-        return [file.read_bytes() for file in sorted(files, key=lambda file: file.name)]
+        return sorted(files, key=lambda file: file.name)
+
+    def messages(self):
+        return [file.read_bytes() for file in self.files()]
 
     def put(self, messages):
         """Fills the Maildir without a transfer."""
@@ -169,16 +180,17 @@ class RealServers:
     def wait_for(self, count):
         """Waits until so many messages are delivered."""
         deadline = time.monotonic() + PATIENCE
-        while len(self.messages()) < count:
+        while len(self.files()) < count:
             if time.monotonic() > deadline:
-                raise TimeoutError(f"{len(self.messages())} of {count} messages\n{self._logs()}")
+                raise TimeoutError(f"{len(self.files())} of {count} messages\n{self._logs()}")
             time.sleep(0.02)
 
     def _prepare(self):
         # The mailbox must not belong to root; neither server would touch it.
         self._owner = pwd.getpwnam("mail") if os.getuid() == 0 else pwd.getpwuid(os.getuid())
         names = {"scratch": self._folder, "smtp": self.smtp, "pop": self.pop,
-                 "user": self._owner.pw_name, "group": grp.getgrgid(self._owner.pw_gid).gr_name}
+                 "user": self._owner.pw_name, "group": grp.getgrgid(self._owner.pw_gid).gr_name,
+                 "locking": self._locking}
         ownership = "" if os.getuid() == 0 else UNPRIVILEGED.format(**names)
         self._exim = self._scratch / "exim.conf"
         self._exim.write_text(EXIM_CONFIGURATION.format(**names))

@@ -2,14 +2,17 @@
 they came to their end."""
 
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
+import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "scripts"
+MAIL_SCRIPTS = SCRIPTS.parent / "mail"
 ENDED = "@ended"  # the last line of a script that was not cut short
 
 
@@ -92,3 +95,30 @@ class ScriptTest:
                                      engine=engine, timeout=timeout)
         self.assertEqual([], failures)
         self.assertTrue(ended, "the script did not run to its end; is there a syntax error?")
+
+
+def prefix_with_server():
+    """A prefix for all tests of a module. The server stands in a directory of its own, because it
+    writes files beside itself."""
+    wine = unittest.enterModuleContext(winetest.WinePrefix())
+    directory = wine.drive_c / "Quillon"
+    directory.mkdir()
+    wine.register(shutil.copy(winetest.SERVER, directory))
+    return wine
+
+
+class MailTest(ScriptTest):
+    """A mix-in of TestCase for scripts of mail/; `wine` is the prefix they run in."""
+
+    def run_mail(self, name, *arguments, before="", after="", timeout=60):
+        """Runs one, with lines of the caller's making around it."""
+        engine = name.rsplit(".", 1)[1]
+        text = (MAIL_SCRIPTS / ("session." + engine)).read_text() + before
+        text += (MAIL_SCRIPTS / name).read_text() + after
+        self.run_checks(self.wine, text, *arguments, engine=engine, timeout=timeout)
+
+
+def literal(text):
+    """A VBScript expression; Wine's VBScript knows Chr, but not ChrW."""
+    pieces = [f'"{c}"' if " " <= c <= "~" and c != '"' else f"Chr({ord(c)})" for c in text]
+    return " & ".join(pieces).replace('" & "', "") or '""'

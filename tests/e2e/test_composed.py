@@ -15,7 +15,7 @@ import unittest
 import urllib.parse
 import zipfile
 
-from scripting import ENDINGS, MailHost, ScriptTest, run_script
+from scripting import ENDINGS, MailHost, ScriptTest, literal, run_script
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "mail"
@@ -50,12 +50,6 @@ def files():
 FILES = dict(files())
 SIZES = [name for name in FILES if name.startswith("size")]
 ODD = ["two words, (1); it's.txt", "no_extension", "UPPER.TXT"]
-
-
-def literal(text):
-    """A VBScript expression; Wine's VBScript knows Chr, but not ChrW."""
-    pieces = [f'"{c}"' if " " <= c <= "~" and c != '"' else f"Chr({ord(c)})" for c in text]
-    return " & ".join(pieces).replace('" & "', "") or '""'
 
 
 class Shape:

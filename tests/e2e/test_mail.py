@@ -1,24 +1,17 @@
 """The mail road: scripts that send and read through the registered server, against the embedded
-host, with all that can go wrong, and against Exim and Dovecot."""
+host, with all that can go wrong."""
 
 import contextlib
 import email
 import email.policy
 import json
-import pathlib
 import re
-import shutil
 import socket
-import subprocess
-import tempfile
 import unittest
 from email.utils import getaddresses
 
-import realservers
-from scripting import MailHost, ScriptTest
+from scripting import MailHost, MailTest, prefix_with_server
 import winetest
-
-SCRIPTS = pathlib.Path(__file__).resolve().parent / "mail"
 
 
 def body(message):
@@ -26,21 +19,11 @@ def body(message):
 
 
 def setUpModule():
-    """One prefix for all tests. The server stands in a directory of its own, because it writes
-    files beside itself."""
-    MailRoad.wine = unittest.enterModuleContext(winetest.WinePrefix())
-    MailRoad.directory = MailRoad.wine.drive_c / "Quillon"
-    MailRoad.directory.mkdir()
-    MailRoad.wine.register(shutil.copy(winetest.SERVER, MailRoad.directory))
+    MailRoad.wine = prefix_with_server()
 
 
-class MailRoad(ScriptTest, unittest.TestCase):
-    def run_mail(self, name, *arguments, before="", after="", timeout=60):
-        """Runs a script of mail/, with lines of this file's making around it."""
-        engine = name.rsplit(".", 1)[1]
-        text = (SCRIPTS / ("session." + engine)).read_text() + before
-        text += (SCRIPTS / name).read_text() + after
-        self.run_checks(self.wine, text, *arguments, engine=engine, timeout=timeout)
+class MailRoad(MailTest, unittest.TestCase):
+    pass
 
 
 class ThereAndBack(MailRoad):
@@ -156,7 +139,7 @@ class ThereAndBack(MailRoad):
         with MailHost() as host:
             self.run_mail("logging.vbs", host.smtp, host.pop)
             self.assertEqual(2, len(host.received()))
-        log = (self.directory / "POPDUMP.TXT").read_bytes()
+        log = (self.wine.drive_c / "Quillon" / "POPDUMP.TXT").read_bytes()
         self.assertTrue(log.endswith(b"\r\n"))
         self.assertNotIn(b"secret", log)
         lines = log.decode("ascii").split("\r\n")
@@ -361,40 +344,6 @@ class Failures(MailRoad):
                 lines += [self.send_ends(name, port, SMTP_NO_CONNECTION),
                           self.read_ends(name, port, "headers", POP_NO_CONNECTION)]
             self.run_failures(lines)
-
-
-@unittest.skipIf(realservers.missing(), f"{realservers.missing()} is not installed")
-class RealServers(MailRoad):
-    def test_quillon_to_exim_to_dovecot_to_quillon(self):
-        with realservers.RealServers() as servers:
-            self.run_mail("through_exim.vbs", servers.smtp, servers.pop)
-            servers.wait_for(2)
-            message, = [m for m in servers.messages() if b"\nSubject: Through Exim\n" in m]
-            self.assertNotIn(b"far@elsewhere.test", message)
-            text = b"First\n\n.dots\n..more\n\xe4\n" + b"x" * 900 + b"\n"
-            self.assertEqual(text, message.split(b"\n\n", 1)[1])
-            self.assertEqual(sorted(servers.messages()), sorted(self.fetch_with_mpop(servers.pop)))
-            self.run_mail("from_dovecot.vbs", servers.smtp, servers.pop)
-            self.assertEqual([], servers.messages())
-
-    def fetch_with_mpop(self, port):
-        """What another mail program gets from the mailbox."""
-        with tempfile.TemporaryDirectory(prefix="mpop-") as folder:
-            maildir = pathlib.Path(folder, "Maildir")
-            for name in ("new", "cur", "tmp"):
-                (maildir / name).mkdir(parents=True)
-            subprocess.run(
-                ["mpop", "--host=127.0.0.1", f"--port={port}", "--user=joe", "--auth=user",
-                 "--passwordeval=echo secret", "--tls=off", "--keep=on", "--received-header=off",
-                 f"--uidls-file={folder}/uidls", f"--delivery=maildir,{maildir}"],
-                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, check=True, timeout=30)
-            return [file.read_bytes() for file in (maildir / "new").iterdir()]
-
-    def test_two_hundred_messages(self):
-        with realservers.RealServers() as servers:
-            servers.put(b"From: x@example.com\nSubject: Message %d\n\ntext\n" % number
-                        for number in range(200))
-            self.run_mail("many.vbs", servers.smtp, servers.pop, 200)
 
 
 if __name__ == "__main__":
