@@ -35,11 +35,13 @@ class MailHost:
         folder = pathlib.Path(self._scratch.name)
         (folder / "faults").write_text(self._faults)
         self.log = folder / "log"
-        self._process = subprocess.Popen(
-            [str(winetest.MAILHOST), "--smtp-port", "0", "--pop-port", "0", "--store",
-             str(self.store), "--user", self._login[0], "--password", self._login[1], "--no-lock",
-             "--faults", str(folder / "faults"), "--log", str(self.log)],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+        self._errors = folder / "errors"
+        with open(self._errors, "wb") as errors:
+            self._process = subprocess.Popen(
+                [str(winetest.MAILHOST), "--smtp-port", "0", "--pop-port", "0", "--store",
+                 str(self.store), "--user", self._login[0], "--password", self._login[1],
+                 "--no-lock", "--faults", str(folder / "faults"), "--log", str(self.log)],
+                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=errors, text=True)
         try:
             self.smtp = self._port("smtp")
             self.pop = self._port("pop")
@@ -59,6 +61,10 @@ class MailHost:
         if not line.startswith(name + " "):
             raise RuntimeError(f"mailhost did not start: {line!r}")
         return int(line.split()[1])
+
+    def complaints(self):
+        """Where the client has left the conversation."""
+        return self._errors.read_text().splitlines()
 
     def received(self):
         """The messages in the store, in mailbox order."""
