@@ -26,9 +26,9 @@
 #include "platform/LocalClock.h"
 #include "platform/Network.h"
 #include "platform/NoLoginPrompt.h"
-#include "platform/ProgressDisplay.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32MessageBox.h"
+#include "platform/win32/Win32ProgressDisplay.h"
 #include "platform/win32/Win32Workstation.h"
 #include "server/ConfigurationFile.h"
 #include "server/Environment.h"
@@ -68,7 +68,7 @@ struct Application {
   clsINIUtilities configuration{*files, configurationFile};
   ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
   AsynchNotifier notifier;
-  NoProgressDisplay progress;
+  Win32ProgressDisplay progress;
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
   InternetBackEnd internet{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
                             configuration, protocolLog, notifier, progress},

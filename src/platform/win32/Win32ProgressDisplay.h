@@ -1,0 +1,46 @@
+#pragma once
+
+#include <windows.h>
+
+#include "platform/ProgressDisplay.h"
+
+namespace quillon {
+
+// A small window in the middle of the screen. It does not take the keyboard from the program the
+// user works with; once activated, Esc, Enter and the blank abort like the button and the close
+// box. Without a desktop nothing is shown.
+//
+// One thread's: the one that shows it must dispatch its messages.
+class Win32ProgressDisplay final : public ProgressDisplay {
+ public:
+  Win32ProgressDisplay() = default;
+  Win32ProgressDisplay(const Win32ProgressDisplay&) = delete;
+  Win32ProgressDisplay& operator=(const Win32ProgressDisplay&) = delete;
+  ~Win32ProgressDisplay() override { Hide(); }
+
+  void Show(const std::string& caption, std::int16_t parts, std::function<void()> abort) override;
+  void SetText(const std::string& text) override;
+  void SetPosition(std::uint64_t done, std::uint64_t total) override;
+  void Hide() override;
+
+ private:
+  class Layout;
+
+  static LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM first, LPARAM second);
+  static LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM first, LPARAM second);
+
+  void Create();
+  HWND AddControl(const wchar_t* windowClass, const wchar_t* text, DWORD style, const RECT& place);
+  void Abort();
+
+  std::int16_t parts_ = 0;
+  std::function<void()> abort_;  // empty once it has been called
+  HFONT font_ = nullptr;
+  HWND frame_ = nullptr;  // the window; each control is null when it is not wanted
+  HWND text_ = nullptr;
+  HWND bar_ = nullptr;
+  HWND button_ = nullptr;
+  WNDPROC plainButton_ = nullptr;
+};
+
+}  // namespace quillon

@@ -1,0 +1,86 @@
+// Looks for the progress window of a server, as a user would see it.
+//
+//   FindProgress                 prints the caption of each one that is there now
+//   FindProgress CAPTION         waits for it and for its bar to move, and prints what stands in it
+//   FindProgress CAPTION press   the same; then presses its button and waits until it has gone
+//
+// Exit status 1 when what it waits for does not happen.
+#include <windows.h>
+#include <commctrl.h>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr wchar_t kFrameClass[] = L"QuillonProgress";
+constexpr DWORD kPatience = 30000;  // milliseconds
+
+bool WaitUntil(const std::function<bool()>& done) {
+  for (const ULONGLONG deadline = GetTickCount64() + kPatience; GetTickCount64() < deadline;) {
+    if (done()) return true;
+    Sleep(10);
+  }
+  return false;
+}
+
+// Also of a control of another process, which GetWindowText does not ask.
+std::string TextOf(HWND window) {
+  wchar_t wide[200] = {};
+  DWORD_PTR length = 0;
+  SendMessageTimeoutW(window, WM_GETTEXT, 200, reinterpret_cast<LPARAM>(wide), SMTO_NORMAL,
+                      kPatience, &length);
+  char text[400] = {};
+  WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr);
+  return text;
+}
+
+HWND VisibleFrame(HWND after, const std::string* caption) {
+  HWND frame = after;
+  do {
+    frame = FindWindowExW(nullptr, frame, kFrameClass, nullptr);
+  } while (frame != nullptr &&
+           (!IsWindowVisible(frame) || (caption != nullptr && TextOf(frame) != *caption)));
+  return frame;
+}
+
+LRESULT Position(HWND bar) {
+  return SendMessageW(bar, PBM_GETPOS, 0, 0);
+}
+
+void PrintControl(const char* kind, HWND control) {
+  if (control != nullptr) std::printf("%s: %s\n", kind, TextOf(control).c_str());
+}
+
+int Watch(const std::string& caption, bool press) {
+  HWND frame = nullptr;
+  if (!WaitUntil([&] { return (frame = VisibleFrame(nullptr, &caption)) != nullptr; })) {
+    std::puts("never shown");
+    return 1;
+  }
+  const HWND bar = FindWindowExW(frame, nullptr, PROGRESS_CLASSW, nullptr);
+  const HWND button = FindWindowExW(frame, nullptr, L"BUTTON", nullptr);
+  if (bar != nullptr && !WaitUntil([bar] { return Position(bar) > 0; })) {
+    std::puts("the bar does not move");
+    return 1;
+  }
+  PrintControl("text", FindWindowExW(frame, nullptr, L"STATIC", nullptr));
+  if (bar != nullptr) std::printf("bar: %ld\n", static_cast<long>(Position(bar)));
+  PrintControl("button", button);
+  std::printf("active: %d\n", GetForegroundWindow() == frame ? 1 : 0);
+  if (!press) return 0;
+  PostMessageW(button, BM_CLICK, 0, 0);
+  const bool gone = WaitUntil([frame] { return IsWindow(frame) == FALSE; });
+  std::puts(gone ? "gone" : "still there");
+  return gone ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count > 1) return Watch(arguments[1], count > 2 && std::string_view(arguments[2]) == "press");
+  HWND frame = nullptr;
+  while ((frame = VisibleFrame(frame, nullptr)) != nullptr) std::puts(TextOf(frame).c_str());
+  return 0;
+}
