@@ -17,9 +17,11 @@ std::wstring NameOf(HANDLE object) {
 int RunOnUnseenDesktop() {
   const HWINSTA station = CreateWindowStationW(nullptr, 0, GENERIC_ALL, nullptr);
   if (station == nullptr || SetProcessWindowStation(station) == FALSE) return 1;
-  const HDESK desktop = CreateDesktopW(L"Unseen", nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+  // Programs that run at the same time share the station, and would find each other's windows.
+  const std::wstring name = L"Tests" + std::to_wstring(GetCurrentProcessId());
+  const HDESK desktop = CreateDesktopW(name.c_str(), nullptr, nullptr, 0, GENERIC_ALL, nullptr);
   if (desktop == nullptr) return 1;
-  std::wstring place = NameOf(station) + L"\\" + NameOf(desktop);
+  std::wstring place = NameOf(station) + L"\\" + name;
   STARTUPINFOW start{};
   start.cb = sizeof start;
   start.lpDesktop = place.data();
