@@ -9,7 +9,6 @@
 namespace quillon::testing {
 namespace {
 
-constexpr wchar_t kScratch[] = L"Software\\QuillonTest";
 constexpr wchar_t kProgram[] = L"C:\\Program Files\\Quillon\\quillon.exe";
 
 // The keys and texts below a key, as "path\name" -> data.
@@ -40,7 +39,7 @@ void Collect(HKEY root, const std::wstring& path, std::map<std::wstring, std::ws
 
 class RegistrationTest : public ::testing::Test {
  protected:
-  ~RegistrationTest() override { RegDeleteTreeW(HKEY_CURRENT_USER, kScratch); }
+  ~RegistrationTest() override { RegDeleteTreeW(HKEY_CURRENT_USER, scratch_.c_str()); }
 
   std::map<std::wstring, std::wstring> Below() {
     std::map<std::wstring, std::wstring> found;
@@ -48,7 +47,9 @@ class RegistrationTest : public ::testing::Test {
     return found;
   }
 
-  const Registration::Place place_{HKEY_CURRENT_USER, std::wstring(kScratch) + L"\\Classes"};
+  // Tests run at the same time, each in a process of its own.
+  const std::wstring scratch_ = L"Software\\QuillonTest" + std::to_wstring(::GetCurrentProcessId());
+  const Registration::Place place_{HKEY_CURRENT_USER, scratch_ + L"\\Classes"};
   const Registration registration_{kProgram};
 };
 
