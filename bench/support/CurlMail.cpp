@@ -59,26 +59,34 @@ void CurlMime::Send(const std::string& text, const std::string& path) {
   handle_.Perform();
 }
 
-CurlPop::CurlPop(std::uint16_t port) : handle_("pop3://127.0.0.1:" + std::to_string(port) + "/") {
+CurlPop::CurlPop(std::uint16_t port)
+    : url_("pop3://127.0.0.1:" + std::to_string(port) + "/"), handle_(url_) {
   handle_.Set(CURLOPT_USERPWD, "bench:bench");
   handle_.Set(CURLOPT_WRITEFUNCTION, &CurlPop::OnWrite);
-  handle_.Set(CURLOPT_WRITEDATA, static_cast<void*>(&header_));
+  handle_.Set(CURLOPT_WRITEDATA, static_cast<void*>(&received_));
 }
 
-std::size_t CurlPop::OnWrite(char* data, std::size_t size, std::size_t count, void* header) {
-  static_cast<std::string*>(header)->append(data, size * count);
+std::size_t CurlPop::OnWrite(char* data, std::size_t size, std::size_t count, void* received) {
+  static_cast<std::string*>(received)->append(data, size * count);
   return size * count;
 }
 
 std::size_t CurlPop::LoadHeaders(std::size_t count) {
   std::size_t bytes = 0;
   for (std::size_t number = 1; number <= count; ++number) {
-    header_.clear();
+    received_.clear();
     handle_.Set(CURLOPT_CUSTOMREQUEST, ("TOP " + std::to_string(number) + " 0").c_str());
     handle_.Perform();
-    bytes += header_.size();
+    bytes += received_.size();
   }
   return bytes;
+}
+
+const std::string& CurlPop::LoadMessage() {
+  received_.clear();
+  handle_.Set(CURLOPT_URL, (url_ + "1").c_str());
+  handle_.Perform();
+  return received_;
 }
 
 }  // namespace quillon::bench

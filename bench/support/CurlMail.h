@@ -61,12 +61,15 @@ class CurlPop {
 
   // Returns the number of bytes of all headers.
   std::size_t LoadHeaders(std::size_t count);
+  // The first message of the mailbox.
+  const std::string& LoadMessage();
 
  private:
-  static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* header);
+  static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* received);
 
+  const std::string url_;
   CurlHandle handle_;
-  std::string header_;
+  std::string received_;
 };
 
 }  // namespace quillon::bench

@@ -51,6 +51,12 @@ std::size_t NativeMail::LoadMessageHeaders() {
   return shared_.headers.size();
 }
 
+std::size_t NativeMail::LoadMessage(const std::string& directory) {
+  instance_.attachmentDirectory = directory;
+  Check("LoadMessage", backEnd_.LoadMessage(request_));
+  return shared_.message.attachments.size();
+}
+
 void NativeMail::Check(const char* operation, std::int32_t result) {
   if (result == kBackEndSuccess) return;
   throw std::runtime_error(std::string(operation) + " fails with " + std::to_string(result));

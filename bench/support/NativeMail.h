@@ -28,6 +28,8 @@ class NativeMail {
   void Send();
   // Returns how many there are now.
   std::size_t LoadMessageHeaders();
+  // The first message of the loaded headers; its files go to the directory. Returns their number.
+  std::size_t LoadMessage(const std::string& directory);
 
  private:
   class NoMessageBox final : public MessageBoxPort {
