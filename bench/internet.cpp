@@ -28,6 +28,7 @@ constexpr int kMessagesPerRound = 300;
 constexpr int kHeaderRounds = 15;
 constexpr std::size_t kHeaders = 10000;
 constexpr std::size_t kFewHeaders = 1000;
+constexpr std::size_t kManyHeaders = 100000;
 constexpr const char* kSender = "sender@example.com";
 constexpr const char* kRecipient = "reader@example.com";
 constexpr const char* kAtLeast = ">= 1, wanted 1.5";
@@ -165,9 +166,9 @@ Growth MeasureGrowth(std::size_t count, std::uint16_t port) {
 
 void ShowGrowth() {
   const ScratchDirectory store;
-  FillMaildir(store.Path(), kHeaders);
+  FillMaildir(store.Path(), kManyHeaders);
   const MailHost host({"--store", store.Path().string(), "--no-lock"});
-  for (const auto count : {kFewHeaders, kHeaders}) {
+  for (const auto count : {kFewHeaders, kHeaders, kManyHeaders}) {
     const auto growth = MeasureGrowth(count, host.PopPort());
     PrintRow("LoadMessageHeaders of " + FigureText(static_cast<double>(count)) + ", time",
              FigureText(growth.microseconds) + " us per header");
