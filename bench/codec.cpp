@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -15,10 +14,10 @@
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "bench/support/SharedLibrary.h"
 #include "bench/support/Table.h"
 #include "codec/Base64.h"
 #include "codec/QuotedPrintable.h"
@@ -57,18 +56,12 @@ struct GMime {
   static constexpr int kUuBegun = 1 << 16;
 
   GMime() {
-    void* const library = dlopen("libgmime-3.0.so.0", RTLD_NOW);
-    if (library == nullptr) throw std::runtime_error("the package libgmime-3.0-0 is missing");
-    const auto bind = [library](auto& function, const char* name) {
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
-      if (function == nullptr) throw std::runtime_error(std::string(name) + " is missing");
-    };
-    bind(encodeBase64, "g_mime_encoding_base64_encode_step");
-    bind(decodeBase64, "g_mime_encoding_base64_decode_step");
-    bind(encodeUu, "g_mime_encoding_uuencode_step");
-    bind(decodeUu, "g_mime_encoding_uudecode_step");
-    bind(decodeQuotedPrintable, "g_mime_encoding_quoted_decode_step");
+    const auto library = GMimeLibrary();
+    library.Bind(encodeBase64, "g_mime_encoding_base64_encode_step");
+    library.Bind(decodeBase64, "g_mime_encoding_base64_decode_step");
+    library.Bind(encodeUu, "g_mime_encoding_uuencode_step");
+    library.Bind(decodeUu, "g_mime_encoding_uudecode_step");
+    library.Bind(decodeQuotedPrintable, "g_mime_encoding_quoted_decode_step");
   }
 
   Step encodeBase64 = nullptr;

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/types.h>
-#include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "bench/support/SharedLibrary.h"
 
 namespace quillon::bench {
 
@@ -43,46 +43,40 @@ struct GMimeSplitter::Library {
   using ForEach = void (*)(Object parent, Object part, void* data);
 
   Library() {
-    void* const library = dlopen("libgmime-3.0.so.0", RTLD_NOW);
-    if (library == nullptr) throw std::runtime_error("the package libgmime-3.0-0 is missing");
-    const auto bind = [library](auto& function, const char* name) {
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
-      if (function == nullptr) throw std::runtime_error(std::string(name) + " is missing");
-    };
-    bind(unref, "g_object_unref");
-    bind(isA, "g_type_check_instance_is_a");
-    bind(memoryStreamOver, "g_mime_stream_mem_new_with_byte_array");
-    bind(setOwner, "g_mime_stream_mem_set_owner");
-    bind(memoryStream, "g_mime_stream_mem_new");
-    bind(bytesOf, "g_mime_stream_mem_get_byte_array");
-    bind(fileStream, "g_mime_stream_fs_open");
-    bind(nullStream, "g_mime_stream_null_new");
-    bind(closeStream, "g_mime_stream_close");
-    bind(makeParser, "g_mime_parser_new_with_stream");
-    bind(parse, "g_mime_parser_construct_message");
-    bind(forEach, "g_mime_message_foreach");
-    bind(contentType, "g_mime_object_get_content_type");
-    bind(isType, "g_mime_content_type_is_type");
-    bind(disposition, "g_mime_object_get_disposition");
-    bind(fileName, "g_mime_part_get_filename");
-    bind(content, "g_mime_part_get_content");
-    bind(writeContent, "g_mime_data_wrapper_write_to_stream");
-    bind(innerMessage, "g_mime_message_part_get_message");
-    bind(writeObject, "g_mime_object_write_to_stream");
+    const auto library = GMimeLibrary();
+    library.Bind(unref, "g_object_unref");
+    library.Bind(isA, "g_type_check_instance_is_a");
+    library.Bind(memoryStreamOver, "g_mime_stream_mem_new_with_byte_array");
+    library.Bind(setOwner, "g_mime_stream_mem_set_owner");
+    library.Bind(memoryStream, "g_mime_stream_mem_new");
+    library.Bind(bytesOf, "g_mime_stream_mem_get_byte_array");
+    library.Bind(fileStream, "g_mime_stream_fs_open");
+    library.Bind(nullStream, "g_mime_stream_null_new");
+    library.Bind(closeStream, "g_mime_stream_close");
+    library.Bind(makeParser, "g_mime_parser_new_with_stream");
+    library.Bind(parse, "g_mime_parser_construct_message");
+    library.Bind(forEach, "g_mime_message_foreach");
+    library.Bind(contentType, "g_mime_object_get_content_type");
+    library.Bind(isType, "g_mime_content_type_is_type");
+    library.Bind(disposition, "g_mime_object_get_disposition");
+    library.Bind(fileName, "g_mime_part_get_filename");
+    library.Bind(content, "g_mime_part_get_content");
+    library.Bind(writeContent, "g_mime_data_wrapper_write_to_stream");
+    library.Bind(innerMessage, "g_mime_message_part_get_message");
+    library.Bind(writeObject, "g_mime_object_write_to_stream");
     void (*start)() = nullptr;
-    bind(start, "g_mime_init");
+    library.Bind(start, "g_mime_init");
     start();
     Object (*makeFormat)() = nullptr;
-    bind(makeFormat, "g_mime_format_options_new");
+    library.Bind(makeFormat, "g_mime_format_options_new");
     void (*setNewlines)(Object format, int newlines) = nullptr;
-    bind(setNewlines, "g_mime_format_options_set_newline_format");
+    library.Bind(setNewlines, "g_mime_format_options_set_newline_format");
     format = makeFormat();  // kept for good
     setNewlines(format, kCrLf);
     std::size_t (*type)() = nullptr;
-    bind(type, "g_mime_part_get_type");
+    library.Bind(type, "g_mime_part_get_type");
     part = type();
-    bind(type, "g_mime_message_part_get_type");
+    library.Bind(type, "g_mime_message_part_get_type");
     messagePart = type();
   }
 

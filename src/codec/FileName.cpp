@@ -67,6 +67,16 @@ std::string WithSuffix(const std::string& base, const std::string& suffix) {
   return base.substr(0, base.size() - suffix.size()) + suffix;
 }
 
+// What every system has room for, with a directory in front of it.
+std::string ShortName(std::string_view name) {
+  constexpr std::size_t kShortBase = 50;
+  constexpr std::size_t kShortExtension = 10;
+  auto parts = CleanParts(name);
+  parts.base.resize(std::min(parts.base.size(), kShortBase));
+  parts.extension.resize(std::min(parts.extension.size(), kShortExtension));
+  return Joined(parts);
+}
+
 // Offers one candidate name after the other until one is taken by `take`; empty when none was.
 template <typename Take>
 std::string FirstFree(FileSystem& files, const std::string& directory, std::string_view name,
@@ -107,14 +117,16 @@ AttachmentFile CreateAttachmentFile(FileSystem& files, const std::string& direct
                                     std::string_view name, bool returnShort,
                                     const std::function<std::string()>& randomLetters) {
   AttachmentFile created;
-  created.path =
-      FirstFree(files, directory, name, randomLetters, [&](const std::string& candidate) {
-        created.file = files.Open(candidate, OpenMode::kCreateNew);
-        // A file that neither is there nor can be made: the directory takes none, whatever its
-        // name.
-        return created.file != nullptr ||
-               (!files.FileExists(candidate) && !files.DirectoryExists(candidate));
-      });
+  const auto create = [&](const std::string& candidate) {
+    created.file = files.Open(candidate, OpenMode::kCreateNew);
+    // A file that neither is there nor can be made: the directory takes none of this length.
+    return created.file != nullptr ||
+           (!files.FileExists(candidate) && !files.DirectoryExists(candidate));
+  };
+  created.path = FirstFree(files, directory, name, randomLetters, create);
+  if (created.file == nullptr) {
+    created.path = FirstFree(files, directory, ShortName(name), randomLetters, create);
+  }
   if (created.file == nullptr) return {};
   created.listedPath = returnShort ? files.ShortPath(created.path) : created.path;
   return created;

@@ -28,7 +28,8 @@ struct AttachmentFile {
 
 // Creates a file for an attachment of this name. When the name is taken, the end of its base name
 // is written over with a digit from 1 to 9, and from then on with three capital letters drawn by
-// `randomLetters` (six when ten thousand draws found all names taken).
+// `randomLetters` (six when ten thousand draws found all names taken). A
+// name that is longer than the system takes is cut to 50 and 10 characters.
 AttachmentFile CreateAttachmentFile(FileSystem& files, const std::string& directory,
                                     std::string_view name, bool returnShort,
                                     const std::function<std::string()>& randomLetters);

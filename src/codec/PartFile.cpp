@@ -1,6 +1,5 @@
 #include "codec/PartFile.h"
 
-#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -17,15 +16,6 @@ std::string DisplayName(std::string_view name) {
   std::string shown(FileNameOf(name));
   std::erase_if(shown, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; });
   return shown;
-}
-
-// What every system has room for, with a directory in front of it.
-std::string ShortName(std::string_view name) {
-  constexpr std::size_t kBase = 50;
-  constexpr std::size_t kExtension = 10;
-  const auto clean = CleanFileName(name);
-  const auto dot = clean.find('.');
-  return clean.substr(0, std::min(dot, kBase)) + clean.substr(dot, 1 + kExtension);
 }
 
 }  // namespace
@@ -51,11 +41,6 @@ PartFile::PartFile(FileSystem& files, const SplitSettings& settings, std::string
     : list_(list) {
   auto created = CreateAttachmentFile(files, settings.directory, name, settings.returnShortPaths,
                                       RandomLetters);
-  if (created.file == nullptr) {
-    // The name may be longer than the system takes.
-    created = CreateAttachmentFile(files, settings.directory, ShortName(name),
-                                   settings.returnShortPaths, RandomLetters);
-  }
   if (created.file == nullptr) {
     list_.Fail();
     return;

@@ -1,5 +1,6 @@
 #include "mail/AsynchNotifier.h"
 
+#include <exception>
 #include <utility>
 
 #include "core/ServerError.h"
@@ -34,8 +35,13 @@ void AsynchNotifier::Post(const AsynchEvent& event) {
   auto delivered = event;
   if (tagMode_) delivered.text += " Tag: " + event.tag;
   const auto object = object_;  // stays alive while it is called
+  bool reached = true;
   ++callbacks_;
-  const bool reached = object->AsynchNotification(delivered);
+  try {
+    reached = object->AsynchNotification(delivered);
+  } catch (const std::exception&) {
+    // The event is lost; the operation goes on.
+  }
   --callbacks_;
   if (!reached && object_ == object) object_.reset();
 }

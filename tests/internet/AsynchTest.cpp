@@ -39,15 +39,6 @@ class AsynchTest : public ::testing::Test {
     world.network.RunPending();
   }
 
-  static std::int32_t CodeOf(const std::function<void()>& call) {
-    try {
-      call();
-    } catch (const ServerError& error) {
-      return error.Code();
-    }
-    return 0;
-  }
-
   InternetWorld world;
   InternetBackEnd& backEnd = world.backEnd;
   std::shared_ptr<RecordingObject> object = std::make_shared<RecordingObject>();
@@ -125,7 +116,16 @@ TEST_F(AsynchTest, FromInsideACallbackNothingCanBeStarted) {
   EXPECT_EQ(object->last.result, -1);
 }
 
-TEST_F(AsynchTest, AnObjectThatIsGoneDoesNotHarmTheOperation) {
+TEST_F(AsynchTest, AnObjectThatFailsDoesNotHarmTheOperation) {
+  object->during = [](const AsynchEvent&) { throw std::bad_alloc(); };
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(world.shared.headers.size(), 1U);
+  EXPECT_EQ(object->last.result, -1);
+  object->during = nullptr;
+  object->heard.clear();
+  world.shared.headers.clear();
+
   object->gone = true;
   EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
   RunToEnd();
@@ -153,6 +153,20 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   RunToEnd();
   EXPECT_EQ(object->last.result, -1);
   EXPECT_EQ(world.shared.headers.size(), 1U);
+
+  // While the connection is being made, the abort ends it there and then.
+  backEnd.Shutdown(0);
+  world.network.weather = FakeNetwork::Weather::NoAnswer;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  const auto start = world.network.Now();
+  backEnd.AsynchAbort();
+  world.notifier.Post(end);
+  world.network.weather = FakeNetwork::Weather::Fine;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  RunToEnd();
+  EXPECT_EQ(object->last.result, -1);
+  EXPECT_EQ(world.network.Now(), start);
+  world.shared.headers.clear();
 
   EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
   backEnd.Shutdown(0);

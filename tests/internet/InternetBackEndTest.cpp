@@ -16,15 +16,6 @@ class InternetBackEndTest : public ::testing::Test {
     world.network.accept = [this] { return std::make_shared<ObligingPeer>(servePop); };
   }
 
-  std::int32_t CodeOf(const std::function<void()>& call) {
-    try {
-      call();
-    } catch (const ServerError& error) {
-      return error.Code();
-    }
-    return 0;
-  }
-
   InternetWorld world;
   InternetBackEnd& backEnd = world.backEnd;
   MailRequest& request = world.request;

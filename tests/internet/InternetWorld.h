@@ -59,6 +59,16 @@ class RecordingDisplay final : public ProgressDisplay {
   std::function<void()> abort;
 };
 
+// The code of the ServerError that a call throws; 0 when it throws none.
+inline std::int32_t CodeOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const ServerError& error) {
+    return error.Code();
+  }
+  return 0;
+}
+
 class InternetWorld {
  public:
   InternetWorld()
