@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "codec/BlockIo.h"
 #include "codec/UUCode.h"
 #include "core/ServerError.h"
 #include "core/Text.h"
@@ -148,8 +149,7 @@ void RemoveOneDirectory(const Context& context, const Arguments& arguments) {
 void RequireOther(const Context& context, const std::string& from, const std::string& to) {
   RequireFile(context, from);
   if (to.empty()) throw ServerError(error_code::kFileNotSpecified);
-  auto& files = context.Files();
-  if (EqualsIgnoreCase(files.FullPath(from), files.FullPath(to))) Malformed();
+  if (SamePath(context.Files(), from, to)) Malformed();
 }
 
 void RequirePair(const Context& context, const Arguments& arguments) {
