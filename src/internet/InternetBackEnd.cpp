@@ -329,11 +329,12 @@ std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest::K
                                          ? asynch_operation::kLoadMessageHeaders
                                          : asynch_operation::kLoadMessageIdentifiers);
   process.steps.push_back({Adapter::Pop, "Failed to load the message headers.",
-                           [settings = PopSettingsOf(request), kind, collector](smtppop& engine) {
+                           [settings = PopSettingsOf(request), kind, collector,
+                            &shared = request.shared](smtppop& engine) {
                              engine.BeginLoadMessageHeaders(settings, {kind}, *collector);
+                             shared.headers = {};  // its memory serves the new one
                            },
                            [this, &shared = request.shared, collector](std::int32_t result) {
-                             shared.headers.clear();
                              if (result == kBackEndSuccess)
                                shared.headers = TextTable(std::move(collector->Table()));
                            }});
