@@ -3,8 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
-#include <vector>
 
 #include "core/ShortBool.h"
 
@@ -33,6 +33,7 @@ struct HeaderRecord {
   std::int16_t priority = 3;  // 1 (highest) to 5
 };
 
-using HeaderTable = std::vector<HeaderRecord>;
+// Grows without moving what it holds, which would take twice the memory for a while.
+using HeaderTable = std::deque<HeaderRecord>;
 
 }  // namespace quillon
