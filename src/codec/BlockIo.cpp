@@ -162,6 +162,12 @@ void OutputFile::Flush() {
   used_ = 0;
 }
 
+std::unique_ptr<File> OpenInput(FileSystem& files, const std::string& inputPath,
+                                const std::string& outputPath) {
+  if (SamePath(files, inputPath, outputPath)) return nullptr;
+  return files.Open(inputPath, OpenMode::kRead);
+}
+
 bool SamePath(FileSystem& files, const std::string& one, const std::string& other) {
   std::string first = files.FullPath(one);
   std::string second = files.FullPath(other);

@@ -106,6 +106,10 @@ class OutputFile {
   bool finished_ = false;
 };
 
+// The file to read; null when it cannot be read, or is the one that is going to be written.
+std::unique_ptr<File> OpenInput(FileSystem& files, const std::string& inputPath,
+                                const std::string& outputPath);
+
 // Whether both paths name the same file: by their texts, or, when both exist, by what the system
 // says.
 bool SamePath(FileSystem& files, const std::string& one, const std::string& other);

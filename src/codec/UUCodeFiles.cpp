@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "codec/Base64.h"
+#include "codec/Base64FileEncoder.h"
 #include "codec/BlockIo.h"
 #include "codec/QuotedPrintable.h"
 #include "codec/UUCode.h"
 #include "codec/UuFileDecoder.h"
+#include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
 #include "codec/UuSplitter.h"
 
@@ -16,24 +18,6 @@ namespace quillon {
 namespace {
 
 constexpr size_t kHeaderInfoBytes = 512;
-
-// Null when the input cannot be read, or is the file that is going to be written.
-std::unique_ptr<File> OpenInput(FileSystem& files, const std::string& inputPath,
-                                const std::string& outputPath) {
-  if (SamePath(files, inputPath, outputPath)) return nullptr;
-  return files.Open(inputPath, OpenMode::kRead);
-}
-
-bool EncodeBase64File(File& input, OutputFile& output) {
-  std::vector<uint8_t> block = BufferFor(input, kBase64LineBytes);
-  for (;;) {
-    const std::optional<size_t> count = ReadBlock(input, block);
-    if (!count) return false;
-    const std::span<const uint8_t> bytes = std::span(block).first(*count);
-    output.Commit(EncodeBase64Lines(bytes, output.Reserve(Base64EncodedSize(bytes.size()))));
-    if (bytes.size() < block.size()) return output.Finish();
-  }
-}
 
 bool DecodeBase64File(File& input, OutputFile& output) {
   Base64Decoder decoder;
@@ -114,14 +98,9 @@ bool DecodeUuFile(FileSystem& files, const std::string& inputPath, const std::st
 
 void UUCode::UUEncodeFile(const std::string& inputPath, const std::string& outputPath,
                           int16_t style, ShortBool& result) {
-  result = kFalse;
-  const auto input = OpenInput(files_, inputPath, outputPath);
-  if (!input) return;
-  OutputFile output(files_, outputPath);
-  output.Append(UuBeginLine(inputPath));
-  if (!EncodeUuData(*input, kWholeFile, output)) return;
-  output.Append(UuTrailer(style == kGraveAccentStyle));
-  result = ToShortBool(output.Finish());
+  result = ToShortBool(UuFileEncoder(files_, inputPath, outputPath, UuBeginLine(inputPath),
+                                     UuTrailer(style == kGraveAccentStyle))
+                           .Run());
 }
 
 void UUCode::UUEncodeFile2(const std::string& inputPath, const std::string& outputPath,
@@ -165,11 +144,7 @@ void UUCode::UUDecodeFile2(const std::string& inputPath, const std::string& outp
 
 void UUCode::Base64EncodeFile(const std::string& inputPath, const std::string& outputPath,
                               ShortBool& result) {
-  result = kFalse;
-  const auto input = OpenInput(files_, inputPath, outputPath);
-  if (!input) return;
-  OutputFile output(files_, outputPath);
-  result = ToShortBool(EncodeBase64File(*input, output));
+  result = ToShortBool(Base64FileEncoder(files_, inputPath, outputPath).Run());
 }
 
 void UUCode::Base64DecodeFile(const std::string& inputPath, const std::string& outputPath,

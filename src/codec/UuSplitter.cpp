@@ -10,6 +10,7 @@
 #include "codec/FileName.h"
 #include "codec/UUCode.h"
 #include "codec/UuFileDecoder.h"
+#include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
 #include "codec/UuLines.h"
 
@@ -39,7 +40,10 @@ bool WritePart(FileSystem& files, File& input, const std::string& inputPath,
   OutputFile output(files, path);
   output.Append(UuSectionLine(number, count, inputPath));
   if (number == 1) output.Append(UuBeginLine(inputPath));
-  if (!EncodeUuData(input, bytes, output)) return false;
+  UuDataEncoder data(input, bytes, output);
+  FileEncoder::State state = data.Step();
+  while (state == FileEncoder::State::More) state = data.Step();
+  if (state == FileEncoder::State::Failed) return false;
   if (number == count) output.Append(UuTrailer(true));
   return output.Finish();
 }
@@ -108,20 +112,6 @@ bool DecodeParts(FileSystem& files, const std::vector<Part>& parts, LineReader& 
 }
 
 }  // namespace
-
-bool EncodeUuData(File& input, uint64_t bytes, OutputFile& output) {
-  std::vector<uint8_t> buffer = BufferFor(input, kUuBlockBytes);
-  while (bytes != 0 && output.Good()) {
-    const auto wanted = static_cast<size_t>(std::min<uint64_t>(bytes, buffer.size()));
-    const std::optional<size_t> count = ReadBlock(input, std::span(buffer).first(wanted));
-    if (!count) return false;
-    const std::span<const uint8_t> block = std::span(buffer).first(*count);
-    output.Commit(EncodeUuLines(block, output.Reserve(UuEncodedSize(block.size()))));
-    if (block.size() < wanted) break;
-    bytes -= wanted;
-  }
-  return output.Good();
-}
 
 bool EncodeUuParts(FileSystem& files, const std::string& inputPath,
                    const std::string& outputDirectory, int32_t maximumSize) {

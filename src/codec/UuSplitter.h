@@ -2,20 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <string>
 
-#include "codec/BlockIo.h"
 #include "platform/FileSystem.h"
 
 namespace quillon {
-
-inline constexpr uint64_t kWholeFile = std::numeric_limits<uint64_t>::max();
-
-// Writes the lines for the next `bytes` bytes of the input, or for what it has. False when reading
-// or writing failed.
-bool EncodeUuData(File& input, uint64_t bytes, OutputFile& output);
 
 // Encodes a file into `outputDirectory` (with its separator) so that each output has as many lines
 // of 63 characters as fit into `maximumSize` bytes; the part header comes on top. False when that

@@ -1,7 +1,7 @@
 #include "codec/ZipClass.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -13,45 +13,70 @@ namespace {
 
 constexpr int kCompressionFactor = 5;
 
+class Packer final : public FileEncoder {
+ public:
+  Packer(FileSystem& files, std::vector<std::string> paths, std::string archive,
+         std::string password)
+      : files_(files),
+        paths_(std::move(paths)),
+        archive_(std::move(archive)),
+        password_(std::move(password)) {}
+
+  State Step() override;
+
+ private:
+  // Whether every file is there and none is the archive.
+  bool CanBegin() const {
+    return !paths_.empty() && std::all_of(paths_.begin(), paths_.end(), [this](const auto& path) {
+      return OpenInput(files_, path, archive_) != nullptr;
+    });
+  }
+  bool BeginNext();
+
+  FileSystem& files_;
+  const std::vector<std::string> paths_;
+  const std::string archive_;
+  const std::string password_;
+  std::optional<ZipWriter> writer_;
+  std::size_t next_ = 0;
+  std::unique_ptr<File> input_;  // of the one before
+};
+
+FileEncoder::State Packer::Step() {
+  if (!writer_) {
+    if (!CanBegin()) return State::Failed;
+    writer_.emplace(files_, archive_, kCompressionFactor, password_);
+  }
+  if (!input_ && !BeginNext()) return State::Failed;
+  const State state = writer_->Step();
+  if (state != State::Done) return state;
+  input_.reset();
+  if (next_ < paths_.size()) return State::More;
+  return writer_->Finish() ? State::Done : State::Failed;
+}
+
+bool Packer::BeginNext() {
+  const std::string& path = paths_[next_++];
+  input_ = files_.Open(path, OpenMode::kRead);
+  if (!input_) return false;
+  writer_->Begin(*input_, path);
+  return true;
+}
+
 }  // namespace
 
-ZipClass::ZipClass(FileSystem& files, ZipProgress progress)
-    : files_(files), progress_(std::move(progress)) {}
-
 ShortBool ZipClass::zip() {
-  uint64_t total = 0;
-  return ToShortBool(!paths_.empty() && Prepare(total) && Pack(total));
+  return ToShortBool(Start()->Run());
+}
+
+std::unique_ptr<FileEncoder> ZipClass::Start() const {
+  return std::make_unique<Packer>(files_, paths_, zipFile_, password_);
 }
 
 void ZipClass::Reset() {
   paths_.clear();
   zipFile_.clear();
   password_.clear();
-}
-
-// Whether every file is there and none is the archive, before anything is written.
-bool ZipClass::Prepare(uint64_t& total) {
-  for (const std::string& path : paths_) {
-    if (SamePath(files_, path, zipFile_)) return false;
-    const std::unique_ptr<File> file = files_.Open(path, OpenMode::kRead);
-    if (!file) return false;
-    total += file->Size().value_or(0);
-  }
-  return true;
-}
-
-bool ZipClass::Pack(uint64_t total) {
-  uint64_t done = 0;
-  const auto onPacked = [&](size_t count) {
-    done = std::min(done + count, total);  // a file can grow meanwhile
-    return !progress_ || progress_(done, total);
-  };
-  ZipWriter writer(files_, zipFile_, kCompressionFactor, password_);
-  for (const std::string& path : paths_) {
-    const std::unique_ptr<File> file = files_.Open(path, OpenMode::kRead);
-    if (!file || !writer.Add(*file, path, onPacked)) return false;
-  }
-  return writer.Finish();
 }
 
 }  // namespace quillon

@@ -2,23 +2,19 @@
 // and encrypted when there is a password. docs/zip.md describes the archive.
 #pragma once
 
-#include <cstdint>
-#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "codec/FileEncoder.h"
 #include "core/ShortBool.h"
 #include "platform/FileSystem.h"
 
 namespace quillon {
 
-// Told while packing how many bytes of all files are done, the same number or a larger one each
-// time; false gives up.
-using ZipProgress = std::function<bool(uint64_t done, uint64_t total)>;
-
 class ZipClass {
  public:
-  explicit ZipClass(FileSystem& files, ZipProgress progress = {});
+  explicit ZipClass(FileSystem& files) : files_(files) {}
 
   // The path of the archive, which replaces an older one.
   const std::string& zipFile() const noexcept { return zipFile_; }
@@ -31,20 +27,19 @@ class ZipClass {
   // Files are packed in the order added. One added twice is in the archive twice.
   void AddFile(const std::string& path) { paths_.push_back(path); }
 
-  // False when no file was added, one of them cannot be read or is the archive itself, the archive
-  // cannot be written, or the progress callback gives up: then there is no archive. What stood
-  // under its name stays when a file is missing, or is the archive, from the start.
+  // False when no file was added, one of them cannot be read or is the archive itself, or the
+  // archive cannot be written: then there is no archive. What stood under its name stays when a
+  // file is missing, or is the archive, from the start.
   ShortBool zip();
+
+  // The same in steps. What is set here meanwhile counts for the next archive.
+  std::unique_ptr<FileEncoder> Start() const;
 
   // No files, no archive path, no password.
   void Reset();
 
  private:
-  bool Prepare(uint64_t& total);
-  bool Pack(uint64_t total);
-
   FileSystem& files_;
-  const ZipProgress progress_;
   std::vector<std::string> paths_;
   std::string zipFile_;
   std::string password_;

@@ -1,22 +1,32 @@
-// Attachments packed into ZIP archives before they are encoded.
+// Which attachments are packed into ZIP archives before they are encoded.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "internet/TemporaryFolder.h"
+#include "codec/FileEncoder.h"
 #include "mail/SharedState.h"
 #include "platform/FileSystem.h"
 
 namespace quillon {
 
-// The files to attach in place of the given ones: themselves, or the archives that
-// `attachmentEncoding` asks for, made in `folder`. An archive is named after the first file in it;
-// an empty password means none. Throws ServerError 534 when one cannot be made.
-std::vector<Attachment> PackAttachments(FileSystem& files, TemporaryFolder& folder,
-                                        std::vector<Attachment> attachments,
-                                        std::int16_t attachmentEncoding,
-                                        const std::string& password);
+// One file that goes as it is, or the files of one archive.
+struct AttachmentGroup {
+  std::vector<Attachment> files;
+  bool packed = false;
+};
+
+// In the order of the attachments, as `attachmentEncoding` asks.
+std::vector<AttachmentGroup> GroupAttachments(std::vector<Attachment> attachments,
+                                              std::int16_t attachmentEncoding);
+
+// The name of the archive of a group: that of its first file, with the extension of archives.
+std::string ArchiveName(const AttachmentGroup& group);
+
+// Makes the archive of a group; an empty password means none.
+std::unique_ptr<FileEncoder> PackGroup(FileSystem& files, const AttachmentGroup& group,
+                                       const std::string& archive, const std::string& password);
 
 }  // namespace quillon

@@ -153,9 +153,14 @@ std::int32_t InternetBackEnd::Perform(Call& call, Process process) {
     return kBackEndSuccess;
   }
   auto result = kBackEndSuccess;
-  for (const auto& step : process.steps) {
-    result = Run(process, step);
-    if (result != kBackEndSuccess) break;
+  try {
+    for (const auto& step : process.steps) {
+      result = Run(process, step);
+      if (result != kBackEndSuccess) break;
+    }
+  } catch (...) {
+    reporter_.End();
+    throw;
   }
   reporter_.End();
   if (result == kAborted) throw ServerError(kAborted);
@@ -172,12 +177,13 @@ std::int32_t InternetBackEnd::Run(const Process& process, const Step& step) {
 
 void InternetBackEnd::BeginStep() {
   process_->steps.front().begin(Engine());
-  Engine().WhenDone([this](std::int32_t result) { EndStep(result); });
+  Engine().WhenDone([this] { EndStep(); });
 }
 
-void InternetBackEnd::EndStep(std::int32_t result) {
+void InternetBackEnd::EndStep() {
   const auto process = process_;
   try {
+    const auto result = Engine().TakeResult();
     const auto step = std::move(process->steps.front());
     process->steps.pop_front();
     step.finish(result);

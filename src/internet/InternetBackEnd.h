@@ -96,7 +96,7 @@ class InternetBackEnd final : public BackEnd {
   std::int32_t Perform(Call& call, Process process);
   std::int32_t Run(const Process& process, const Step& step);
   void BeginStep();
-  void EndStep(std::int32_t result);
+  void EndStep();
   void EndProcess(std::int32_t result, std::string text);
   // Remembers what failed, and shows it when error display is on.
   void Note(const Process& process, const Step& step, std::int32_t result);

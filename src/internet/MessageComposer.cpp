@@ -3,14 +3,11 @@
 #include <string_view>
 #include <utility>
 
-#include "codec/BlockIo.h"
-#include "codec/UUCode.h"
+#include "codec/Base64FileEncoder.h"
+#include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
-#include "codec/UuSplitter.h"
 #include "core/ServerError.h"
-#include "internet/AttachmentPacking.h"
 #include "internet/Boundary.h"
-#include "internet/ComposedMessage.h"
 #include "internet/PartFields.h"
 
 namespace quillon {
@@ -21,9 +18,11 @@ using Content = MessagePiece::Content;
 using Section = MessageData::Section;
 
 constexpr std::int32_t kNoSuchFile = 521;
+constexpr std::int32_t kPackingFailed = 534;
 constexpr std::int32_t kEncodingFailed = 535;
 
 constexpr std::string_view kFileExtension = ".UUE";
+constexpr std::string_view kArchiveExtension = ".zip";
 
 constexpr std::string_view kPreamble =
     "> THIS IS A MESSAGE IN 'MIME' FORMAT.  Your mail reader does not support MIME.\r\n"
@@ -44,89 +43,24 @@ void RequireFile(FileSystem& files, const char* what, const std::string& path) {
   throw ServerError(kNoSuchFile, std::string(what) + " " + path + " does not exist.");
 }
 
-// Encodes files into a temporary folder.
-class FileEncoder {
- public:
-  FileEncoder(const ComposerPorts& ports, TemporaryFolder& folder)
-      : ports_(ports), folder_(folder) {}
+}  // namespace
 
-  std::string Base64(const std::string& path) {
-    auto encoded = NewFile();
-    ShortBool result = kFalse;
-    UUCode(ports_.files).Base64EncodeFile(path, encoded, result);
-    if (result != kTrue) throw ServerError(kEncodingFailed);
-    return encoded;
-  }
-
-  // The block names the attachment as the reader shall see it, not the file.
-  std::string Uu(const Attachment& attachment) {
-    auto encoded = NewFile();
-    const auto input = ports_.files.Open(attachment.file, OpenMode::kRead);
-    OutputFile output(ports_.files, encoded);
-    output.Append(ports_.codePage.ToBytes(UuBeginLine(SafeName(attachment.displayName))));
-    if (!input || !EncodeUuData(*input, kWholeFile, output)) throw ServerError(kEncodingFailed);
-    output.Append(UuTrailer(true));
-    if (!output.Finish()) throw ServerError(kEncodingFailed);
-    return encoded;
-  }
-
- private:
-  std::string NewFile() {
-    auto path = folder_.NewFile(kFileExtension);
-    if (path.empty()) throw ServerError(kEncodingFailed);
-    return path;
-  }
-
-  const ComposerPorts& ports_;
-  TemporaryFolder& folder_;
-};
-
-class Composer {
- public:
-  Composer(const ComposerPorts& ports, const ComposerSettings& settings, OutgoingMessage message);
-
-  std::unique_ptr<MessageData> Compose();
-
- private:
-  void AddText();
-  void AddAlternatives();
-  void AddAttachments();
-  MessagePiece MimePiece(const Attachment& attachment);
-  MessagePiece UuPiece(const Attachment& attachment, bool first);
-  void LogMilestone(std::string_view text) const;
-
-  const ComposerPorts& ports_;
-  OutgoingMessage message_;
-  const MessageShape shape_;
-  const bool isMime_;
-  const std::string outer_;
-  const std::string inner_;
-  bool textEndsLine_;
-  std::unique_ptr<TemporaryFolder> ownFolder_;
-  TemporaryFolder& folder_;
-  FileEncoder encoder_;
-  std::unique_ptr<ComposedMessage> composed_;
-};
-
-Composer::Composer(const ComposerPorts& ports, const ComposerSettings& settings,
-                   OutgoingMessage message)
+MessageComposer::MessageComposer(const ComposerPorts& ports, const ComposerSettings& settings,
+                                 OutgoingMessage message)
     : ports_(ports),
       message_(std::move(message)),
       shape_(ShapeOf(message_)),
       isMime_(shape_ == MessageShape::Alternatives || shape_ == MessageShape::Mixed),
       outer_(isMime_ ? OuterBoundary(message_.body) : std::string()),
       inner_(isMime_ ? InnerBoundary(message_.body) : std::string()),
-      textEndsLine_(message_.body.empty() || message_.body.back() == '\n' ||
-                    message_.body.back() == '\r'),
+      needsLineEnd_(!message_.body.empty() && message_.body.back() != '\n' &&
+                    message_.body.back() != '\r'),
       ownFolder_(std::make_unique<TemporaryFolder>(ports.files, settings.temporaryDirectory,
                                                    settings.keepTemporaryFiles)),
       folder_(*ownFolder_),
-      encoder_(ports, folder_),
       composed_(std::make_unique<ComposedMessage>(ports.files, std::move(message_.body),
                                                   static_cast<std::size_t>(settings.blockSize),
-                                                  std::move(ownFolder_))) {}
-
-std::unique_ptr<MessageData> Composer::Compose() {
+                                                  std::move(ownFolder_))) {
   for (const auto& alternative : message_.alternatives) {
     RequireFile(ports_.files, "Alternative", alternative.file);
   }
@@ -134,12 +68,36 @@ std::unique_ptr<MessageData> Composer::Compose() {
     RequireFile(ports_.files, "Attachment", attachment.file);
   }
   AddText();
-  AddAlternatives();
-  AddAttachments();
-  return std::move(composed_);
+  textSize_ = composed_->Size();
+  if (!message_.attachments.empty()) Then([this] { EncodeAttachments(); });
+  if (!message_.alternatives.empty()) Then([this] { EncodeAlternatives(); });
 }
 
-void Composer::AddText() {
+bool MessageComposer::Step() {
+  if (encoder_ != nullptr) {
+    const auto state = encoder_->Step();
+    if (state == FileEncoder::State::Failed) throw ServerError(failure_);
+    if (state == FileEncoder::State::Done) encoder_.reset();
+  } else if (!jobs_.empty()) {
+    const auto job = std::move(jobs_.front());
+    jobs_.pop_front();
+    job();
+  }
+  return encoder_ == nullptr && jobs_.empty();
+}
+
+std::uint64_t MessageComposer::ApproximateSize() const {
+  std::uint64_t bytes = 0;
+  const auto add = [&](const std::string& path) {
+    const auto file = ports_.files.Open(path, OpenMode::kRead);
+    if (file != nullptr) bytes += file->Size().value_or(0);
+  };
+  for (const auto& alternative : message_.alternatives) add(alternative.file);
+  for (const auto& attachment : message_.attachments) add(attachment.file);
+  return textSize_ + bytes + bytes / 3;
+}
+
+void MessageComposer::AddText() {
   auto lines = BuildHeaderBlock(message_, ports_.clock.Now(), outer_);
   if (isMime_) {
     lines.append(kPreamble).append("--").append(outer_).append("\r\n");
@@ -153,53 +111,88 @@ void Composer::AddText() {
   composed_->Add({Section::Text, std::move(lines), Content::Text, {}});
 }
 
-void Composer::AddAlternatives() {
-  if (message_.alternatives.empty()) return;
+void MessageComposer::EncodeAlternatives() {
   LogMilestone("Encoding alternatives... ");
-  const auto& boundary = shape_ == MessageShape::Mixed ? inner_ : outer_;
-  for (const auto& alternative : message_.alternatives) {
+  Then([this] {
     composed_->Add(
-        {Section::Alternatives,
-         Delimiter(boundary) + AlternativeFields(alternative.contentType, message_.charset),
-         Content::Base64File, encoder_.Base64(alternative.file)});
+        {Section::Alternatives, CloseDelimiter(AlternativesBoundary()), Content::None, {}});
+  });
+  for (auto one = message_.alternatives.rbegin(); one != message_.alternatives.rend(); ++one) {
+    Then([this, &alternative = *one] { EncodeAlternative(alternative); });
   }
-  composed_->Add({Section::Alternatives, CloseDelimiter(boundary), Content::None, {}});
 }
 
-void Composer::AddAttachments() {
-  if (message_.attachments.empty()) return;
+void MessageComposer::EncodeAlternative(const Alternative& alternative) {
+  auto path = NewFile(kFileExtension, kEncodingFailed);
+  auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, alternative.file, path);
+  Add({Section::Alternatives,
+       Delimiter(AlternativesBoundary()) +
+           AlternativeFields(alternative.contentType, message_.charset),
+       Content::Base64File, std::move(path)},
+      std::move(encoder));
+}
+
+void MessageComposer::EncodeAttachments() {
   LogMilestone("Encoding attachments... ");
-  bool first = true;
-  for (const auto& attachment :
-       PackAttachments(ports_.files, folder_, std::move(message_.attachments),
-                       message_.attachmentEncoding, message_.zipPassword)) {
-    composed_->Add(isMime_ ? MimePiece(attachment) : UuPiece(attachment, first));
-    first = false;
+  if (isMime_) {
+    Then([this] {
+      composed_->Add({Section::Attachments, CloseDelimiter(outer_), Content::None, {}});
+    });
   }
-  if (isMime_) composed_->Add({Section::Attachments, CloseDelimiter(outer_), Content::None, {}});
+  auto groups = GroupAttachments(message_.attachments, message_.attachmentEncoding);
+  for (auto group = groups.rbegin(); group != groups.rend(); ++group) {
+    Then([this, files = std::move(*group)] { EncodeGroup(files); });
+  }
 }
 
-MessagePiece Composer::MimePiece(const Attachment& attachment) {
-  return {Section::Attachments,
-          Delimiter(outer_) + AttachmentFields(attachment.displayName, ports_.codePage),
-          Content::Base64File, encoder_.Base64(attachment.file)};
+void MessageComposer::EncodeGroup(const AttachmentGroup& group) {
+  if (!group.packed) return EncodeAttachment(group.files.front());
+  const auto archive = NewFile(kArchiveExtension, kPackingFailed);
+  failure_ = kPackingFailed;
+  encoder_ = PackGroup(ports_.files, group, archive, message_.zipPassword);
+  Then([this, attachment = Attachment{archive, ArchiveName(group)}] {
+    EncodeAttachment(attachment);
+  });
 }
 
-MessagePiece Composer::UuPiece(const Attachment& attachment, bool first) {
-  return {Section::Attachments, first && !textEndsLine_ ? "\r\n" : "", Content::UuFile,
-          encoder_.Uu(attachment)};
+void MessageComposer::EncodeAttachment(const Attachment& attachment) {
+  auto path = NewFile(kFileExtension, kEncodingFailed);
+  if (isMime_) {
+    auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, attachment.file, path);
+    Add({Section::Attachments,
+         Delimiter(outer_) + AttachmentFields(attachment.displayName, ports_.codePage),
+         Content::Base64File, std::move(path)},
+        std::move(encoder));
+  } else {
+    // The block names the attachment as the reader shall see it, not the file.
+    auto encoder = std::make_unique<UuFileEncoder>(
+        ports_.files, attachment.file, path,
+        ports_.codePage.ToBytes(UuBeginLine(SafeName(attachment.displayName))), UuTrailer(true));
+    Add({Section::Attachments, std::exchange(needsLineEnd_, false) ? "\r\n" : "", Content::UuFile,
+         std::move(path)},
+        std::move(encoder));
+  }
 }
 
-void Composer::LogMilestone(std::string_view text) const {
+// A piece that needs its file first.
+void MessageComposer::Add(MessagePiece piece, std::unique_ptr<FileEncoder> encoder) {
+  failure_ = kEncodingFailed;
+  encoder_ = std::move(encoder);
+  Then([this, added = std::move(piece)] { composed_->Add(added); });
+}
+
+std::string MessageComposer::NewFile(std::string_view extension, std::int32_t failure) {
+  auto path = folder_.NewFile(extension);
+  if (path.empty()) throw ServerError(failure);
+  return path;
+}
+
+const std::string& MessageComposer::AlternativesBoundary() const {
+  return shape_ == MessageShape::Mixed ? inner_ : outer_;
+}
+
+void MessageComposer::LogMilestone(std::string_view text) const {
   if (ports_.log.IsOpen()) ports_.log.WriteDebug(LogTime(ports_.clock.Now()) + " ", text);
-}
-
-}  // namespace
-
-std::unique_ptr<MessageData> ComposeMessage(const ComposerPorts& ports,
-                                            const ComposerSettings& settings,
-                                            OutgoingMessage message) {
-  return Composer(ports, settings, std::move(message)).Compose();
 }
 
 }  // namespace quillon

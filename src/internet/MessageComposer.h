@@ -1,14 +1,22 @@
 // Makes of a message what the SMTP session sends: the header block, the text, and the alternatives
-// and attachments encoded into temporary files, which are read back while they are sent.
+// and attachments encoded into temporary files, which are read back while they are sent. Large
+// files take their time, so the work is done in steps.
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
-#include "internet/MessageData.h"
+#include "codec/FileEncoder.h"
+#include "internet/AttachmentPacking.h"
+#include "internet/ComposedMessage.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/ProtocolLog.h"
+#include "internet/TemporaryFolder.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 #include "platform/LocalClock.h"
@@ -28,10 +36,52 @@ struct ComposerSettings {
   std::int32_t blockSize = 0;  // the text leaves in pieces of that many bytes; 0: in those it likes
 };
 
-// The temporary files are removed with the result, and when this throws. Thrown: ServerError 521
-// for a file that is not there, 534 when packing fails, 535 when encoding does.
-std::unique_ptr<MessageData> ComposeMessage(const ComposerPorts& ports,
-                                            const ComposerSettings& settings,
-                                            OutgoingMessage message);
+class MessageComposer {
+ public:
+  // Thrown: ServerError 521 for a file that is not there.
+  MessageComposer(const ComposerPorts& ports, const ComposerSettings& settings,
+                  OutgoingMessage message);
+  MessageComposer(const MessageComposer&) = delete;
+  MessageComposer& operator=(const MessageComposer&) = delete;
+
+  // The next piece of the work, about a block of a file; true when the message is complete. Thrown:
+  // ServerError 534 when packing fails, 535 when encoding does; nothing can follow that.
+  bool Step();
+
+  // The complete message. The temporary files are removed with it, or, when it does not come to
+  // that, with this object.
+  std::unique_ptr<MessageData> Take() { return std::move(composed_); }
+
+  // About how many bytes it will have. Looks at the files.
+  std::uint64_t ApproximateSize() const;
+
+ private:
+  void AddText();
+  void EncodeAlternatives();
+  void EncodeAlternative(const Alternative& alternative);
+  void EncodeAttachments();
+  void EncodeGroup(const AttachmentGroup& group);
+  void EncodeAttachment(const Attachment& attachment);
+  void Add(MessagePiece piece, std::unique_ptr<FileEncoder> encoder);
+  void Then(std::function<void()> job) { jobs_.push_front(std::move(job)); }
+  const std::string& AlternativesBoundary() const;
+  std::string NewFile(std::string_view extension, std::int32_t failure);
+  void LogMilestone(std::string_view text) const;
+
+  const ComposerPorts ports_;
+  OutgoingMessage message_;
+  const MessageShape shape_;
+  const bool isMime_;
+  const std::string outer_;  // boundaries
+  const std::string inner_;
+  bool needsLineEnd_;  // before the first uuencoded file
+  std::unique_ptr<TemporaryFolder> ownFolder_;
+  TemporaryFolder& folder_;
+  std::unique_ptr<ComposedMessage> composed_;
+  std::uint64_t textSize_ = 0;              // with the header block
+  std::deque<std::function<void()>> jobs_;  // what is left to do, behind the file being made
+  std::unique_ptr<FileEncoder> encoder_;
+  std::int32_t failure_ = 0;  // the code when that fails
+};
 
 }  // namespace quillon

@@ -10,7 +10,11 @@ namespace quillon {
 namespace {
 
 constexpr std::int32_t kNoRecipients = 9;
+constexpr std::int32_t kAborted = 522;
 constexpr std::int32_t kInvalidSender = 555;
+
+// How long a message is worked on before the loop gets a turn, in milliseconds.
+constexpr TickCount kTurn = 20;
 
 void RequireSafeLogin(const PopSettings& settings) {
   RequireWireSafe(settings.loginName, "The login name");
@@ -25,6 +29,12 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
 }
 
 }  // namespace
+
+struct smtppop::Composition {
+  MessageComposer composer;
+  SmtpSettings settings;
+  Envelope envelope;
+};
 
 smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
                  SessionListener* listener)
@@ -48,33 +58,34 @@ void smtppop::OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t 
 void smtppop::Enter(Protocol protocol) {
   protocol_ = protocol;
   refusal_.reset();
+  failure_ = nullptr;
   whenDone_.reset();
   loop_.RunPending();
 }
 
 bool smtppop::Done() const {
-  if (refusal_) return true;
+  if (refusal_ || failure_) return true;
+  if (composition_) return false;
   return protocol_ == Protocol::Smtp ? smtp_.Done() : pop_.Done();
 }
 
 std::int32_t smtppop::TakeResult() {
   data_.reset();
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
   if (refusal_) return *refusal_;
   return protocol_ == Protocol::Smtp ? smtp_.Result() : pop_.Result();
 }
 
 std::int32_t smtppop::Wait(TickCount deadline) {
-  if (!refusal_) {
-    loop_.RunUntil([this] { return Done(); }, deadline);
-    Abort();  // too late, or the program is being ended
-  }
+  if (!Done()) loop_.RunUntil([this] { return Done(); }, deadline);
+  if (!Done()) Abort();  // too late, or the program is being ended
   return TakeResult();
 }
 
-void smtppop::WhenDone(std::function<void(std::int32_t)> call) {
+void smtppop::WhenDone(std::function<void()> call) {
   whenDone_.reset();
   if (call == nullptr) return;
-  whenDone_ = std::make_shared<std::function<void(std::int32_t)>>(std::move(call));
+  whenDone_ = std::make_shared<std::function<void()>>(std::move(call));
   if (Done()) CallBack();
 }
 
@@ -85,7 +96,7 @@ void smtppop::CallBack() {
     const auto call = waiting.lock();
     if (call == nullptr) return;
     whenDone_.reset();
-    (*call)(TakeResult());
+    (*call)();
   });
 }
 
@@ -121,9 +132,35 @@ void smtppop::BeginSend(SmtpSettings settings, OutgoingMessage message,
     refusal_ = kNoRecipients;
     return;
   }
-  data_ = ComposeMessage(ports_, composing, std::move(message));
+  composition_.reset(new Composition{
+      {ports_, composing, std::move(message)}, std::move(settings), std::move(envelope)});
+  Compose();
+}
+
+// For a while; what is left after that is done when the loop has had its turn.
+void smtppop::Compose() {
+  const auto composition = composition_;
+  const auto turnEnd = loop_.Now() + kTurn;
+  try {
+    do {
+      if (composition->composer.Step()) return SendComposed();
+    } while (loop_.Now() < turnEnd);
+    OnProgress(0, composition->composer.ApproximateSize(), 0);
+  } catch (...) {
+    failure_ = std::current_exception();
+    composition_.reset();
+    return CallBack();
+  }
+  loop_.Post([this, waiting = std::weak_ptr(composition_)] {
+    if (!waiting.expired()) Compose();
+  });
+}
+
+void smtppop::SendComposed() {
+  const auto composition = std::move(composition_);
+  data_ = composition->composer.Take();
   OnStatus("Sending headers...");
-  smtp_.BeginSend(settings, std::move(envelope), *data_);
+  smtp_.BeginSend(composition->settings, std::move(composition->envelope), *data_);
 }
 
 void smtppop::BeginResolveAddress(const SmtpSettings& settings, const std::string& name) {
@@ -168,6 +205,11 @@ void smtppop::BeginDeleteMessage(const PopSettings& settings, std::uint32_t numb
 }
 
 void smtppop::Abort() {
+  if (composition_) {
+    composition_.reset();
+    refusal_ = kAborted;
+    CallBack();
+  }
   smtp_.Abort();
   pop_.Abort();
 }

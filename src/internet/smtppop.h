@@ -3,12 +3,14 @@
 // they go over the wire.
 //
 // Results are those of the sessions (MailSession.h, SmtpSession.h, PopSession.h) and 9 (no
-// recipients), 555 (not a sender address). Thrown as ServerError, before anything is sent: 529 for
-// CR, LF or NUL in an argument of a command; 521, 534 and 535 when the files of a message are
-// missing or cannot be packed or encoded.
+// recipients), 555 (not a sender address). Thrown as ServerError when an operation is begun: 529
+// for CR, LF or NUL in an argument of a command, 521 for a file of a message that is missing. 534
+// and 535 (the files of a message cannot be packed or encoded) are thrown in place of the result;
+// nothing has been sent then.
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -58,8 +60,10 @@ class smtppop : private SessionListener {
   // Runs the event loop until the operation is done, or the deadline, which aborts it.
   std::int32_t Wait(TickCount deadline = kNoDeadline);
 
-  // Calls, from the event loop, when the operation that was begun is done. Null: nobody waits.
-  void WhenDone(std::function<void(std::int32_t result)> call);
+  // Calls, from the event loop, when the operation that was begun is done: TakeResult gives its
+  // result. Null: nobody waits.
+  void WhenDone(std::function<void()> call);
+  std::int32_t TakeResult();
 
   // Ends the running operation with 522.
   void Abort();
@@ -76,7 +80,8 @@ class smtppop : private SessionListener {
 
   void Enter(Protocol protocol);
   bool Done() const;
-  std::int32_t TakeResult();
+  void Compose();
+  void SendComposed();
   void CallBack();
 
   EventLoop& loop_;
@@ -86,8 +91,11 @@ class smtppop : private SessionListener {
   PopSession pop_;
   Protocol protocol_ = Protocol::None;
   std::optional<std::int32_t> refusal_;  // the result of an operation that no session took up
-  std::unique_ptr<MessageData> data_;    // of the message that is being sent
-  std::shared_ptr<std::function<void(std::int32_t)>> whenDone_;
+  std::exception_ptr failure_;           // or what is thrown in its place
+  struct Composition;                    // a message before it is sent
+  std::shared_ptr<Composition> composition_;
+  std::unique_ptr<MessageData> data_;  // of the message that is being sent
+  std::shared_ptr<std::function<void()>> whenDone_;
 };
 
 }  // namespace quillon

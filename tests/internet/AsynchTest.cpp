@@ -1,6 +1,8 @@
 // Operations that go on by themselves and tell a client's object how they fare, and what the user
 // sees of a long one.
 #include <gtest/gtest.h>
+#include <limits>
+#include <random>
 
 #include "InternetWorld.h"
 #include "Peers.h"
@@ -29,6 +31,7 @@ class RecordingObject final : public NotificationObject {
 class AsynchTest : public ::testing::Test {
  protected:
   AsynchTest() {
+    end.kind = asynch_kind::kEndOfProcess;
     world.network.accept = [this] { return std::make_shared<ObligingPeer>(servePop); };
     world.notifier.Register(object, AsynchNotifier::Configuration::All);
   }
@@ -43,6 +46,7 @@ class AsynchTest : public ::testing::Test {
   InternetBackEnd& backEnd = world.backEnd;
   std::shared_ptr<RecordingObject> object = std::make_shared<RecordingObject>();
   bool servePop = true;
+  AsynchEvent end;  // of an abort
 };
 
 TEST_F(AsynchTest, AnOperationReturnsAtOnceAndEndsWithAnEvent) {
@@ -145,8 +149,6 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
   EXPECT_EQ(object->last.kind, asynch_kind::kStatus);
   EXPECT_TRUE(world.shared.headers.empty());
-  AsynchEvent end;  // of the abort
-  end.kind = asynch_kind::kEndOfProcess;
   world.notifier.Post(end);
   object->during = nullptr;
   EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
@@ -172,6 +174,53 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   backEnd.Shutdown(0);
   world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
   EXPECT_TRUE(world.shared.headers.empty());
+}
+
+TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
+  servePop = false;
+  constexpr std::size_t kSize = 3'000'000;
+  std::string bytes(kSize, '\0');
+  std::mt19937 random(1);
+  for (auto& byte : bytes) byte = static_cast<char>(random());
+  WriteWholeFile(*world.files, world.folder.Path("long"), BytesOf(bytes));
+  world.shared.message.attachments = {{world.folder.Path("long"), "long"}};
+  world.network.timePerLook = 10;  // two or three blocks, and the loop has a turn
+  for (const std::int16_t encoding : std::initializer_list<std::int16_t>{0, 2, 2 + 64}) {
+    world.instance.attachmentEncoding = encoding;
+    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    world.network.RunUntil([this] { return object->last.kind == asynch_kind::kProgress; },
+                           kNoDeadline);
+    EXPECT_EQ(object->last.done, 0);
+    EXPECT_GT(object->last.total, static_cast<std::int32_t>(kSize));
+    EXPECT_FALSE(world.temporary.Names().empty());
+    RunToEnd();
+    EXPECT_EQ(object->last.result, -1);
+    EXPECT_TRUE(world.temporary.Names().empty());
+
+    // Aborted in the middle of it, or cut off by the end of the program.
+    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    EXPECT_FALSE(world.temporary.Names().empty());
+    encoding == 0 ? backEnd.Shutdown(0) : backEnd.AsynchAbort();
+    EXPECT_TRUE(world.temporary.Names().empty());
+    world.notifier.Post(end);
+
+    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    world.disk.writeBudget = 1'000'000;
+    RunToEnd();
+    EXPECT_EQ(object->last.kind, asynch_kind::kEndOfProcess);
+    EXPECT_EQ(object->last.result, encoding < 64 ? 535 : 534);
+    EXPECT_TRUE(world.temporary.Names().empty());
+    world.disk.writeBudget = std::numeric_limits<std::uint64_t>::max();
+  }
+  // Without an object the user's button does it.
+  world.notifier.Reset();
+  world.shared.internet.progressBar = 5;
+  Timer user(world.network, [&] { world.display.abort(); });
+  user.Start(100);
+  EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 522);
+  EXPECT_EQ(world.display.seen.back(), "hidden");
+  EXPECT_TRUE(world.temporary.Names().empty());
+  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
 }
 
 TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {

@@ -48,7 +48,10 @@ class MessageComposerTest : public ::testing::Test {
   }
 
   std::unique_ptr<MessageData> Compose() {
-    return ComposeMessage({disk_, *codePage_, clock_, log_}, settings_, message_);
+    MessageComposer composer({disk_, *codePage_, clock_, log_}, settings_, message_);
+    while (!composer.Step()) {
+    }
+    return composer.Take();
   }
   static std::string Drain(MessageData& data, std::size_t wanted = kBlock) {
     std::string wire;

@@ -60,7 +60,9 @@ class FakeNetwork final : public NetworkLoop {
   std::vector<SocketAddress> addresses = {SocketAddress{}};  // of every name
   std::size_t connects = 0;                                  // addresses that were tried
 
-  TickCount Now() const override { return now_; }
+  TickCount timePerLook = 0;  // passes whenever somebody looks at the clock
+
+  TickCount Now() const override { return now_ += timePerLook; }
   bool RunUntil(const std::function<bool()>& done, TickCount deadline) override;
   void RunPending() override;
   void Post(std::function<void()> work) override { posted_.push_back(std::move(work)); }
@@ -76,7 +78,7 @@ class FakeNetwork final : public NetworkLoop {
   bool RunReady();
   TickCount NextEvent();
 
-  TickCount now_ = 1000;
+  mutable TickCount now_ = 1000;
   std::vector<std::function<void()>> posted_;
   std::vector<class FakeStream*> streams_;
 };

@@ -3,40 +3,40 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "codec/BlockIo.h"
+#include "codec/FileEncoder.h"
 #include "codec/zip/Deflater.h"
+#include "codec/zip/ZipCipher.h"
 #include "codec/zip/ZipNames.h"
 #include "codec/zip/ZipRecords.h"
 #include "platform/FileSystem.h"
 
 namespace quillon {
 
-class ZipCipher;
-
 class ZipWriter {
  public:
-  // Told how many more bytes of a file have been packed; false stops.
-  using OnPacked = std::function<bool(size_t)>;
-
   // Replaces an older file of the name. The archive is removed again unless Finish succeeds.
   // `factor` is that of Deflater; an empty password means no encryption.
   ZipWriter(FileSystem& files, const std::string& archive, int factor, std::string password);
 
-  // False when the file cannot be read, the archive cannot be written, or `onPacked` stops; the
-  // archive is then lost.
-  bool Add(File& input, const std::string& path, const OnPacked& onPacked);
+  // Adds a file under the name at the end of `path`. The file must live until all steps are done.
+  void Begin(File& input, const std::string& path);
+  // Packs the next block of the file. Failed: it cannot be read or the archive cannot be written;
+  // the archive is then lost.
+  FileEncoder::State Step();
 
   // True when the archive is complete.
   bool Finish();
 
  private:
-  bool PackData(File& input, ZipEntry& entry, ZipCipher* cipher, const OnPacked& onPacked);
-  void PackBlock(std::span<const uint8_t> bytes, bool last, ZipEntry& entry, ZipCipher* cipher);
-  void PackWhole(std::span<const uint8_t> bytes, ZipEntry& entry);
+  void PackBlock(std::span<const uint8_t> bytes, bool last);
+  void PackWhole(std::span<const uint8_t> bytes);
+  bool End();
 
   OutputFile output_;
   Deflater deflater_;
@@ -44,6 +44,11 @@ class ZipWriter {
   ZipNames names_;
   std::string directory_;  // its entries so far
   uint64_t count_ = 0;
+  // Of the file that is being added.
+  File* input_ = nullptr;
+  ZipEntry entry_;
+  std::optional<ZipCipher> cipher_;
+  std::vector<uint8_t> block_;
 };
 
 }  // namespace quillon
