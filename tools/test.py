@@ -110,11 +110,25 @@ def end_to_end():
     return Count(result.testsRun - len(ran_and_failed) - skipped, len(failed), skipped)
 
 
+def fuzz():
+    """Each target looks for new inputs for a minute."""
+    if not build("fuzz"):
+        return Count(failed=1)
+    done = subprocess.run([str(TOP / "tools" / "fuzz.sh"), "60"], stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    print(done.stdout, end="", flush=True)
+    lines = done.stdout.splitlines()
+    passed = sum(": nothing found, " in line for line in lines)
+    failed = sum(": FAILED, " in line for line in lines)
+    return Count(passed, max(failed, int(done.returncode != 0)))
+
+
 SECTIONS = {
     "native": ("Unit tests, native", native),
     "asan": ("Unit tests, native with ASan and UBSan", asan),
     "windows": ("Unit tests as Windows programs, under Wine", windows),
     "e2e": ("End to end, under Wine", end_to_end),
+    "fuzz": ("Fuzz targets, a minute each", fuzz),
 }
 
 

@@ -5,6 +5,7 @@ import contextlib
 import email
 import email.policy
 import json
+import os
 import re
 import socket
 import unittest
@@ -128,8 +129,15 @@ class ThereAndBack(MailRoad):
     def test_operations_that_go_on_by_themselves(self):
         sleeper = winetest.CLIENTS / "Sleeper.exe"
         self.assertEqual(0, self.wine.run(sleeper, "/register").returncode)
+        large = self.wine.drive_c / "large"
+        with open(large, "wb") as file:
+            for _ in range(200):
+                file.write(os.urandom(1 << 20))
+        temporary = self.wine.drive_c / "Temporary"
+        temporary.mkdir()
         with MailHost(faults="smtp at body 2 stall\n") as host:
-            self.run_mail("asynch.js", host.smtp, host.pop, timeout=180)
+            self.run_mail("asynch.js", host.smtp, host.pop, r"C:\large", timeout=180)
+            self.assertEqual([], list(temporary.iterdir()))
             subjects = [re.search(rb"^Subject: (.*)\r$", message, re.M)[1]
                         for message in host.received()]
             self.assertEqual([b"Short", b"Long", b"Last", b"Last", b"Last"], subjects)

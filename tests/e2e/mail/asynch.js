@@ -86,6 +86,22 @@ same("again", "1 -1 Message Sent Successfully", said(2));
 same("again, bytes", counts().split(" of ")[1], counts().split(" of ")[0]);
 mail.Message = big = "A text.";
 
+// A large file is packed before anything is sent; that ends at once, too.
+mail.attachmentEncoding = 2 + 64;
+mail.undocumented1 = "|TEMPDIR|C:\\Temporary";
+mail.AddAttachment(WScript.Arguments(2));
+mail.subject = "Packed";
+begin();
+mail.Send();
+for (i = 0; i < PATIENCE && !heard.partly; ++i) sleeper.Sleep(50);
+same("packing", "", said(1));
+same("nothing done yet", "0", counts().split(" of ")[0]);
+mail.AsynchAbort();
+for (i = 0; i < 5; ++i) sleeper.Sleep(100);
+same("packing aborted", "1 539 Process aborted.|5 -1 Asynchronous abort was successful.", said(2));
+mail.ClearMessageItems(6);
+mail.attachmentEncoding = 2;
+
 // A failure; then only ends are wanted, with their tags.
 mail.Logout();
 mail.Password = "wrong";
