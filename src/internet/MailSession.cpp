@@ -1,6 +1,7 @@
 #include "internet/MailSession.h"
 
 #include <new>
+#include <system_error>
 #include <utility>
 
 namespace quillon {
@@ -49,7 +50,7 @@ void MailSession::Connect() {
 
 void MailSession::OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code) {
   if (stream == nullptr) {
-    Log(name_ + " socket exception: ", std::to_string(connect_.LastError()));
+    LogException(connect_.LastError());
     return FinishAndClose(code);
   }
   socket_.Attach(std::move(stream));
@@ -138,7 +139,7 @@ void MailSession::OnUnfinishedLine(std::string_view text) {
 }
 
 void MailSession::OnClosed(int error) {
-  if (error != 0) Log(name_ + " socket exception: ", std::to_string(error));
+  if (error != 0) LogException(error);
   Log(name_ + " socket closed.");
   const auto number = LossNumber();
   const bool wasActive = Active();
@@ -149,6 +150,13 @@ void MailSession::OnClosed(int error) {
   // been done yet, so it can begin again.
   if (std::exchange(mayReconnect_, false) && !heard_) return Connect();
   Finish(number);
+}
+
+// The system has no error for a host that just does not answer.
+void MailSession::LogException(int error) {
+  if (!ports_.log.IsOpen()) return;
+  const auto text = error == 0 ? "no answer in time" : std::system_category().message(error);
+  Log(name_ + " socket exception: ", std::to_string(error) + " " + text);
 }
 
 void MailSession::LogMilestone(std::string_view text) {

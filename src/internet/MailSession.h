@@ -110,6 +110,8 @@ class MailSession : private LineSocket::Handler {
   // The number for a connection that the server closed in the middle of the operation.
   virtual std::int32_t LossNumber() const = 0;
 
+  // The system's number of the error, and its text.
+  void LogException(int error);
   void Connect();
   void OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code);
   void OnLine(std::string_view text, bool complete) override;
