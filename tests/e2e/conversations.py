@@ -70,9 +70,9 @@ class Conversation:
     def __init__(self, name, lines, folder):
         self.name = name
         self.is_pop = "protocol pop" in lines
-        # The name of this machine is another one.
-        self.host = re.sub(r"(?m)^C: HELO (workstation\.example|\[.*)$", "C: HELO *",
-                           "\n".join(lines)) + "\n"
+        # The name and the address of this machine are others.
+        host = re.sub(r"(?m)^C: HELO workstation\.example$", "C: HELO *", "\n".join(lines)) + "\n"
+        self.host = host.replace("[192.0.2.7]", "[127.0.0.1]")
         self._folder = folder / name
         self._undoing = {}
         self.statements = [statement for line in lines for statement in self._statements(line)]

@@ -5,6 +5,7 @@ works."""
 import contextlib
 import email.policy
 import pathlib
+import random
 import subprocess
 import tempfile
 import unittest
@@ -84,43 +85,49 @@ class Attachments(Breakdown):
         """Statements that attach a file of each of the sizes."""
         for number, size in enumerate(sizes):
             file = self.scratch / "files" / f"file{number}-{size}.bin"
-            file.write_bytes(bytes(size))
+            file.write_bytes(random.Random(size).randbytes(size))  # which no packing makes smaller
             yield f'mail.AddAttachment "{winetest.windows_path(file)}"'
 
     @staticmethod
-    def ends(what, call, number):
-        """Statements for a call that ends with a number, 0 when it goes well."""
+    def ends(what, call, number, text=""):
+        """Statements for a call that ends with a number and its text, 0 when it goes well."""
         return ["filesBefore = FileCount(received)", "On Error Resume Next", call,
                 f'Called "{what}", filesBefore', "On Error GoTo 0",
-                f'Same "{what}", "{number}", CStr(outcome)']
+                f'Same "{what}", "{number} {text}", CStr(outcome) & " " & said']
 
     def test_connection_lost_while_sending(self):
-        cases = [("smtp at body drop", 6012), ("smtp at body reply 552 too much", 6552),
-                 ("smtp at body stall", 6028), ("smtp at terminator drop", 6013)]
+        cases = [
+            ("smtp at body drop", 6012, "Unknown error occurred while sending file attachments."),
+            ("smtp at body reply 552 too much", 6552, "Exceeded SMTP storage allocation."),
+            ("smtp at body stall", 6028, "Network communications timed out."),
+            ("smtp at terminator drop", 6013, "Error occurred while sending message terminator."),
+        ]
         with contextlib.ExitStack() as stack:
             good = stack.enter_context(MailHost())
             lines = []
-            for faults, number in cases:
+            for faults, *ending in cases:
                 host = stack.enter_context(MailHost(faults=faults))
                 lines += [f"Begin {host.smtp}, {good.pop}", *self.attaching(100, MIB, 5 * MIB, 7),
-                          "mail.TimeoutProtocol = 2000", *self.ends(faults, "mail.Send", number),
+                          "mail.TimeoutProtocol = 2000", *self.ends(faults, "mail.Send", *ending),
                           "mail.TimeoutProtocol = 5000", f'GoesOn "{faults}"']
             self.run_script(good.smtp, good.pop, lines)
             self.assertEqual(len(cases), len(good.received()))
 
     def test_connection_lost_while_loading(self):
         mailbox = [message("before", []), message("lost", [100, MIB, MIB, 7])]
-        cases = [(f"pop at RETR 2 truncate {size}", 6029)
+        lost = 6029, "Unknown network error."
+        cases = [(f"pop at RETR 2 truncate {size}", *lost)
                  for size in (300, 1000, MIB, 2 * MIB, len(mailbox[1]) - 40)]
-        cases += [("pop at RETR 2 drop mid", 6029), ("pop at RETR 2 silent", 6027)]
+        cases += [("pop at RETR 2 drop mid", *lost),
+                  ("pop at RETR 2 silent", 6027, "Communications with the POP server timed out.")]
         with contextlib.ExitStack() as stack:
             good = stack.enter_context(MailHost())
             lines = ["mail.TimeoutProtocol = 2000"]
-            for faults, number in cases:
+            for faults, *ending in cases:
                 host = stack.enter_context(MailHost(mailbox, faults=faults))
                 lines += [f"Begin {good.smtp}, {host.pop}", "mail.LoadMessageHeaders",
                           "mail.messageIndex = 0", "mail.LoadMessage", "mail.messageIndex = 1",
-                          *self.ends(faults, "mail.LoadMessage", number),
+                          *self.ends(faults, "mail.LoadMessage", *ending),
                           'Same "the loaded message stays", "before", mail.subject',
                           f'GoesOn "{faults}"']
             self.run_script(good.smtp, good.pop, lines)
@@ -140,19 +147,28 @@ class Attachments(Breakdown):
     def test_disk_full(self):
         mailbox = [message("small", [1000, 100_000]), message("large", [1000, 500_000, 700_000]),
                    message("at once", [2 * MIB]), message("long", [], "A long text.\n" * 500_000)]
+        no_room = 6026, "Error occurred trying to open the POP temporary file."
+        not_encoded = 535, "Error while encoding files.  Is disk full?"
+        not_packed = 534, "Error while zipping files.  Is disk full?"
         with MailHost(mailbox) as host, self.small_disks("temporary", "received"):
             lines = [f"Begin {host.smtp}, {host.pop}", "mail.LoadMessageHeaders",
                      "mail.messageIndex = 0", *self.ends("small", "mail.LoadMessage", 0)]
             for index in (1, 2, 3):
                 lines += [f"mail.messageIndex = {index}",
-                          *self.ends(f"large {index}", "mail.LoadMessage", 6026),
+                          *self.ends(f"large {index}", "mail.LoadMessage", *no_room),
                           f'Same "large {index}, the loaded message stays", "small", mail.subject']
             lines += ["mail.messageIndex = 0", *self.ends("small again", "mail.LoadMessage", 0),
                       'Same "files", 4, FileCount(received)']
-            for what, sizes in (("many", (1000, 500_000, 500_000)), ("one", (2 * MIB,))):
+            many, one = (1000, 500_000, 600_000), (2 * MIB,)
+            for what, sizes, encoding, ending in (
+                    ("many", many, 2, not_encoded), ("one", one, 0, not_encoded),
+                    ("many in an archive", many, 64, not_packed),
+                    ("one in an archive", one, 2 + 128, not_packed),
+                    ("an archive encoded", (700_000,), 2 + 64, not_encoded)):
                 lines += ["NewMessage", *self.attaching(*sizes),
-                          *self.ends(what, "mail.Send", 535)]
-            lines += ["NewMessage", *self.attaching(1000, 500_000),
+                          f"mail.attachmentEncoding = {encoding}",
+                          *self.ends(what, "mail.Send", *ending)]
+            lines += ["mail.attachmentEncoding = 2", "NewMessage", *self.attaching(1000, 500_000),
                       *self.ends("what fits", "mail.Send", 0)]
             self.run_script(host.smtp, host.pop, lines)
             self.assertEqual(len(mailbox) + 1, len(host.received()))

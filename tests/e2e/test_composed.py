@@ -11,6 +11,7 @@ import random
 import re
 import shutil
 import tempfile
+import time
 import unittest
 import urllib.parse
 import zipfile
@@ -89,6 +90,54 @@ SHAPES = [
     Shape("an ANSI name", "multipart/mixed", ["Gr\u00fc\u00dfe.txt"],
           extra=["mail.Certify = False", "mail.Importance = 3"]),
 ]
+
+
+def header(to=(), content='Content-Type: text/plain; charset="us-ascii"', receipts=(),
+           reply="<ann@example.com>", priority=("X-MSMail-Priority: Normal",), own=(),
+           mailer=("X-Mailer: Quillon v1.0",)):
+    """The lines between the date and the empty line."""
+    return ["From: Ann Example <ann@example.com>", "To: bob@example.com", *to, "Subject: Fields",
+            "MIME-version: 1.0", content, *receipts, "Reply-To: " + reply, *priority, *own,
+            "X-Interface: Quillon OLE Server v1.0 (32)", *mailer]
+
+
+def priority(number, word):
+    return [f"X-Priority: {number}", f"X-MSMail-Priority: {word}"]
+
+
+def receipts(address):
+    return [f"Return-Receipt-To: {address}", f"Disposition-Notification-To: {address}"]
+
+
+OFFICE = "Office <office@example.com>"
+ATTACH = 'mail.AddAttachment "C:\\Files\\size1.bin"'
+ADD_PAGE = 'mail.AddAlternative "C:\\Files\\page.htm", "text/html", 0'
+# What is put, the offset from UTC that the date then has ("": the workstation's), the lines below.
+HEADERS = [
+    ([], "", header()),
+    (["mail.Certify = True", "mail.Importance = 1", "mail.UTCOffset = 5.75"], "+0545",
+     header(receipts=receipts("ann@example.com"), priority=priority(1, "High"))),
+    (["mail.Certify = True", f'mail.replyTo = "{OFFICE}"', "mail.Importance = 2",
+      "mail.UTCOffset = -3.5"], "-0330",
+     header(receipts=receipts(OFFICE), reply=OFFICE, priority=priority(2, "High"))),
+    (["mail.Importance = 4", 'mail.undocumented1 = "|CHARSET|iso-8859-1"', "mail.UTCOffset = 0"],
+     "+0000", header(content='Content-Type: text/plain; charset="iso-8859-1"',
+                     priority=priority(4, "Low"))),
+    (["mail.Importance = 5", 'mail.AddRecipientCc "Carl <carl@example.com>,d@example.com"',
+      'mail.AddRecipientBcc "hidden@example.com"', 'mail.XMailer = ""',
+      'mail.AddXHeader " Loop ", "no"', 'mail.AddXHeader "Two", "b"', "mail.UTCOffset = 24"],
+     "+2400", header(to=["Cc: Carl <carl@example.com>, d@example.com"], priority=priority(5, "Low"),
+                     own=["X-Loop: no", "X-Two: b"], mailer=[])),
+    ([ATTACH, f'mail.Message = "A{BOUNDARY} and B{BOUNDARY}"'], "",
+     header(content=f"Content-Type: multipart/mixed; boundary=C{BOUNDARY}")),
+    ([ATTACH, ADD_PAGE, "mail.attachmentEncoding = 1"], "",
+     header(content=f"Content-Type: multipart/mixed; boundary=A{BOUNDARY}")),
+    ([ADD_PAGE], "", header(content=f"Content-Type: multipart/alternative; boundary=A{BOUNDARY}")),
+    ([ATTACH, "mail.attachmentEncoding = 1"], "",
+     header(content="Content-Transfer-Encoding: 7bit")),
+]
+DATE = re.compile(r"Date:  ((?:Sun|Mon|Tue|Wed|Thu|Fri|Sat), \d\d [A-Z][a-z]{2} \d\d "
+                  r"\d\d:\d\d:\d\d) ([-+]\d{4})")
 
 
 def bodies(message):
@@ -217,9 +266,30 @@ class ComposedTest(ScriptTest, unittest.TestCase):
                     path = root / str(number) / file.rsplit("\\", 1)[1]
                     self.assertTrue(content == path.read_bytes(), file)
 
+    def test_header_fields(self):
+        """Everything above the empty line, in its order, as the properties have it."""
+        lines = []
+        for statements, _, _ in HEADERS:
+            lines += ["NewServer WScript.Arguments(0), WScript.Arguments(1)",
+                      "mail.Certify = False", 'mail.AddRecipientTo "bob@example.com"',
+                      'mail.subject = "Fields"', *statements, "mail.Send"]
+        with MailHost() as host:
+            self.run_checks(self.wine, self.session() + "\n".join(lines + ["mail.Certify = False"]),
+                            host.smtp, host.pop)
+            received = host.received()
+        for (_, offset, expected), wire in zip(HEADERS, received, strict=True):
+            date, *fields = wire.split(b"\r\n\r\n", 1)[0].decode("ascii").split("\r\n")
+            self.assertEqual(expected, fields)
+            self.assertRegex(date, DATE)
+            moment, found = DATE.fullmatch(date).groups()
+            self.assertEqual(offset or time.strftime("%z"), found)
+            # The time is that of the workstation, whatever the offset says.
+            sent = time.mktime(time.strptime(moment, "%a, %d %b %y %H:%M:%S"))
+            self.assertLess(abs(time.time() - sent), 600)
+
     def test_packed_attachments(self):
         """One archive for all, and one for each, with and without a password."""
-        names = ["size1800.bin", "two words, (1); it's.txt", "size1048576.bin"]
+        names = ["size1800.bin", "two words, (1); it's.txt", "size0.bin", "size1048576.bin"]
         base = [name.rsplit(".", 1)[0] for name in names]
         cases = [(2 + 64, "", [base[0]]), (2 + 128, "", base), (64, "secret", [base[0]]),
                  (2 + 64 + 128, "secret", [base[0]])]

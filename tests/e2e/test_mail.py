@@ -6,12 +6,16 @@ import email
 import email.policy
 import json
 import os
+import pathlib
 import re
 import socket
+import tempfile
+import time
 import unittest
 from email.utils import getaddresses
 
-from scripting import MailHost, MailTest, prefix_with_server
+from scripting import (ENDED, ENDINGS, MAIL_SCRIPTS, SCRIPTS, MailHost, MailTest,
+                       prefix_with_server)
 import winetest
 
 
@@ -25,6 +29,76 @@ def setUpModule():
 
 class MailRoad(MailTest, unittest.TestCase):
     pass
+
+
+# Servers that speak when nobody listens.
+TALKATIVE_SMTP = """protocol smtp
+S: 220 ready
+C: HELO *
+S: 250 hello
+C: RSET
+S: 250 ok
+S: 421 idle too long
+C: QUIT
+S: 221 bye
+"""
+TALKATIVE_POP = """protocol pop
+S: +OK ready
+C: USER joe
+S: +OK
+C: PASS secret
+S: +OK
+S: -ERR idle too long
+C: QUIT
+S: +OK bye
+"""
+# What log_events.vbs leads to: "%" stands for any text, TIME for date and time, "|" for nothing.
+LOG = """TIME Attempting to connect... |
+SMTP socket exception: 10061 %
+TIME Attempting to connect... |
+POP socket exception: 10061 %
+TIME Attempting to connect... |
+SMTP Rx: 220 ready
+SMTP Tx: HELO %
+SMTP Rx: 250 hello
+SMTP Tx: RSET
+SMTP Rx: 250 ok
+SMTP Bogus RX: 421 idle too long
+SMTP Tx: QUIT
+SMTP Rx: 221 bye
+SMTP socket closed.
+TIME Attempting to connect... |
++OK ready
+POP Tx: USER joe
++OK
+POP Tx: PASS ****
++OK
+POP Bogus RX: -ERR idle too long
+POP Tx: QUIT
++OK bye
+POP socket closed.
+--- Starting SMTP Send Method TIME ---
+TIME Encoding alternatives... |
+TIME Encoding attachments... |
+TIME Attempting to connect... |
+SMTP Rx: 220 localhost SMTP mailhost
+SMTP Tx: HELO %
+SMTP Rx: 250 %
+SMTP Tx: RSET
+SMTP Rx: 250 %
+SMTP Tx: MAIL FROM: <ann@example.com>
+SMTP Rx: 250 %
+SMTP Tx: RCPT TO: <bob@example.com>
+SMTP Rx: 250 %
+SMTP Tx: DATA
+SMTP Rx: 354 %
+TIME Sending message... |
+TIME Sending alternatives... |
+TIME Sending attachments... |
+TIME Sending terminator... |
+SMTP Rx: 250 message accepted
+TIME Message sent successfully! |
+"""
 
 
 class ThereAndBack(MailRoad):
@@ -112,6 +186,11 @@ class ThereAndBack(MailRoad):
         for got, wanted in zip(sent, expected, strict=True):
             self.assertEqual(wanted, got)
 
+    def test_login_data(self):
+        with MailHost() as host, MailHost(faults="smtp at MAIL reply 550 no") as refusing:
+            self.run_mail("login_data.vbs", host.smtp, host.pop, refusing.smtp)
+            self.assertEqual(2, len(host.received()))
+
     def test_no_field_can_start_another(self):
         with MailHost() as host:
             self.run_mail("fields.js", host.smtp, host.pop)
@@ -125,23 +204,6 @@ class ThereAndBack(MailRoad):
         with MailHost() as host:
             self.run_mail("refused.js", host.smtp, host.pop)
             self.assertEqual("", host.log.read_text())
-
-    def test_operations_that_go_on_by_themselves(self):
-        sleeper = winetest.CLIENTS / "Sleeper.exe"
-        self.assertEqual(0, self.wine.run(sleeper, "/register").returncode)
-        large = self.wine.drive_c / "large"
-        with open(large, "wb") as file:
-            for _ in range(200):
-                file.write(os.urandom(1 << 20))
-        temporary = self.wine.drive_c / "Temporary"
-        temporary.mkdir()
-        with MailHost(faults="smtp at body 2 stall\n") as host:
-            self.run_mail("asynch.js", host.smtp, host.pop, r"C:\large", timeout=180)
-            self.assertEqual([], list(temporary.iterdir()))
-            subjects = [re.search(rb"^Subject: (.*)\r$", message, re.M)[1]
-                        for message in host.received()]
-            self.assertEqual([b"Short", b"Long", b"Last", b"Last", b"Last"], subjects)
-            self.assertGreater(len(host.received()[1]), 20 << 20)
 
     def test_protocol_log(self):
         with MailHost() as host:
@@ -157,9 +219,91 @@ class ThereAndBack(MailRoad):
                      "Subject: Logged"):
             self.assertEqual(1, lines.count(step), step)
         self.assertRegex(lines[0], r"^--- Starting SMTP Send Method \S.* ---$")
-        for milestone in ("Attempting to connect... ", "Sending message... ",
-                          "Sending terminator... ", "Message sent successfully! "):
-            self.assertRegex(log.decode(), rf"(?m)^[^\r]*\d {re.escape(milestone)}\r$")
+
+    def test_protocol_log_of_events(self):
+        (self.wine.drive_c / "page.htm").write_bytes(b"<p>")
+        with MailHost() as host, MailHost(faults=TALKATIVE_SMTP) as smtp, \
+                MailHost(faults=TALKATIVE_POP) as pop, socket.socket() as nobody:
+            nobody.bind(("127.0.0.1", 0))
+            self.run_mail("log_events.vbs", host.smtp, host.pop, smtp.smtp, pop.pop,
+                          nobody.getsockname()[1])
+            self.assertEqual([], smtp.complaints() + pop.complaints())
+        log = (self.wine.drive_c / "Quillon" / "POPDUMP.TXT").read_bytes().decode("ascii")
+        expected = re.escape(LOG.replace("|", "")).replace("%", ".+")
+        expected = expected.replace("TIME", r"\d{4}(?:-\d\d){2} \d\d(?::\d\d){2}").split("\\\n")
+        lines = log.split("\r\n")
+        self.assertEqual(len(expected), len(lines), log)
+        for pattern, line in zip(expected, lines):
+            self.assertRegex(line, f"^{pattern}$")
+
+
+def subjects(messages):
+    return [re.search(rb"^Subject: (.*)\r$", message, re.M)[1] for message in messages]
+
+
+class Notification(MailRoad):
+    @classmethod
+    def setUpClass(cls):
+        sleeper = winetest.CLIENTS / "Sleeper.exe"
+        if cls.wine.run(sleeper, "/register").returncode != 0:
+            raise RuntimeError("Sleeper.exe cannot be registered")
+
+    def run_listening(self, name, *arguments):
+        listener = (MAIL_SCRIPTS / "listener.js").read_text()
+        self.run_mail(name, *arguments, before=listener, timeout=180)
+
+    def test_operations_that_go_on_by_themselves(self):
+        large = self.wine.drive_c / "large"
+        with open(large, "wb") as file:
+            for _ in range(200):
+                file.write(os.urandom(1 << 20))
+        temporary = self.wine.drive_c / "Temporary"
+        temporary.mkdir()
+        with MailHost(faults="smtp at body 2 stall\npop at TOP 1 delay 1000\n") as host:
+            self.run_listening("asynch.js", host.smtp, host.pop, "C:\\large")
+            self.assertEqual([], list(temporary.iterdir()))
+            self.assertEqual([b"Short", b"Long", b"Last", b"Last", b"Last"],
+                             subjects(host.received()))
+            self.assertGreater(len(host.received()[1]), 20 << 20)
+
+    def test_objects_good_and_bad(self):
+        waiting = (b"From: x@example.com\r\nSubject: Notes\r\n"
+                   b"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nText.\r\n"
+                   b"--b\r\nContent-Type: text/csv; name=t.csv\r\n\r\na;b\r\n--b--\r\n")
+        page = self.wine.drive_c / "page.htm"
+        page.write_bytes(b"<p>")
+        with MailHost([waiting]) as host:
+            self.run_listening("callbacks.js", host.smtp, host.pop, "C:\\page.htm")
+            self.assertEqual([b"blocks", b"reads", b"last"], subjects(host.received()))
+
+    def start_listening(self, folder, name, *arguments):
+        parts = [SCRIPTS / "check.js", *(MAIL_SCRIPTS / part
+                                         for part in ("session.js", "listener.js", name))]
+        script = folder / name
+        script.write_text("".join(part.read_text() for part in parts) + ENDINGS["js"])
+        return self.wine.start("cscript", "//nologo", script, *arguments)
+
+    def wait_for(self, condition, what):
+        deadline = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), deadline, what)
+            time.sleep(0.02)
+
+    def test_an_object_whose_program_is_gone(self):
+        """The operation goes on, and afterwards nobody is registered any more."""
+        with MailHost(faults="smtp at DATA delay 1500\n") as host, \
+                tempfile.TemporaryDirectory(prefix="scripts-") as scratch:
+            folder = pathlib.Path(scratch)
+            ports = host.smtp, host.pop
+            survivor = self.start_listening(folder, "survivor.js", *ports, folder / "go on")
+            self.wait_for(lambda: "held" in survivor.output(), "the first program")
+            victim = self.start_listening(folder, "abandoned.js", *ports)
+            self.wait_for(lambda: "SMTP C: DATA" in host.log.read_text(), "the message")
+            victim.kill()
+            self.wait_for(host.received, "the message of the program that is gone")
+            (folder / "go on").touch()
+            self.assertEqual(["held", ENDED], survivor.wait().output.splitlines())
+            self.assertEqual([b"Abandoned", b"Afterwards"], subjects(host.received()))
 
 
 # Texts of failures.
@@ -173,11 +317,14 @@ SMTP_END_LOST = (6013, "Error occurred while sending message terminator.")
 SMTP_SOME_REFUSED = (6020, "One or more bad recipients, but message was sent to good recipients.")
 SMTP_COMMAND = "SMTP command error.  Is this really an SMTP server?"
 SMTP_SERVER = "SMTP server error ."
+NO_DATA = "Data needed for this operation was not provided."
 NO_MAILBOX = "SMTP mailbox doesn't exist."
 TOO_MUCH = "Exceeded SMTP storage allocation."
 POP_NO_CONNECTION = (6002, "Could not connect to POP server.")
 POP_SILENT = (6027, "Communications with the POP server timed out.")
 POP_LOST = (6029, "Unknown network error.")
+POP_OVERFLOW = (6030, "Data overflow occurred during POP transaction.")
+QUIT_FAILED = (6020, "The POP QUIT command failed.")
 NOT_POP = "The server port is not a POP server.  Server response: "
 FINE = (0, "")
 
@@ -198,21 +345,29 @@ SEND_CASES = [
     ("at RCPT 1 reply 550 no such user\nat RCPT 3 reply 550-no\\r\\n550 such user",
      SMTP_SOME_REFUSED),
     ("at RCPT reply 550 no such user", (6503, SMTP_COMMAND)),
+    ("at RCPT reply 551 try <other@example.com>", (6551, NO_DATA)),
     ("at RCPT 2 reply 501 what", (6556, "Recipient not local, mail refused by SMTP server.")),
     ("at RCPT 2 reply 553 what", (6553, "SMTP mailbox syntax error.")),
     ("at RCPT 2 reply 552 too much", (6552, TOO_MUCH)),
     ("at RCPT 2 reply 450 later", (6450, "SMTP mailbox busy.")),
     ("at RCPT 2 reply 452 full", (6452, "SMTP server disk full.")),
     ("at RCPT 2 reply 555 what", (6555, "SMTP invalid sender address (From property).")),
+    # Texts of the server itself come first; a code without any has that of what has failed.
+    ("at RCPT 2 reply 530 log in first", (6530, "Operation not supported by this mail system.")),
+    ("at RCPT 2 reply 432 later", (6432, "Failed to send the message.")),
     ("at greeting reply 421 closing", (6421, "SMTP service unavailable.")),
     ("at greeting reply 554 no", (6554, SMTP_SERVER)),
     ("at MAIL reply 421 closing", (6421, "SMTP service unavailable.")),
+    ("at HELO reply 502 what", (6502, SMTP_COMMAND)),
+    ("at MAIL reply 500 what", (6500, SMTP_COMMAND)),
     ("at MAIL reply 552 too much", (6552, TOO_MUCH)),
     ("at MAIL reply 354 go on", SMTP_INVALID),
     ("at MAIL reply 199 what", SMTP_INVALID),
     ("at MAIL reply \\x20", SMTP_INVALID),
     ("at DATA reply 451 later", (6451, SMTP_SERVER)),
+    ("at DATA reply 501 what", (6501, SMTP_COMMAND)),
     ("at DATA reply 250 fine", SMTP_INVALID),
+    ("at terminator reply 504 what", (6504, SMTP_COMMAND)),
     ("at terminator reply 550 no", (6550, NO_MAILBOX)),
     ("at terminator reply 552 too much", (6552, TOO_MUCH)),
     ("at terminator reply 554 no", (6554, SMTP_SERVER)),
@@ -251,8 +406,10 @@ READ_CASES = [
     ("at UIDL reply -ERR no", "identifiers", (6025, "The POP UIDL command failed.")),
     ("at RETR reply -ERR no", "message", (6021, "The POP RETRIEVE command failed.")),
     ("at DELE reply -ERR no", "delete", (6017, "The POP message deletion failed.")),
-    ("at QUIT reply -ERR no", "logout", (6020, "The POP QUIT command failed.")),
+    ("at QUIT reply -ERR no", "logout", QUIT_FAILED),
     ("at QUIT drop", "logout", FINE),
+    ("at QUIT reply -ERR no", "deletion", QUIT_FAILED),
+    ("at QUIT drop", "deletion", QUIT_FAILED),
     *((f"at {step} drop", "headers", POP_LOST)
       for step in ("greeting", "USER", "PASS", "STAT", "TOP 2")),
     ("at UIDL drop mid", "identifiers", POP_LOST),
@@ -316,6 +473,11 @@ class Failures(MailRoad):
             return self.read_ends(faults, host.pop, *rest)
 
         self.run_cases(READ_CASES, call)
+
+    def test_a_header_without_end(self):
+        line = b"X-Endless: " + b"x" * 1000 + b"\r\n"
+        with MailHost([line * (68_000_000 // len(line))]) as host:
+            self.run_failures([self.read_ends("endless", host.pop, "headers", POP_OVERFLOW)])
 
     def test_a_refusal_leaves_the_session_open(self):
         faults = "".join(f"at {step} reply -ERR no\n" for step in ("TOP 2", "RETR 1", "DELE 1"))

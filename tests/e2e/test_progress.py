@@ -1,5 +1,5 @@
-"""The progress window, on a display: what a user sees of a long operation, and the button that ends
-it."""
+"""Windows, on a display: the progress of a long operation with the button that ends it, and the boxes
+that show errors."""
 
 import pathlib
 import tempfile
@@ -34,13 +34,40 @@ SLOW = "smtp at body stall\npop at RETR split line 100\n"
 WAITING = [b"Subject: long\r\n\r\n" + (b"x" * 900 + b"\r\n") * 600]
 
 
+# Each failure, with what a box shows of it and the error that is raised all the same.
+FAILURES = """
+mail.ErrorDisplay = true;
+WScript.Echo(codeOf(function () { mail.Send(); }));
+mail.AddRecipientTo("bob@example.com");
+WScript.Echo(codeOf(function () { mail.Send(); }));
+mail.SMTPPort = 1;
+WScript.Echo(codeOf(function () { mail.Send(); }));
+WScript.Echo(codeOf(function () { mail.LoadMessageHeaders(); }));
+mail.POPPort = 1;
+WScript.Echo(codeOf(function () { mail.Login(); }));
+mail.ErrorDisplay = false;
+WScript.Echo(codeOf(function () { mail.LoadMessageHeaders(); }));
+"""
+BOXES = [
+    ("516", "Mail Error", "No addressees were specified.: {516}"),
+    ("6550", "SMTP Mail Error",
+     "Failed to send the message.: {550} SMTP mailbox doesn't exist."),
+    ("6002", "SMTP Mail Error", "Failed to Logon to SMTP server.: {2}"),
+    ("6015", "POP Mail Error", "Failed to load the message headers.: {15} not you"),
+    ("6002", "POP Mail Error",
+     "Failed to Logon to POP server: {2} Could not connect to POP server."),
+    ("6002", None, None),
+]
+REFUSING = "smtp at MAIL reply 550 no\npop at PASS reply -ERR not you\n"
+
+
 def setUpModule():
-    ProgressWindow.wine = unittest.enterModuleContext(winetest.WinePrefix(display=True))
-    ProgressWindow.wine.register()
+    Windows.wine = unittest.enterModuleContext(winetest.WinePrefix(display=True))
+    Windows.wine.register()
 
 
-class ProgressWindow(unittest.TestCase):
-    def during(self, look, action, bar, threshold=0):
+class Windows(unittest.TestCase):
+    def during(self, look, action, bar, threshold=0, faults=SLOW):
         """Calls `look` with the host while a script carries out `action` with it; gives what the
         script wrote. An operation that still goes on after that fails, for want of a host."""
         text = "".join([
@@ -51,11 +78,27 @@ class ProgressWindow(unittest.TestCase):
         with tempfile.TemporaryDirectory(prefix="script-") as folder:
             script = pathlib.Path(folder) / "script.js"
             script.write_text(text, newline="\r\n")
-            with MailHost(WAITING, faults=SLOW) as host:
+            with MailHost(WAITING, faults=faults) as host:
                 running = self.wine.start("cscript", "//nologo", script, host.smtp, host.pop)
                 look(host)
             return running.wait(PATIENCE).output.splitlines()
 
+
+class ErrorBoxes(Windows):
+    def test_failures_are_shown_and_raised(self):
+        shown = []
+
+        def answer(_):
+            captions = [caption for _, caption, _ in BOXES if caption]
+            done = self.wine.run(winetest.CLIENTS / "AnswerBoxes.exe", *captions, timeout=PATIENCE)
+            shown.extend(done.output.splitlines())
+
+        written = self.during(answer, FAILURES, bar=0, faults=REFUSING)
+        self.assertEqual([f"{caption}: {text}" for _, caption, text in BOXES if caption], shown)
+        self.assertEqual([code for code, _, _ in BOXES] + [ENDED], written)
+
+
+class ProgressWindow(Windows):
     def find(self, *arguments):
         done = self.wine.run(FIND, *arguments, timeout=PATIENCE)
         lines = done.output.splitlines()

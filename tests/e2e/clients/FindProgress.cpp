@@ -8,41 +8,17 @@
 #include <windows.h>
 #include <commctrl.h>
 #include <cstdio>
-#include <functional>
 #include <string>
 #include <string_view>
+
+#include "Watching.h"
 
 namespace {
 
 constexpr wchar_t kFrameClass[] = L"QuillonProgress";
-constexpr DWORD kPatience = 30000;  // milliseconds
-
-bool WaitUntil(const std::function<bool()>& done) {
-  for (const ULONGLONG deadline = GetTickCount64() + kPatience; GetTickCount64() < deadline;) {
-    if (done()) return true;
-    Sleep(10);
-  }
-  return false;
-}
-
-// Also of a control of another process, which GetWindowText does not ask.
-std::string TextOf(HWND window) {
-  wchar_t wide[200] = {};
-  DWORD_PTR length = 0;
-  SendMessageTimeoutW(window, WM_GETTEXT, 200, reinterpret_cast<LPARAM>(wide), SMTO_NORMAL,
-                      kPatience, &length);
-  char text[400] = {};
-  WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr);
-  return text;
-}
 
 HWND VisibleFrame(HWND after, const std::string* caption) {
-  HWND frame = after;
-  do {
-    frame = FindWindowExW(nullptr, frame, kFrameClass, nullptr);
-  } while (frame != nullptr &&
-           (!IsWindowVisible(frame) || (caption != nullptr && TextOf(frame) != *caption)));
-  return frame;
+  return VisibleWindow(kFrameClass, after, caption);
 }
 
 LRESULT Position(HWND bar) {

@@ -1,42 +1,9 @@
-// Operations that go on by themselves, and the object that hears of them.
-//
-// The server calls back while the script waits in a call.
-var PATIENCE = 100, i;
-var heard = {log: "", ended: null, partly: null};
-var sleeper = new ActiveXObject("QuillonTest.Sleeper");
-
-function Listener() {
-  this.AsynchNotification = function (operation, kind, done, total, message, result, reserved, text) {
-    heard.log += kind + "/" + operation + " " + result + " " + text + "/" + done + " of " + total + "\n";
-    if (kind == 2) heard.ended = 1;
-    if (kind == 3 && done < total) heard.partly = 1;
-    return 0;
-  };
-}
-
-function begin() {
-  heard.log = "";
-  heard.ended = heard.partly = null;
-}
-
-// What was said by events of a kind: operation, result and text of each.
-function said(kind) {
-  var lines = heard.log.split("\n"), all = [], j;
-  for (j = 0; j < lines.length; ++j) {
-    if (lines[j].split("/")[0] == kind) all.push(lines[j].split("/")[1]);
-  }
-  return all.join("|");
-}
-
-function counts() {
-  var lines = heard.log.split("\n");
-  return lines[lines.length - 2].split("/")[2];
-}
-
+// Operations that go on by themselves, with an object that hears of them and one that asks too much.
 newServer(WScript.Arguments(0), WScript.Arguments(1));
 mail.TimeoutProtocol = 20000;
-same("abort without an object", 538, codeOf(function () { mail.AsynchAbort(); }));
-same("an object without the method", 542, codeOf(function () { mail.AsynchObjectRegister({}, 0, 1, 0); }));
+same("abort without an object", NOT_REGISTERED, failure(function () { mail.AsynchAbort(); }));
+same("an object without the method", "542 Unable to register asynchronous notification object.",
+     failure(function () { mail.AsynchObjectRegister({}, 0, 1, 0); }));
 var listener = new Listener();
 mail.AsynchObjectRegister(listener, 0, 1, 0);
 
@@ -45,23 +12,26 @@ mail.subject = "Short";
 mail.Message = "A text.";
 begin();
 mail.Send();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("send", "1 -1 Message Sent Successfully", said(2));
 same("send, steps", "Sending headers...|Connected to server...|Sending HELO...|Logged in successfully.|Mail from...|" +
-     "Sending recipients...|Sending message...|Message Sent Successfully", said(1).replace(/1 -1 /g, ""));
+     "Sending recipients...|Sending message...|Message Sent Successfully", steps());
 
 begin();
 mail.LoadMessageHeaders();
-var meanwhile = codeOf(function () { mail.Send(); });  // 541 when the object is being called
-same("another one meanwhile", true, meanwhile == 540 || meanwhile == 541);
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+// 541 when the object is being called
+var meanwhile = failure(function () { mail.Send(); });
+same("another one meanwhile", meanwhile == IN_CALLBACK ? IN_CALLBACK : IN_PROGRESS, meanwhile);
+meanwhile = failure(function () { mail.AsynchObjectUnregister(listener, 0); });
+same("taken back meanwhile", meanwhile == IN_CALLBACK ? IN_CALLBACK : IN_PROGRESS, meanwhile);
+untilEnded();
 same("headers", "2 -1 Headers loaded successfully.", said(2));
 same("headers, counts", "1 of 1", counts());
 same("count", 1, mail.messageCount);
 mail.messageIndex = 0;
 begin();
 mail.LoadMessage();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("load", "3 -1 Message loaded successfully.", said(2));
 same("loaded", "A text.\r\n", mail.Message);
 
@@ -72,7 +42,7 @@ mail.subject = "Long";
 mail.Message = big;
 begin();
 mail.Send();
-for (i = 0; i < PATIENCE && !heard.partly; ++i) sleeper.Sleep(100);
+for (var i = 0; i < PATIENCE && !heard.partly; ++i) sleeper.Sleep(100);
 same("not ended", null, heard.ended);
 mail.AsynchAbort();
 for (i = 0; i < 5; ++i) sleeper.Sleep(100);
@@ -81,7 +51,7 @@ same("aborted", "1 539 Process aborted.|5 -1 Asynchronous abort was successful."
 // Whole, this time.
 begin();
 mail.Send();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("again", "1 -1 Message Sent Successfully", said(2));
 same("again, bytes", counts().split(" of ")[1], counts().split(" of ")[0]);
 mail.Message = big = "A text.";
@@ -107,7 +77,7 @@ mail.Logout();
 mail.Password = "wrong";
 begin();
 mail.LoadMessageHeaders();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("refused", "2 15 ", said(2).substr(0, 5));
 mail.Password = "secret";
 mail.AsynchObjectUnregister(listener, 0);
@@ -115,7 +85,7 @@ mail.AsynchObjectRegister(listener, 0, 0, 0);
 mail.undocumented1 = "|ASYNCH_TAGS|-1";
 begin();
 mail.LoadMessageIdentifiers();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("ends only", "", said(1) + said(3));
 same("identifiers", "7 -1 Identifiers loaded successfully. Tag: END", said(2));
 mail.undocumented1 = "|ASYNCH_TAGS|0";
@@ -133,15 +103,15 @@ mail.AsynchObjectRegister(thrower, 0, 1, 0);
 mail.subject = "Last";
 begin();
 mail.Send();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
+untilEnded();
 same("thrown at", "1 -1 Message Sent Successfully", said(2));
 
 // What it may not do from inside.
 function Asker() {
   this.AsynchNotification = function (operation, kind, done, total, message, result, reserved, text) {
     if (heard.log == "") {
-      heard.log = codeOf(function () { mail.Send(); }) + "," +
-                  codeOf(function () { mail.AsynchObjectUnregister(asker, 0); });
+      heard.log = failure(function () { mail.Send(); }) + "|" +
+                  failure(function () { mail.AsynchObjectUnregister(asker, 0); });
     }
     if (kind == 2) heard.ended = 1;
     return 0;
@@ -152,12 +122,12 @@ mail.Logout();  // the host stalls at the second message of a connection
 mail.AsynchObjectRegister(asker, 0, 1, 0);
 begin();
 mail.Send();
-for (i = 0; i < PATIENCE && !heard.ended; ++i) sleeper.Sleep(100);
-same("from inside", "541,541", heard.log);
+untilEnded();
+same("from inside", IN_CALLBACK + "|" + IN_CALLBACK, heard.log);
 
 // A new Server object takes the registration back; calls wait again.
 var other = new ActiveXObject("QuillonInterface.Server");
-same("not registered", 538, codeOf(function () { mail.AsynchAbort(); }));
+same("not registered", NOT_REGISTERED, failure(function () { mail.AsynchAbort(); }));
 mail.Logout();
 mail.SMTPPort = WScript.Arguments(0);
 mail.Send();

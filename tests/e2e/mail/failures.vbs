@@ -37,6 +37,9 @@ Sub ReadEnds(what, port, operation, number, text)
     Case "logout"
       mail.Login
       mail.Logout
+    Case "deletion"
+      mail.DeleteMessage
+      mail.Logout
     Case Else WScript.Echo what & ": no such operation"
   End Select
   Ended what, number, text

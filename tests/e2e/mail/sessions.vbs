@@ -27,3 +27,25 @@ Same "refused", "two@example.com", mail.GetMessageItemString(11)
 mail.Send
 Ended "RCPT again", 0, ""
 Same "none refused", "", mail.GetMessageItemString(11)
+
+' The text of a number is that of the protocol last worked with.
+DecodesTo "Unknown network error on send."
+mail.LoadMessageHeaders
+DecodesTo "Unknown network error."
+
+Sub DecodesTo(expected)
+  Dim system, text
+  mail.DecodeError vbObjectError + 6029, system, 0, 0, text
+  Same "system", CInt(10), CInt(system)
+  Same "text", expected, text
+End Sub
+
+' Nobody is in these recipients, and no folder is in a mailbox.
+mail.NewMessage
+mail.AddRecipientTo "<>"
+mail.Send
+Ended "no address", 6009, "No recipients were specified."
+mail.MoveMessage "Archive"
+Ended "moving", 530, "Cannot move or copy a message with POP. (POPMoveMessage)"
+mail.CopyMessage "Archive"
+Ended "copying", 530, "Cannot move or copy a message with POP. (POPMoveMessage)"

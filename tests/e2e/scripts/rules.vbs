@@ -72,8 +72,12 @@ Same "no system", CInt(0), mail.QueryMailSystem(99)
 On Error Resume Next
 mail.AttachmentDirectory = "C:\none"
 RaisedText "AttachmentDirectory", "Directory does not exist."
+mail.AddAttachment "C:\none.txt"
+RaisedText "AddAttachment", "Attachment does not exist."
 mail.AddAlternative "C:\none.htm", "text/html", 0
 RaisedText "AddAlternative", "Alternative C:\none.htm does not exist."
+mail.AsynchObjectRegister mail, 1, 1, 0
+RaisedText "AsynchObjectRegister", "Object type not supported."
 mail.AsynchObjectRegister mail, 0, 2, 0
 RaisedText "AsynchObjectRegister", "Configuration parameter not supported."
 mail.SaveMessageToFile "C:\none\file"
