@@ -317,27 +317,29 @@ std::int32_t InternetBackEnd::Send(MailRequest& request) {
 }
 
 std::int32_t InternetBackEnd::LoadMessageHeaders(MailRequest& request) {
-  return LoadHeaders(request, HeaderRequest::Kind::All);
+  const auto single = static_cast<std::uint32_t>(request.shared.switches.singleHeader);
+  if (single == 0) return LoadHeaders(request, {HeaderRequest::Kind::All});
+  return LoadHeaders(request, {HeaderRequest::Kind::Single, single});
 }
 
 std::int32_t InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
-  return LoadHeaders(request, HeaderRequest::Kind::Identifiers);
+  return LoadHeaders(request, {HeaderRequest::Kind::Identifiers});
 }
 
-std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest::Kind kind) {
+std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest wanted) {
   Call call(*this);
   PreparePop(request);
   const auto& instance = request.instance;
   const auto collector = std::make_shared<HeaderCollector>(
       HeaderOptions{static_cast<std::size_t>(instance.maximumHeaders),
                     instance.unreadOnly != kFalse, Bytes(instance.dateFormat)});
-  auto process = NewProcess(request, kind == HeaderRequest::Kind::All
-                                         ? asynch_operation::kLoadMessageHeaders
-                                         : asynch_operation::kLoadMessageIdentifiers);
+  auto process = NewProcess(request, wanted.kind == HeaderRequest::Kind::Identifiers
+                                         ? asynch_operation::kLoadMessageIdentifiers
+                                         : asynch_operation::kLoadMessageHeaders);
   process.steps.push_back({Adapter::Pop, "Failed to load the message headers.",
-                           [settings = PopSettingsOf(request), kind, collector,
+                           [settings = PopSettingsOf(request), wanted, collector,
                             &shared = request.shared](smtppop& engine) {
-                             engine.BeginLoadMessageHeaders(settings, {kind}, *collector);
+                             engine.BeginLoadMessageHeaders(settings, wanted, *collector);
                              shared.headers = {};  // its memory serves the new one
                            },
                            [this, &shared = request.shared, collector](std::int32_t result) {

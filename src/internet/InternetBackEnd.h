@@ -101,7 +101,7 @@ class InternetBackEnd final : public BackEnd {
   // Remembers what failed, and shows it when error display is on.
   void Note(const Process& process, const Step& step, std::int32_t result);
 
-  std::int32_t LoadHeaders(MailRequest& request, HeaderRequest::Kind kind);
+  std::int32_t LoadHeaders(MailRequest& request, HeaderRequest wanted);
   std::string SmtpHost(const MailRequest& request) const;
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);

@@ -72,6 +72,7 @@ struct ProcessSwitches {
   bool greetWithHelo = true;
   bool keepTemporaryFiles = false;  // those of a message that is sent
   std::int32_t blockSize = 0;       // bytes of text that are handed to the network at once; 0: any
+  std::int32_t singleHeader = 0;    // the one message whose header is loaded, from 1 on; 0: all
 };
 
 struct SharedState {

@@ -120,6 +120,10 @@ void BlockSize(const Context& context, const Arguments& arguments) {
   context.Switches().blockSize = ReadNumber(arguments[0], 0);
 }
 
+void SingleHeader(const Context& context, const Arguments& arguments) {
+  context.Switches().singleHeader = ReadNumber(arguments[0], 0);
+}
+
 void Tags(const Context& context, const Arguments& arguments) {
   context.environment.notifier.SetTagMode(ReadSwitch(arguments[0]));
 }
@@ -242,6 +246,7 @@ constexpr std::array kCommands{
     Command{"HELO", 1, 1, Greeting},
     Command{"KEEP_TEMP", 1, 1, KeepTemporaryFiles},
     Command{"BLOCK_SIZE", 1, 1, BlockSize},
+    Command{"SINGLE_HEADER", 1, 1, SingleHeader},
     Command{"ASYNCH_TAGS", 1, 1, Tags},
 };
 

@@ -27,11 +27,26 @@ class ReservedCommandTest : public ::testing::Test {
 };
 
 TEST_F(ReservedCommandTest, MalformedCommandsChangeNothing) {
-  for (const auto* command :
-       {"", "CHARSET", "CHARSET|x", "|CHARSET", "|CHARSET|", "|CHARSET|a b", "|CHARSET|a|b",
-        "|CHARSET|x\"y", "|NOTHING|x", "|MSG_LINES|-1", "|MSG_LINES|many", "|MSG_LINES|9999999999",
-        "|KEEP_TEMP|1", "|BLOCK_SIZE|-1", "|MAIL_SERVICE|none", "|HELO|1", "|COPY_FILE|x", "||",
-        "|CREATE_DIRECTORY|"}) {
+  for (const auto* command : {"",
+                              "CHARSET",
+                              "CHARSET|x",
+                              "|CHARSET",
+                              "|CHARSET|",
+                              "|CHARSET|a b",
+                              "|CHARSET|a|b",
+                              "|CHARSET|x\"y",
+                              "|NOTHING|x",
+                              "|MSG_LINES|-1",
+                              "|MSG_LINES|many",
+                              "|MSG_LINES|9999999999",
+                              "|KEEP_TEMP|1",
+                              "|BLOCK_SIZE|-1",
+                              "|SINGLE_HEADER|x",
+                              "|MAIL_SERVICE|none",
+                              "|HELO|1",
+                              "|COPY_FILE|x",
+                              "||",
+                              "|CREATE_DIRECTORY|"}) {
     EXPECT_EQ("529 Invalid property value.", Run(command)) << command;
   }
   EXPECT_EQ("us-ascii", world_.shared.internet.characterSet);

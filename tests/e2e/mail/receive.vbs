@@ -28,6 +28,21 @@ mail.messageIndex = 1
 mail.LoadMessage
 Same "dots", "." & vbCrLf & "..two" & vbCrLf & vbCrLf, mail.Message
 
+mail.undocumented1 = "|SINGLE_HEADER|2"
+mail.LoadMessageHeaders
+Same "one header", 1, CInt(mail.messageCount)
+mail.messageIndex = 0
+Same "its number", "2", mail.GetHeaderItemString(20)
+mail.LoadMessage
+Same "its message", "." & vbCrLf & "..two" & vbCrLf & vbCrLf, mail.Message
+mail.undocumented1 = "|SINGLE_HEADER|4"
+On Error Resume Next
+mail.LoadMessageHeaders
+Raised "no such header", 6024
+On Error GoTo 0
+mail.undocumented1 = "|SINGLE_HEADER|0"
+mail.LoadMessageHeaders
+
 mail.messageIndex = 0
 mail.DeleteMessage
 mail.messageIndex = 2
