@@ -49,6 +49,12 @@ class Lifetime(RegisteredServer):
         self.run_file("lifetime.vbs")
         self.server_ends()
 
+    def test_the_last_object_takes_leave_of_the_mailbox(self):
+        with MailHost([MESSAGE, MESSAGE.replace(b"One", b"Two")]) as host:
+            self.run_file("leaving.vbs", host.pop)
+            self.server_ends()
+            self.assertEqual([MESSAGE], host.received())
+
     def test_objects_leave_no_handles(self):
         self.run_early("rounds")
         self.server_ends()

@@ -133,6 +133,7 @@ HEADERS = [
     ([ATTACH, ADD_PAGE, "mail.attachmentEncoding = 1"], "",
      header(content=f"Content-Type: multipart/mixed; boundary=A{BOUNDARY}")),
     ([ADD_PAGE], "", header(content=f"Content-Type: multipart/alternative; boundary=A{BOUNDARY}")),
+    (["mail.attachmentEncoding = 2 + 64"], "", header()),  # nothing to pack
     ([ATTACH, "mail.attachmentEncoding = 1"], "",
      header(content="Content-Transfer-Encoding: 7bit")),
 ]

@@ -276,6 +276,17 @@ class Notification(MailRoad):
             self.run_listening("callbacks.js", host.smtp, host.pop, "C:\\page.htm")
             self.assertEqual([b"blocks", b"reads", b"last"], subjects(host.received()))
 
+    def test_an_object_with_declared_arguments(self):
+        with MailHost() as host:
+            done = self.wine.run(winetest.CLIENTS / "TypedListener.exe", host.smtp, "Typed")
+            steps = ("Sending headers...", "Connected to server...", "Sending HELO...",
+                     "Logged in successfully.", "Mail from...", "Sending recipients...",
+                     "Sending message...", "Message Sent Successfully")
+            self.assertEqual([f"1 1 -1 {step}" for step in steps] + [f"1 2 -1 {steps[-1]}"],
+                             done.output.splitlines())
+            self.assertEqual(0, done.returncode)
+            self.assertEqual([b"Typed"], subjects(host.received()))
+
     def start_listening(self, folder, name, *arguments):
         parts = [SCRIPTS / "check.js", *(MAIL_SCRIPTS / part
                                          for part in ("session.js", "listener.js", name))]

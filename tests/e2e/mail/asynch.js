@@ -88,6 +88,11 @@ mail.LoadMessageIdentifiers();
 untilEnded();
 same("ends only", "", said(1) + said(3));
 same("identifiers", "7 -1 Identifiers loaded successfully. Tag: END", said(2));
+begin();
+mail.AsynchAbort();  // there is nothing to abort, but it is told all the same
+untilEnded();
+same("abort, tags", "7 539 Process aborted. Tag: AAP1|5 -1 Asynchronous abort was successful. Tag: AAP2",
+     said(2));
 mail.undocumented1 = "|ASYNCH_TAGS|0";
 
 // An object that raises errors.

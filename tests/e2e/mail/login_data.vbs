@@ -1,6 +1,7 @@
-' Login data that is missing, and the SMTP server that is remembered. The third argument is the port
-' of an SMTP server that refuses every message.
+' Login data that is missing, and what the server keeps beside itself. The third argument is the port of
+' an SMTP server that refuses every message.
 Const INI = "C:\Quillon\quillon.ini"
+Const LOG_FILE = "C:\Quillon\POPDUMP.TXT"
 Dim fso, text
 Set fso = CreateObject("Scripting.FileSystemObject")
 
@@ -16,6 +17,15 @@ End Function
 
 If fso.FileExists(INI) Then fso.DeleteFile INI
 NewServer WScript.Arguments(0), WScript.Arguments(1)
+
+' A log that cannot be written is nobody's trouble.
+If fso.FileExists(LOG_FILE) Then fso.DeleteFile LOG_FILE
+fso.CreateFolder LOG_FILE
+mail.InternetLogging = True
+mail.LoadMessageHeaders
+mail.Logout
+mail.InternetLogging = False
+fso.DeleteFolder LOG_FILE
 mail.AddRecipientTo "bob@example.com"
 On Error Resume Next
 mail.SMTPServer = ""
