@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ class MemoryFiles final : public FileSystem {
   using Bytes = std::vector<uint8_t>;
 
   std::map<std::string, Bytes> files;
+  std::set<std::string> directories;  // that were made
 
   std::unique_ptr<File> Open(const std::string& path, OpenMode mode) override {
     const bool exists = FileExists(path);
@@ -42,8 +44,10 @@ class MemoryFiles final : public FileSystem {
     files[to] = Bytes(files[from]);
     return true;
   }
-  bool MakeDirectory(const std::string&) override { return false; }
-  bool RemoveEmptyDirectory(const std::string&) override { return false; }
+  bool MakeDirectory(const std::string& path) override { return directories.insert(path).second; }
+  bool RemoveEmptyDirectory(const std::string& path) override {
+    return directories.erase(path) != 0;
+  }
   std::string FullPath(const std::string& path) override { return path; }
   std::string ShortPath(const std::string& path) override { return path; }
   std::string TempDirectory() override { return "/"; }

@@ -5,31 +5,13 @@
 #include <string>
 #include <string_view>
 
-#include "FuzzNetwork.h"
-#include "internet/ProtocolLog.h"
-#include "internet/smtppop.h"
-#include "platform/CodePage.h"
-
-namespace {
-
-class StillClock final : public quillon::LocalClock {
- public:
-  quillon::LocalTime Now() const override { return {}; }
-};
-
-}  // namespace
+#include "FuzzEngine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using quillon::HeaderRequest;
   using quillon::fuzz::Require;
-  std::string_view input(reinterpret_cast<const char*>(data), size);
-  quillon::fuzz::FuzzNetwork network(quillon::fuzz::TakeScript(input));
-  quillon::fuzz::MemoryFiles files;
-  quillon::ProtocolLog log(files, "/");
-  log.Start();
-  const StillClock clock;
-  static const auto kCodePage = quillon::MakeAnsiCodePage();
-  quillon::smtppop engine(network, network, {files, *kCodePage, clock, log});
+  quillon::fuzz::FuzzEngine fuzz(data, size);
+  auto& engine = fuzz.engine;
 
   quillon::PopSettings settings;
   settings.host = "127.0.0.1";
@@ -51,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   split.maximumBodyLines = size % 4;
   quillon::fuzz::MemoryFiles attachments;
   {
-    quillon::MessageCollector message(attachments, *kCodePage, split, {size % 2 == 0, ""});
+    quillon::MessageCollector message(attachments, fuzz.AnsiCodePage(), split, {size % 2 == 0, ""});
     engine.BeginLoadMessage(settings, 1, message);
     const auto result = engine.Wait();
     Require(result != 0);
@@ -65,9 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   engine.BeginLogoutPOP();
   engine.Wait();
   Require(!engine.POPLoginStatus());
-  const auto& dump = files.files["/POPDUMP.TXT"];
-  const bool logged =
-      std::string(dump.begin(), dump.end()).find(settings.password) != std::string::npos;
-  Require(!logged || input.find(settings.password) != std::string_view::npos);
+  const bool logged = fuzz.Dump().find(settings.password) != std::string::npos;
+  Require(!logged || fuzz.input.find(settings.password) != std::string_view::npos);
   return 0;
 }

@@ -1,33 +1,16 @@
 // The SMTP session against a server that says anything: every operation ends, with a result, and
-// the next one starts.
+// the next one starts; no temporary file stays.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "FuzzNetwork.h"
-#include "internet/ProtocolLog.h"
-#include "internet/smtppop.h"
-
-namespace {
-
-class StillClock final : public quillon::LocalClock {
- public:
-  quillon::LocalTime Now() const override { return {}; }
-};
-
-}  // namespace
+#include "FuzzEngine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using quillon::fuzz::Require;
-  std::string_view input(reinterpret_cast<const char*>(data), size);
-  quillon::fuzz::FuzzNetwork network(quillon::fuzz::TakeScript(input));
-  quillon::fuzz::MemoryFiles files;
-  quillon::ProtocolLog log(files, "/");
-  log.Start();
-  const StillClock clock;
-  static const auto kCodePage = quillon::MakeAnsiCodePage();
-  quillon::smtppop engine(network, network, {files, *kCodePage, clock, log});
+  quillon::fuzz::FuzzEngine fuzz(data, size);
+  auto& engine = fuzz.engine;
 
   quillon::SmtpSettings settings;
   settings.host = "127.0.0.1";
@@ -37,6 +20,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   message.from = settings.sender;
   message.whoTo = {"ann@example.org", "bob@example.org"};
   message.body = "first\n.\n..last";
+  message.attachments = {{"/attached", "attached"}};
+  message.attachmentEncoding =
+      size % 3 == 0 ? quillon::attachment_encoding::kMime : std::int16_t{0};
+  fuzz.files.files["/attached"].resize(914);  // its last line begins with a dot
 
   for (int round = 0; round < 2; ++round) {
     engine.BeginSend(settings, message, {}, {});
@@ -44,6 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(sent != 0 && sent < 1000);
     Require((sent == 20) <= !engine.RefusedRecipients().empty());
     Require(engine.RefusedRecipients().size() <= 2);
+    Require(fuzz.files.directories.empty());
+    Require(fuzz.files.files.size() == 2);  // the log, and what was attached
     engine.BeginResolveAddress(settings, "ann");
     Require(engine.Wait() != 0);
   }

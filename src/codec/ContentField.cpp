@@ -116,20 +116,6 @@ class PieceReader {
   CommentEnds comments_;
 };
 
-std::string PercentDecoded(std::string_view text) {
-  std::string bytes;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
-        HexDigit(text[i + 2]) >= 0) {
-      bytes += static_cast<char>(HexDigit(text[i + 1]) * 16 + HexDigit(text[i + 2]));
-      i += 2;
-    } else {
-      bytes += text[i];
-    }
-  }
-  return bytes;
-}
-
 // A parameter name taken apart: "FILENAME*1*" is section 1 of FILENAME, in extended form.
 struct ParameterName {
   std::string base;
@@ -181,7 +167,7 @@ std::string JoinSections(const Sections& sections, const CodePage& codePage) {
         value.remove_prefix(second + 1);
       }
     }
-    bytes += section.extended ? PercentDecoded(value) : std::string(value);
+    bytes += section.extended ? DecodeHexEscapes(value, '%') : std::string(value);
   }
   return TextFromCharacterSet(bytes, charset, codePage);
 }

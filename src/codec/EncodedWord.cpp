@@ -1,5 +1,6 @@
 #include "codec/EncodedWord.h"
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -12,20 +13,9 @@ namespace quillon {
 
 namespace {
 
-std::string DecodeQ(std::string_view text) {
-  std::string bytes;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '_') {
-      bytes += ' ';
-    } else if (text[i] == '=' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
-               HexDigit(text[i + 2]) >= 0) {
-      bytes += static_cast<char>(HexDigit(text[i + 1]) * 16 + HexDigit(text[i + 2]));
-      i += 2;
-    } else {
-      bytes += text[i];
-    }
-  }
-  return bytes;
+std::string DecodeQ(std::string text) {
+  std::replace(text.begin(), text.end(), '_', ' ');
+  return DecodeHexEscapes(text, '=');
 }
 
 std::string DecodeB(std::string_view text) {
@@ -63,7 +53,7 @@ std::optional<Word> ParseWord(std::string_view value, const CodePage& codePage) 
       return Word{TextFromCharacterSet(DecodeB(encoded), charset, codePage), end + 2};
     case 'Q':
     case 'q':
-      return Word{TextFromCharacterSet(DecodeQ(encoded), charset, codePage), end + 2};
+      return Word{TextFromCharacterSet(DecodeQ(std::string(encoded)), charset, codePage), end + 2};
     default:
       return std::nullopt;
   }

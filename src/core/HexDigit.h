@@ -1,5 +1,9 @@
-// The value of a hexadecimal digit.
+// Bytes written with hexadecimal digits.
 #pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
 
 namespace quillon {
 
@@ -9,6 +13,22 @@ constexpr int HexDigit(char c) noexcept {
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
   return -1;
+}
+
+// Each mark with two hexadecimal digits behind it, as in "%2F" or "=2F", replaced by the byte; any
+// other mark stays.
+inline std::string DecodeHexEscapes(std::string_view text, char mark) {
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == mark && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
+        HexDigit(text[i + 2]) >= 0) {
+      bytes += static_cast<char>(HexDigit(text[i + 1]) * 16 + HexDigit(text[i + 2]));
+      i += 2;
+    } else {
+      bytes += text[i];
+    }
+  }
+  return bytes;
 }
 
 }  // namespace quillon
