@@ -1,8 +1,7 @@
 // The back end of Internet mail: mail system 10 is both protocols, 6 POP3 alone, 7 SMTP alone.
 //
-// It copies the properties of a Server into the engine (smtppop), makes sure that the login data is
-// there, runs one engine operation and reads the results back. Texts are UTF-8 outside and bytes
-// inside; this is where they are converted.
+// It makes sure that the login data is there (LoginData), copies the properties of a Server for the
+// engine (RequestRecords), has it run (EngineRunner) and reads the results back.
 //
 // Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
 // dialog), 521 (an attachment or alternative that is gone), 529 (CR, LF or NUL in an address, a
@@ -12,11 +11,13 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
+#include "internet/EngineRunner.h"
+#include "internet/LoginData.h"
 #include "internet/PopSession.h"
-#include "internet/ProgressReporter.h"
+#include "internet/ProtocolLog.h"
+#include "internet/RequestRecords.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
@@ -29,14 +30,6 @@
 #include "platform/ProgressDisplay.h"
 
 namespace quillon {
-
-class ProtocolLog;
-class MessageCollector;
-class smtppop;
-struct OutgoingMessage;
-struct PopSettings;
-struct SmtpSettings;
-struct SplitSettings;
 
 struct InternetPorts {
   EventLoop& loop;
@@ -52,16 +45,9 @@ struct InternetPorts {
   ProgressDisplay& progress;
 };
 
-// What the header block says of the program that wrote it.
-struct InternetProduct {
-  std::string version;       // "X-Interface: Quillon OLE Server v" + version + " (32)"
-  std::string specialBuild;  // "X-SpecialBuild: ", when not empty
-};
-
 class InternetBackEnd final : public BackEnd {
  public:
   InternetBackEnd(const InternetPorts& ports, InternetProduct product);
-  ~InternetBackEnd() override;
 
   bool Supports(MailSystemId system, Operation operation) const override;
 
@@ -87,48 +73,23 @@ class InternetBackEnd final : public BackEnd {
   void Abort();
 
  private:
-  class Call;
-  struct Step;
-  struct Process;
-  enum class Adapter { Pop, Smtp };
-
-  Process NewProcess(const MailRequest& request, std::int32_t operation);
-  std::int32_t Perform(Call& call, Process process);
-  std::int32_t Run(const Process& process, const Step& step);
-  void BeginStep();
-  void EndStep();
-  void EndProcess(std::int32_t result, std::string text);
-  // Remembers what failed, and shows it when error display is on.
-  void Note(const Process& process, const Step& step, std::int32_t result);
-
+  EngineProcess NewProcess(const MailRequest& request, std::int32_t operation);
   std::int32_t LoadHeaders(MailRequest& request, HeaderRequest wanted);
-  std::string SmtpHost(const MailRequest& request) const;
-  void PreparePop(MailRequest& request);
-  void PrepareSmtp(MailRequest& request);
-  bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
-  SmtpSettings SmtpSettingsOf(const MailRequest& request) const;
-  PopSettings PopSettingsOf(const MailRequest& request) const;
-  SplitSettings SplitSettingsOf(const MailRequest& request) const;
-  OutgoingMessage MessageOf(const MailRequest& request) const;
-  void StoreMessage(SharedState& shared, MessageCollector& collector) const;
-  void RememberServer(const std::string& host);
-  std::string TableText(MailSystemId system, std::int32_t number) const;
-  smtppop& Engine();
 
+  PopSettings Pop(const MailRequest& request) const {
+    return PopSettingsOf(request, ports_.codePage);
+  }
+  SmtpSettings Smtp(const MailRequest& request) const {
+    return SmtpSettingsOf(request, login_.SmtpHost(request), ports_.codePage);
+  }
   // Bytes of the wire as text, and text as bytes.
   std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }
   std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
-  HeaderTable TextTable(HeaderTable table) const;
 
   InternetPorts ports_;
   InternetProduct product_;
-  ProgressReporter reporter_;
-  std::unique_ptr<smtppop> engine_;   // made on first use
-  std::shared_ptr<Process> process_;  // that goes on by itself
-  std::int32_t lastNumber_ = 0;       // of the last failure, and what failed
-  std::string lastContext_;
-  std::string rememberedServer_;  // in the configuration file
-  bool busy_ = false;
+  LoginData login_;
+  EngineRunner runner_;
 };
 
 }  // namespace quillon

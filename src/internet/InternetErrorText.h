@@ -6,6 +6,10 @@
 
 namespace quillon {
 
+// What a failed login is called.
+inline constexpr const char* kSmtpLoginFailed = "Failed to Logon to SMTP server.";
+inline constexpr const char* kPopLoginFailed = "Failed to Logon to POP server";
+
 std::string SmtpErrorText(std::int32_t number);
 
 // `serverWords`: what the POP server last said when it refused something.

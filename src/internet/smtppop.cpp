@@ -205,8 +205,9 @@ void smtppop::BeginDeleteMessage(const PopSettings& settings, std::uint32_t numb
 }
 
 void smtppop::Abort() {
-  if (composition_) {
+  if (composition_ || failure_) {
     composition_.reset();
+    failure_ = nullptr;
     refusal_ = kAborted;
     CallBack();
   }

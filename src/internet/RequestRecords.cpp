@@ -1,0 +1,142 @@
+#include "internet/RequestRecords.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "core/RecipientText.h"
+#include "core/ServerError.h"
+#include "internet/Address.h"
+#include "internet/PopReply.h"
+
+namespace quillon {
+
+namespace {
+
+SessionSettings TimesOf(const MailRequest& request) {
+  const auto& internet = request.shared.internet;
+  SessionSettings settings;
+  settings.timeoutConnect = static_cast<TickCount>(internet.timeoutConnect);
+  settings.timeoutProtocol = static_cast<TickCount>(internet.timeoutProtocol);
+  settings.timeoutSend = static_cast<TickCount>(internet.TimeoutSend());
+  return settings;
+}
+
+}  // namespace
+
+SmtpSettings SmtpSettingsOf(const MailRequest& request, const std::string& host,
+                            const CodePage& codePage) {
+  SmtpSettings settings;
+  static_cast<SessionSettings&>(settings) = TimesOf(request);
+  settings.host = codePage.ToBytes(host);
+  settings.port = request.shared.internet.smtpPort;
+  settings.sender = BareAddress(codePage.ToBytes(request.shared.message.from));
+  settings.greetWithHelo = request.shared.switches.greetWithHelo;
+  return settings;
+}
+
+PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage) {
+  PopSettings settings;
+  static_cast<SessionSettings&>(settings) = TimesOf(request);
+  settings.host = codePage.ToBytes(request.instance.postOffice);
+  settings.port = request.shared.internet.popPort;
+  settings.loginName = codePage.ToBytes(request.instance.loginName);
+  settings.password = codePage.ToBytes(request.instance.password);
+  return settings;
+}
+
+OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
+                          const CodePage& codePage) {
+  const auto& source = request.shared.message;
+  const auto toBytes = [&codePage](const std::vector<std::string>& texts) {
+    std::vector<std::string> bytes;
+    bytes.reserve(texts.size());
+    for (const auto& text : texts) bytes.push_back(codePage.ToBytes(text));
+    return bytes;
+  };
+  OutgoingMessage message;
+  message.from = codePage.ToBytes(source.from);
+  message.whoTo = toBytes(source.to);
+  message.cc = toBytes(source.cc);
+  message.bcc = toBytes(source.bcc);
+  message.subject = codePage.ToBytes(source.subject);
+  message.body = codePage.ToBytes(source.body);
+  message.replyTo = codePage.ToBytes(source.replyTo);
+  message.charset = codePage.ToBytes(request.shared.internet.characterSet);
+  message.xMailer = codePage.ToBytes(request.instance.xMailer);
+  for (const auto& header : source.xHeaders) {
+    message.xHeaders.push_back({codePage.ToBytes(header.name), codePage.ToBytes(header.value)});
+  }
+  for (const auto& alternative : source.alternatives) {
+    message.alternatives.push_back({alternative.file, codePage.ToBytes(alternative.contentType)});
+  }
+  message.attachments = source.attachments;
+  message.attachmentEncoding = request.instance.attachmentEncoding;
+  message.zipPassword = request.instance.zipPassword;
+  message.importance = request.instance.importance;
+  message.certify = source.certify != kFalse;
+  message.utcOffset = request.instance.utcOffset;
+  message.version = product.version;
+  message.specialBuild = product.specialBuild;
+  return message;
+}
+
+SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
+  const auto& instance = request.instance;
+  const auto& switches = request.shared.switches;
+  SplitSettings settings;
+  settings.directory = instance.attachmentDirectory;
+  if (settings.directory.empty()) settings.directory = switches.temporaryDirectory;
+  if (settings.directory.empty()) settings.directory = files.TempDirectory();
+  settings.suppressAttachments = instance.suppressAttachments != kFalse;
+  settings.suppressAlternatives = request.shared.internet.suppressAlternatives != kFalse;
+  settings.returnShortPaths = instance.returnShortFilespecs != kFalse;
+  settings.maximumBodyLines = static_cast<std::size_t>(switches.maximumBodyLines);
+  return settings;
+}
+
+std::uint32_t CurrentNumber(const MailRequest& request) {
+  const auto index = request.instance.messageIndex;
+  const auto& headers = request.shared.headers;
+  if (index < 0 || static_cast<std::size_t>(index) >= headers.size()) throw ServerError(533);
+  std::string_view text = headers[static_cast<std::size_t>(index)].number;
+  const auto number = TakeNumber(text);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max()) throw ServerError(533);
+  return static_cast<std::uint32_t>(*number);
+}
+
+void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage) {
+  const auto& fields = collector.Fields();
+  auto& message = shared.message;
+  message.to = SplitRecipients(codePage.ToText(fields.to), ",", "<>");
+  message.cc = SplitRecipients(codePage.ToText(fields.cc), ",", "<>");
+  message.bcc.clear();
+  message.attachments = std::move(collector.Message().attachments);
+  message.from = codePage.ToText(fields.originator);
+  message.subject = codePage.ToText(fields.subject);
+  message.dateSent = codePage.ToText(fields.dateText);
+  message.rawHeaders = codePage.ToText(collector.RawHeaders());
+  message.body = codePage.ToText(collector.Message().body);
+}
+
+HeaderTable TextTable(HeaderTable table, const CodePage& codePage) {
+  constexpr std::array kTexts = {
+      &HeaderRecord::uniqueId,      &HeaderRecord::dateText,  &HeaderRecord::subject,
+      &HeaderRecord::originator,    &HeaderRecord::to,        &HeaderRecord::cc,
+      &HeaderRecord::status,        &HeaderRecord::messageId, &HeaderRecord::replyAddress,
+      &HeaderRecord::contentLength, &HeaderRecord::size,      &HeaderRecord::transferEncoding,
+      &HeaderRecord::contentType,   &HeaderRecord::mailer};
+  const auto isAscii = [](char c) { return (static_cast<unsigned char>(c) & 0x80U) == 0; };
+  for (auto& record : table) {
+    for (const auto member : kTexts) {
+      auto& text = record.*member;
+      if (!std::all_of(text.begin(), text.end(), isAscii)) text = codePage.ToText(text);
+    }
+  }
+  return table;
+}
+
+}  // namespace quillon

@@ -1,0 +1,44 @@
+// What the records of a call mean to the engine, and what the engine's results become in them.
+// Texts are UTF-8 outside and bytes of the wire inside; this is where they are converted.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "internet/MessageCollector.h"
+#include "internet/OutgoingMessage.h"
+#include "internet/PopSession.h"
+#include "internet/SmtpSession.h"
+#include "mail/BackEnd.h"
+#include "mail/HeaderTable.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+
+namespace quillon {
+
+// What the header block says of the program that wrote it.
+struct InternetProduct {
+  std::string version;       // "X-Interface: Quillon OLE Server v" + version + " (32)"
+  std::string specialBuild;  // "X-SpecialBuild: ", when not empty
+};
+
+SmtpSettings SmtpSettingsOf(const MailRequest& request, const std::string& host,
+                            const CodePage& codePage);
+PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage);
+OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
+                          const CodePage& codePage);
+
+// How a message is received. Without a directory of their own attachments go where temporary files
+// go.
+SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files);
+
+// The number in its mailbox of the message at messageIndex; ServerError 533 when there is none.
+std::uint32_t CurrentNumber(const MailRequest& request);
+
+// Makes a received message the current one.
+void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage);
+
+// The table with texts in place of bytes.
+HeaderTable TextTable(HeaderTable table, const CodePage& codePage);
+
+}  // namespace quillon
