@@ -430,6 +430,9 @@ READ_CASES = [
     ("at DELE drop mid", "delete", POP_LOST),
     *((f"at {step} silent", "headers", POP_SILENT) for step in ("greeting", "PASS", "STAT", "TOP")),
     ("at UIDL silent", "identifiers", POP_SILENT),
+    ("at VRFY reply 421 closing", "resolve", FINE),
+    ("at VRFY drop mid", "resolve", SMTP_LOST),
+    ("at VRFY silent", "resolve", SMTP_SILENT),
     ("at RETR silent", "message", POP_SILENT),
     ("at DELE silent", "delete", POP_SILENT),
 ]
@@ -481,7 +484,7 @@ class Failures(MailRoad):
 
     def test_reading(self):
         def call(host, faults, *rest):
-            return self.read_ends(faults, host.pop, *rest)
+            return self.read_ends(faults, host.smtp if "VRFY" in faults else host.pop, *rest)
 
         self.run_cases(READ_CASES, call)
 

@@ -21,7 +21,7 @@ Sub SendEnds(what, port, size, number, text)
   Ended what & ", the next call", 0, ""
 End Sub
 
-' The same for an operation on a mailbox.
+' The same for an operation on a mailbox, or for asking a name.
 Sub ReadEnds(what, port, operation, number, text)
   mail.POPPort = goodPop
   mail.LoadMessageHeaders
@@ -37,6 +37,9 @@ Sub ReadEnds(what, port, operation, number, text)
     Case "logout"
       mail.Login
       mail.Logout
+    Case "resolve"
+      mail.SMTPPort = port
+      Same what & ", answer", "", mail.ResolveName("bob")
     Case "deletion"
       mail.DeleteMessage
       mail.Logout
@@ -44,6 +47,7 @@ Sub ReadEnds(what, port, operation, number, text)
   End Select
   Ended what, number, text
   mail.POPPort = goodPop
+  mail.SMTPPort = goodSmtp
   mail.LoadMessageHeaders
   Ended what & ", the next call", 0, ""
   Same what & ", messages", 3, CInt(mail.messageCount)

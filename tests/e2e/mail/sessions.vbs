@@ -28,16 +28,26 @@ mail.Send
 Ended "RCPT again", 0, ""
 Same "none refused", "", mail.GetMessageItemString(11)
 
-' The text of a number is that of the protocol last worked with.
-DecodesTo "Unknown network error on send."
+' The text of a number is that of the protocol last worked with. Some numbers only older programs
+' know: no call ends with them.
+DecodesTo 29, "Unknown network error on send."
+DecodesTo 1, "Could not connect to SMTP server."
+DecodesTo 5, "An unknown SMTP error occurred."
+DecodesTo 7, "The server port is not a SMTP server."
+DecodesTo 10, "A bad recipient prevented the message from being sent."
 mail.LoadMessageHeaders
-DecodesTo "Unknown network error."
+DecodesTo 29, "Unknown network error."
+DecodesTo 6, "An unknown POP error occurred."
+DecodesTo 18, "The POP LIST command failed."
+DecodesTo 19, "The POP NOOP command failed."
+DecodesTo 22, "The POP RESET command failed."
+DecodesTo 28, "Communications with the POP server timed out."
 
-Sub DecodesTo(expected)
+Sub DecodesTo(number, expected)
   Dim system, text
-  mail.DecodeError vbObjectError + 6029, system, 0, 0, text
+  mail.DecodeError vbObjectError + 6000 + number, system, 0, 0, text
   Same "system", CInt(10), CInt(system)
-  Same "text", expected, text
+  Same "text of " & number, expected, text
 End Sub
 
 ' Nobody is in these recipients, and no folder is in a mailbox.
