@@ -65,7 +65,7 @@ bool Packer::BeginNext() {
 
 }  // namespace
 
-ShortBool ZipClass::zip() {
+ShortBool ZipClass::zip() const {
   return ToShortBool(Start()->Run());
 }
 

@@ -30,7 +30,7 @@ class ZipClass {
   // False when no file was added, one of them cannot be read or is the archive itself, or the
   // archive cannot be written: then there is no archive. What stood under its name stays when a
   // file is missing, or is the archive, from the start.
-  ShortBool zip();
+  ShortBool zip() const;
 
   // The same in steps. What is set here meanwhile counts for the next archive.
   std::unique_ptr<FileEncoder> Start() const;

@@ -16,28 +16,28 @@ namespace quillon {
 
 inline constexpr size_t kMarkBlock = 64;
 
-constexpr std::array<int8_t, 256> MakeHexadecimalDigits() {
-  constexpr int8_t kNoDigit = -1;
-  std::array<int8_t, 256> digits{};
+constexpr std::array<uint8_t, 256> MakeHexadecimalDigits() {
+  constexpr uint8_t kNoDigit = 0xFF;
+  std::array<uint8_t, 256> digits{};
   digits.fill(kNoDigit);
-  for (int8_t value = 0; value < 10; ++value) digits[static_cast<size_t>('0' + value)] = value;
-  for (int8_t value = 10; value < 16; ++value) {
+  for (uint8_t value = 0; value < 10; ++value) digits[static_cast<size_t>('0' + value)] = value;
+  for (uint8_t value = 10; value < 16; ++value) {
     digits[static_cast<size_t>('A' + value - 10)] = value;
     digits[static_cast<size_t>('a' + value - 10)] = value;
   }
   return digits;
 }
 
-// Negative for what is no digit.
-inline constexpr std::array<int8_t, 256> kHexadecimalDigits = MakeHexadecimalDigits();
+// More than 15 for what is no digit.
+inline constexpr std::array<uint8_t, 256> kHexadecimalDigits = MakeHexadecimalDigits();
 
 // Decodes "=" and two digits there into the byte; false when there is something else.
 inline bool DecodeEscape(const uint8_t* at, const uint8_t* end, uint8_t& byte) {
   if (end - at < 3) return false;
-  const int high = kHexadecimalDigits[at[1]];
-  const int low = kHexadecimalDigits[at[2]];
-  if ((high | low) < 0) return false;
-  byte = static_cast<uint8_t>(high << 4 | low);
+  const unsigned high = kHexadecimalDigits[at[1]];
+  const unsigned low = kHexadecimalDigits[at[2]];
+  if ((high | low) > 15U) return false;
+  byte = static_cast<uint8_t>(high << 4U | low);
   return true;
 }
 

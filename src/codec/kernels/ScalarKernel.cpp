@@ -188,7 +188,8 @@ struct Marker {
   static uint64_t Marks(const uint8_t* block) {
     uint64_t marks = 0;
     for (size_t i = 0; i < kMarkBlock; ++i) {
-      marks |= uint64_t{block[i] == '=' || block[i] == '\r' || block[i] == '\n'} << i;
+      const bool marked = block[i] == '=' || block[i] == '\r' || block[i] == '\n';
+      marks |= (marked ? uint64_t{1} : uint64_t{0}) << i;
     }
     return marks;
   }
