@@ -34,6 +34,7 @@ struct smtppop::Composition {
   MessageComposer composer;
   SmtpSettings settings;
   Envelope envelope;
+  bool announced = false;  // that it takes a while
 };
 
 smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
@@ -145,6 +146,7 @@ void smtppop::Compose() {
     do {
       if (composition->composer.Step()) return SendComposed();
     } while (loop_.Now() < turnEnd);
+    if (!std::exchange(composition->announced, true)) OnStatus("Encoding attachments...");
     OnProgress(0, composition->composer.ApproximateSize(), 0);
   } catch (...) {
     failure_ = std::current_exception();

@@ -218,6 +218,7 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   Timer user(world.network, [&] { world.display.abort(); });
   user.Start(100);
   EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 522);
+  EXPECT_EQ(world.display.seen.at(1), "Encoding attachments...");
   EXPECT_EQ(world.display.seen.back(), "hidden");
   EXPECT_TRUE(world.temporary.Names().empty());
   EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);

@@ -64,7 +64,7 @@ mail.subject = "Packed";
 begin();
 mail.Send();
 for (i = 0; i < PATIENCE && !heard.partly; ++i) sleeper.Sleep(50);
-same("packing", "", said(1));
+same("packing", "1 -1 Encoding attachments...", said(1));
 same("nothing done yet", "0", counts().split(" of ")[0]);
 mail.AsynchAbort();
 for (i = 0; i < 5; ++i) sleeper.Sleep(100);
