@@ -68,7 +68,6 @@ MessageComposer::MessageComposer(const ComposerPorts& ports, const ComposerSetti
     RequireFile(ports_.files, "Attachment", attachment.file);
   }
   AddText();
-  textSize_ = composed_->Size();
   if (!message_.attachments.empty()) Then([this] { EncodeAttachments(); });
   if (!message_.alternatives.empty()) Then([this] { EncodeAlternatives(); });
 }
@@ -109,6 +108,7 @@ void MessageComposer::AddText() {
     lines += TextPartFields(message_.charset);
   }
   composed_->Add({Section::Text, std::move(lines), Content::Text, {}});
+  textSize_ = composed_->Size();
 }
 
 void MessageComposer::EncodeAlternatives() {
