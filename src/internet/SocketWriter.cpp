@@ -10,6 +10,13 @@ namespace {
 
 constexpr std::size_t kBlockSize = 64 * 1024;
 
+// What a fast connection is given at once, because each write wakes the other side. It has to have
+// shown its speed with more than the buffers on the way hold: a large block that waits in front of
+// a slow connection would outlast the time-out.
+constexpr std::size_t kLargeBlockSize = 1024 * 1024;
+constexpr std::uint64_t kFastFrom = 8 * 1024 * 1024;
+constexpr std::uint64_t kFastBytesPerMillisecond = 32 * 1024;
+
 // How much goes out before the loop gets a turn, so that a fast connection cannot keep it from
 // everything else.
 constexpr std::uint64_t kBytesPerTurn = 2 * 1024 * 1024;
@@ -36,6 +43,8 @@ bool SocketWriter::WriteCommand(std::string_view line) {
 void SocketWriter::SocketSendData(DataSource& source, std::function<void(bool)> written) {
   source_ = &source;
   written_ = std::move(written);
+  startedAt_ = loop_.Now();
+  startBytes_ = bytesSent_;
   Pump();
 }
 
@@ -61,7 +70,7 @@ void SocketWriter::Pump() {
       return;
     }
     if (bytesSent_ >= turnEnd) return YieldToLoop();
-    const auto state = source_->Fill(block_, kBlockSize);
+    const auto state = source_->Fill(block_, BlockSize());
     if (state == DataSource::State::More) continue;
     source_ = nullptr;
     if (state == DataSource::State::Failed) {
@@ -70,6 +79,13 @@ void SocketWriter::Pump() {
       return written(false);
     }
   }
+}
+
+std::size_t SocketWriter::BlockSize() const {
+  const auto sent = bytesSent_ - startBytes_;
+  if (sent < kFastFrom) return kBlockSize;
+  const auto milliseconds = loop_.Now() - startedAt_;
+  return sent / kFastBytesPerMillisecond < milliseconds ? kBlockSize : kLargeBlockSize;
 }
 
 void SocketWriter::YieldToLoop() {

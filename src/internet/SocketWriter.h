@@ -56,6 +56,7 @@ class SocketWriter {
  private:
   void Pump();
   bool Flush();
+  std::size_t BlockSize() const;
   void YieldToLoop();
 
   EventLoop& loop_;
@@ -67,7 +68,9 @@ class SocketWriter {
   DataSource* source_ = nullptr;
   std::function<void(bool)> written_;
   std::uint64_t bytesSent_ = 0;
-  std::shared_ptr<int> turn_;  // counts breaks: work posted before one is void after it
+  std::uint64_t startBytes_ = 0;  // of them, before the source
+  TickCount startedAt_ = 0;       // when the source's turn began
+  std::shared_ptr<int> turn_;     // counts breaks: work posted before one is void after it
 };
 
 }  // namespace quillon
