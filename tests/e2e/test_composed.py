@@ -2,6 +2,7 @@
 same texts, names and bytes."""
 
 import binascii
+import datetime
 import email
 import email.policy
 import email.utils
@@ -30,7 +31,8 @@ RICH = b"{\\rtf1 Good morning}"
 
 
 def setUpModule():
-    ComposedTest.wine = unittest.enterModuleContext(winetest.WinePrefix())
+    ComposedTest.wine = unittest.enterModuleContext(
+        winetest.WinePrefix(environment={"TZ": "TEST-05:30"}))
     directory = ComposedTest.wine.drive_c / "Quillon"
     directory.mkdir()
     ComposedTest.wine.register(shutil.copy(winetest.SERVER, directory))
@@ -283,10 +285,10 @@ class ComposedTest(ScriptTest, unittest.TestCase):
             self.assertEqual(expected, fields)
             self.assertRegex(date, DATE)
             moment, found = DATE.fullmatch(date).groups()
-            self.assertEqual(offset or time.strftime("%z"), found)
+            self.assertEqual(offset or "+0530", found)
             # The time is that of the workstation, whatever the offset says.
-            sent = time.mktime(time.strptime(moment, "%a, %d %b %y %H:%M:%S"))
-            self.assertLess(abs(time.time() - sent), 600)
+            sent = datetime.datetime.strptime(moment + " +0530", "%a, %d %b %y %H:%M:%S %z")
+            self.assertLess(abs(sent.timestamp() - time.time()), 600)
 
     def test_packed_attachments(self):
         """One archive for all, and one for each, with and without a password."""

@@ -29,9 +29,15 @@ mail.LoadMessageIdentifiers();
 mail.messageIndex = 0;
 WScript.Echo(codeOf(function () { mail.LoadMessage(); }));
 """
-# Sending stands still in the middle of the message; receiving takes a minute.
-SLOW = "smtp at body stall\npop at RETR split line 100\n"
+LIST = """
+mail.TimeoutProtocol = 30000;
+WScript.Echo(codeOf(function () { mail.LoadMessageHeaders(); }));
+"""
+# Sending stands still in the middle of the message; receiving takes a minute; the third header does
+# not come.
+SLOW = "smtp at body stall\npop at RETR split line 100\npop at TOP 3 silent\n"
 WAITING = [b"Subject: long\r\n\r\n" + (b"x" * 900 + b"\r\n") * 600]
+WAITING += [b"Subject: short\r\n\r\ntext\r\n"] * 3
 
 
 # Each failure, with what a box shows of it and the error that is raised all the same.
@@ -125,6 +131,10 @@ class ProgressWindow(Windows):
     def test_receiving_is_cancelled(self):
         self.check_cancelled(RECEIVE, 7, "Internet Mail",
                              ["text: Receiving message...", "bar:", "button: Cancel"])
+
+    def test_listing_is_cancelled(self):
+        self.check_cancelled(LIST, 7, "Internet Mail",
+                             ["text: Loading message headers...", "bar:", "button: Cancel"])
 
     def test_only_the_parts_that_are_wanted(self):
         self.check_cancelled(SEND, 5, "Sending Mail", ["bar:", "button: Cancel"])
