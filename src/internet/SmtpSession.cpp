@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "internet/InternetErrorText.h"
 #include "internet/WireText.h"
 
 namespace quillon {
@@ -187,7 +188,9 @@ void SmtpSession::OnAccepted() {
   step_ = Step::Idle;
   Status("Message Sent Successfully");
   LogMilestone("Message sent successfully! ");
-  Finish(refused_.empty() ? kSessionSuccess : kSomeRefused);
+  if (refused_.empty()) return Finish(kSessionSuccess);
+  Status(SmtpErrorText(kSomeRefused));
+  Finish(kSomeRefused);
 }
 
 void SmtpSession::OnDataWanted() {

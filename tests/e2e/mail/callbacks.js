@@ -83,4 +83,15 @@ sendWith("aborts", function (kind, text) {
   if (text == "Sending recipients...") mail.AsynchAbort();
 }, "1 539 Process aborted.|5 -1 Asynchronous abort was successful.");
 sendWith("last", function () {}, SENT);
+
+// The fourth recipient of a connection is refused.
+var REFUSED = "One or more bad recipients, but message was sent to good recipients.";
+mail.AsynchObjectRegister(new Listener(), 0, 1, 0);
+mail.NewMessage();
+mail.AddRecipientTo("ann@example.com,bob@example.com,carl@example.com");
+mail.subject = "to some";
+run(function () { mail.Send(); });
+told("to some", "Sending headers...|Mail from...|Sending recipients...|Sending message...|" +
+     "Message Sent Successfully|" + REFUSED, "1 20 " + REFUSED);
+same("to some, refused", "carl@example.com", mail.GetMessageItemString(11));
 sleeper = null;
