@@ -37,7 +37,7 @@ class UUCodeTest : public ::testing::Test {
   using FileOperation = void (UUCode::*)(const std::string&, const std::string&, ShortBool&);
 
   std::string Write(std::string_view name, std::string_view content) {
-    const std::string path = folder_.Path(name);
+    std::string path = folder_.Path(name);
     EXPECT_TRUE(WriteWholeFile(faulty_, path, BytesOf(content)));
     return path;
   }
@@ -212,7 +212,12 @@ TEST_F(UUCodeTest, RecordsAreFedThroughInSeveralCalls) {
   UUCode::Bytes lines;
   UUCode::Bytes base64;
   UUCode::Bytes fromBase64;
-  size_t in = 0, out = 0, in64 = 0, out64 = 0, inBack = 0, outBack = 0;
+  size_t in = 0;
+  size_t out = 0;
+  size_t in64 = 0;
+  size_t out64 = 0;
+  size_t inBack = 0;
+  size_t outBack = 0;
   ShortBool result = kFalse;
   for (int i = 0; i < 2; ++i) {
     codec_.EncodeRec(BytesOf(text), lines, in, out, '#', result);
@@ -231,7 +236,8 @@ TEST_F(UUCodeTest, RecordsAreFedThroughInSeveralCalls) {
   EXPECT_EQ(inBack, 8U);
 
   UUCode::Bytes fromLines;
-  size_t inUu = 0, outUu = 0;
+  size_t inUu = 0;
+  size_t outUu = 0;
   codec_.DecodeRec(lines, fromLines, inUu, outUu, 3, result);
   codec_.DecodeRec(lines, fromLines, inUu, outUu, 2, result);
   EXPECT_EQ(TextOf(fromLines), "CatDog");
@@ -394,6 +400,7 @@ TEST_F(UUCodeTest, PartsThatDoNotFitTogetherAreRefused) {
   codec_.UUEncodeFiles(Write("b.bin", bytes), directory, 63, result);
   const auto parts = [&](const std::vector<std::string>& names) {
     std::vector<std::string> paths;
+    paths.reserve(names.size());
     for (const auto& name : names) paths.push_back(folder_.Path(name + ".UUE"));
     ShortBool joined = 7;
     codec_.UUDecodeFiles(paths, folder_.Path("joined"), joined);

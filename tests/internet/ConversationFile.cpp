@@ -1,5 +1,6 @@
 #include "ConversationFile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,7 +13,7 @@ namespace {
 
 using Kind = ConversationStep::Kind;
 
-const std::map<std::string_view, Kind> kWords = {
+constexpr std::pair<std::string_view, Kind> kWords[] = {
     {"S:", Kind::Say},      {"S>", Kind::Say},    {"C:", Kind::Hear},
     {"D:", Kind::HearData}, {"wait", Kind::Wait}, {"close", Kind::Close},
     {"set", Kind::Set},     {"call", Kind::Call}, {"expect", Kind::Expect}};
@@ -86,8 +87,9 @@ Conversation ReadConversation(const std::string& path) {
       continue;
     }
     if (word == "shape") continue;  // the runner plays every shape
-    const auto found = kWords.find(word);
-    if (found == kWords.end()) throw std::runtime_error(path + ":" + std::to_string(number));
+    const auto* const found = std::find_if(std::begin(kWords), std::end(kWords),
+                                           [&](const auto& known) { return known.first == word; });
+    if (found == std::end(kWords)) throw std::runtime_error(path + ":" + std::to_string(number));
     ConversationStep step{found->second, std::string(rest), number};
     if (step.kind == Kind::Say) step.text = Unescape(rest) + (word == "S:" ? "\r\n" : "");
     conversation.steps.push_back(std::move(step));

@@ -59,7 +59,8 @@ TEST(Network, LooksNamesUpWithoutBlockingAndForgetsWhatIsGivenUp) {
     EXPECT_FALSE(found.has_value());
     found = std::move(addresses);
   });
-  loop->Resolve("localhost", 1, [&](std::vector<SocketAddress>, int) { calledAfterAll = true; });
+  loop->Resolve("localhost", 1,
+                [&](const std::vector<SocketAddress>&, int) { calledAfterAll = true; });
   ASSERT_TRUE(loop->RunUntil([&] { return found.has_value(); }, loop->Now() + kPatience));
   ASSERT_FALSE(found->empty());
   EXPECT_EQ(found->front().port, 2525);
