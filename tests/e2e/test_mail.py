@@ -300,6 +300,16 @@ class Notification(MailRoad):
             self.assertLess(time.monotonic(), deadline, what)
             time.sleep(0.02)
 
+    def test_an_object_that_blocks_costs_other_programs_mail_only(self):
+        with MailHost() as host, tempfile.TemporaryDirectory(prefix="scripts-") as scratch:
+            folder = pathlib.Path(scratch)
+            other = self.start_listening(folder, "meanwhile.js", host.smtp, host.pop, folder)
+            self.wait_for(lambda: "held" in other.output(), "the other program")
+            blocking = self.start_listening(folder, "blocking.js", host.smtp, host.pop, folder)
+            self.assertEqual(["held", ENDED], other.wait().output.splitlines())
+            self.assertEqual([ENDED], blocking.wait().output.splitlines())
+            self.assertEqual([b"Blocked"], subjects(host.received()))
+
     def test_an_object_whose_program_is_gone(self):
         """The operation goes on, and afterwards nobody is registered any more."""
         with MailHost(faults="smtp at DATA delay 1500\n") as host, \
