@@ -51,6 +51,13 @@ WScript.Echo(codeOf(function () { mail.Send(); }));
 WScript.Echo(codeOf(function () { mail.LoadMessageHeaders(); }));
 mail.POPPort = 1;
 WScript.Echo(codeOf(function () { mail.Login(); }));
+mail.SMTPPort = WScript.Arguments(0);
+var result = 0;
+mail.AsynchObjectRegister({AsynchNotification: function (a, kind, c, d, e, f) { result = f; }}, 0, 0, 0);
+mail.Send();
+while (!result) mail.subject;  // the object hears of it when the box has been answered
+WScript.Echo(result);
+mail.AsynchObjectUnregister(mail, 0);
 mail.ErrorDisplay = false;
 WScript.Echo(codeOf(function () { mail.LoadMessageHeaders(); }));
 """
@@ -62,6 +69,8 @@ BOXES = [
     ("6015", "POP Mail Error", "Failed to load the message headers.: {15} not you"),
     ("6002", "POP Mail Error",
      "Failed to Logon to POP server: {2} Could not connect to POP server."),
+    ("550", "SMTP Mail Error",
+     "Failed to send the message.: {550} SMTP mailbox doesn't exist."),
     ("6002", None, None),
 ]
 REFUSING = "smtp at MAIL reply 550 no\npop at PASS reply -ERR not you\n"
