@@ -1,4 +1,4 @@
-"""The VBScript examples of the documents do what the documents say.
+"""The VBScript examples of the documents do what the documents say, and errors have their texts.
 
 Every ```vbs block of README.md and docs/ is run against the registered server, on the object that
 the reference's first page describes, with a mailbox behind it. A block fails when it raises an
@@ -74,6 +74,30 @@ def script_of(blocks, preamble):
     return "\n".join(lines + ["Set keeper = Nothing"]) + ENDINGS["vbs"]
 
 
+class Table:
+    """A table of errors.md, the one with that second column: {code: text} as DecodeError has it."""
+
+    # What is said of an error that has its words from elsewhere.
+    VARIABLE = re.compile("what it said|own words|Failed to Logon")
+
+    def __init__(self, second, base=0):
+        text = (PREAMBLE.parent / "errors.md").read_text()
+        table = re.search(rf"^\| \w+ \| {second} \|.*?\n\n", text, re.M | re.S)[0].rstrip()
+        self.texts, self.numbers = {}, {}
+        for row in table.splitlines()[2:]:
+            cells = [cell.strip() for cell in row.strip("|").split(" | ")]
+            for code in self.codes(cells[0]):
+                shown = cells[2] if base == 0 else cells[1]
+                if not self.VARIABLE.search(shown):
+                    self.texts[base + code] = shown
+                    self.numbers[base + code] = cells[1]
+
+    @staticmethod
+    def codes(cell):
+        first, to, last = cell.partition(" to ")
+        return range(int(first), int(last) + 1) if to else [int(code) for code in cell.split(", ")]
+
+
 class Examples(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -112,6 +136,25 @@ class Examples(unittest.TestCase):
             self.assertTrue(text in rest, f"[{text}] is not printed, but {output}")
         if block.swallows_errors:
             self.assertTrue(block.expected, "ignores errors and does not say what it prints")
+
+    def decoded(self, before, codes):
+        """{code: text} of DecodeError, after some statements."""
+        lines = [self.preamble, "Dim system, a, b, text", before]
+        for code in codes:
+            lines += [f"mail.DecodeError vbObjectError + {code}, system, a, b, text",
+                      f'WScript.Echo "{code} " & text']
+        ended, written = run_script(self.wine, "\n".join([*lines, "mail.Logout"]) + ENDINGS["vbs"])
+        self.assertTrue(ended, written)
+        return {int(code): text for code, text in (line.split(" ", 1) for line in written)}
+
+    def test_the_tables_of_errors(self):
+        own = Table("number")
+        self.assertEqual({code: f"0x{0x80040000 + code:08X}" for code in own.numbers}, own.numbers)
+        for before, last, table in (
+                ("", 551, own), ("mail.mailSystem = 7 : mail.Login", 6556, Table("SMTP", 6000)),
+                ("mail.mailSystem = 6 : mail.Login", 6030, Table("POP3", 6000))):
+            self.assertIn(last, table.texts)
+            self.assertEqual(table.texts, self.decoded(before, table.texts))
 
     def test_every_example(self):
         for page in PAGES:
