@@ -74,7 +74,7 @@ TEST(HeaderBlock, LeavesOutWhatIsNotSet) {
 }
 
 TEST(HeaderBlock, NoValueCanStartAnotherField) {
-  const std::string evil("a\r\n\r\n\0Evil: yes\n", 17);
+  const std::string evil("a\r\n\r\n\0Evil: yes\n", 16);
   auto message = Minimal();
   message.from = message.subject = message.replyTo = message.charset = message.xMailer = evil;
   message.whoTo = message.cc = {evil};
