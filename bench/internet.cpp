@@ -1,5 +1,5 @@
 // Sends small messages and loads headers beside libcurl, which takes the same steps with the same
-// mail host, each side on one connection.
+// mail host, each side on one connection, and beside a bare socket that does nothing else.
 //
 // libcurl is given the finished message and hands over each header as it came; our side also
 // composes the message, and makes a table of the fields.
@@ -12,9 +12,11 @@
 #include <string>
 #include <string_view>
 
+#include "bench/support/BareMail.h"
 #include "bench/support/CurlMail.h"
 #include "bench/support/MailHost.h"
 #include "bench/support/NativeMail.h"
+#include "bench/support/OneProcessor.h"
 #include "bench/support/Table.h"
 #include "internet/OutgoingMessage.h"
 
@@ -33,10 +35,11 @@ constexpr const char* kSender = "sender@example.com";
 constexpr const char* kRecipient = "reader@example.com";
 constexpr const char* kAtLeast = ">= 1, wanted 1.5";
 
-// About a thousand bytes.
+// 2 KiB, and the header comes on top.
 std::string Body() {
+  const std::string line = "A line of a small message, as people write, of 64 characters.\r\n";
   std::string body;
-  for (int line = 0; line < 20; ++line) body += "A line of a small message, as people write.\r\n";
+  while (body.size() < 2048) body += line;
   return body;
 }
 
@@ -56,7 +59,8 @@ class Send {
  public:
   explicit Send(const MailHost& host)
       : native_(scratch_.Path().string(), host.SmtpPort(), 0),
-        curl_(host.SmtpPort(), kSender, kRecipient) {
+        curl_(host.SmtpPort(), kSender, kRecipient),
+        bare_(host.SmtpPort(), kSender, kRecipient) {
     native_.SetMessage(kSender, kRecipient, Body());
   }
 
@@ -66,18 +70,25 @@ class Send {
   void Curl(int count) {
     for (int sent = 0; sent < count; ++sent) curl_.Send(message_);
   }
+  void Bare(int count) {
+    for (int sent = 0; sent < count; ++sent) bare_.Send(message_);
+  }
 
  private:
   ScratchDirectory scratch_;
   const std::string message_ = FinishedMessage();
   NativeMail native_;
   CurlSmtp curl_;
+  BareSmtp bare_;
 };
 
 class Headers {
  public:
   Headers(const MailHost& host, std::size_t count)
-      : count_(count), native_(scratch_.Path().string(), 0, host.PopPort()), curl_(host.PopPort()) {
+      : count_(count),
+        native_(scratch_.Path().string(), 0, host.PopPort()),
+        curl_(host.PopPort()),
+        bare_(host.PopPort()) {
     native_.SetMaximumHeaders(count);
   }
 
@@ -87,34 +98,43 @@ class Headers {
   void Curl() {
     if (curl_.LoadHeaders(count_) == 0) throw std::runtime_error("libcurl got no headers");
   }
+  void Bare() { bare_.LoadHeaders(count_); }
 
  private:
   ScratchDirectory scratch_;
   std::size_t count_;
   NativeMail native_;
   CurlPop curl_;
+  BarePop bare_;
 };
 
-void CompareSend() {
-  const MailHost host({"--no-store"});
-  Send send(host);
-  const auto perSecond = [](double seconds) { return kMessagesPerRound / seconds; };
-  const auto result = Compare(
-      kSendRounds, [&] { return perSecond(Seconds([&] { send.Native(kMessagesPerRound); })); },
-      [&] { return perSecond(Seconds([&] { send.Curl(kMessagesPerRound); })); });
-  PrintRow("Send of messages of 1 KB", "libcurl", result, "/s", kAtLeast);
+template <typename Work>
+Side PerSecond(std::size_t count, Work work) {
+  return [=] { return static_cast<double>(count) / Seconds(work); };
 }
 
-void CompareHeaders() {
+void CompareSend(const std::string& where) {
+  const MailHost host({"--no-store"});
+  Send send(host);
+  const auto name = "Send of messages of 2 KiB" + where;
+  const auto native = PerSecond(kMessagesPerRound, [&] { send.Native(kMessagesPerRound); });
+  const auto curl = PerSecond(kMessagesPerRound, [&] { send.Curl(kMessagesPerRound); });
+  const auto bare = PerSecond(kMessagesPerRound, [&] { send.Bare(kMessagesPerRound); });
+  PrintRow(name, "libcurl", Compare(kSendRounds, native, curl), "/s", kAtLeast);
+  PrintRow(name, "bare socket", Compare(kSendRounds, native, bare), "/s", "");
+}
+
+void CompareHeaders(const std::string& where) {
   const ScratchDirectory store;
   FillMaildir(store.Path(), kHeaders);
   const MailHost host({"--store", store.Path().string(), "--no-lock"});
   Headers headers(host, kHeaders);
-  const auto perSecond = [](double seconds) { return kHeaders / seconds; };
-  const auto result = Compare(
-      kHeaderRounds, [&] { return perSecond(Seconds([&] { headers.Native(); })); },
-      [&] { return perSecond(Seconds([&] { headers.Curl(); })); });
-  PrintRow("LoadMessageHeaders of 10,000", "libcurl", result, "/s", kAtLeast);
+  const auto name = "LoadMessageHeaders of 10,000" + where;
+  const auto native = PerSecond(kHeaders, [&] { headers.Native(); });
+  const auto curl = PerSecond(kHeaders, [&] { headers.Curl(); });
+  const auto bare = PerSecond(kHeaders, [&] { headers.Bare(); });
+  PrintRow(name, "libcurl", Compare(kHeaderRounds, native, curl), "/s", kAtLeast);
+  PrintRow(name, "bare socket", Compare(kHeaderRounds, native, bare), "/s", "");
 }
 
 // The most memory that this process has held, in KB.
@@ -231,8 +251,13 @@ int Run(int count, char** arguments) {
     return LoadOnce(std::stoul(arguments[2]), static_cast<std::uint16_t>(std::stoul(arguments[3])));
   }
   ShowWire();
-  CompareSend();
-  CompareHeaders();
+  CompareSend("");
+  CompareHeaders("");
+  {
+    const OneProcessor one;
+    CompareSend(", one processor");
+    CompareHeaders(", one processor");
+  }
   ShowGrowth();
   return 0;
 }
