@@ -99,7 +99,7 @@ void Measure(const std::string& path) {
            " ms", "<= 1, wanted 0.67");
   for (const std::size_t kilobytes : {64U, 1024U}) {
     const auto block = Base64Lines(kilobytes * 1024);
-    PrintRow(name, "bare socket, blocks of " + FigureText(static_cast<double>(kilobytes)) + " KiB",
+    PrintRow(name, "bare socket, " + std::to_string(kilobytes) + " KiB at once",
              Compare(
                  kBareRounds, [&] { return sides.Native(); }, [&] { return sides.Bare(block); }),
              " ms", "<= 1.5");
