@@ -202,7 +202,6 @@ void PopSession::NextHeader() {
 void PopSession::OnData(std::string_view line, bool complete) {
   const bool lineStart = !std::exchange(inLongLine_, !complete);
   if (lineStart && complete && line == ".") return OnDataEnd();
-  AwaitReply();
   if (lineStart && line.starts_with('.')) line.remove_prefix(1);
   dataBytes_ += line.size() + 2;
   if (lastCommand_ == Command::Retr) return OnMessageData(line, complete);
@@ -213,6 +212,11 @@ void PopSession::OnData(std::string_view line, bool complete) {
   }
   if (lineStart && line.empty()) inHeader_ = false;
   if (inHeader_ && !headers_->OnHeaderLine(number_, line, complete)) FinishAndClose(kOverflow);
+}
+
+// Once for what came together: a message may have millions of lines.
+void PopSession::OnLinesRead() {
+  if (dataMode_) AwaitReply();
 }
 
 void PopSession::OnMessageData(std::string_view line, bool complete) {

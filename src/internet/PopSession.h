@@ -85,6 +85,7 @@ class PopSession final : private MailSession {
   void OnConnected() override { lastCommand_ = Command::None; }
   void OnReady() override;
   void OnReplyLine(std::string_view line, bool complete) override;
+  void OnLinesRead() override;
   void OnDisconnected() override;
   std::int32_t LossNumber() const override;
 

@@ -101,6 +101,7 @@ void LineSocket::Deliver(std::size_t scanFrom) {
     buffer_[0] = buffer_[kBufferSize - 1];
     filled_ = 1;
   }
+  handler_.OnLinesRead();
   stream_->WantRead(true);
   if (std::exchange(writable_, false)) handler_.OnSendReady();
 }

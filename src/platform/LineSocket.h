@@ -23,6 +23,8 @@ class LineSocket : private ByteStream::Handler {
     // `complete` is false for a piece whose line goes on in the next one. The text lives until the
     // handler returns.
     virtual void OnLine(std::string_view text, bool complete) = 0;
+    // All lines that came with one read have been handed on. Must not close the connection.
+    virtual void OnLinesRead() {}
     virtual void OnSendReady() = 0;
     // The end of what the peer said, when it has no line end; OnClosed follows.
     virtual void OnUnfinishedLine(std::string_view text) = 0;
