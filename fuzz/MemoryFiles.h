@@ -29,7 +29,7 @@ class MemoryFiles final : public FileSystem {
     if (mode == OpenMode::kCreate) bytes.clear();
     return std::make_unique<MemoryFile>(bytes, mode == OpenMode::kAppend ? bytes.size() : 0);
   }
-  bool FileExists(const std::string& path) override { return files.count(path) != 0; }
+  bool FileExists(const std::string& path) override { return files.contains(path); }
   bool DirectoryExists(const std::string& path) override { return path.empty() || path == "/"; }
   bool RemoveFile(const std::string& path) override {
     files.erase(path);
