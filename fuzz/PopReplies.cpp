@@ -9,8 +9,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using quillon::HeaderRequest;
+  using quillon::fuzz::FuzzEngine;
   using quillon::fuzz::Require;
-  quillon::fuzz::FuzzEngine fuzz(data, size);
+  FuzzEngine fuzz(data, size);
   auto& engine = fuzz.engine;
 
   quillon::PopSettings settings;
@@ -33,7 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   split.maximumBodyLines = size % 4;
   quillon::fuzz::MemoryFiles attachments;
   {
-    quillon::MessageCollector message(attachments, fuzz.AnsiCodePage(), split, {size % 2 == 0, ""});
+    quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split,
+                                      {size % 2 == 0, ""});
     engine.BeginLoadMessage(settings, 1, message);
     const auto result = engine.Wait();
     Require(result != 0);

@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     engine.BeginSend(settings, message, {}, {});
     const auto sent = engine.Wait();
     Require(sent != 0 && sent < 1000);
-    Require((sent == 20) <= !engine.RefusedRecipients().empty());
+    Require(sent != 20 || !engine.RefusedRecipients().empty());
     Require(engine.RefusedRecipients().size() <= 2);
     Require(fuzz.files.directories.empty());
     Require(fuzz.files.files.size() == 2);  // the log, and what was attached
