@@ -97,6 +97,9 @@ class WinePrefix:
             if self._wants_display:
                 self._start_display()
             self._shell('wine_copy_prefix "$WINEPREFIX"; wine_start')
+            if self._wants_display:
+                # There is no window manager, and Wine would wait 2 s for its word on each window.
+                self.run("reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N")
             self._keep_desktop()
         except BaseException:
             self.__exit__()
