@@ -17,6 +17,7 @@
 #include "bench/support/MailHost.h"
 #include "bench/support/NativeMail.h"
 #include "bench/support/OneProcessor.h"
+#include "bench/support/Program.h"
 #include "bench/support/Table.h"
 #include "internet/OutgoingMessage.h"
 
@@ -146,9 +147,15 @@ double PeakMemory() {
   throw std::runtime_error("the system does not tell the peak memory");
 }
 
-// In a process of its own (`--headers COUNT PORT`), because a peak never goes down again. Prints
-// microseconds per header and the peak before and after.
-int LoadOnce(std::size_t count, std::uint16_t port) {
+struct Growth {
+  double microseconds = 0;  // per header
+  double before = 0;        // KB
+  double after = 0;
+};
+
+// In a process of its own (`--headers COUNT PORT FILE`), because a peak never goes down again.
+// Writes a Growth into the file.
+int LoadOnce(std::size_t count, std::uint16_t port, const char* result) {
   const ScratchDirectory scratch;
   NativeMail native(scratch.Path().string(), 0, port);
   native.SetMaximumHeaders(1);
@@ -161,26 +168,22 @@ int LoadOnce(std::size_t count, std::uint16_t port) {
     times.push_back(Seconds([&] { loaded = native.LoadMessageHeaders(); }));
     if (loaded != count) return 1;
   }
-  std::printf("%.3f %.0f %.0f\n", SpreadOf(times).median * 1e6 / static_cast<double>(count), before,
-              PeakMemory());
+  std::ofstream(result) << SpreadOf(times).median * 1e6 / static_cast<double>(count) << ' '
+                        << before << ' ' << PeakMemory();
   return 0;
 }
 
-struct Growth {
-  double microseconds = 0;  // per header
-  double before = 0;        // KB
-  double after = 0;
-};
-
 Growth MeasureGrowth(std::size_t count, std::uint16_t port) {
-  const auto command = (ProgramDirectory() / "bench_internet").string() + " --headers " +
-                       std::to_string(count) + " " + std::to_string(port);
-  std::FILE* const output = ::popen(command.c_str(), "r");
-  if (output == nullptr) throw std::runtime_error("cannot start a second process");
+  const ScratchDirectory scratch;
+  const auto result = (scratch.Path() / "growth").string();
+  RunProgram({(ProgramDirectory() / "bench_internet").string(), "--headers", std::to_string(count),
+              std::to_string(port), result},
+             "/dev/null");
   Growth growth;
-  const int fields =
-      std::fscanf(output, "%lf %lf %lf", &growth.microseconds, &growth.before, &growth.after);
-  if (::pclose(output) != 0 || fields != 3) throw std::runtime_error("the second process failed");
+  std::ifstream figures(result);
+  if (!(figures >> growth.microseconds >> growth.before >> growth.after)) {
+    throw std::runtime_error("the second process says nothing");
+  }
   return growth;
 }
 
@@ -247,8 +250,9 @@ void ShowWire() {
 }
 
 int Run(int count, char** arguments) {
-  if (count == 4 && std::string_view(arguments[1]) == "--headers") {
-    return LoadOnce(std::stoul(arguments[2]), static_cast<std::uint16_t>(std::stoul(arguments[3])));
+  if (count == 5 && std::string_view(arguments[1]) == "--headers") {
+    return LoadOnce(std::stoul(arguments[2]), static_cast<std::uint16_t>(std::stoul(arguments[3])),
+                    arguments[4]);
   }
   ShowWire();
   CompareSend("");
