@@ -405,6 +405,8 @@ SEND_CASES = [
     ("at body drop", SMTP_TEXT_LOST, 12_000_000),
     *((f"at {step} silent", SMTP_SILENT)
       for step in ("greeting", "HELO", "MAIL", "RCPT 2", "DATA", "terminator")),
+    # Each reply comes in time, the login as a whole does not.
+    ("at * delay 900", SMTP_SILENT),
     ("at body stall", SMTP_STALLED, 6_000_000),
 ]
 
@@ -440,6 +442,7 @@ READ_CASES = [
     ("at RETR truncate 30", "message", POP_LOST),
     ("at DELE drop mid", "delete", POP_LOST),
     *((f"at {step} silent", "headers", POP_SILENT) for step in ("greeting", "PASS", "STAT", "TOP")),
+    ("at * delay 900", "login", POP_SILENT),
     ("at UIDL silent", "identifiers", POP_SILENT),
     ("at VRFY reply 421 closing", "resolve", FINE),
     ("at VRFY drop mid", "resolve", SMTP_LOST),
