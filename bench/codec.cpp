@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -17,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "bench/support/Main.h"
+#include "bench/support/Program.h"
 #include "bench/support/SharedLibrary.h"
 #include "bench/support/Table.h"
 #include "codec/Base64.h"
@@ -37,6 +38,7 @@ constexpr size_t kFile = size_t{256} << 20;
 constexpr const char* kUnit = " GB/s";
 
 Bytes RandomBytes(size_t size) {
+  // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the same bytes in every run are wanted.
   std::mt19937_64 random(1);
   Bytes bytes(size);
   for (size_t at = 0; at + 8 <= size; at += 8) {
@@ -252,7 +254,7 @@ class FileToFile {
 
   Side Command(const std::string& command) const {
     return [line = "cd '" + folder_.string() + "' && rm -f peer && " + command] {
-      return Seconds([&] { MustBe(std::system(line.c_str()) == 0, line.c_str()); });
+      return RunProgram({"sh", "-c", line}, "/dev/null").seconds;
     };
   }
 
@@ -284,7 +286,7 @@ class FileToFile {
 }  // namespace quillon::bench
 
 int main() {
-  try {
+  return quillon::bench::Main("bench_codec", [] {
     quillon::bench::InMemory(quillon::bench::kBlock).Run();
     quillon::bench::InMemory(quillon::bench::kMemory).Run();
     quillon::bench::FileToFile().Run();
@@ -292,8 +294,5 @@ int main() {
         std::string("codec: the kernel is ") + quillon::BestKernel().name +
         "; GB/s are those of the data, 64 MiB at once or in blocks of 225 KiB; files of 256 MiB.");
     return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_codec: %s\n", error.what());
-    return 1;
-  }
+  });
 }

@@ -2,7 +2,6 @@
 // while it sends, and beside a bare socket that writes as many bytes out of memory, in blocks of
 // two sizes. All of them talk to the same mail host, which throws the messages away.
 #include <cstdio>
-#include <exception>
 #include <fstream>
 #include <random>
 #include <stdexcept>
@@ -12,6 +11,7 @@
 #include "bench/support/BareMail.h"
 #include "bench/support/CurlMail.h"
 #include "bench/support/MailHost.h"
+#include "bench/support/Main.h"
 #include "bench/support/NativeMail.h"
 #include "bench/support/Program.h"
 #include "bench/support/Table.h"
@@ -126,10 +126,6 @@ int Run(int count, char** arguments) {
 }  // namespace quillon::bench
 
 int main(int count, char** arguments) {
-  try {
-    return quillon::bench::Run(count, arguments);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_composed: %s\n", error.what());
-    return 1;
-  }
+  return quillon::bench::Main("bench_composed",
+                              [&] { return quillon::bench::Run(count, arguments); });
 }

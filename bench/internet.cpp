@@ -3,9 +3,7 @@
 //
 // libcurl is given the finished message and hands over each header as it came; our side also
 // composes the message, and makes a table of the fields.
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -15,6 +13,7 @@
 #include "bench/support/BareMail.h"
 #include "bench/support/CurlMail.h"
 #include "bench/support/MailHost.h"
+#include "bench/support/Main.h"
 #include "bench/support/NativeMail.h"
 #include "bench/support/OneProcessor.h"
 #include "bench/support/Program.h"
@@ -270,10 +269,6 @@ int Run(int count, char** arguments) {
 }  // namespace quillon::bench
 
 int main(int count, char** arguments) {
-  try {
-    return quillon::bench::Run(count, arguments);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_internet: %s\n", error.what());
-    return 1;
-  }
+  return quillon::bench::Main("bench_internet",
+                              [&] { return quillon::bench::Run(count, arguments); });
 }

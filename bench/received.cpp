@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -17,6 +16,7 @@
 
 #include "bench/support/GMimeSplitter.h"
 #include "bench/support/MailHost.h"
+#include "bench/support/Main.h"
 #include "bench/support/NullFiles.h"
 #include "bench/support/Program.h"
 #include "bench/support/ReceivedMail.h"
@@ -389,11 +389,8 @@ void Received::GrowthRows() {
 }  // namespace quillon::bench
 
 int main() {
-  try {
+  return quillon::bench::Main("bench_received", [] {
     quillon::bench::Received().Run();
     return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_received: %s\n", error.what());
-    return 1;
-  }
+  });
 }

@@ -1,7 +1,6 @@
 // Retrieves a large message and splits it into files, beside libcurl, which retrieves it, and
 // GMime, which splits what it has retrieved. Both talk to the same mail host.
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -11,6 +10,7 @@
 #include "bench/support/CurlMail.h"
 #include "bench/support/GMimeSplitter.h"
 #include "bench/support/MailHost.h"
+#include "bench/support/Main.h"
 #include "bench/support/NativeMail.h"
 #include "bench/support/Program.h"
 #include "bench/support/ReceivedMail.h"
@@ -87,10 +87,6 @@ int Run(int count, char** arguments) {
 }  // namespace quillon::bench
 
 int main(int count, char** arguments) {
-  try {
-    return quillon::bench::Run(count, arguments);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_retrieved: %s\n", error.what());
-    return 1;
-  }
+  return quillon::bench::Main("bench_retrieved",
+                              [&] { return quillon::bench::Run(count, arguments); });
 }

@@ -2,7 +2,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "bench/support/MailHost.h"
+#include "bench/support/Main.h"
 #include "bench/support/Program.h"
 #include "bench/support/Table.h"
 
@@ -150,11 +150,8 @@ class Packing {
 }  // namespace quillon::bench
 
 int main() {
-  try {
+  return quillon::bench::Main("bench_zip", [] {
     quillon::bench::Packing().Run();
     return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_zip: %s\n", error.what());
-    return 1;
-  }
+  });
 }

@@ -52,6 +52,7 @@ MailHost::MailHost(const std::vector<std::string>& options) {
                                  "--pop-port", "0"};
   words.insert(words.end(), options.begin(), options.end());
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (auto& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
 
