@@ -36,7 +36,7 @@ SocketWriter::~SocketWriter() {
 bool SocketWriter::WriteCommand(std::string_view line) {
   if (!IsWireSafe(line)) return false;
   block_.append(line).append("\r\n");
-  Flush();
+  OnSendReady();
   return true;
 }
 

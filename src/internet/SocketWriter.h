@@ -36,7 +36,7 @@ class SocketWriter {
   void SetTimeout(TickCount timeout) { timeout_ = timeout; }
 
   // One command line with its CR LF in one write. False, and nothing is sent, when the line holds
-  // CR, LF or NUL.
+  // CR, LF or NUL. It stands behind what is waiting, which must be the end of a source.
   bool WriteCommand(std::string_view line);
 
   // The whole source; `written` is called when the last byte has been taken (true) or the source

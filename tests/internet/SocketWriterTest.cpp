@@ -67,6 +67,8 @@ class SocketWriterTest : public ::testing::Test,
 
   std::shared_ptr<CountingPeer> peer_ = std::make_shared<CountingPeer>();
   FakeNetwork network_;
+  LineSocket socket_{*this};
+  SocketWriter writer_{network_, socket_, [] { ADD_FAILURE() << "stuck"; }};
 
  private:
   void OnLine(std::string_view, bool) override {}
@@ -79,8 +81,6 @@ class SocketWriterTest : public ::testing::Test,
   void OnStreamWritable() override {}
 
   std::unique_ptr<ByteStream> stream_;
-  LineSocket socket_{*this};
-  SocketWriter writer_{network_, socket_, [] { ADD_FAILURE() << "stuck"; }};
 };
 
 TEST_F(SocketWriterTest, OnlyAConnectionThatHasShownItsSpeedIsGivenLargeBlocks) {
@@ -93,6 +93,21 @@ TEST_F(SocketWriterTest, OnlyAConnectionThatHasShownItsSpeedIsGivenLargeBlocks) 
   network_.timePerLook = 0;
   peer_->perTurn = 100'000;
   EXPECT_EQ(Write(12 * kMegabyte), kMegabyte);
+}
+
+// The command takes the rest of the data with it, and no event tells of that any more.
+TEST_F(SocketWriterTest, ACommandBehindTheLastBlockDoesNotHideItsEnd) {
+  Bytes source(1000);
+  bool done = false;
+  peer_->appetite = 400;
+  writer_.SocketSendData(source, [&](bool written) { done = written; });
+  network_.RunPending();
+  EXPECT_FALSE(done);
+  peer_->appetite = 10000;
+  EXPECT_TRUE(writer_.WriteCommand("RSET"));
+  network_.RunPending();
+  EXPECT_TRUE(done);
+  EXPECT_EQ(peer_->count, 1006U);
 }
 
 }  // namespace
