@@ -9,12 +9,10 @@
 
 namespace quillon {
 
-using State = FileEncoder::State;
-
 UuDataEncoder::UuDataEncoder(File& input, uint64_t bytes, OutputFile& output)
     : input_(input), left_(bytes), output_(output), block_(BufferFor(input, kUuBlockBytes)) {}
 
-State UuDataEncoder::Step() {
+FileEncoder::State UuDataEncoder::Step() {
   const auto wanted = static_cast<size_t>(std::min<uint64_t>(left_, block_.size()));
   const std::optional<size_t> count = ReadBlock(input_, std::span(block_).first(wanted));
   if (!count) return State::Failed;
@@ -34,7 +32,7 @@ UuFileEncoder::UuFileEncoder(FileSystem& files, const std::string& inputPath,
       trailer_(trailer),
       input_(OpenInput(files, inputPath, outputPath_)) {}
 
-State UuFileEncoder::Step() {
+FileEncoder::State UuFileEncoder::Step() {
   if (!input_) return State::Failed;
   if (!data_) {
     output_ = std::make_unique<OutputFile>(files_, outputPath_);

@@ -18,12 +18,12 @@ inline constexpr uint64_t kWholeFile = std::numeric_limits<uint64_t>::max();
 
 // Appends the lines for the next `bytes` bytes of the input, or for what it has, to an output. Both
 // must outlive it.
-class UuDataEncoder {
+class UuDataEncoder final : public FileEncoder {
  public:
   UuDataEncoder(File& input, uint64_t bytes, OutputFile& output);
 
   // Done: the lines are in the output, which goes on.
-  FileEncoder::State Step();
+  State Step() override;
 
  private:
   File& input_;

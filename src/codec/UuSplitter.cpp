@@ -40,10 +40,7 @@ bool WritePart(FileSystem& files, File& input, const std::string& inputPath,
   OutputFile output(files, path);
   output.Append(UuSectionLine(number, count, inputPath));
   if (number == 1) output.Append(UuBeginLine(inputPath));
-  UuDataEncoder data(input, bytes, output);
-  FileEncoder::State state = data.Step();
-  while (state == FileEncoder::State::More) state = data.Step();
-  if (state == FileEncoder::State::Failed) return false;
+  if (!UuDataEncoder(input, bytes, output).Run()) return false;
   if (number == count) output.Append(UuTrailer(true));
   return output.Finish();
 }

@@ -1,6 +1,5 @@
 #include "internet/AttachmentPacking.h"
 
-#include <string_view>
 #include <utility>
 
 #include "codec/ZipClass.h"
@@ -26,7 +25,7 @@ std::string ArchiveName(const AttachmentGroup& group) {
   std::string_view name = group.files.front().displayName;
   const auto dot = name.rfind('.');
   if (dot != std::string_view::npos && dot > 0) name = name.substr(0, dot);
-  return std::string(name).append(".zip");
+  return std::string(name).append(kArchiveExtension);
 }
 
 std::unique_ptr<FileEncoder> PackGroup(FileSystem& files, const AttachmentGroup& group,

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "codec/FileEncoder.h"
@@ -11,6 +12,8 @@
 #include "platform/FileSystem.h"
 
 namespace quillon {
+
+inline constexpr std::string_view kArchiveExtension = ".zip";
 
 // One file that goes as it is, or the files of one archive.
 struct AttachmentGroup {

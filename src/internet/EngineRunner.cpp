@@ -34,25 +34,21 @@ smtppop& EngineRunner::Engine() {
 // With an object registered the operation goes on by itself, and its result is told to the object.
 std::int32_t EngineRunner::Perform(Call& call, EngineProcess process) {
   reporter_.Begin(process.operation, process.display);
-  if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
-    process_ = std::make_shared<EngineProcess>(std::move(process));
-    try {
-      BeginStep();
-    } catch (...) {
-      process_.reset();
-      throw;
-    }
-    ports_.notifier.SetInProgress();
-    call.LeaveRunning();
-    return kBackEndSuccess;
-  }
   auto result = kBackEndSuccess;
   try {
+    if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
+      process_ = std::make_shared<EngineProcess>(std::move(process));
+      BeginStep();
+      ports_.notifier.SetInProgress();
+      call.LeaveRunning();
+      return kBackEndSuccess;
+    }
     for (const auto& step : process.steps) {
       result = Run(process, step);
       if (result != kBackEndSuccess) break;
     }
   } catch (...) {
+    process_.reset();
     reporter_.End();
     throw;
   }
@@ -76,20 +72,24 @@ void EngineRunner::BeginStep() {
 
 void EngineRunner::EndStep() {
   const auto process = process_;
+  std::int32_t result = kUnknownError;
+  std::string text;
   try {
-    const auto result = Engine().TakeResult();
+    result = Engine().TakeResult();
     const auto step = std::move(process->steps.front());
     process->steps.pop_front();
     step.finish(result);
     Note(*process, step, result);
-    if (process != process_) return;  // aborted meanwhile
-    if (result == kBackEndSuccess && !process->steps.empty()) return BeginStep();
-    EndProcess(result, {});
+    const bool goesOn = result == kBackEndSuccess && !process->steps.empty();
+    if (goesOn && process == process_) return BeginStep();
   } catch (const ServerError& error) {
-    EndProcess(error.Code(), error.Text());
+    result = error.Code();
+    text = error.Text();
   } catch (const std::exception& error) {
-    EndProcess(kUnknownError, error.what());
+    result = kUnknownError;
+    text = error.what();
   }
+  if (process == process_) EndProcess(result, std::move(text));  // else aborted meanwhile
 }
 
 void EngineRunner::EndProcess(std::int32_t result, std::string text) {

@@ -252,8 +252,4 @@ std::string InternetBackEnd::ErrorText(MailSystemId system, std::int32_t number)
   return runner_.ErrorText(system, number);
 }
 
-void InternetBackEnd::Abort() {
-  runner_.Abort();
-}
-
 }  // namespace quillon

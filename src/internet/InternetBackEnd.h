@@ -64,13 +64,11 @@ class InternetBackEnd final : public BackEnd {
                            std::string& resolved) override;
   void Shutdown(std::int32_t savedHandle) override;
 
-  // What has been started for a client's object ends, without an event; else as Abort.
+  // What has been started for a client's object ends, without an event; else the running operation
+  // ends with 522. Callable from inside its wait.
   void AsynchAbort() override;
 
   std::string ErrorText(MailSystemId system, std::int32_t number) const override;
-
-  // Ends the running operation with 522. Callable from inside its wait.
-  void Abort();
 
  private:
   EngineProcess NewProcess(const MailRequest& request, std::int32_t operation);

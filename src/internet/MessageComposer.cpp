@@ -22,7 +22,6 @@ constexpr std::int32_t kPackingFailed = 534;
 constexpr std::int32_t kEncodingFailed = 535;
 
 constexpr std::string_view kFileExtension = ".UUE";
-constexpr std::string_view kArchiveExtension = ".zip";
 
 constexpr std::string_view kPreamble =
     "> THIS IS A MESSAGE IN 'MIME' FORMAT.  Your mail reader does not support MIME.\r\n"

@@ -13,8 +13,12 @@ constexpr std::int32_t kNoRecipients = 9;
 constexpr std::int32_t kAborted = 522;
 constexpr std::int32_t kInvalidSender = 555;
 
-// How long a message is worked on before the loop gets a turn, in milliseconds.
-constexpr TickCount kTurn = 20;
+// How long a message is worked on before the loop gets a turn, in milliseconds. A call of a client
+// takes several turns to come through.
+constexpr TickCount kTurn = 5;
+
+// From this size on it is told that the files of a message are being encoded.
+constexpr std::uint64_t kLongToEncode = 1024 * 1024;
 
 void RequireSafeLogin(const PopSettings& settings) {
   RequireWireSafe(settings.loginName, "The login name");
@@ -34,7 +38,7 @@ struct smtppop::Composition {
   MessageComposer composer;
   SmtpSettings settings;
   Envelope envelope;
-  bool announced = false;  // that it takes a while
+  std::uint64_t size = 0;  // about; 0 when it has not been looked for
 };
 
 smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
@@ -43,7 +47,8 @@ smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
       ports_(ports),
       listener_(listener),
       smtp_({loop, network, ports.clock, ports.log, *this}),
-      pop_({loop, network, ports.clock, ports.log, *this}) {}
+      pop_({loop, network, ports.clock, ports.log, *this}),
+      turn_(loop, [this] { Compose(); }) {}
 
 smtppop::~smtppop() = default;
 
@@ -138,7 +143,9 @@ void smtppop::BeginSend(SmtpSettings settings, OutgoingMessage message,
   Compose();
 }
 
-// For a while; what is left after that is done when the loop has had its turn.
+// For a while; what is left after that is done when nothing else is waiting for the loop. A timer
+// sees to that, and that nothing is done while a client's object is being called: posted work would
+// run there too, and keep the call from coming back.
 void smtppop::Compose() {
   const auto composition = composition_;
   const auto turnEnd = loop_.Now() + kTurn;
@@ -146,16 +153,17 @@ void smtppop::Compose() {
     do {
       if (composition->composer.Step()) return SendComposed();
     } while (loop_.Now() < turnEnd);
-    if (!std::exchange(composition->announced, true)) OnStatus("Encoding attachments...");
-    OnProgress(0, composition->composer.ApproximateSize(), 0);
+    if (composition->size == 0) {
+      composition->size = composition->composer.ApproximateSize();
+      if (composition->size >= kLongToEncode) OnStatus("Encoding attachments...");
+    }
+    if (composition->size >= kLongToEncode) OnProgress(0, composition->size, 0);
   } catch (...) {
     failure_ = std::current_exception();
     composition_.reset();
     return CallBack();
   }
-  loop_.Post([this, waiting = std::weak_ptr(composition_)] {
-    if (!waiting.expired()) Compose();
-  });
+  if (composition_) turn_.Start(0);
 }
 
 void smtppop::SendComposed() {
@@ -208,6 +216,7 @@ void smtppop::BeginDeleteMessage(const PopSettings& settings, std::uint32_t numb
 
 void smtppop::Abort() {
   if (composition_ || failure_) {
+    turn_.Stop();
     composition_.reset();
     failure_ = nullptr;
     refusal_ = kAborted;

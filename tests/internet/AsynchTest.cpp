@@ -184,7 +184,7 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   for (auto& byte : bytes) byte = static_cast<char>(random());
   WriteWholeFile(*world.files, world.folder.Path("long"), BytesOf(bytes));
   world.shared.message.attachments = {{world.folder.Path("long"), "long"}};
-  world.network.timePerLook = 10;  // two or three blocks, and the loop has a turn
+  world.network.timePerLook = 2;  // two or three blocks, and the loop has a turn
   for (const std::int16_t encoding : std::initializer_list<std::int16_t>{0, 2, 2 + 64}) {
     world.instance.attachmentEncoding = encoding;
     EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
@@ -216,7 +216,7 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   world.notifier.Reset();
   world.shared.internet.progressBar = 5;
   Timer user(world.network, [&] { world.display.abort(); });
-  user.Start(100);
+  user.Start(20);
   EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 522);
   EXPECT_EQ(world.display.seen.at(1), "Encoding attachments...");
   EXPECT_EQ(world.display.seen.back(), "hidden");

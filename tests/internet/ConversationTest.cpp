@@ -181,7 +181,7 @@ void Playing::Call(std::string_view text) {
   const bool hasHeader = !world_.shared.headers.empty();
   if (cutOff_ && !hasHeader && (operation == "load" || operation == "delete")) return;
   const auto filesBefore = world_.received.Names();
-  Timer abort(world_.network, [this] { world_.backEnd.Abort(); });
+  Timer abort(world_.network, [this] { world_.backEnd.AsynchAbort(); });
   if (abortAfter_ != 0) abort.Start(abortAfter_);
   const auto start = world_.network.Now();
   try {

@@ -6,6 +6,8 @@
 #include <oleauto.h>
 #include <string>
 
+#include "OneMethod.h"
+
 namespace {
 
 constexpr GUID kClass = {
@@ -13,8 +15,10 @@ constexpr GUID kClass = {
 constexpr const wchar_t* kClassText = L"{6D8F1A3E-52C7-4B0E-9A61-3F70C21588D4}";
 
 // One for the life of the process: references are not counted, but the last object ends it.
-class Sleeper final : public IDispatch {
+class Sleeper final : public OneMethod {
  public:
+  Sleeper() : OneMethod(L"Sleep") {}
+
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
     const bool known = id == IID_IUnknown || id == IID_IDispatch;
     *object = known ? this : nullptr;
@@ -25,16 +29,6 @@ class Sleeper final : public IDispatch {
   ULONG STDMETHODCALLTYPE Release() override {
     if (--references_ == 0) PostQuitMessage(0);
     return references_;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
-                                          DISPID* ids) override {
-    ids[0] = 1;
-    return count == 1 && lstrcmpiW(names[0], L"Sleep") == 0 ? S_OK : DISP_E_UNKNOWNNAME;
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*,
                                    EXCEPINFO*, UINT*) override {

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "OneMethod.h"
 #include "platform/win32/Bstr.h"
 #include "platform/win32/ComPtr.h"
 #include "platform/win32/Variant.h"
@@ -30,8 +31,10 @@ constexpr LONG kEnd = 2;
 constexpr DWORD kPatience = 30000;  // milliseconds
 
 // It lives as long as the program, so references are not counted.
-class Listener final : public IDispatch {
+class Listener final : public OneMethod {
  public:
+  Listener() : OneMethod(L"AsynchNotification") {}
+
   bool ended = false;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
@@ -41,17 +44,6 @@ class Listener final : public IDispatch {
   }
   ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
   ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
-                                          DISPID* ids) override {
-    ids[0] = 1;
-    return count == 1 && lstrcmpiW(names[0], L"AsynchNotification") == 0 ? S_OK
-                                                                         : DISP_E_UNKNOWNNAME;
-  }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters,
                                    VARIANT* result, EXCEPINFO*, UINT* wrong) override {
     if (parameters->cArgs != kNumbers + 1) return DISP_E_BADPARAMCOUNT;

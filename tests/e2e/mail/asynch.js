@@ -66,6 +66,9 @@ mail.Send();
 for (i = 0; i < PATIENCE && !heard.partly; ++i) sleeper.Sleep(50);
 same("packing", "1 -1 Encoding attachments...", said(1));
 same("nothing done yet", "0", counts().split(" of ")[0]);
+// Calls get their turns between the blocks: packing the file takes longer than all of these.
+for (i = 0; i < 20; ++i) same("a property meanwhile", "Packed", mail.subject);
+same("still packing", "1 -1 Encoding attachments...", said(1));
 mail.AsynchAbort();
 for (i = 0; i < 5; ++i) sleeper.Sleep(100);
 same("packing aborted", "1 539 Process aborted.|5 -1 Asynchronous abort was successful.", said(2));
