@@ -94,7 +94,7 @@ class smtppop : private SessionListener {
   std::exception_ptr failure_;           // or what is thrown in its place
   struct Composition;                    // a message before it is sent
   std::shared_ptr<Composition> composition_;
-  Timer turn_;  // when the work on it goes on
+  Timer turn_;                         // when the work on it goes on
   std::unique_ptr<MessageData> data_;  // of the message that is being sent
   std::shared_ptr<std::function<void()>> whenDone_;
 };
