@@ -57,9 +57,9 @@ std::size_t NativeMail::LoadMessage(const std::string& directory) {
   return shared_.message.attachments.size();
 }
 
-void NativeMail::Check(const char* operation, std::int32_t result) {
-  if (result == kBackEndSuccess) return;
-  throw std::runtime_error(std::string(operation) + " fails with " + std::to_string(result));
+void NativeMail::Check(const char* operation, const MailResult& result) {
+  if (result.Succeeded()) return;
+  throw std::runtime_error(std::string(operation) + " fails with " + std::to_string(result.number));
 }
 
 }  // namespace quillon::bench

@@ -37,7 +37,7 @@ class NativeMail {
     void Show(const std::string&, const std::string&, Icon) override {}
   };
 
-  void Check(const char* operation, std::int32_t result);
+  void Check(const char* operation, const MailResult& result);
 
   std::unique_ptr<NetworkLoop> loop_ = MakeNetworkLoop();
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();

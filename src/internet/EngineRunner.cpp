@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 #include "core/Text.h"
 #include "internet/InternetErrorText.h"
@@ -12,13 +13,12 @@ namespace quillon {
 namespace {
 
 constexpr std::int32_t kUnknownError = 6;
-constexpr std::int32_t kAborted = 522;
 
 }  // namespace
 
 EngineRunner::Call::Call(EngineRunner& owner) : owner_(&owner) {
-  if (owner.ports_.notifier.InCallback()) throw ServerError(541);
-  if (std::exchange(owner.busy_, true)) throw ServerError(540);
+  if (owner.ports_.notifier.InCallback()) throw ServerError(error_code::kInNotification);
+  if (std::exchange(owner.busy_, true)) throw ServerError(error_code::kInProgress);
 }
 
 EngineRunner::EngineRunner(const RunnerPorts& ports)
@@ -32,20 +32,20 @@ smtppop& EngineRunner::Engine() {
 }
 
 // With an object registered the operation goes on by itself, and its result is told to the object.
-std::int32_t EngineRunner::Perform(Call& call, EngineProcess process) {
+MailResult EngineRunner::Perform(Call& call, EngineProcess process) {
   reporter_.Begin(process.operation, process.display);
-  auto result = kBackEndSuccess;
+  MailResult result;
   try {
     if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
       process_ = std::make_shared<EngineProcess>(std::move(process));
       BeginStep();
       ports_.notifier.SetInProgress();
       call.LeaveRunning();
-      return kBackEndSuccess;
+      return result;
     }
     for (const auto& step : process.steps) {
       result = Run(process, step);
-      if (result != kBackEndSuccess) break;
+      if (!result.Succeeded()) break;
     }
   } catch (...) {
     process_.reset();
@@ -53,16 +53,15 @@ std::int32_t EngineRunner::Perform(Call& call, EngineProcess process) {
     throw;
   }
   reporter_.End();
-  if (result == kAborted) throw ServerError(kAborted);
+  if (result.number == error_code::kUserAborted) throw ServerError(error_code::kUserAborted);
   return result;
 }
 
-std::int32_t EngineRunner::Run(const EngineProcess& process, const EngineStep& step) {
+MailResult EngineRunner::Run(const EngineProcess& process, const EngineStep& step) {
   step.begin(Engine());
-  const auto result = Engine().Wait();
-  step.finish(result);
-  Note(process, step, result);
-  return result;
+  const auto number = Engine().Wait();
+  step.finish(number);
+  return ResultOf(process, step, number);
 }
 
 void EngineRunner::BeginStep() {
@@ -72,36 +71,35 @@ void EngineRunner::BeginStep() {
 
 void EngineRunner::EndStep() {
   const auto process = process_;
-  std::int32_t result = kUnknownError;
-  std::string text;
+  MailResult result;
   try {
-    result = Engine().TakeResult();
+    const auto number = Engine().TakeResult();
     const auto step = std::move(process->steps.front());
     process->steps.pop_front();
-    step.finish(result);
-    Note(*process, step, result);
-    const bool goesOn = result == kBackEndSuccess && !process->steps.empty();
+    step.finish(number);
+    result = ResultOf(*process, step, number);
+    const bool goesOn = result.Succeeded() && !process->steps.empty();
     if (goesOn && process == process_) return BeginStep();
   } catch (const ServerError& error) {
-    result = error.Code();
-    text = error.Text();
+    result = {error.Code(), error.Text()};
   } catch (const std::exception& error) {
-    result = kUnknownError;
-    text = error.what();
+    result = {kUnknownError, error.what()};
   }
-  if (process == process_) EndProcess(result, std::move(text));  // else aborted meanwhile
+  if (process == process_) EndProcess(std::move(result));  // else aborted meanwhile
 }
 
-void EngineRunner::EndProcess(std::int32_t result, std::string text) {
+void EngineRunner::EndProcess(MailResult result) {
   const auto process = std::move(process_);
-  if (text.empty() && result != kBackEndSuccess) text = ErrorText(process->system, result);
+  if (result.text.empty() && !result.Succeeded()) {
+    result.text = ErrorText(process->system, result.number);
+  }
   auto event = reporter_.Last();
   reporter_.End();
   busy_ = false;
   event.kind = asynch_kind::kEndOfProcess;
-  event.result = result;
+  event.result = result.number;
   event.tag = "END";
-  if (!text.empty()) event.text = std::move(text);
+  if (!result.text.empty()) event.text = std::move(result.text);
   ports_.notifier.Post(event);
 }
 
@@ -128,7 +126,7 @@ void EngineRunner::Shutdown(TickCount patience) {
   if (engine_) engine_->Shutdown(patience);
 }
 
-std::string EngineRunner::TableText(MailSystemId system, std::int32_t number) const {
+std::string EngineRunner::ErrorText(MailSystemId system, std::int32_t number) const {
   const bool popIsAtWork = engine_ && engine_->ProtocolSelector() == smtppop::Protocol::Pop;
   const bool pop =
       system == mail_system::kPop3 || (system == mail_system::kInternet && popIsAtWork);
@@ -138,24 +136,21 @@ std::string EngineRunner::TableText(MailSystemId system, std::int32_t number) co
                               : std::string());
 }
 
-std::string EngineRunner::ErrorText(MailSystemId system, std::int32_t number) const {
-  auto text = TableText(system, number);
-  return text.empty() && number == lastNumber_ ? lastContext_ : text;
-}
-
-void EngineRunner::Note(const EngineProcess& process, const EngineStep& step, std::int32_t result) {
-  if (result == kBackEndSuccess) return;
+MailResult EngineRunner::ResultOf(const EngineProcess& process, const EngineStep& step,
+                                  std::int32_t number) {
+  if (number == kBackEndSuccess) return {};
   const bool pop = step.adapter == EngineStep::Adapter::Pop;
   // Codes 2 and 4 mean that there was no connection, whatever it was wanted for.
   const bool connected =
-      result != SocketConnect::kNotConnected && result != SocketConnect::kNotStarted;
-  lastNumber_ = result;
-  lastContext_ = connected ? step.context : pop ? kPopLoginFailed : kSmtpLoginFailed;
-  if (!process.errorDisplay) return;
-  const auto text = TableText(process.system, result);
-  ports_.messageBox.Show(pop ? "POP Mail Error" : "SMTP Mail Error",
-                         TrimmedCopy(lastContext_ + ": {" + std::to_string(result) + "} " + text),
-                         MessageBoxPort::Icon::Critical);
+      number != SocketConnect::kNotConnected && number != SocketConnect::kNotStarted;
+  const std::string context = connected ? step.context : pop ? kPopLoginFailed : kSmtpLoginFailed;
+  auto text = ErrorText(process.system, number);
+  if (process.errorDisplay) {
+    ports_.messageBox.Show(pop ? "POP Mail Error" : "SMTP Mail Error",
+                           TrimmedCopy(context + ": {" + std::to_string(number) + "} " + text),
+                           MessageBoxPort::Icon::Critical);
+  }
+  return {number, text.empty() ? context : std::move(text)};
 }
 
 }  // namespace quillon

@@ -15,6 +15,7 @@
 #include "internet/smtppop.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/InstanceState.h"
+#include "mail/MailResult.h"
 #include "platform/CodePage.h"
 #include "platform/MessageBox.h"
 
@@ -56,9 +57,9 @@ class EngineRunner {
 
   // Runs the process, or starts it when an object is registered; then the result is success, and
   // the object hears of its own. Throws ServerError 522 for what was aborted.
-  std::int32_t Perform(Call& call, EngineProcess process);
+  MailResult Perform(Call& call, EngineProcess process);
   // One step, to its end.
-  std::int32_t Run(const EngineProcess& process, const EngineStep& step);
+  MailResult Run(const EngineProcess& process, const EngineStep& step);
 
   // What has been started for a client's object ends, without an event; else as Abort.
   void AsynchAbort();
@@ -68,23 +69,22 @@ class EngineRunner {
   void Shutdown(TickCount patience);
 
   smtppop& Engine();
-  // The text of a number, in the words of the failed operation when it was the last failure.
+  // What the table of a protocol says to a number: for both protocols that of the one that is at
+  // work.
   std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
   void BeginStep();
   void EndStep();
-  void EndProcess(std::int32_t result, std::string text);
-  // Remembers what failed, and shows it when error display is on.
-  void Note(const EngineProcess& process, const EngineStep& step, std::int32_t result);
-  std::string TableText(MailSystemId system, std::int32_t number) const;
+  void EndProcess(MailResult result);
+  // Gives a number its text, or the words of the step that failed; shows it when error display is
+  // on.
+  MailResult ResultOf(const EngineProcess& process, const EngineStep& step, std::int32_t number);
 
   RunnerPorts ports_;
   ProgressReporter reporter_;
   std::unique_ptr<smtppop> engine_;         // made on first use
   std::shared_ptr<EngineProcess> process_;  // that goes on by itself
-  std::int32_t lastNumber_ = 0;             // of the last failure, and what failed
-  std::string lastContext_;
   bool busy_ = false;
 };
 

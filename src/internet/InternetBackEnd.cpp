@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "internet/InternetErrorText.h"
 
 namespace quillon {
@@ -11,7 +12,6 @@ namespace quillon {
 namespace {
 
 constexpr std::int32_t kSomeRefused = 20;
-constexpr std::int32_t kAborted = 522;
 
 // How long the last Server of a process may take to leave the servers, in milliseconds.
 constexpr TickCount kShutdownPatience = 1000;
@@ -24,6 +24,13 @@ constexpr bool ServesPop(MailSystemId system) {
 }
 constexpr bool ServesSmtp(MailSystemId system) {
   return system == mail_system::kSmtp || system == mail_system::kInternet;
+}
+
+void RequirePop(const MailRequest& request) {
+  if (!ServesPop(request.instance.mailSystem)) throw ServerError(error_code::kNotSupported);
+}
+void RequireSmtp(const MailRequest& request) {
+  if (!ServesSmtp(request.instance.mailSystem)) throw ServerError(error_code::kNotSupported);
 }
 
 }  // namespace
@@ -56,29 +63,9 @@ EngineProcess InternetBackEnd::NewProcess(const MailRequest& request, std::int32
   return process;
 }
 
-bool InternetBackEnd::Supports(MailSystemId system, Operation operation) const {
-  switch (operation) {
-    case Operation::Login:
-    case Operation::Logout:
-      return true;
-    case Operation::Send:
-    case Operation::ResolveName:
-      return ServesSmtp(system);
-    case Operation::LoadMessageHeaders:
-    case Operation::LoadMessageIdentifiers:
-    case Operation::LoadMessage:
-    case Operation::DeleteMessage:
-    case Operation::MoveCopyMessage:
-    case Operation::UnreadCount:
-      return ServesPop(system);
-    default:
-      return false;
-  }
-}
-
 // For both protocols together, one whose data is there is logged into; when neither's is, the user
 // is asked for POP's.
-std::int32_t InternetBackEnd::Login(MailRequest& request) {
+MailResult InternetBackEnd::Login(MailRequest& request) {
   EngineRunner::Call call(runner_);
   const auto& instance = request.instance;
   const auto system = instance.mailSystem;
@@ -103,26 +90,27 @@ std::int32_t InternetBackEnd::Login(MailRequest& request) {
 }
 
 // Of both protocols, also when the first one fails.
-std::int32_t InternetBackEnd::Logout(MailRequest& request) {
+MailResult InternetBackEnd::Logout(MailRequest& request) {
   const EngineRunner::Call call(runner_);
   const auto system = request.instance.mailSystem;
   const auto process = NewProcess(request, asynch_operation::kNone);
-  auto result = kBackEndSuccess;
+  MailResult result;
   if (ServesSmtp(system)) {
     result = runner_.Run(process, {EngineStep::Adapter::Smtp, "Failed to Log off of SMTP server.",
                                    [](smtppop& engine) { engine.BeginLogoutSMTP(); }});
   }
   if (ServesPop(system)) {
-    const auto popResult =
+    auto popResult =
         runner_.Run(process, {EngineStep::Adapter::Pop, "Failed to Log off of POP server.",
                               [](smtppop& engine) { engine.BeginLogoutPOP(); }});
-    if (popResult != kBackEndSuccess) result = popResult;
+    if (!popResult.Succeeded()) result = std::move(popResult);
   }
-  if (result == kAborted) throw ServerError(kAborted);
+  if (result.number == error_code::kUserAborted) throw ServerError(error_code::kUserAborted);
   return result;
 }
 
-std::int32_t InternetBackEnd::Send(MailRequest& request) {
+MailResult InternetBackEnd::Send(MailRequest& request) {
+  RequireSmtp(request);
   EngineRunner::Call call(runner_);
   auto& shared = request.shared;
   const auto& switches = shared.switches;
@@ -147,17 +135,18 @@ std::int32_t InternetBackEnd::Send(MailRequest& request) {
   return runner_.Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::LoadMessageHeaders(MailRequest& request) {
+MailResult InternetBackEnd::LoadMessageHeaders(MailRequest& request) {
   const auto single = static_cast<std::uint32_t>(request.shared.switches.singleHeader);
   if (single == 0) return LoadHeaders(request, {HeaderRequest::Kind::All});
   return LoadHeaders(request, {HeaderRequest::Kind::Single, single});
 }
 
-std::int32_t InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
+MailResult InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
   return LoadHeaders(request, {HeaderRequest::Kind::Identifiers});
 }
 
-std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest wanted) {
+MailResult InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest wanted) {
+  RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   const auto& instance = request.instance;
@@ -180,7 +169,8 @@ std::int32_t InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest wa
   return runner_.Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
+MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
+  RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
@@ -192,7 +182,8 @@ std::int32_t InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& co
   return runner_.Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::LoadMessage(MailRequest& request) {
+MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
+  RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   const auto collector = std::make_shared<MessageCollector>(
@@ -211,7 +202,8 @@ std::int32_t InternetBackEnd::LoadMessage(MailRequest& request) {
   return runner_.Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::DeleteMessage(MailRequest& request) {
+MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
+  RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   auto process = NewProcess(request, asynch_operation::kDeleteMessage);
@@ -221,12 +213,15 @@ std::int32_t InternetBackEnd::DeleteMessage(MailRequest& request) {
   return runner_.Perform(call, std::move(process));
 }
 
-std::int32_t InternetBackEnd::MoveCopyMessage(MailRequest&, const std::string&, bool) {
-  throw ServerError(530, "Cannot move or copy a message with POP. (POPMoveMessage)");
+MailResult InternetBackEnd::MoveCopyMessage(MailRequest& request, const std::string&, bool) {
+  RequirePop(request);
+  throw ServerError(error_code::kNotSupported,
+                    "Cannot move or copy a message with POP. (POPMoveMessage)");
 }
 
-std::int32_t InternetBackEnd::ResolveName(MailRequest& request, const std::string& name,
-                                          bool withAddress, std::string& resolved) {
+MailResult InternetBackEnd::ResolveName(MailRequest& request, const std::string& name,
+                                        bool withAddress, std::string& resolved) {
+  RequireSmtp(request);
   EngineRunner::Call call(runner_);
   login_.PrepareSmtp(request);
   auto process = NewProcess(request, asynch_operation::kNone);
@@ -234,7 +229,7 @@ std::int32_t InternetBackEnd::ResolveName(MailRequest& request, const std::strin
       {EngineStep::Adapter::Smtp, "Failed to resolve the name.",
        [&](smtppop& engine) { engine.BeginResolveAddress(Smtp(request), Bytes(name)); },
        [&](std::int32_t) { resolved = Text(runner_.Engine().ResolvedAddress()); }});
-  const auto result = runner_.Perform(call, std::move(process));
+  auto result = runner_.Perform(call, std::move(process));
   const bool bare = !resolved.empty() && resolved.find('<') == std::string::npos;
   if (withAddress && bare) resolved = name + " <" + resolved + ">";
   return result;

@@ -49,19 +49,17 @@ class InternetBackEnd final : public BackEnd {
  public:
   InternetBackEnd(const InternetPorts& ports, InternetProduct product);
 
-  bool Supports(MailSystemId system, Operation operation) const override;
-
-  std::int32_t Login(MailRequest& request) override;
-  std::int32_t Logout(MailRequest& request) override;
-  std::int32_t Send(MailRequest& request) override;
-  std::int32_t LoadMessageHeaders(MailRequest& request) override;
-  std::int32_t LoadMessageIdentifiers(MailRequest& request) override;
-  std::int32_t LoadMessage(MailRequest& request) override;
-  std::int32_t DeleteMessage(MailRequest& request) override;
-  std::int32_t MoveCopyMessage(MailRequest& request, const std::string& folder, bool copy) override;
-  std::int32_t UnreadCount(MailRequest& request, std::int32_t& count) override;
-  std::int32_t ResolveName(MailRequest& request, const std::string& name, bool withAddress,
-                           std::string& resolved) override;
+  MailResult Login(MailRequest& request) override;
+  MailResult Logout(MailRequest& request) override;
+  MailResult Send(MailRequest& request) override;
+  MailResult LoadMessageHeaders(MailRequest& request) override;
+  MailResult LoadMessageIdentifiers(MailRequest& request) override;
+  MailResult LoadMessage(MailRequest& request) override;
+  MailResult DeleteMessage(MailRequest& request) override;
+  MailResult MoveCopyMessage(MailRequest& request, const std::string& folder, bool copy) override;
+  MailResult UnreadCount(MailRequest& request, std::int32_t& count) override;
+  MailResult ResolveName(MailRequest& request, const std::string& name, bool withAddress,
+                         std::string& resolved) override;
   void Shutdown(std::int32_t savedHandle) override;
 
   // What has been started for a client's object ends, without an event; else the running operation
@@ -72,7 +70,7 @@ class InternetBackEnd final : public BackEnd {
 
  private:
   EngineProcess NewProcess(const MailRequest& request, std::int32_t operation);
-  std::int32_t LoadHeaders(MailRequest& request, HeaderRequest wanted);
+  MailResult LoadHeaders(MailRequest& request, HeaderRequest wanted);
 
   PopSettings Pop(const MailRequest& request) const {
     return PopSettingsOf(request, ports_.codePage);

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/ErrorCode.h"
 #include "core/ErrorRow.h"
 
 namespace quillon {
@@ -36,7 +37,7 @@ constexpr std::array kSmtpTexts = {
     ErrorRow{502, kSmtpCommandError},
     ErrorRow{503, kSmtpCommandError},
     ErrorRow{504, kSmtpCommandError},
-    ErrorRow{522, kAborted},
+    ErrorRow{error_code::kUserAborted, kAborted},
     ErrorRow{550, "SMTP mailbox doesn't exist."},
     ErrorRow{552, "Exceeded SMTP storage allocation."},
     ErrorRow{553, "SMTP mailbox syntax error."},
@@ -64,7 +65,7 @@ constexpr std::array kPopTexts = {
     ErrorRow{28, "Communications with the POP server timed out."},
     ErrorRow{29, "Unknown network error."},
     ErrorRow{30, "Data overflow occurred during POP transaction."},
-    ErrorRow{522, kAborted},
+    ErrorRow{error_code::kUserAborted, kAborted},
 };
 
 }  // namespace

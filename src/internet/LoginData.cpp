@@ -1,5 +1,6 @@
 #include "internet/LoginData.h"
 
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 
 namespace quillon {
@@ -8,9 +9,6 @@ namespace {
 
 constexpr const char* kConfigurationSection = "Internet";
 constexpr const char* kConfigurationKey = "SMTPServer";
-
-constexpr std::int32_t kAborted = 522;
-constexpr std::int32_t kDataMissing = 544;
 
 }  // namespace
 
@@ -33,7 +31,7 @@ bool LoginData::AskForLogin(const MailRequest& request, const char* caption, Log
   if (request.instance.loginDialog == kFalse) return false;
   const auto answer = prompt_.Ask(caption, fields);
   if (answer == LoginPrompt::Answer::Cancelled) {
-    throw ServerError(kAborted, "User selected cancel in dialog.");
+    throw ServerError(error_code::kUserAborted, "User selected cancel in dialog.");
   }
   return answer == LoginPrompt::Answer::Entered;
 }
@@ -48,7 +46,7 @@ void LoginData::PreparePop(MailRequest& request) {
     instance.loginName = fields.name;
     instance.password = fields.password;
   }
-  if (!complete()) throw ServerError(kDataMissing);
+  if (!complete()) throw ServerError(error_code::kLoginData);
 }
 
 void LoginData::PrepareSmtp(MailRequest& request) {
@@ -60,7 +58,7 @@ void LoginData::PrepareSmtp(MailRequest& request) {
     request.instance.smtpServer = fields.server;
     from = fields.name;
   }
-  if (!complete()) throw ServerError(kDataMissing);
+  if (!complete()) throw ServerError(error_code::kLoginData);
 }
 
 }  // namespace quillon

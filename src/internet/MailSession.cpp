@@ -4,6 +4,8 @@
 #include <system_error>
 #include <utility>
 
+#include "core/ErrorCode.h"
+
 namespace quillon {
 
 namespace {
@@ -12,7 +14,6 @@ constexpr std::int32_t kTimedOut = 27;
 constexpr std::int32_t kSendTimedOut = 28;
 constexpr std::int32_t kNetworkError = 29;
 constexpr std::int32_t kOverflow = 30;
-constexpr std::int32_t kAborted = 522;
 
 }  // namespace
 
@@ -109,7 +110,7 @@ void MailSession::CloseConnection() {
 }
 
 void MailSession::Abort() {
-  if (Active()) FinishAndClose(kAborted);
+  if (Active()) FinishAndClose(error_code::kUserAborted);
 }
 
 void MailSession::Disconnect() {

@@ -6,6 +6,7 @@
 #include "codec/Base64FileEncoder.h"
 #include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 #include "internet/Boundary.h"
 #include "internet/PartFields.h"
@@ -16,10 +17,6 @@ namespace {
 
 using Content = MessagePiece::Content;
 using Section = MessageData::Section;
-
-constexpr std::int32_t kNoSuchFile = 521;
-constexpr std::int32_t kPackingFailed = 534;
-constexpr std::int32_t kEncodingFailed = 535;
 
 constexpr std::string_view kFileExtension = ".UUE";
 
@@ -39,7 +36,7 @@ std::string CloseDelimiter(const std::string& boundary) {
 
 void RequireFile(FileSystem& files, const char* what, const std::string& path) {
   if (files.FileExists(path)) return;
-  throw ServerError(kNoSuchFile, std::string(what) + " " + path + " does not exist.");
+  throw ServerError(error_code::kNoAttachment, std::string(what) + " " + path + " does not exist.");
 }
 
 }  // namespace
@@ -122,7 +119,7 @@ void MessageComposer::EncodeAlternatives() {
 }
 
 void MessageComposer::EncodeAlternative(const Alternative& alternative) {
-  auto path = NewFile(kFileExtension, kEncodingFailed);
+  auto path = NewFile(kFileExtension, error_code::kEncoding);
   auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, alternative.file, path);
   Add({Section::Alternatives,
        Delimiter(AlternativesBoundary()) +
@@ -146,8 +143,8 @@ void MessageComposer::EncodeAttachments() {
 
 void MessageComposer::EncodeGroup(const AttachmentGroup& group) {
   if (!group.packed) return EncodeAttachment(group.files.front());
-  const auto archive = NewFile(kArchiveExtension, kPackingFailed);
-  failure_ = kPackingFailed;
+  const auto archive = NewFile(kArchiveExtension, error_code::kZipping);
+  failure_ = error_code::kZipping;
   encoder_ = PackGroup(ports_.files, group, archive, message_.zipPassword);
   Then([this, attachment = Attachment{archive, ArchiveName(group)}] {
     EncodeAttachment(attachment);
@@ -155,7 +152,7 @@ void MessageComposer::EncodeGroup(const AttachmentGroup& group) {
 }
 
 void MessageComposer::EncodeAttachment(const Attachment& attachment) {
-  auto path = NewFile(kFileExtension, kEncodingFailed);
+  auto path = NewFile(kFileExtension, error_code::kEncoding);
   if (isMime_) {
     auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, attachment.file, path);
     Add({Section::Attachments,
@@ -175,7 +172,7 @@ void MessageComposer::EncodeAttachment(const Attachment& attachment) {
 
 // A piece that needs its file first.
 void MessageComposer::Add(MessagePiece piece, std::unique_ptr<FileEncoder> encoder) {
-  failure_ = kEncodingFailed;
+  failure_ = error_code::kEncoding;
   encoder_ = std::move(encoder);
   Then([this, added = std::move(piece)] { composed_->Add(added); });
 }

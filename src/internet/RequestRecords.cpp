@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/ErrorCode.h"
 #include "core/RecipientText.h"
 #include "core/ServerError.h"
 #include "internet/Address.h"
@@ -101,10 +102,12 @@ SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
 std::uint32_t CurrentNumber(const MailRequest& request) {
   const auto index = request.instance.messageIndex;
   const auto& headers = request.shared.headers;
-  if (index < 0 || static_cast<std::size_t>(index) >= headers.size()) throw ServerError(533);
+  if (index < 0 || static_cast<std::size_t>(index) >= headers.size())
+    throw ServerError(error_code::kBadMessageIndex);
   std::string_view text = headers[static_cast<std::size_t>(index)].number;
   const auto number = TakeNumber(text);
-  if (!number || *number > std::numeric_limits<std::uint32_t>::max()) throw ServerError(533);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max())
+    throw ServerError(error_code::kBadMessageIndex);
   return static_cast<std::uint32_t>(*number);
 }
 

@@ -1,5 +1,6 @@
 #include "internet/WireText.h"
 
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 
 namespace quillon {
@@ -16,7 +17,8 @@ bool IsWireSafe(std::string_view text) {
 
 void RequireWireSafe(std::string_view text, std::string_view what) {
   if (IsWireSafe(text)) return;
-  throw ServerError(529, std::string(what) + " holds a line break or a NUL character.");
+  throw ServerError(error_code::kInvalidValue,
+                    std::string(what) + " holds a line break or a NUL character.");
 }
 
 std::string HeaderText(std::string_view value) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "internet/Address.h"
 #include "internet/WireText.h"
 
@@ -10,7 +11,6 @@ namespace quillon {
 namespace {
 
 constexpr std::int32_t kNoRecipients = 9;
-constexpr std::int32_t kAborted = 522;
 constexpr std::int32_t kInvalidSender = 555;
 
 // How long a message is worked on before the loop gets a turn, in milliseconds. A call of a client
@@ -219,7 +219,7 @@ void smtppop::Abort() {
     turn_.Stop();
     composition_.reset();
     failure_ = nullptr;
-    refusal_ = kAborted;
+    refusal_ = error_code::kUserAborted;
     CallBack();
   }
   smtp_.Abort();

@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 
 namespace quillon {
@@ -14,8 +15,8 @@ void AsynchNotifier::Register(std::shared_ptr<NotificationObject> object,
 }
 
 void AsynchNotifier::Unregister() {
-  if (InCallback()) throw ServerError(541);
-  if (inProgress_) throw ServerError(540);
+  if (InCallback()) throw ServerError(error_code::kInNotification);
+  if (inProgress_) throw ServerError(error_code::kInProgress);
   object_.reset();
 }
 

@@ -1,68 +1,70 @@
 #include "mail/BackEnd.h"
 
+#include "core/ErrorCode.h"
+
 namespace quillon {
 
 namespace {
 
 [[noreturn]] void Unsupported() {
-  throw ServerError(530);
+  throw ServerError(error_code::kNotSupported);
 }
 
 }  // namespace
 
-std::int32_t BackEnd::Login(MailRequest&) {
+MailResult BackEnd::Login(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::Logout(MailRequest&) {
+MailResult BackEnd::Logout(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::Send(MailRequest&) {
+MailResult BackEnd::Send(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::LoadMessageHeaders(MailRequest&) {
+MailResult BackEnd::LoadMessageHeaders(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::LoadMessageIdentifiers(MailRequest&) {
+MailResult BackEnd::LoadMessageIdentifiers(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::LoadMessage(MailRequest&) {
+MailResult BackEnd::LoadMessage(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::DeleteMessage(MailRequest&) {
+MailResult BackEnd::DeleteMessage(MailRequest&) {
   Unsupported();
 }
-std::int32_t BackEnd::MoveCopyMessage(MailRequest&, const std::string&, bool) {
+MailResult BackEnd::MoveCopyMessage(MailRequest&, const std::string&, bool) {
   Unsupported();
 }
-std::int32_t BackEnd::UnreadCount(MailRequest&, std::int32_t&) {
+MailResult BackEnd::UnreadCount(MailRequest&, std::int32_t&) {
   Unsupported();
 }
-std::int32_t BackEnd::ResolveName(MailRequest&, const std::string&, bool, std::string&) {
+MailResult BackEnd::ResolveName(MailRequest&, const std::string&, bool, std::string&) {
   Unsupported();
 }
-std::int32_t BackEnd::GetSessionHandle(MailRequest&, std::int32_t&) {
+MailResult BackEnd::GetSessionHandle(MailRequest&, std::int32_t&) {
+  return {};
+}
+MailResult BackEnd::SetSessionHandle(MailRequest&, std::int32_t) {
   Unsupported();
 }
-std::int32_t BackEnd::SetSessionHandle(MailRequest&, std::int32_t) {
+MailResult BackEnd::CreateFolder(MailRequest&, const std::string&) {
   Unsupported();
 }
-std::int32_t BackEnd::CreateFolder(MailRequest&, const std::string&) {
+MailResult BackEnd::DeleteFolder(MailRequest&, const std::string&) {
   Unsupported();
 }
-std::int32_t BackEnd::DeleteFolder(MailRequest&, const std::string&) {
+MailResult BackEnd::CopyFolder(MailRequest&, const std::string&, const std::string&, bool) {
   Unsupported();
 }
-std::int32_t BackEnd::CopyFolder(MailRequest&, const std::string&, const std::string&, bool) {
+MailResult BackEnd::GetFolderList(MailRequest&, const std::string&, bool, bool,
+                                  std::vector<std::string>&) {
   Unsupported();
 }
-std::int32_t BackEnd::GetFolderList(MailRequest&, const std::string&, bool, bool,
-                                    std::vector<std::string>&) {
+MailResult BackEnd::FolderExists(MailRequest&, const std::string&, bool&) {
   Unsupported();
 }
-std::int32_t BackEnd::FolderExists(MailRequest&, const std::string&, bool&) {
-  Unsupported();
-}
-std::int32_t BackEnd::Post(MailRequest&) {
+MailResult BackEnd::Post(MailRequest&) {
   Unsupported();
 }
 

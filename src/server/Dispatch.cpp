@@ -76,24 +76,22 @@ void Dispatch::EnsureSystem() {
   if (state_.mailSystem == mail_system::kNone) throw ServerError(error_code::kNoMailSystem);
 }
 
-bool Dispatch::Supports(Operation operation) const {
-  const auto* backEnd = environment_.mailSystems.Find(state_.mailSystem);
-  return backEnd != nullptr && backEnd->Supports(state_.mailSystem, operation);
-}
-
-BackEnd& Dispatch::Require(Operation operation) const {
-  if (!Supports(operation)) throw ServerError(error_code::kNotSupported);
-  return *environment_.mailSystems.Find(state_.mailSystem);
+BackEnd& Dispatch::CurrentBackEnd() const {
+  auto* const backEnd = environment_.mailSystems.Find(state_.mailSystem);
+  if (backEnd == nullptr) throw ServerError(error_code::kNotSupported);
+  return *backEnd;
 }
 
 MailRequest Dispatch::Request() const {
   return {state_, environment_.shared};
 }
 
-void Dispatch::Fail(MailSystemId system, std::int32_t result) const {
-  auto textSystem = system;
-  const auto text = environment_.mailSystems.MailErrorText(textSystem, result);
-  throw MailSystemError(ErrorBase(system, result), text);
+// A number that is also a code of the server has the server's text.
+void Dispatch::Fail(MailSystemId system, const MailResult& result) {
+  auto text = ErrorText(result.number);
+  if (text.empty()) text = result.text.empty() ? kUndetermined : result.text;
+  auto number = result.number;
+  throw MailSystemError(ErrorBase(system, number), std::move(text));
 }
 
 }  // namespace quillon

@@ -40,18 +40,16 @@ class Dispatch {
   // Detects when no mail system is chosen yet; throws 515 when there is none.
   void EnsureSystem();
 
-  bool Supports(Operation operation) const;
-
-  // Calls `operation` of the current back end as call(backEnd, request) and raises what it reports;
-  // throws 530 when the mail system has no such operation.
+  // Calls an operation of the current back end as call(backEnd, request) and raises what it
+  // reports; throws 530 when this build cannot work with the mail system.
   template <typename Call>
-  void Run(Operation operation, Call&& call) {
+  void Run(Call&& call) {
     EnsureSystem();
     const auto system = state_.mailSystem;
-    auto& backEnd = Require(operation);
+    auto& backEnd = CurrentBackEnd();
     MailRequest request = Request();
-    const std::int32_t result = std::forward<Call>(call)(backEnd, request);
-    if (result != kBackEndSuccess) Fail(system, result);
+    const MailResult result = std::forward<Call>(call)(backEnd, request);
+    if (!result.Succeeded()) Fail(system, result);
   }
 
   // The handle kept for a family while another mail system is current.
@@ -61,9 +59,9 @@ class Dispatch {
   void SaveHandle();
 
  private:
-  BackEnd& Require(Operation operation) const;
+  BackEnd& CurrentBackEnd() const;
   MailRequest Request() const;
-  [[noreturn]] void Fail(MailSystemId system, std::int32_t result) const;
+  [[noreturn]] static void Fail(MailSystemId system, const MailResult& result);
 
   InstanceState& state_;
   Environment& environment_;

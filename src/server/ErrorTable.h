@@ -1,10 +1,11 @@
-// The public error numbers: the server's own codes and texts, and the place of each mail system's
-// numbers among them.
+// The public error numbers: the texts of the server's own codes, and the place of each mail
+// system's numbers among them.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "core/ErrorCode.h"
 #include "mail/MailSystem.h"
 
 namespace quillon {
@@ -12,31 +13,8 @@ namespace quillon {
 // Every public number is this plus a code.
 inline constexpr std::uint32_t kErrorNumberBase = 0x80040000U;
 
-namespace error_code {
-
-inline constexpr std::int32_t kFileAccess = 75;  // a file could not be read or written
-inline constexpr std::int32_t kNoMailSystem = 515;
-inline constexpr std::int32_t kNoAddressees = 516;
-inline constexpr std::int32_t kTooManyBcc = 517;
-inline constexpr std::int32_t kTooManyCc = 518;
-inline constexpr std::int32_t kTooManyTo = 519;
-inline constexpr std::int32_t kTooManyAttachments = 520;
-inline constexpr std::int32_t kNoAttachment = 521;
-inline constexpr std::int32_t kUserAborted = 522;
-inline constexpr std::int32_t kInvalidValue = 529;
-inline constexpr std::int32_t kNotSupported = 530;
-inline constexpr std::int32_t kNoHeaders = 532;
-inline constexpr std::int32_t kBadMessageIndex = 533;
-inline constexpr std::int32_t kEncoding = 535;
-inline constexpr std::int32_t kNotRegistered = 538;
-inline constexpr std::int32_t kProcessAborted = 539;
-inline constexpr std::int32_t kRegistration = 542;
-inline constexpr std::int32_t kReservedHeader = 545;
-inline constexpr std::int32_t kFileNotSpecified = 547;
-inline constexpr std::int32_t kNoFile = 548;
-inline constexpr std::int32_t kDataMissing = 551;
-
-}  // namespace error_code
+// What is said of a number that nobody has a text for.
+inline constexpr const char* kUndetermined = "Undetermined";
 
 // The server's own text of a code, or the empty text.
 std::string ErrorText(std::int32_t code);

@@ -80,7 +80,7 @@ std::string MailSystems::MailErrorText(MailSystemId& system, std::int32_t interf
   }
   if (!text.empty()) return text;
   system = mail_system::kNone;
-  return "Undetermined";
+  return kUndetermined;
 }
 
 std::string MailSystems::LibraryOf(MailSystemId system) {

@@ -125,9 +125,8 @@ class Server {
 
   // A member that is one call of a back end.
   template <typename Call>
-  void Operate(const char* member, Operation operation, Call&& call) {
-    frame_.Run(member, MemberKind::Method,
-               [&] { dispatch_.Run(operation, std::forward<Call>(call)); });
+  void Operate(const char* member, Call&& call) {
+    frame_.Run(member, MemberKind::Method, [&] { dispatch_.Run(std::forward<Call>(call)); });
   }
 
   InstanceState state_;

@@ -37,13 +37,11 @@ std::int16_t Server::QueryMailSystem(std::int16_t mailSystem) {
 }
 
 void Server::Login() {
-  Operate("Login", Operation::Login,
-          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Login(request); });
+  Operate("Login", [](BackEnd& backEnd, MailRequest& request) { return backEnd.Login(request); });
 }
 
 void Server::Logout() {
-  Operate("Logout", Operation::Logout,
-          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Logout(request); });
+  Operate("Logout", [](BackEnd& backEnd, MailRequest& request) { return backEnd.Logout(request); });
 }
 
 void Server::Send() {
@@ -52,49 +50,44 @@ void Server::Send() {
     if (message.to.empty() && message.cc.empty() && message.bcc.empty()) {
       throw ServerError(error_code::kNoAddressees);
     }
-    dispatch_.Run(Operation::Send,
-                  [](BackEnd& backEnd, MailRequest& request) { return backEnd.Send(request); });
+    dispatch_.Run([](BackEnd& backEnd, MailRequest& request) { return backEnd.Send(request); });
   });
 }
 
 void Server::Post() {
-  Operate("Post", Operation::Post,
-          [](BackEnd& backEnd, MailRequest& request) { return backEnd.Post(request); });
+  Operate("Post", [](BackEnd& backEnd, MailRequest& request) { return backEnd.Post(request); });
 }
 
 void Server::LoadMessageHeaders() {
-  Operate(
-      "LoadMessageHeaders", Operation::LoadMessageHeaders,
-      [](BackEnd& backEnd, MailRequest& request) { return backEnd.LoadMessageHeaders(request); });
+  Operate("LoadMessageHeaders", [](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.LoadMessageHeaders(request);
+  });
 }
 
 void Server::LoadMessageIdentifiers() {
-  Operate("LoadMessageIdentifiers", Operation::LoadMessageIdentifiers,
-          [](BackEnd& backEnd, MailRequest& request) {
-            return backEnd.LoadMessageIdentifiers(request);
-          });
+  Operate("LoadMessageIdentifiers", [](BackEnd& backEnd, MailRequest& request) {
+    return backEnd.LoadMessageIdentifiers(request);
+  });
 }
 
 void Server::LoadMessage() {
   frame_.Run("LoadMessage", MemberKind::Method, [&] {
     RequireHeader();
-    dispatch_.Run(Operation::LoadMessage, [](BackEnd& backEnd, MailRequest& request) {
-      return backEnd.LoadMessage(request);
-    });
+    dispatch_.Run(
+        [](BackEnd& backEnd, MailRequest& request) { return backEnd.LoadMessage(request); });
   });
 }
 
 void Server::DeleteMessage() {
   frame_.Run("DeleteMessage", MemberKind::Method, [&] {
     RequireHeader();
-    dispatch_.Run(Operation::DeleteMessage, [](BackEnd& backEnd, MailRequest& request) {
-      return backEnd.DeleteMessage(request);
-    });
+    dispatch_.Run(
+        [](BackEnd& backEnd, MailRequest& request) { return backEnd.DeleteMessage(request); });
   });
 }
 
 void Server::MoveCopy(const char* member, const std::string& folder, bool copy) {
-  Operate(member, Operation::MoveCopyMessage, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate(member, [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.MoveCopyMessage(request, folder, copy);
   });
 }
@@ -108,7 +101,7 @@ void Server::CopyMessage(const std::string& folderTo) {
 
 std::string Server::Resolve(const char* member, const std::string& name, bool withAddress) {
   std::string resolved;
-  Operate(member, Operation::ResolveName, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate(member, [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.ResolveName(request, name, withAddress, resolved);
   });
   return resolved;
@@ -123,20 +116,20 @@ std::string Server::ResolveNameEx(const std::string& tName) {
 }
 
 void Server::CreateFolder(const std::string& newFolderSpec) {
-  Operate("CreateFolder", Operation::CreateFolder, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate("CreateFolder", [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.CreateFolder(request, newFolderSpec);
   });
 }
 
 void Server::DeleteFolder(const std::string& theFolderSpec) {
-  Operate("DeleteFolder", Operation::DeleteFolder, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate("DeleteFolder", [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.DeleteFolder(request, theFolderSpec);
   });
 }
 
 void Server::CopyFolder(const std::string& folderFromSpec, const std::string& folderToSpec,
                         std::int16_t copySubfolders) {
-  Operate("CopyFolder", Operation::CopyFolder, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate("CopyFolder", [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.CopyFolder(request, folderFromSpec, folderToSpec, copySubfolders != kFalse);
   });
 }
@@ -144,7 +137,7 @@ void Server::CopyFolder(const std::string& folderFromSpec, const std::string& fo
 std::vector<std::string> Server::Folders(const char* member, const std::string& parent,
                                          std::int16_t returnSpecs, std::int16_t allCategories) {
   std::vector<std::string> folders;
-  Operate(member, Operation::GetFolderList, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate(member, [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.GetFolderList(request, parent, returnSpecs != kFalse, allCategories != kFalse,
                                  folders);
   });
@@ -172,7 +165,7 @@ std::vector<std::string> Server::FolderList(const std::string& parentFolderSpec,
 
 ShortBool Server::FolderExists(const std::string& theFolderSpec) {
   bool exists = false;
-  Operate("FolderExists", Operation::FolderExists, [&](BackEnd& backEnd, MailRequest& request) {
+  Operate("FolderExists", [&](BackEnd& backEnd, MailRequest& request) {
     return backEnd.FolderExists(request, theFolderSpec, exists);
   });
   return ToShortBool(exists);

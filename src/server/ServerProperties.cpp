@@ -197,15 +197,14 @@ void Server::PutSpecial(Property property, const Value& value) {
 
 std::int32_t Server::UnreadCount() {
   std::int32_t count = 0;
-  dispatch_.Run(Operation::UnreadCount, [&](BackEnd& backEnd, MailRequest& request) {
-    return backEnd.UnreadCount(request, count);
-  });
+  dispatch_.Run(
+      [&](BackEnd& backEnd, MailRequest& request) { return backEnd.UnreadCount(request, count); });
   return count;
 }
 
 std::int32_t Server::SessionHandle() {
-  if (dispatch_.Supports(Operation::GetSessionHandle)) {
-    dispatch_.Run(Operation::GetSessionHandle, [&](BackEnd& backEnd, MailRequest& request) {
+  if (environment_.mailSystems.Find(state_.mailSystem) != nullptr) {
+    dispatch_.Run([&](BackEnd& backEnd, MailRequest& request) {
       return backEnd.GetSessionHandle(request, state_.sessionHandle);
     });
   }
@@ -216,9 +215,8 @@ void Server::PutSessionHandle(std::int32_t handle) {
   if (state_.mailSystem == mail_system::kNone) {
     Reject("Could not set session handle, MailSystem property must be set first.");
   }
-  if (!dispatch_.Supports(Operation::SetSessionHandle)) Reject("Could not set session handle.");
   try {
-    dispatch_.Run(Operation::SetSessionHandle, [&](BackEnd& backEnd, MailRequest& request) {
+    dispatch_.Run([&](BackEnd& backEnd, MailRequest& request) {
       return backEnd.SetSessionHandle(request, handle);
     });
   } catch (const ServerError&) {

@@ -230,7 +230,6 @@ TEST_F(InvokeTest, ANullResultPointerIsAnErrorNotACrash) {
 
 TEST_F(InvokeTest, TheObjectOutlivesACallThatReleasesIt) {
   FakeBackEnd backEnd;
-  backEnd.operations = {Operation::Send, Operation::Login};
   world_.World().mailSystems.Add(MailFamily::Internet, backEnd);
   const Variant ten = Number(10);
   const Variant to = Text("a@x");

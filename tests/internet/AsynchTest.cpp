@@ -54,7 +54,7 @@ TEST_F(AsynchTest, AnOperationReturnsAtOnceAndEndsWithAnEvent) {
     // The object that has begun it may go.
     InstanceState instance = world.instance;
     MailRequest request{instance, world.shared};
-    EXPECT_EQ(backEnd.LoadMessageHeaders(request), kBackEndSuccess);
+    EXPECT_EQ(backEnd.LoadMessageHeaders(request).number, kBackEndSuccess);
   }
   EXPECT_TRUE(world.shared.headers.empty());
   EXPECT_EQ(CodeOf([&] { backEnd.LoadMessageHeaders(world.request); }), 540);
@@ -74,7 +74,7 @@ TEST_F(AsynchTest, AnOperationReturnsAtOnceAndEndsWithAnEvent) {
   object->heard.clear();
   for (const auto operation : {&InternetBackEnd::DeleteMessage, &InternetBackEnd::LoadMessage,
                                &InternetBackEnd::LoadMessageIdentifiers, &InternetBackEnd::Login}) {
-    EXPECT_EQ((backEnd.*operation)(world.request), kBackEndSuccess);
+    EXPECT_EQ((backEnd.*operation)(world.request).number, kBackEndSuccess);
     RunToEnd();
   }
   ASSERT_EQ(object->heard.size(), 4U);
@@ -86,12 +86,12 @@ TEST_F(AsynchTest, AnOperationReturnsAtOnceAndEndsWithAnEvent) {
 
 TEST_F(AsynchTest, AFailureIsTheResultOfTheLastEvent) {
   world.network.weather = FakeNetwork::Weather::NoSuchHost;
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->heard, std::vector<std::string>{"2/2 2 Could not connect to POP server."});
   // What is wrong with the call itself is raised at once.
   world.shared.message.from = "nobody\r\n";
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->heard.back(), "1/2 555 SMTP invalid sender address (From property).");
   world.shared.message.from = "joe@example.org";
@@ -108,21 +108,21 @@ TEST_F(AsynchTest, FromInsideACallbackNothingCanBeStarted) {
     code = CodeOf([&] { backEnd.Send(world.request); });
     unregistered = CodeOf([&] { world.notifier.Unregister(); });
   };
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->last.kind, asynch_kind::kEndOfProcess);
   EXPECT_EQ(object->last.result, -1);
   EXPECT_EQ(code, 541);
   EXPECT_EQ(unregistered, 541);
   object->during = nullptr;
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->last.result, -1);
 }
 
 TEST_F(AsynchTest, AnObjectThatFailsDoesNotHarmTheOperation) {
   object->during = [](const AsynchEvent&) { throw std::bad_alloc(); };
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(world.shared.headers.size(), 1U);
   EXPECT_EQ(object->last.result, -1);
@@ -130,14 +130,14 @@ TEST_F(AsynchTest, AnObjectThatFailsDoesNotHarmTheOperation) {
   object->heard.clear();
 
   object->gone = true;
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   EXPECT_TRUE(world.shared.headers.empty());  // from the begin of the next loading on
   RunToEnd();
   EXPECT_EQ(object->heard.size(), 1U);
   EXPECT_FALSE(world.notifier.Registered());
   EXPECT_EQ(world.shared.headers.size(), 1U);
   world.shared.headers.clear();
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);  // waits again
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);  // waits again
   EXPECT_EQ(world.shared.headers.size(), 1U);
 }
 
@@ -145,13 +145,13 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   object->during = [&](const AsynchEvent& event) {
     if (event.text == "Loading message headers...") backEnd.AsynchAbort();
   };
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
   EXPECT_EQ(object->last.kind, asynch_kind::kStatus);
   EXPECT_TRUE(world.shared.headers.empty());
   world.notifier.Post(end);
   object->during = nullptr;
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->last.result, -1);
   EXPECT_EQ(world.shared.headers.size(), 1U);
@@ -159,18 +159,18 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   // While the connection is being made, the abort ends it there and then.
   backEnd.Shutdown(0);
   world.network.weather = FakeNetwork::Weather::NoAnswer;
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   const auto start = world.network.Now();
   backEnd.AsynchAbort();
   world.notifier.Post(end);
   world.network.weather = FakeNetwork::Weather::Fine;
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   RunToEnd();
   EXPECT_EQ(object->last.result, -1);
   EXPECT_EQ(world.network.Now(), start);
   world.shared.headers.clear();
 
-  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
   backEnd.Shutdown(0);
   world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
   EXPECT_TRUE(world.shared.headers.empty());
@@ -187,7 +187,7 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   world.network.timePerLook = 2;  // two or three blocks, and the loop has a turn
   for (const std::int16_t encoding : std::initializer_list<std::int16_t>{0, 2, 2 + 64}) {
     world.instance.attachmentEncoding = encoding;
-    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
     world.network.RunUntil([this] { return object->last.kind == asynch_kind::kProgress; },
                            kNoDeadline);
     EXPECT_EQ(object->last.done, 0);
@@ -198,13 +198,13 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
     EXPECT_TRUE(world.temporary.Names().empty());
 
     // Aborted in the middle of it, or cut off by the end of the program.
-    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
     EXPECT_FALSE(world.temporary.Names().empty());
     encoding == 0 ? backEnd.Shutdown(0) : backEnd.AsynchAbort();
     EXPECT_TRUE(world.temporary.Names().empty());
     world.notifier.Post(end);
 
-    EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+    EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
     world.disk.writeBudget = 1'000'000;
     RunToEnd();
     EXPECT_EQ(object->last.kind, asynch_kind::kEndOfProcess);
@@ -221,18 +221,18 @@ TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   EXPECT_EQ(world.display.seen.at(1), "Encoding attachments...");
   EXPECT_EQ(world.display.seen.back(), "hidden");
   EXPECT_TRUE(world.temporary.Names().empty());
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
 }
 
 TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
   world.notifier.Reset();
   servePop = false;
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   EXPECT_TRUE(world.display.seen.empty());  // too short
 
   world.shared.message.body.assign(300000, 'x');
   world.shared.internet.progressBar = 5;
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   auto& seen = world.display.seen;
   ASSERT_GE(seen.size(), 4U);
   EXPECT_EQ(seen[0], "Sending Mail 5");
@@ -242,7 +242,7 @@ TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
 
   seen.clear();
   world.shared.internet.progressBar = 0;
-  EXPECT_EQ(backEnd.Send(world.request), kBackEndSuccess);
+  EXPECT_EQ(backEnd.Send(world.request).number, kBackEndSuccess);
   EXPECT_TRUE(seen.empty());
 
   world.shared.internet.progressBar = 7;

@@ -59,7 +59,7 @@ class Playing {
   std::string MakeFile(std::string_view& text);
   void Attach(std::string_view text);
   void AddAlternative(std::string_view text);
-  std::int32_t Invoke(std::string_view operation, std::string_view argument);
+  MailResult Invoke(std::string_view operation, std::string_view argument);
   void Complain(const std::string& what) {
     complaints_.push_back("line " + std::to_string(line_) + ": " + what);
   }
@@ -76,6 +76,7 @@ class Playing {
   bool refuse_ = false;
   TickCount abortAfter_ = 0;
   std::int32_t result_ = 0;
+  std::string error_;  // its text
   TickCount elapsed_ = 0;
   std::int32_t count_ = 0;
   std::string resolved_;
@@ -151,7 +152,7 @@ void Playing::AddAlternative(std::string_view text) {
   world_.shared.message.alternatives.push_back({MakeFile(text), type});
 }
 
-std::int32_t Playing::Invoke(std::string_view operation, std::string_view argument) {
+MailResult Playing::Invoke(std::string_view operation, std::string_view argument) {
   auto& request = world_.request;
   auto& backEnd = world_.backEnd;
   if (operation == "login") {
@@ -185,13 +186,15 @@ void Playing::Call(std::string_view text) {
   if (abortAfter_ != 0) abort.Start(abortAfter_);
   const auto start = world_.network.Now();
   try {
-    result_ = Invoke(operation, text);
+    auto result = Invoke(operation, text);
+    result_ = result.number;
+    error_ = std::move(result.text);
   } catch (const ServerError& error) {
     result_ = kThrown + error.Code();
+    error_ = error.Text();
   }
   elapsed_ = world_.network.Now() - start;
-  const auto text6 = world_.backEnd.ErrorText(mail_system::kInternet, result_);
-  if (result_ != kBackEndSuccess && result_ < 500 && text6.empty()) {
+  if (result_ != kBackEndSuccess && result_ < 500 && error_.empty()) {
     Complain("result " + std::to_string(result_) + " means nothing");
   }
   if (result_ != kBackEndSuccess && world_.received.Names() != filesBefore) {
@@ -218,7 +221,7 @@ void Playing::Expect(std::string_view text) {
   };
   const std::map<std::string_view, std::function<std::string()>> found = {
       {"thrown", [&] { return std::to_string(result_ - kThrown); }},
-      {"error", [&] { return world_.backEnd.ErrorText(mail_system::kInternet, result_); }},
+      {"error", [&] { return error_; }},
       {"elapsed", [&] { return std::to_string(elapsed_); }},
       {"refused", refused},
       {"resolved", [&] { return resolved_; }},

@@ -22,7 +22,6 @@ TEST(Dispatch, DetectionTakesTheFirstPresentSystemThatCanBeServed) {
   EXPECT_EQ(Value(std::int16_t{0}), MailSystemOf(*lonely));
   EXPECT_EQ("515 No mail system was detected.", FailureOf([&] { lonely->Login(); }));
 
-  internet.operations = {Operation::Login};
   world.mailSystems.Add(MailFamily::Internet, internet);
   world.workstation.libraries = {"vim32.dll"};  // installed, but without a back end here
   lonely->Login();
@@ -84,7 +83,6 @@ TEST(Dispatch, PresenceTestsLookWhereTheLibrariesAre) {
 TEST(Dispatch, ArgumentsAreCheckedBeforeTheMailSystemIsAsked) {
   TestWorld world;
   FakeBackEnd internet;
-  internet.operations = {Operation::Send, Operation::LoadMessage, Operation::DeleteMessage};
   world.mailSystems.Add(MailFamily::Internet, internet);
   const auto server = world.NewServer();
   EXPECT_EQ("516 No addressees were specified.", FailureOf([&] { server->Send(); }));
@@ -105,8 +103,7 @@ TEST(Dispatch, ArgumentsAreCheckedBeforeTheMailSystemIsAsked) {
 TEST(Dispatch, AnInstanceMayChangeItsSystemWhileACallRuns) {
   TestWorld world;
   FakeBackEnd internet;
-  internet.operations = {Operation::Login};
-  internet.result = 3;
+  internet.result = {3, "Login failed"};
   world.mailSystems.Add(MailFamily::Internet, internet);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 10);
@@ -117,7 +114,6 @@ TEST(Dispatch, AnInstanceMayChangeItsSystemWhileACallRuns) {
 TEST(Dispatch, FolderListsComeAsArrayAndAsText) {
   TestWorld world;
   FakeBackEnd notes;
-  notes.operations = {Operation::GetFolderList};
   world.mailSystems.Add(MailFamily::Notes, notes);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 11);

@@ -71,20 +71,20 @@ TEST(ErrorModel, MailSystemNumbersAreFoldedByTheirBases) {
 TEST(ErrorModel, BackEndFailuresReachTheClientFolded) {
   TestWorld world;
   testing::FakeBackEnd vim;
-  vim.operations = {Operation::Send, Operation::Login, Operation::LoadMessage};
   world.mailSystems.Add(MailFamily::Vim, vim);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 2);
   server->AddRecipientTo("a@b");
 
   const struct {
-    std::int32_t result;
+    MailResult result;
     const char* expected;
   } kCases[] = {
-      {3, "4003 Login failed"},
-      {522, "4522 The user aborted the operation."},
-      {200000, "4000 Undetermined"},
-      {kBackEndSuccess, ""},
+      {{3, "Login failed"}, "4003 Login failed"},
+      {{522, "aborted"}, "4522 The user aborted the operation."},
+      {{200000, {}}, "4000 Undetermined"},
+      {{200000, "Out of range"}, "4000 Out of range"},
+      {{}, ""},
   };
   for (const auto& test : kCases) {
     vim.result = test.result;
@@ -102,7 +102,6 @@ TEST(ErrorModel, BackEndFailuresReachTheClientFolded) {
 TEST(ErrorModel, TheDebugBoxShowsTheServersOwnFailures) {
   TestWorld world;
   testing::FakeBackEnd vim;
-  vim.operations = {Operation::Login};
   world.mailSystems.Add(MailFamily::Vim, vim);
   const auto server = world.NewServer();
   EXPECT_NE("", FailureOf([&] { server->Send(); }));
@@ -116,7 +115,7 @@ TEST(ErrorModel, TheDebugBoxShowsTheServersOwnFailures) {
 
   // The back end shows its own box for its own numbers.
   server->Put(Property::mailSystem, 2);
-  vim.result = 3;
+  vim.result = {3, "Login failed"};
   EXPECT_NE("", FailureOf([&] { server->Login(); }));
   EXPECT_EQ(1U, world.messageBox.shown.size());
 }

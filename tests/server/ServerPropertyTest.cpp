@@ -113,7 +113,6 @@ TEST(ServerProperty, InstancesShareTheMessageAndResetTheInternetSettings) {
 TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
   TestWorld world;
   testing::FakeBackEnd mapi;
-  mapi.operations = {Operation::SetSessionHandle};
   world.mailSystems.Add(MailFamily::SimpleMapi, mapi);
   auto server = world.NewServer();
   EXPECT_EQ("529 Could not set session handle, MailSystem property must be set first.",
@@ -126,7 +125,7 @@ TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
             FailureOf([&] { server->Put(Property::SessionHandleEx, 6); }));
   server->Put(Property::mailSystem, 8);
   EXPECT_EQ(Value(5), server->Get(Property::SessionHandleEx));
-  mapi.result = 3;
+  mapi.result = {3, {}};
   EXPECT_EQ("529 Could not set session handle.",
             FailureOf([&] { server->Put(Property::SessionHandleEx, 6); }));
 

@@ -63,45 +63,37 @@ class FakeWorkstation final : public Workstation {
   int probes = 0;
 };
 
-// Answers each operation it supports with `result`, and records what was asked.
+// Answers each operation it has with `result`, and records what was asked.
 class FakeBackEnd final : public BackEnd {
  public:
-  bool Supports(MailSystemId, Operation operation) const override {
-    return operations.count(operation) > 0;
-  }
-  std::int32_t Send(MailRequest& request) override { return Answer("Send", request); }
-  std::int32_t Login(MailRequest& request) override { return Answer("Login", request); }
-  std::int32_t LoadMessage(MailRequest& request) override { return Answer("LoadMessage", request); }
-  std::int32_t DeleteMessage(MailRequest& request) override {
-    return Answer("DeleteMessage", request);
-  }
-  std::int32_t UnreadCount(MailRequest& request, std::int32_t& count) override {
+  MailResult Send(MailRequest&) override { return Answer("Send"); }
+  MailResult Login(MailRequest&) override { return Answer("Login"); }
+  MailResult LoadMessage(MailRequest&) override { return Answer("LoadMessage"); }
+  MailResult DeleteMessage(MailRequest&) override { return Answer("DeleteMessage"); }
+  MailResult UnreadCount(MailRequest&, std::int32_t& count) override {
     count = 7;
-    return Answer("UnreadCount", request);
+    return Answer("UnreadCount");
   }
-  std::int32_t SetSessionHandle(MailRequest& request, std::int32_t) override {
-    return Answer("SetSessionHandle", request);
+  MailResult SetSessionHandle(MailRequest&, std::int32_t) override {
+    return Answer("SetSessionHandle");
   }
-  std::int32_t GetFolderList(MailRequest& request, const std::string&, bool, bool,
-                             std::vector<std::string>& folders) override {
+  MailResult GetFolderList(MailRequest&, const std::string&, bool, bool,
+                           std::vector<std::string>& folders) override {
     folders = {"Inbox", "Sent"};
-    return Answer("GetFolderList", request);
+    return Answer("GetFolderList");
   }
   void SetErrorDisplay(bool on) override { calls.push_back(on ? "display on" : "display off"); }
   void Shutdown(std::int32_t savedHandle) override {
     calls.push_back("Shutdown " + std::to_string(savedHandle));
   }
-  std::string ErrorText(MailSystemId, std::int32_t number) const override {
-    return number == 3 ? "Login failed" : "";
-  }
+  std::string ErrorText(MailSystemId, std::int32_t) const override { return {}; }
 
-  std::set<Operation> operations;
-  std::int32_t result = kBackEndSuccess;
+  MailResult result;
   std::function<void()> during;  // runs inside the call
   std::vector<std::string> calls;
 
  private:
-  std::int32_t Answer(const char* call, MailRequest&) {
+  MailResult Answer(const char* call) {
     calls.emplace_back(call);
     if (during) during();
     return result;

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/ErrorCode.h"
 #include "core/ErrorRow.h"
 
 namespace quillon {
@@ -98,7 +99,7 @@ constexpr std::array kTexts{
     ErrorRow{164, "Unknown LCID."},
     ErrorRow{170, "Folder does not exist."},
     ErrorRow{171, "Incomplete folder specification."},
-    ErrorRow{522, "The user aborted the operation."},
+    ErrorRow{error_code::kUserAborted, "The user aborted the operation."},
 };
 
 }  // namespace

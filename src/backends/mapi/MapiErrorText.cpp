@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/ErrorCode.h"
 #include "core/ErrorRow.h"
 
 namespace quillon {
@@ -31,7 +32,7 @@ constexpr std::array kTexts{
     ErrorRow{22, "Message in use"},
     ErrorRow{23, "Network failure"},
     ErrorRow{50, "Bad folder name"},
-    ErrorRow{522, "The user aborted the operation."},
+    ErrorRow{error_code::kUserAborted, "The user aborted the operation."},
     ErrorRow{-2147221233, "Bad addressee"},  // MAPI_E_NOT_FOUND, 0x8004010F
 };
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/ErrorCode.h"
 #include "core/ErrorRow.h"
 
 namespace quillon {
@@ -40,7 +41,7 @@ constexpr std::array kTexts{
     ErrorRow{260, "Invalid message"},
     ErrorRow{261, "User cancelled"},
     ErrorRow{500, "Not supported in 32-bit version of Quillon"},
-    ErrorRow{522, "The user aborted the operation."},
+    ErrorRow{error_code::kUserAborted, "The user aborted the operation."},
 };
 
 }  // namespace
