@@ -17,7 +17,11 @@
 #include "automation/Registration.h"
 #include "automation/ServerObject.h"
 #include "automation/TypeLibrary.h"
-#include "internet/InternetBackEnd.h"
+#include "backends/activemsg/ActiveMessagingMailSystem.h"
+#include "backends/mapi/MapiMailSystem.h"
+#include "backends/notes/NotesMailSystem.h"
+#include "backends/vim/VimMailSystem.h"
+#include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/INIUtilities.h"
@@ -51,7 +55,11 @@ std::string UserDirectory() {
 // Everything below the COM skin, one of each for the process.
 struct Application {
   explicit Application(const std::string& directory) : programDirectory(directory) {
-    mailSystems.Add(MailFamily::Internet, internet);
+    mailSystems.Add(mapi);
+    mailSystems.Add(vim);
+    mailSystems.Add(activeMessaging);
+    mailSystems.Add(notes);
+    mailSystems.Add(internet);
   }
 
   const std::string programDirectory;
@@ -70,10 +78,15 @@ struct Application {
   AsynchNotifier notifier;
   Win32ProgressDisplay progress;
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
-  InternetBackEnd internet{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
-                            configuration, protocolLog, notifier, progress},
-                           {version, {}}};
-  MailSystems mailSystems{workstation};
+  InternetBackEnd internetBackEnd{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
+                                   configuration, protocolLog, notifier, progress},
+                                  {version, {}}};
+  InternetMailSystem internet{internetBackEnd};
+  MapiMailSystem mapi{workstation};
+  VimMailSystem vim{workstation};
+  ActiveMessagingMailSystem activeMessaging{workstation};
+  NotesMailSystem notes{workstation};
+  MailSystems mailSystems;
   Environment environment{
       shared,        *files,
       *codePage,     workstation,

@@ -66,7 +66,9 @@ class InternetBackEnd final : public BackEnd {
   // ends with 522. Callable from inside its wait.
   void AsynchAbort() override;
 
-  std::string ErrorText(MailSystemId system, std::int32_t number) const override;
+  // What the table of a protocol says to a number: for both protocols that of the one that is at
+  // work.
+  std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
   EngineProcess NewProcess(const MailRequest& request, std::int32_t operation);

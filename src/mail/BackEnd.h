@@ -65,9 +65,6 @@ class BackEnd {
   // The last Server of the process is gone: log out and free what is held. `savedHandle` is its
   // session handle of this family.
   virtual void Shutdown(std::int32_t savedHandle);
-
-  // What the tables of the system say to an interface number; empty when they have none.
-  virtual std::string ErrorText(MailSystemId system, std::int32_t number) const = 0;
 };
 
 }  // namespace quillon

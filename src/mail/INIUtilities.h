@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "mail/MailSystem.h"
+#include "mail/MailSystemId.h"
 
 namespace quillon {
 

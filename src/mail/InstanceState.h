@@ -6,7 +6,7 @@
 #include <string>
 
 #include "core/ShortBool.h"
-#include "mail/MailSystem.h"
+#include "mail/MailSystemId.h"
 
 namespace quillon {
 

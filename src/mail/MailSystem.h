@@ -1,59 +1,43 @@
-// The identifiers of mail systems and the families that share a back end, a session handle and an
-// error table.
+// A mail system family on this workstation: whether it is there, what serves it, what its numbers
+// mean, and the back end that works with it. The program entry makes one of each family.
 #pragma once
 
 #include <cstdint>
+#include <string>
+
+#include "mail/MailSystemId.h"
 
 namespace quillon {
 
-using MailSystemId = std::int16_t;
+class BackEnd;
 
-namespace mail_system {
+class MailSystem {
+ public:
+  // `backEnd` may be null: then the system can be looked for, but not worked with. It must outlive
+  // this object.
+  MailSystem(MailFamily family, BackEnd* backEnd) : family_(family), backEnd_(backEnd) {}
+  virtual ~MailSystem() = default;
+  MailSystem(const MailSystem&) = delete;
+  MailSystem& operator=(const MailSystem&) = delete;
 
-inline constexpr MailSystemId kNone = 0;
-inline constexpr MailSystemId kSimpleMapi = 1;
-inline constexpr MailSystemId kVim = 2;
-inline constexpr MailSystemId kMhs = 3;
-inline constexpr MailSystemId kMhsFamily = 4;
-inline constexpr MailSystemId kCserve = 5;
-inline constexpr MailSystemId kPop3 = 6;  // the receiving half of Internet mail alone
-inline constexpr MailSystemId kSmtp = 7;  // the sending half of Internet mail alone
-inline constexpr MailSystemId kMapiFamily = 8;
-inline constexpr MailSystemId kActiveMessaging = 9;
-inline constexpr MailSystemId kInternet = 10;
-inline constexpr MailSystemId kNotes = 11;
-inline constexpr MailSystemId kVines = 20;
+  MailFamily Family() const noexcept { return family_; }
+  BackEnd* BackEndOrNull() const noexcept { return backEnd_; }
 
-}  // namespace mail_system
+  // Looks whether the workstation has it.
+  virtual bool IsPresent() = 0;
 
-// One back end serves each family.
-enum class MailFamily { None, SimpleMapi, Vim, Mhs, ActiveMessaging, Internet, Notes, Vines };
+  // Whether a Server keeps the session handle while another mail system is its current one.
+  virtual bool KeepsHandle() const = 0;
 
-constexpr MailFamily FamilyOf(MailSystemId id) noexcept {
-  switch (id) {
-    case 1:
-    case 5:
-    case 8:
-      return MailFamily::SimpleMapi;
-    case 2:
-    case 25:
-      return MailFamily::Vim;
-    case 3:
-    case 4:
-      return MailFamily::Mhs;
-    case 6:
-    case 7:
-    case 10:
-      return MailFamily::Internet;
-    case 9:
-      return MailFamily::ActiveMessaging;
-    case 11:
-      return MailFamily::Notes;
-    case 20:
-      return MailFamily::Vines;
-    default:
-      return MailFamily::None;
-  }
-}
+  // The library that serves it, as a name to look up on the workstation; empty when there is none.
+  virtual std::string Library() const { return {}; }
+
+  // What its tables say to a number of its interface; empty when they have no text.
+  virtual std::string ErrorText(MailSystemId system, std::int32_t number) const = 0;
+
+ private:
+  MailFamily family_;
+  BackEnd* backEnd_;
+};
 
 }  // namespace quillon

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "mail/MailSystem.h"
+#include "mail/MailSystemId.h"
 
 namespace quillon {
 

@@ -7,36 +7,14 @@
 
 namespace quillon {
 
-namespace {
-
-// The order in which mail systems are looked for.
-constexpr std::array<MailSystemId, 7> kCandidates{
-    mail_system::kVines,
-    mail_system::kVim,
-    mail_system::kMhs,
-    mail_system::kCserve,
-    mail_system::kActiveMessaging,
-    mail_system::kSimpleMapi,
-    mail_system::kInternet,
-};
-
-constexpr MailSystemId kAlwaysPresent = 30;
-
-// Families whose session handle is kept while another mail system is current.
-bool KeepsHandle(MailFamily family) {
-  return family == MailFamily::SimpleMapi || family == MailFamily::Vim ||
-         family == MailFamily::ActiveMessaging || family == MailFamily::Notes ||
-         family == MailFamily::Vines;
-}
-
-}  // namespace
-
 Dispatch::Dispatch(InstanceState& state, Environment& environment)
     : state_(state), environment_(environment) {}
 
 void Dispatch::SaveHandle() {
-  const auto family = FamilyOf(state_.mailSystem);
-  if (KeepsHandle(family)) handles_[family] = state_.sessionHandle;
+  const auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+  if (system != nullptr && system->KeepsHandle()) {
+    handles_[system->Family()] = state_.sessionHandle;
+  }
 }
 
 std::int32_t Dispatch::SavedHandle(MailFamily family) const {
@@ -52,19 +30,19 @@ void Dispatch::SelectSystem(std::int32_t system) {
 }
 
 bool Dispatch::Query(MailSystemId system) {
-  if (system == kAlwaysPresent) return true;
-  const auto family = FamilyOf(system);
-  if (family == MailFamily::None) return false;
-  const auto known = presence_.find(family);
-  if (known != presence_.end()) return known->second;
-  const bool present = environment_.mailSystems.IsPresent(system);
-  presence_[family] = present;
+  if (RowOf(system).isAlwaysPresent) return true;
+  auto* const known = environment_.mailSystems.Find(system);
+  if (known == nullptr) return false;
+  const auto found = presence_.find(known->Family());
+  if (found != presence_.end()) return found->second;
+  const bool present = known->IsPresent();
+  presence_[known->Family()] = present;
   return present;
 }
 
 void Dispatch::Detect() {
-  for (const auto candidate : kCandidates) {
-    if (environment_.mailSystems.Find(candidate) != nullptr && Query(candidate)) {
+  for (const auto candidate : mail_system::kDetectionOrder) {
+    if (environment_.mailSystems.BackEndOf(candidate) != nullptr && Query(candidate)) {
       SelectSystem(candidate);
       return;
     }
@@ -77,7 +55,7 @@ void Dispatch::EnsureSystem() {
 }
 
 BackEnd& Dispatch::CurrentBackEnd() const {
-  auto* const backEnd = environment_.mailSystems.Find(state_.mailSystem);
+  auto* const backEnd = environment_.mailSystems.BackEndOf(state_.mailSystem);
   if (backEnd == nullptr) throw ServerError(error_code::kNotSupported);
   return *backEnd;
 }

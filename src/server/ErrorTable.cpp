@@ -46,56 +46,7 @@ constexpr std::array kTexts{
              "Address Book function not supported for this mail system."},
 };
 
-struct DecodeRange {
-  std::int32_t first;
-  std::int32_t last;
-  MailSystemId system;
-  std::int32_t reduction;
-};
-
-constexpr std::array kDecodeRanges{
-    DecodeRange{0, 599, 0, 0},
-    DecodeRange{750, 759, 0, 0},
-    DecodeRange{2000, 2999, mail_system::kSimpleMapi, 2000},
-    DecodeRange{3000, 3999, mail_system::kVines, 0},
-    DecodeRange{4000, 4999, mail_system::kVim, 4000},
-    DecodeRange{5000, 5999, mail_system::kMhs, 5000},
-    DecodeRange{6000, 6999, mail_system::kInternet, 6000},
-    DecodeRange{7000, 7999, 12, 7000},
-    DecodeRange{8000, 8999, mail_system::kActiveMessaging, 8000},
-    DecodeRange{9000, 9999, mail_system::kNotes, 9000},
-    DecodeRange{0x40200, 0x40200, mail_system::kActiveMessaging, 8000},
-};
-
 constexpr std::int32_t kInterfaceErrorLimit = 100000;
-
-std::int32_t BaseOf(MailSystemId system, std::int32_t interfaceError) {
-  switch (system) {
-    case 1:
-    case 5:
-    case 8:
-      return 2000;
-    case 2:
-      return 4000;
-    case 3:
-    case 4:
-      return 5000;
-    case 6:
-    case 7:
-    case 10:
-      return 6000;
-    case 9:
-      return 8000;
-    case 11:
-      return interfaceError >= 4000 && interfaceError < 7000 ? 5000 : 2000;
-    case 30:
-      return 10000;
-    case 40:
-      return 11000;
-    default:
-      return 0;
-  }
-}
 
 }  // namespace
 
@@ -107,13 +58,15 @@ std::int32_t ErrorBase(MailSystemId system, std::int32_t& interfaceError) {
   if (interfaceError < -kInterfaceErrorLimit || interfaceError > kInterfaceErrorLimit) {
     interfaceError = 0;
   }
-  return interfaceError + BaseOf(system, interfaceError);
+  const auto& row = RowOf(system);
+  const bool isOther = row.otherBase.Holds(interfaceError);
+  return interfaceError + (isOther ? row.otherBase.shift : row.errorBase);
 }
 
 CodeOrigin OriginOfCode(std::int64_t code) {
-  for (const auto& range : kDecodeRanges) {
-    if (code >= range.first && code <= range.last) {
-      return {range.system, static_cast<std::int32_t>(code - range.reduction)};
+  for (const auto& row : MailSystemRows()) {
+    for (const auto& range : row.decoded) {
+      if (range.Holds(code)) return {row.id, static_cast<std::int32_t>(code - range.shift)};
     }
   }
   return {mail_system::kNone, static_cast<std::int32_t>(code)};

@@ -1,12 +1,12 @@
-// The public error numbers: the texts of the server's own codes, and the place of each mail
-// system's numbers among them.
+// The public error numbers: the texts of the server's own codes, and how the numbers of the mail
+// systems are folded in among them.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 #include "core/ErrorCode.h"
-#include "mail/MailSystem.h"
+#include "mail/MailSystemId.h"
 
 namespace quillon {
 
@@ -23,8 +23,7 @@ std::string ErrorText(std::int32_t code);
 // 100000.
 std::int32_t ErrorBase(MailSystemId system, std::int32_t& interfaceError);
 
-// A public code taken apart again. Not the mirror image of ErrorBase, on purpose: clients rely on
-// both as they are.
+// A public code taken apart again; one that is no mail system's is the server's own.
 struct CodeOrigin {
   MailSystemId system;
   std::int32_t interfaceError;

@@ -211,7 +211,7 @@ void Server::AsynchAbort() {
     auto& notifier = environment_.notifier;
     if (!notifier.Registered()) throw ServerError(error_code::kNotRegistered);
     notifier.SetInProgress();
-    if (auto* const backEnd = environment_.mailSystems.Find(state_.mailSystem)) {
+    if (auto* const backEnd = environment_.mailSystems.BackEndOf(state_.mailSystem)) {
       backEnd->AsynchAbort();
     }
     auto event = notifier.ProcessRecord();
@@ -230,7 +230,8 @@ void Server::AsynchAbort() {
 
 std::string Server::GetInterfaceString(std::int16_t itemType) {
   return frame_.Run("GetInterfaceString", MemberKind::Method, [&]() -> std::string {
-    auto library = MailSystems::LibraryOf(state_.mailSystem);
+    const auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+    auto library = system != nullptr ? system->Library() : std::string();
     switch (itemType) {
       case kInterfaceKeyword:
         return MailSystemKeyword(state_.mailSystem);

@@ -203,7 +203,7 @@ std::int32_t Server::UnreadCount() {
 }
 
 std::int32_t Server::SessionHandle() {
-  if (environment_.mailSystems.Find(state_.mailSystem) != nullptr) {
+  if (environment_.mailSystems.BackEndOf(state_.mailSystem) != nullptr) {
     dispatch_.Run([&](BackEnd& backEnd, MailRequest& request) {
       return backEnd.GetSessionHandle(request, state_.sessionHandle);
     });

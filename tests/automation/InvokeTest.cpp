@@ -230,7 +230,8 @@ TEST_F(InvokeTest, ANullResultPointerIsAnErrorNotACrash) {
 
 TEST_F(InvokeTest, TheObjectOutlivesACallThatReleasesIt) {
   FakeBackEnd backEnd;
-  world_.World().mailSystems.Add(MailFamily::Internet, backEnd);
+  FakeMailSystem backEndSystem(MailFamily::Internet, backEnd);
+  world_.World().mailSystems.Add(backEndSystem);
   const Variant ten = Number(10);
   const Variant to = Text("a@x");
   Call(L"mailSystem", kPut, {ten.Get()});

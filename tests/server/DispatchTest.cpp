@@ -7,6 +7,7 @@ namespace {
 
 using testing::FailureOf;
 using testing::FakeBackEnd;
+using testing::FakeMailSystem;
 using testing::TestWorld;
 
 Value MailSystemOf(Server& server) {
@@ -16,18 +17,20 @@ Value MailSystemOf(Server& server) {
 TEST(Dispatch, DetectionTakesTheFirstPresentSystemThatCanBeServed) {
   TestWorld world;
   FakeBackEnd internet;
+  FakeMailSystem internetSystem(MailFamily::Internet, internet);
   FakeBackEnd vim;
+  VimMailSystem vimSystem(world.workstation, &vim);
   const auto lonely = world.NewServer();
   lonely->SetNativeSystem();  // finds nothing and does not fail
   EXPECT_EQ(Value(std::int16_t{0}), MailSystemOf(*lonely));
   EXPECT_EQ("515 No mail system was detected.", FailureOf([&] { lonely->Login(); }));
 
-  world.mailSystems.Add(MailFamily::Internet, internet);
+  world.mailSystems.Add(internetSystem);
   world.workstation.libraries = {"vim32.dll"};  // installed, but without a back end here
   lonely->Login();
   EXPECT_EQ(Value(std::int16_t{10}), MailSystemOf(*lonely));
 
-  world.mailSystems.Add(MailFamily::Vim, vim);
+  world.mailSystems.Add(vimSystem);
   const auto other = world.NewServer();
   other->SetNativeSystem();
   EXPECT_EQ(Value(std::int16_t{2}), MailSystemOf(*other));
@@ -83,7 +86,8 @@ TEST(Dispatch, PresenceTestsLookWhereTheLibrariesAre) {
 TEST(Dispatch, ArgumentsAreCheckedBeforeTheMailSystemIsAsked) {
   TestWorld world;
   FakeBackEnd internet;
-  world.mailSystems.Add(MailFamily::Internet, internet);
+  FakeMailSystem internetSystem(MailFamily::Internet, internet);
+  world.mailSystems.Add(internetSystem);
   const auto server = world.NewServer();
   EXPECT_EQ("516 No addressees were specified.", FailureOf([&] { server->Send(); }));
   for (const auto member : {&Server::LoadMessage, &Server::DeleteMessage}) {
@@ -104,7 +108,8 @@ TEST(Dispatch, AnInstanceMayChangeItsSystemWhileACallRuns) {
   TestWorld world;
   FakeBackEnd internet;
   internet.result = {3, "Login failed"};
-  world.mailSystems.Add(MailFamily::Internet, internet);
+  FakeMailSystem internetSystem(MailFamily::Internet, internet);
+  world.mailSystems.Add(internetSystem);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 10);
   internet.during = [&] { server->Put(Property::mailSystem, 0); };
@@ -114,7 +119,8 @@ TEST(Dispatch, AnInstanceMayChangeItsSystemWhileACallRuns) {
 TEST(Dispatch, FolderListsComeAsArrayAndAsText) {
   TestWorld world;
   FakeBackEnd notes;
-  world.mailSystems.Add(MailFamily::Notes, notes);
+  NotesMailSystem notesSystem(world.workstation, &notes);
+  world.mailSystems.Add(notesSystem);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 11);
   std::int32_t count = 0;

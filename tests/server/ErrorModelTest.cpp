@@ -71,7 +71,8 @@ TEST(ErrorModel, MailSystemNumbersAreFoldedByTheirBases) {
 TEST(ErrorModel, BackEndFailuresReachTheClientFolded) {
   TestWorld world;
   testing::FakeBackEnd vim;
-  world.mailSystems.Add(MailFamily::Vim, vim);
+  VimMailSystem vimSystem(world.workstation, &vim);
+  world.mailSystems.Add(vimSystem);
   const auto server = world.NewServer();
   server->Put(Property::mailSystem, 2);
   server->AddRecipientTo("a@b");
@@ -102,7 +103,8 @@ TEST(ErrorModel, BackEndFailuresReachTheClientFolded) {
 TEST(ErrorModel, TheDebugBoxShowsTheServersOwnFailures) {
   TestWorld world;
   testing::FakeBackEnd vim;
-  world.mailSystems.Add(MailFamily::Vim, vim);
+  VimMailSystem vimSystem(world.workstation, &vim);
+  world.mailSystems.Add(vimSystem);
   const auto server = world.NewServer();
   EXPECT_NE("", FailureOf([&] { server->Send(); }));
   EXPECT_TRUE(world.messageBox.shown.empty());

@@ -113,7 +113,8 @@ TEST(ServerProperty, InstancesShareTheMessageAndResetTheInternetSettings) {
 TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
   TestWorld world;
   testing::FakeBackEnd mapi;
-  world.mailSystems.Add(MailFamily::SimpleMapi, mapi);
+  MapiMailSystem mapiSystem(world.workstation, &mapi);
+  world.mailSystems.Add(mapiSystem);
   auto server = world.NewServer();
   EXPECT_EQ("529 Could not set session handle, MailSystem property must be set first.",
             FailureOf([&] { server->Put(Property::SessionHandleEx, 5); }));

@@ -10,6 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "backends/activemsg/ActiveMessagingMailSystem.h"
+#include "backends/mapi/MapiMailSystem.h"
+#include "backends/notes/NotesMailSystem.h"
+#include "backends/vim/VimMailSystem.h"
 #include "internet/ProtocolLog.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
@@ -86,7 +90,6 @@ class FakeBackEnd final : public BackEnd {
   void Shutdown(std::int32_t savedHandle) override {
     calls.push_back("Shutdown " + std::to_string(savedHandle));
   }
-  std::string ErrorText(MailSystemId, std::int32_t) const override { return {}; }
 
   MailResult result;
   std::function<void()> during;  // runs inside the call
@@ -100,7 +103,23 @@ class FakeBackEnd final : public BackEnd {
   }
 };
 
+// A mail system that is always there.
+class FakeMailSystem final : public MailSystem {
+ public:
+  FakeMailSystem(MailFamily family, BackEnd& backEnd) : MailSystem(family, &backEnd) {}
+  bool IsPresent() override { return true; }
+  bool KeepsHandle() const override { return false; }
+  std::string ErrorText(MailSystemId, std::int32_t) const override { return {}; }
+};
+
 struct TestWorld {
+  TestWorld() {
+    mailSystems.Add(mapi);
+    mailSystems.Add(vim);
+    mailSystems.Add(activeMessaging);
+    mailSystems.Add(notes);
+  }
+
   std::unique_ptr<Server> NewServer() { return std::make_unique<Server>(environment); }
 
   TempFolder folder;
@@ -109,7 +128,11 @@ struct TestWorld {
   SharedState shared;
   RecordingMessageBox messageBox;
   FakeWorkstation workstation;
-  MailSystems mailSystems{workstation};
+  MapiMailSystem mapi{workstation};
+  VimMailSystem vim{workstation};
+  ActiveMessagingMailSystem activeMessaging{workstation};
+  NotesMailSystem notes{workstation};
+  MailSystems mailSystems;
   clsINIUtilities configuration{*files, folder.Path("quillon.ini")};
   ProtocolLog log{*files, folder.Path()};
   AsynchNotifier notifier;

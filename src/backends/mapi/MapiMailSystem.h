@@ -1,0 +1,23 @@
+// Simple MAPI, through whatever mapi32.dll is installed.
+#pragma once
+
+#include "mail/MailSystem.h"
+
+namespace quillon {
+
+class Workstation;
+
+class MapiMailSystem final : public MailSystem {
+ public:
+  explicit MapiMailSystem(Workstation& workstation, BackEnd* backEnd = nullptr);
+
+  bool IsPresent() override;
+  bool KeepsHandle() const override { return true; }
+  std::string Library() const override;
+  std::string ErrorText(MailSystemId system, std::int32_t number) const override;
+
+ private:
+  Workstation& workstation_;
+};
+
+}  // namespace quillon

@@ -1,0 +1,11 @@
+#include "backends/notes/NotesMailSystem.h"
+
+#include "platform/Workstation.h"
+
+namespace quillon {
+
+bool NotesMailSystem::IsPresent() {
+  return workstation_.ObjectCreates("Notes.NotesSession");
+}
+
+}  // namespace quillon

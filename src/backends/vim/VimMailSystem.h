@@ -1,0 +1,23 @@
+// VIM, through the library that a mail program of its time brings along.
+#pragma once
+
+#include "mail/MailSystem.h"
+
+namespace quillon {
+
+class Workstation;
+
+class VimMailSystem final : public MailSystem {
+ public:
+  explicit VimMailSystem(Workstation& workstation, BackEnd* backEnd = nullptr);
+
+  bool IsPresent() override;
+  bool KeepsHandle() const override { return true; }
+  std::string Library() const override;
+  std::string ErrorText(MailSystemId system, std::int32_t number) const override;
+
+ private:
+  Workstation& workstation_;
+};
+
+}  // namespace quillon
