@@ -24,14 +24,17 @@ if(idl_present)
   endif()
   find_program(WIDL i686-w64-mingw32-widl REQUIRED)
   set(widl ${WIDL} -m32 -I "${idl_includes}" -L "${idl_libraries}")
-  add_custom_command(
-    OUTPUT "${generated}/quillon.tlb" "${generated}/quillon_h.h"
-    COMMAND ${widl} -t -o "${generated}/quillon.tlb" "${idl}"
-    COMMAND ${widl} -h -o "${generated}/quillon_h.h" "${idl}"
-    # The member "signed" cannot be written so in the language: the word is reserved there.
-    COMMAND env LC_ALL=C sed -i s/Signed/signed/g
-      "${generated}/quillon.tlb" "${generated}/quillon_h.h"
-    DEPENDS "${idl}" COMMENT "Compiling quillon.idl" VERBATIM)
+  # <name>.idl -> <name>.tlb and <name>_h.h; ARGN is done with them afterwards.
+  function(quillon_compile_idl name source)
+    add_custom_command(
+      OUTPUT "${generated}/${name}.tlb" "${generated}/${name}_h.h"
+      COMMAND ${widl} -t -o "${generated}/${name}.tlb" "${source}"
+      COMMAND ${widl} -h -o "${generated}/${name}_h.h" "${source}"
+      ${ARGN} DEPENDS "${source}" COMMENT "Compiling ${name}.idl" VERBATIM)
+  endfunction()
+  # The member "signed" cannot be written so in the language: the word is reserved there.
+  quillon_compile_idl(quillon "${idl}" COMMAND env LC_ALL=C sed -i s/Signed/signed/g
+    "${generated}/quillon.tlb" "${generated}/quillon_h.h")
   add_custom_target(quillon_typelib DEPENDS "${generated}/quillon.tlb" "${generated}/quillon_h.h")
   add_dependencies(quillon_idl quillon_typelib)
 endif()

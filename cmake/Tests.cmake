@@ -48,13 +48,16 @@ if(WIN32)
   quillon_test(win32)
   quillon_test(automation quillon_automation)
   if(TARGET test_automation)
-    # The type library is a resource of the test program too.
+    # The type library is a resource of the test program too, beside that of a class of its own.
     enable_language(RC)
     set(resources "${PROJECT_BINARY_DIR}/generated/idl/test_automation.rc")
-    file(CONFIGURE OUTPUT "${resources}" CONTENT "1 TYPELIB \"quillon.tlb\"\n")
+    file(CONFIGURE OUTPUT "${resources}"
+      CONTENT "1 TYPELIB \"quillon.tlb\"\n2 TYPELIB \"Tally.tlb\"\n")
+    set(generated "${PROJECT_BINARY_DIR}/generated/idl")
+    quillon_compile_idl(Tally "${PROJECT_SOURCE_DIR}/tests/automation/Tally.idl")
     set_source_files_properties("${resources}" PROPERTIES
-      OBJECT_DEPENDS "${PROJECT_BINARY_DIR}/generated/idl/quillon.tlb")
-    target_sources(test_automation PRIVATE "${resources}")
-    target_include_directories(test_automation PRIVATE "${PROJECT_BINARY_DIR}/generated/idl")
+      OBJECT_DEPENDS "${generated}/quillon.tlb;${generated}/Tally.tlb")
+    target_sources(test_automation PRIVATE "${resources}" "${generated}/Tally_h.h")
+    target_include_directories(test_automation SYSTEM PRIVATE "${generated}")
   endif()
 endif()

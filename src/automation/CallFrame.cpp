@@ -224,7 +224,8 @@ void CallFrame::MoveResult(VARIANT& result) noexcept {
   result = result_.Detach();
 }
 
-HRESULT CallFrame::ReportFailure(HRESULT failure, EXCEPINFO* exception, UINT* argumentError) const {
+HRESULT CallFrame::ReportFailure(HRESULT failure, const wchar_t* source, EXCEPINFO* exception,
+                                 UINT* argumentError) const {
   ComPtr<IErrorInfo> info;
   GetErrorInfo(0, info.Put());
   if (failure == DISP_E_TYPEMISMATCH || failure == DISP_E_OVERFLOW) {
@@ -242,7 +243,7 @@ HRESULT CallFrame::ReportFailure(HRESULT failure, EXCEPINFO* exception, UINT* ar
     info->GetDescription(&exception->bstrDescription);
   }
   if (exception->bstrSource == nullptr) {
-    exception->bstrSource = Bstr(std::wstring_view(kErrorSource)).Detach();
+    exception->bstrSource = Bstr(std::wstring_view(source)).Detach();
   }
   return DISP_E_EXCEPTION;
 }

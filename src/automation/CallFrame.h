@@ -27,9 +27,10 @@ class CallFrame {
 
   void MoveResult(VARIANT& result) noexcept;
 
-  // The HRESULT and EXCEPINFO of a failed call. A value that the function itself could not convert
-  // counts as a wrong argument.
-  HRESULT ReportFailure(HRESULT failure, EXCEPINFO* exception, UINT* argumentError) const;
+  // The HRESULT and EXCEPINFO of a failed call; `source` is for failures that name none. A value
+  // that the function itself could not convert counts as a wrong argument.
+  HRESULT ReportFailure(HRESULT failure, const wchar_t* source, EXCEPINFO* exception,
+                        UINT* argumentError) const;
 
  private:
   struct Argument {

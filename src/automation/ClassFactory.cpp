@@ -7,11 +7,11 @@
 
 namespace quillon {
 
-ClassFactory::ClassFactory(ProcessLifetime& lifetime, Maker make)
-    : lifetime_(lifetime), make_(std::move(make)) {}
+ClassFactory::ClassFactory(ProcessLifetime& lifetime, const wchar_t* errorSource, Maker make)
+    : lifetime_(lifetime), errorSource_(errorSource), make_(std::move(make)) {}
 
 HRESULT STDMETHODCALLTYPE ClassFactory::CreateInstance(IUnknown* outer, REFIID iid, void** object) {
-  return ComCall([&] {
+  return ComCall(errorSource_, [&] {
     if (object == nullptr) throw HresultError(E_POINTER);
     *object = nullptr;
     if (outer != nullptr) throw HresultError(CLASS_E_NOAGGREGATION);

@@ -1,5 +1,5 @@
-// The class object of Server: makes one object per request, and refuses from the moment the process
-// ends.
+// The class object of a public class: makes one object per request, and refuses from the moment the
+// process ends.
 #pragma once
 
 #include <functional>
@@ -10,17 +10,19 @@ namespace quillon {
 
 class ClassFactory final : public ComObject<IClassFactory> {
  public:
-  // `make` returns a new object with one reference; it may throw.
+  // Returns a new object with one reference; it may throw, and CreateInstance then fails as a
+  // member does.
   using Maker = std::function<IUnknown*()>;
 
-  ClassFactory(ProcessLifetime& lifetime, Maker make);
+  ClassFactory(ProcessLifetime& lifetime, const wchar_t* errorSource, Maker make);
 
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override;
   HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override;
 
  private:
   ProcessLifetime& lifetime_;
-  Maker make_;
+  const wchar_t* const errorSource_;
+  const Maker make_;
   unsigned locks_ = 0;
 };
 

@@ -1,11 +1,13 @@
 // The edge that every COM method runs in: no exception leaves it. What the body throws becomes the
 // HRESULT of the method and, for ISupportErrorInfo, the thread's error object.
 //
-//   ServerError        0x80040000 + code, source "QuillonInterface.Server", its text
+//   ServerError        0x80040000 + code, its text
 //   ConversionError    DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW
 //   HresultError       its number
 //   std::bad_alloc     E_OUTOFMEMORY
 //   anything else      E_UNEXPECTED with the exception's text
+//
+// The error object names the source that the class has given itself.
 #pragma once
 
 #include <windows.h>
@@ -15,8 +17,6 @@
 #include <oleauto.h>
 
 namespace quillon {
-
-inline constexpr wchar_t kErrorSource[] = L"QuillonInterface.Server";
 
 // A failed system call, or a failure that is nothing but a COM number.
 class HresultError : public std::exception {
@@ -46,16 +46,16 @@ Type& Output(Type* place) {
 }
 
 // To be called while an exception is handled.
-HRESULT TranslateCurrentException() noexcept;
+HRESULT TranslateCurrentException(const wchar_t* errorSource) noexcept;
 
 template <class Body>
-HRESULT ComCall(Body&& body) noexcept {
+HRESULT ComCall(const wchar_t* errorSource, Body&& body) noexcept {
   SetErrorInfo(0, nullptr);
   try {
     body();
     return S_OK;
   } catch (...) {
-    return TranslateCurrentException();
+    return TranslateCurrentException(errorSource);
   }
 }
 

@@ -6,9 +6,12 @@
 #include <ocidl.h>
 #include <oleauto.h>
 #include <type_traits>
+#include <utility>
 
+#include "automation/ComCall.h"
 #include "automation/DualInterface.h"
 #include "automation/ProcessLifetime.h"
+#include "platform/win32/ComPtr.h"
 
 namespace quillon {
 
@@ -45,6 +48,9 @@ class ComObject : public First, public Others... {
     if (*object != nullptr) return;
     bool matches = iid == __uuidof(Interface);
     if constexpr (std::is_base_of_v<IDispatch, Interface>) matches |= iid == IID_IDispatch;
+    if constexpr (std::is_base_of_v<IProvideClassInfo, Interface>) {
+      matches |= iid == IID_IProvideClassInfo;
+    }
     if (matches) *object = static_cast<Interface*>(this);
   }
 
@@ -53,11 +59,15 @@ class ComObject : public First, public Others... {
 
 // An object that clients see: a dual interface, error objects, and a process that stays while the
 // object lives.
+//
+// A member runs in Call. It may wait, for a mail server or for a client's object, and meanwhile the
+// loop serves whatever other call arrives, of this object too; a member that cannot have that
+// refuses it. Should the last client let go meanwhile, the object stays until the call is over.
 template <class Interface, class... Others>
 class DispatchObject : public ComObject<Interface, ISupportErrorInfo, Others...> {
  public:
   DispatchObject(const DualInterface& type, ProcessLifetime& lifetime)
-      : type_(type), process_(lifetime) {}
+      : type_(type), lifetime_(lifetime), process_(lifetime) {}
 
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
@@ -81,8 +91,19 @@ class DispatchObject : public ComObject<Interface, ISupportErrorInfo, Others...>
     return iid == __uuidof(Interface) ? S_OK : S_FALSE;
   }
 
+ protected:
+  // Runs the body of a member at the COM edge.
+  template <class Body>
+  HRESULT Call(Body&& body) noexcept {
+    const ComPtr<Interface> stay(static_cast<Interface*>(this));
+    return ComCall(type_.ErrorSource(), std::forward<Body>(body));
+  }
+  ProcessLifetime& Lifetime() noexcept { return lifetime_; }
+  const wchar_t* ErrorSource() const noexcept { return type_.ErrorSource(); }
+
  private:
   const DualInterface& type_;
+  ProcessLifetime& lifetime_;
   ProcessReference process_;
 };
 

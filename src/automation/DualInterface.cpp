@@ -75,7 +75,8 @@ UINT CountFunctions(ITypeInfo* info) {
 
 }  // namespace
 
-DualInterface::DualInterface(ComPtr<ITypeInfo> info) : info_(std::move(info)) {
+DualInterface::DualInterface(ComPtr<ITypeInfo> info, const wchar_t* errorSource)
+    : info_(std::move(info)), errorSource_(errorSource) {
   // The library describes a dual interface twice; the vtable's description tells results from
   // parameters.
   HREFTYPE reference = 0;
@@ -179,12 +180,14 @@ HRESULT DualInterface::Invoke(void* object, DISPID id, REFIID iid, LCID locale, 
     HRESULT outcome = frame.TakeArguments(*given, argumentError);
     if (FAILED(outcome)) return outcome;
     outcome = frame.Call(object);
-    if (FAILED(outcome)) return frame.ReportFailure(outcome, exception, argumentError);
+    if (FAILED(outcome)) {
+      return frame.ReportFailure(outcome, errorSource_, exception, argumentError);
+    }
     outcome = frame.HandBack();
     if (SUCCEEDED(outcome) && result != nullptr) frame.MoveResult(*result);
     return outcome;
   } catch (...) {
-    return TranslateCurrentException();
+    return TranslateCurrentException(errorSource_);
   }
 }
 

@@ -39,9 +39,11 @@ struct Function {
 class DualInterface {
  public:
   // Throws HresultError.
-  explicit DualInterface(ComPtr<ITypeInfo> info);
+  DualInterface(ComPtr<ITypeInfo> info, const wchar_t* errorSource);
 
   const std::vector<Function>& Functions() const noexcept { return functions_; }
+  // Where the errors of its members come from.
+  const wchar_t* ErrorSource() const noexcept { return errorSource_; }
 
   // The four methods of IDispatch, for the object whose vtable is given.
   HRESULT GetTypeInfo(UINT index, ITypeInfo** info) const noexcept;
@@ -57,6 +59,7 @@ class DualInterface {
   const Function* Find(DISPID id, WORD flags, const DISPPARAMS& given) const noexcept;
 
   ComPtr<ITypeInfo> info_;
+  const wchar_t* errorSource_;
   std::vector<Function> functions_;                     // in the order of the vtable
   std::vector<std::pair<std::wstring, DISPID>> names_;  // in small letters, sorted
 };

@@ -13,12 +13,17 @@ using Texts = std::shared_ptr<const std::vector<std::string>>;
 
 class TextEnumerator final : public ComObject<IEnumVARIANT> {
  public:
-  TextEnumerator(ProcessLifetime& lifetime, Texts texts, std::size_t position)
-      : lifetime_(lifetime), process_(lifetime), texts_(std::move(texts)), position_(position) {}
+  TextEnumerator(ProcessLifetime& lifetime, const wchar_t* errorSource, Texts texts,
+                 std::size_t position)
+      : lifetime_(lifetime),
+        process_(lifetime),
+        errorSource_(errorSource),
+        texts_(std::move(texts)),
+        position_(position) {}
 
   HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* values, ULONG* fetched) override {
     ULONG done = 0;
-    const HRESULT result = ComCall([&] {
+    const HRESULT result = ComCall(errorSource_, [&] {
       if (values == nullptr || (fetched == nullptr && count != 1)) throw HresultError(E_POINTER);
       for (; done < count && position_ < texts_->size(); ++done, ++position_) {
         values[done] = VariantFromValue((*texts_)[position_]).Detach();
@@ -37,12 +42,15 @@ class TextEnumerator final : public ComObject<IEnumVARIANT> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** copy) override {
-    return ComCall([&] { Output(copy) = new TextEnumerator(lifetime_, texts_, position_); });
+    return ComCall(errorSource_, [&] {
+      Output(copy) = new TextEnumerator(lifetime_, errorSource_, texts_, position_);
+    });
   }
 
  private:
   ProcessLifetime& lifetime_;
   ProcessReference process_;
+  const wchar_t* errorSource_;
   Texts texts_;
   std::size_t position_;
 };
@@ -52,11 +60,10 @@ class TextEnumerator final : public ComObject<IEnumVARIANT> {
 ItemsObject::ItemsObject(const DualInterface& type, ProcessLifetime& lifetime,
                          std::vector<std::string> texts)
     : DispatchObject(type, lifetime),
-      lifetime_(lifetime),
       texts_(std::make_shared<const std::vector<std::string>>(std::move(texts))) {}
 
 HRESULT STDMETHODCALLTYPE ItemsObject::get_Item(LONG index, VARIANT* value) {
-  return ComCall([&] {
+  return Call([&] {
     VariantInit(&Output(value));
     if (index < 1 || static_cast<std::size_t>(index) > texts_->size()) {
       throw HresultError(DISP_E_BADINDEX);
@@ -66,11 +73,11 @@ HRESULT STDMETHODCALLTYPE ItemsObject::get_Item(LONG index, VARIANT* value) {
 }
 
 HRESULT STDMETHODCALLTYPE ItemsObject::get_Count(LONG* value) {
-  return ComCall([&] { Output(value) = static_cast<LONG>(texts_->size()); });
+  return Call([&] { Output(value) = static_cast<LONG>(texts_->size()); });
 }
 
 HRESULT STDMETHODCALLTYPE ItemsObject::get__NewEnum(IUnknown** value) {
-  return ComCall([&] { Output(value) = new TextEnumerator(lifetime_, texts_, 0); });
+  return Call([&] { Output(value) = new TextEnumerator(Lifetime(), ErrorSource(), texts_, 0); });
 }
 
 }  // namespace quillon

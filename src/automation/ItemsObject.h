@@ -20,7 +20,6 @@ class ItemsObject final : public DispatchObject<IItems> {
   HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown** value) override;
 
  private:
-  ProcessLifetime& lifetime_;
   std::shared_ptr<const std::vector<std::string>> texts_;  // shared with the enumerators
 };
 

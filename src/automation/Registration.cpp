@@ -6,19 +6,12 @@
 #include <utility>
 
 #include "platform/win32/RegistryKey.h"
-
-// The identifiers of the type library are defined here.
-// clang-format off
-#include <initguid.h>
 #include "quillon_h.h"
-// clang-format on
 
 namespace quillon {
 namespace {
 
-constexpr wchar_t kProgId[] = L"QuillonInterface.Server";
-constexpr wchar_t kVersionedProgId[] = L"QuillonInterface.Server.1";
-constexpr wchar_t kClassText[] = L"Quillon mail server";
+constexpr wchar_t kProgramText[] = L"Quillon mail server";
 constexpr wchar_t kVersion[] = L"1.0";
 constexpr wchar_t kAppId[] = L"{E00787D4-7369-4CCF-A08E-F51FEA0A98E8}";
 // The system's marshaller for interfaces that a type library describes.
@@ -30,29 +23,38 @@ std::wstring TextOf(REFGUID guid) {
   return text;
 }
 
-// The class, its ProgIDs and the process that serves it.
-void AddClass(std::vector<RegistryRow>& rows, const std::wstring& command,
-              const std::wstring& executable) {
-  const std::wstring id = TextOf(__uuidof(::Server));
-  const std::wstring classKey = L"CLSID\\" + id;
-  const std::wstring appKey = std::wstring(L"AppID\\") + kAppId;
-  const std::wstring progId = kProgId;
-  const std::wstring versioned = kVersionedProgId;
+// The program, which is one for all its classes.
+void AddProgram(std::vector<RegistryRow>& rows, const std::wstring& executable) {
   rows.insert(rows.end(), {
-                              {appKey, nullptr, kClassText},
+                              {std::wstring(L"AppID\\") + kAppId, nullptr, kProgramText},
                               {L"AppID\\" + executable, L"AppID", kAppId},
-                              {classKey, nullptr, kClassText},
+                          });
+}
+
+std::wstring ServerKey(const PublicClass& described) {
+  return L"CLSID\\" + TextOf(described.id) + L"\\LocalServer32";
+}
+
+// A class, its ProgIDs and the process that serves it.
+void AddClass(std::vector<RegistryRow>& rows, const PublicClass& described,
+              const std::wstring& command) {
+  const std::wstring id = TextOf(described.id);
+  const std::wstring classKey = L"CLSID\\" + id;
+  const std::wstring progId = described.progId;
+  const std::wstring versioned = progId + L".1";
+  rows.insert(rows.end(), {
+                              {classKey, nullptr, described.text},
                               {classKey, L"AppID", kAppId},
-                              {classKey + L"\\LocalServer32", nullptr, command},
+                              {ServerKey(described), nullptr, command},
                               {classKey + L"\\ProgID", nullptr, versioned},
                               {classKey + L"\\VersionIndependentProgID", nullptr, progId},
                               {classKey + L"\\TypeLib", nullptr, TextOf(LIBID_Quillon)},
                               {classKey + L"\\Version", nullptr, kVersion},
                               {classKey + L"\\Programmable", nullptr, {}, true},
-                              {progId, nullptr, kClassText},
+                              {progId, nullptr, described.text},
                               {progId + L"\\CLSID", nullptr, id},
                               {progId + L"\\CurVer", nullptr, versioned},
-                              {versioned, nullptr, kClassText},
+                              {versioned, nullptr, described.text},
                               {versioned + L"\\CLSID", nullptr, id},
                           });
 }
@@ -80,15 +82,17 @@ void AddTypeLibrary(std::vector<RegistryRow>& rows, const std::wstring& program,
 
 }  // namespace
 
-Registration::Registration(const std::wstring& program) {
+Registration::Registration(const std::wstring& program, std::span<const PublicClass> classes)
+    : serverKey_(ServerKey(classes.front())), serverCommand_(L"\"" + program + L"\"") {
   const std::size_t nameStart = program.find_last_of(L'\\') + 1;
   const std::wstring directory = program.substr(0, nameStart == 0 ? 0 : nameStart - 1);
-  serverKey_ = L"CLSID\\" + TextOf(__uuidof(::Server)) + L"\\LocalServer32";
-  serverCommand_ = L"\"" + program + L"\"";
   AddTypeLibrary(rows_, program, directory);
-  AddInterface(rows_, __uuidof(IServer), L"IServer");
   AddInterface(rows_, __uuidof(IItems), L"IItems");
-  AddClass(rows_, serverCommand_, program.substr(nameStart));
+  AddProgram(rows_, program.substr(nameStart));
+  for (const PublicClass& described : classes) {
+    AddInterface(rows_, described.interfaceId, described.interfaceName);
+    AddClass(rows_, described, serverCommand_);
+  }
 }
 
 LSTATUS Registration::Register(const Place& place) const {

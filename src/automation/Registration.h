@@ -3,8 +3,11 @@
 #pragma once
 
 #include <windows.h>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "automation/PublicClass.h"
 
 namespace quillon {
 
@@ -28,8 +31,8 @@ class Registration {
   static Place PerMachine() { return {HKEY_LOCAL_MACHINE, L"Software\\Classes"}; }
   static Place PerUser() { return {HKEY_CURRENT_USER, L"Software\\Classes"}; }
 
-  // `program` is the full path of the executable.
-  explicit Registration(const std::wstring& program);
+  // `program` is the full path of the executable, which serves the classes (at least one).
+  Registration(const std::wstring& program, std::span<const PublicClass> classes);
 
   // Both return a Win32 error number. A failed registration takes back what it wrote.
   LSTATUS Register(const Place& place) const;

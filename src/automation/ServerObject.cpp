@@ -1,95 +1,18 @@
 #include "automation/ServerObject.h"
 
-#include <limits>
 #include <utility>
 
-#include "automation/Conversion.h"
 #include "automation/ItemsObject.h"
 #include "automation/NotificationCall.h"
-#include "core/ServerError.h"
-#include "platform/win32/Bstr.h"
-#include "platform/win32/SafeArray.h"
 
 namespace quillon {
-namespace {
 
-// What a client passes, as the layer below takes it.
-std::string Taken(BSTR text) {
-  return Utf8FromBstr(text);
-}
-std::int16_t Taken(short number) {
-  return number;
-}
-std::int32_t Taken(LONG number) {
-  return number;
-}
-Value Taken(const VARIANT& value) {
-  return ValueFromVariant(value);
-}
-Property Taken(Property property) {
-  return property;
-}
-
-// What the layer below answers, as the client gets it.
-void Give(VARIANT* place, const Value& value) {
-  Output(place) = VariantFromValue(value).Detach();
-}
-void Give(BSTR* place, const Value& value) {
-  Output(place) = Bstr(ToText(value)).Detach();
-}
-void Give(short* place, const Value& value) {
-  Output(place) = ToInt16(value);
-}
-
-// A list replaces the array that the client passed.
-template <class Count>
-void GiveList(const std::vector<std::string>& texts, SAFEARRAY** place, Count* count) {
-  if (texts.size() > static_cast<std::size_t>(std::numeric_limits<Count>::max())) {
-    throw ConversionError(ConversionError::Reason::Overflow);
-  }
-  SafeArray array = ArrayFromTexts(texts);
-  Count& number = Output(count);
-  SAFEARRAY*& old = Output(place);
-  if (old != nullptr) ThrowIfFailed(SafeArrayDestroy(old));
-  old = array.Detach();
-  number = static_cast<Count>(texts.size());
-}
-
-void GiveInstead(BSTR* place, const std::string& text) {
-  Bstr made(text);
-  SysFreeString(Output(place));
-  *place = made.Detach();
-}
-
-}  // namespace
-
-ServerObject::ServerObject(const ServerTypes& types, ComPtr<ITypeInfo> classInfo,
-                           ProcessLifetime& lifetime, Environment& environment)
-    : DispatchObject(types.server, lifetime),
-      types_(types),
-      classInfo_(std::move(classInfo)),
-      lifetime_(lifetime),
-      server_(environment) {}
-
-HRESULT STDMETHODCALLTYPE ServerObject::GetClassInfo(ITypeInfo** info) {
-  return Call([&] { Output(info) = ComPtr<ITypeInfo>(classInfo_).Detach(); });
-}
-
-template <class Member, class... Arguments>
-HRESULT ServerObject::Run(Member member, const Arguments&... arguments) {
-  return Call([&] { (server_.*member)(Taken(arguments)...); });
-}
-
-template <class Result, class Member, class... Arguments>
-HRESULT ServerObject::Answer(Result* value, Member member, const Arguments&... arguments) {
-  return Call([&] {
-    Output(value) = {};
-    Give(value, (server_.*member)(Taken(arguments)...));
-  });
-}
+ServerObject::ServerObject(const ServerTypes& types, ProcessLifetime& lifetime,
+                           Environment& environment)
+    : PublicObject(types.server, lifetime, environment), types_(types) {}
 
 IDispatch* ServerObject::MakeItems(std::vector<std::string> texts) {
-  return new ItemsObject(types_.items, lifetime_, std::move(texts));
+  return new ItemsObject(types_.items, Lifetime(), std::move(texts));
 }
 
 #define GET(name, type)                                             \
@@ -145,19 +68,19 @@ HRESULT STDMETHODCALLTYPE ServerObject::CopyFolder(BSTR folderFromSpec, BSTR fol
 
 HRESULT STDMETHODCALLTYPE ServerObject::GetMessageItems(short itemType, SAFEARRAY** itemArray,
                                                         short* itemCount) {
-  return Call([&] { GiveList(server_.GetMessageItems(itemType), itemArray, itemCount); });
+  return Call([&] { GiveList(Below().GetMessageItems(itemType), itemArray, itemCount); });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::GetHeaderItems(short itemType, SAFEARRAY** itemArray,
                                                        short* itemCount) {
-  return Call([&] { GiveList(server_.GetHeaderItems(itemType), itemArray, itemCount); });
+  return Call([&] { GiveList(Below().GetHeaderItems(itemType), itemArray, itemCount); });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::GetFolderList(BSTR parentFolderSpec, short returnSpecs,
                                                       short allCategories, SAFEARRAY** folderArray,
                                                       LONG* folderCount) {
   return Call([&] {
-    GiveList(server_.GetFolderList(Taken(parentFolderSpec), returnSpecs, allCategories),
+    GiveList(Below().GetFolderList(Taken(parentFolderSpec), returnSpecs, allCategories),
              folderArray, folderCount);
   });
 }
@@ -170,7 +93,7 @@ HRESULT STDMETHODCALLTYPE ServerObject::GetFolderListString(BSTR parentFolderSpe
     std::int32_t count = 0;
     LONG& number = Output(folderCount);
     GiveInstead(folderString,
-                server_.GetFolderListString(Taken(parentFolderSpec), returnSpecs,
+                Below().GetFolderListString(Taken(parentFolderSpec), returnSpecs,
                                             Taken(stringDelim), allCategories, count));
     number = count;
   });
@@ -180,21 +103,21 @@ HRESULT STDMETHODCALLTYPE ServerObject::get_FolderList(BSTR parentFolderSpec, sh
                                                        short reserved, IDispatch** value) {
   return Call([&] {
     Output(value) = nullptr;
-    *value = MakeItems(server_.FolderList(Taken(parentFolderSpec), returnSpecs, reserved));
+    *value = MakeItems(Below().FolderList(Taken(parentFolderSpec), returnSpecs, reserved));
   });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::get_HeaderItems(short itemType, IDispatch** value) {
   return Call([&] {
     Output(value) = nullptr;
-    *value = MakeItems(server_.HeaderItems(itemType));
+    *value = MakeItems(Below().HeaderItems(itemType));
   });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::get_MessageItems(short itemType, IDispatch** value) {
   return Call([&] {
     Output(value) = nullptr;
-    *value = MakeItems(server_.MessageItems(itemType));
+    *value = MakeItems(Below().MessageItems(itemType));
   });
 }
 
@@ -207,7 +130,7 @@ HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectRegister(IDispatch* asynchOb
                                                              LONG objectType, LONG config,
                                                              VARIANT /*reserved*/) {
   return Call([&] {
-    server_.AsynchObjectRegister(MakeNotificationObject(asynchObject), objectType, config);
+    Below().AsynchObjectRegister(MakeNotificationObject(asynchObject), objectType, config);
   });
 }
 
@@ -219,7 +142,7 @@ HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectUnregister(IDispatch* /*asyn
 HRESULT ServerObject::ActiveMessagingObject(void (Server::*member)(), IDispatch** value) {
   return Call([&] {
     Output(value) = nullptr;
-    (server_.*member)();
+    (Below().*member)();
   });
 }
 
@@ -248,7 +171,7 @@ HRESULT STDMETHODCALLTYPE ServerObject::DecodeError(LONG errNumberIn, short* mai
                                                     LONG* /*errDecoded*/, LONG* /*errDecodedAPI*/,
                                                     BSTR* errMessage) {
   return Call([&] {
-    const DecodedError decoded = server_.DecodeError(Taken(errNumberIn));
+    const DecodedError decoded = Below().DecodeError(Taken(errNumberIn));
     short& system = Output(mailSystem);
     GiveInstead(errMessage, decoded.message);
     system = decoded.mailSystem;

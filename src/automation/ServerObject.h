@@ -1,35 +1,28 @@
 // The Server that clients hold: takes VARIANT, BSTR and SAFEARRAY apart, calls the Server of the
 // layer below, and puts the results together.
-//
-// A call may wait for a mail server, and meanwhile this object's other clients are served; should
-// the last of them let go, the object stays until the call is over.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "automation/ComCall.h"
-#include "automation/ComObject.h"
-#include "platform/win32/ComPtr.h"
+#include "automation/PublicObject.h"
 #include "quillon_h.h"
 #include "server/Server.h"
 
 namespace quillon {
 
-// The dual interfaces of the type library.
+// What the type library says of the class, and of the collections that its objects hand out.
 struct ServerTypes {
-  const DualInterface& server;
-  const DualInterface& items;
+  explicit ServerTypes(const TypeLibrary& library)
+      : server(library, kServerClass), items(library.Info(__uuidof(IItems)), kErrorSource) {}
+
+  const ClassType server;
+  const DualInterface items;
 };
 
-class ServerObject final : public DispatchObject<IServer, IProvideClassInfo> {
+class ServerObject final : public PublicObject<IServer, Server> {
  public:
-  // `classInfo` describes the class, not the interface.
-  ServerObject(const ServerTypes& types, ComPtr<ITypeInfo> classInfo, ProcessLifetime& lifetime,
-               Environment& environment);
-
-  HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override;
+  ServerObject(const ServerTypes& types, ProcessLifetime& lifetime, Environment& environment);
 
 #define GET(name, type) HRESULT STDMETHODCALLTYPE get_##name(type* value) override;
 #define PUT(name, type) HRESULT STDMETHODCALLTYPE put_##name(type newValue) override;
@@ -87,25 +80,10 @@ class ServerObject final : public DispatchObject<IServer, IProvideClassInfo> {
                                         LONG* errDecodedAPI, BSTR* errMessage) override;
 
  private:
-  // Runs the body at the COM edge.
-  template <class Body>
-  HRESULT Call(Body&& body) noexcept {
-    const ComPtr<IServer> stay(this);
-    return ComCall(body);
-  }
-  // Calls a member of the layer below with the client's arguments; Answer hands its result back.
-  template <class Member, class... Arguments>
-  HRESULT Run(Member member, const Arguments&... arguments);
-  template <class Result, class Member, class... Arguments>
-  HRESULT Answer(Result* value, Member member, const Arguments&... arguments);
-
   IDispatch* MakeItems(std::vector<std::string> texts);
   HRESULT ActiveMessagingObject(void (Server::*member)(), IDispatch** value);
 
-  const ServerTypes types_;
-  const ComPtr<ITypeInfo> classInfo_;
-  ProcessLifetime& lifetime_;
-  Server server_;
+  const ServerTypes& types_;
 };
 
 }  // namespace quillon

@@ -10,10 +10,11 @@
 #include <vector>
 
 #include "Version.h"
-#include "automation/ClassFactory.h"
+#include "automation/ClassObjects.h"
 #include "automation/ComCall.h"
 #include "automation/CommandLine.h"
 #include "automation/ProcessLifetime.h"
+#include "automation/PublicClass.h"
 #include "automation/Registration.h"
 #include "automation/ServerObject.h"
 #include "automation/TypeLibrary.h"
@@ -107,20 +108,14 @@ int Serve() {
   auto apartment = std::make_unique<ComApartment>();
   const std::wstring program = ProgramPath();
   Application application(DirectoryOf(Utf8FromWide(program)));
+  ClassObjects classes;
   ProcessLifetime lifetime;
   const TypeLibrary library(program);
-  const DualInterface serverType(library.Info(__uuidof(IServer)));
-  const DualInterface itemsType(library.Info(__uuidof(IItems)));
-  const auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime, [&]() -> IUnknown* {
-    return static_cast<IServer*>(new ServerObject({serverType, itemsType},
-                                                  library.Info(__uuidof(::Server)), lifetime,
-                                                  application.environment));
-  }));
-  // Clients come in as soon as the class object is registered, so nothing may be missing then.
-  DWORD cookie = 0;
-  ThrowIfFailed(CoRegisterClassObject(__uuidof(::Server), factory.Get(), CLSCTX_LOCAL_SERVER,
-                                      REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &cookie));
-  lifetime.Serve([cookie] { CoRevokeClassObject(cookie); });
+  const ServerTypes serverTypes(library);
+  classes.Add(kServerClass, lifetime, [&]() -> IServer* {
+    return new ServerObject(serverTypes, lifetime, application.environment);
+  });
+  lifetime.Serve([&classes] { classes.Revoke(); });
   ThrowIfFailed(CoResumeClassObjects());
   lifetime.Run(*application.loop);
   application.notifier.Reset();
@@ -129,7 +124,7 @@ int Serve() {
 }
 
 LSTATUS ChangeRegistration(StartMode mode) {
-  const Registration registration(ProgramPath());
+  const Registration registration(ProgramPath(), kPublicClasses);
   const auto machine = Registration::PerMachine();
   const auto user = Registration::PerUser();
   switch (mode) {

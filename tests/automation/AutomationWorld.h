@@ -34,23 +34,20 @@ class ComWorld {
 
   ComPtr<IServer> NewServer() {
     State& s = *state_;
-    return ComPtr<IServer>::Attach(new ServerObject({s.serverType, s.itemsType},
-                                                    s.library.Info(__uuidof(::Server)), s.lifetime,
-                                                    s.world.environment));
+    return ComPtr<IServer>::Attach(new ServerObject(s.types, s.lifetime, s.world.environment));
   }
 
   TestWorld& World() { return state_->world; }
   ProcessLifetime& Lifetime() { return state_->lifetime; }
-  const DualInterface& ServerType() { return state_->serverType; }
-  const DualInterface& ItemsType() { return state_->itemsType; }
+  const DualInterface& ServerType() { return state_->types.server.dual; }
+  const DualInterface& ItemsType() { return state_->types.items; }
   const TypeLibrary& Library() { return state_->library; }
 
  private:
   struct State {
     TestWorld world;
     TypeLibrary library{ProgramPath()};
-    DualInterface serverType{library.Info(__uuidof(IServer))};
-    DualInterface itemsType{library.Info(__uuidof(IItems))};
+    ServerTypes types{library};
     ProcessLifetime lifetime;
   };
   std::optional<State> state_;

@@ -65,7 +65,7 @@ TEST_F(ProcessTest, EndsWhenNoClientComes) {
 }
 
 TEST_F(ProcessTest, StaysWhileAnObjectOrALockIsThere) {
-  auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, nullptr));
+  auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, L"Test", nullptr));
   lifetime_.Serve([this] { ++revoked_; });
   {
     const ProcessReference object(lifetime_);
@@ -97,10 +97,11 @@ TEST_F(ProcessTest, AClientThatComesAtTheLastMomentIsServed) {
 }
 
 TEST_F(ProcessTest, TheEndRefusesNewWork) {
-  auto factory = ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, []() -> IUnknown* {
-    ADD_FAILURE();
-    return nullptr;
-  }));
+  auto factory =
+      ComPtr<IClassFactory>::Attach(new ClassFactory(lifetime_, L"Test", []() -> IUnknown* {
+        ADD_FAILURE();
+        return nullptr;
+      }));
   lifetime_.Serve([this] { ++revoked_; });
   const ProcessReference client(lifetime_);
   const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"QuillonServerProcess", nullptr);

@@ -1,3 +1,4 @@
+#include <array>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -50,7 +51,7 @@ class RegistrationTest : public ::testing::Test {
   // Tests run at the same time, each in a process of its own.
   const std::wstring scratch_ = L"Software\\QuillonTest" + std::to_wstring(::GetCurrentProcessId());
   const Registration::Place place_{HKEY_CURRENT_USER, scratch_ + L"\\Classes"};
-  const Registration registration_{kProgram};
+  const Registration registration_{kProgram, kPublicClasses};
 };
 
 TEST_F(RegistrationTest, TheRoadFromTheProgIdToTheProgramIsComplete) {
@@ -73,6 +74,28 @@ TEST_F(RegistrationTest, TheRoadFromTheProgIdToTheProgramIsComplete) {
   EXPECT_EQ(at(L"TypeLib\\" + library + L"\\1.0\\0\\win32\\"), kProgram);
 }
 
+TEST_F(RegistrationTest, ASecondClassHasARoadOfItsOwnToTheSameProgram) {
+  PublicClass other = kServerClass;
+  other.id.Data1 ^= 1;
+  other.interfaceId.Data1 ^= 1;
+  other.interfaceName = L"IOther";
+  other.progId = L"QuillonInterface.Other";
+  const std::array classes{kServerClass, other};
+  const Registration both(kProgram, classes);
+  ASSERT_EQ(both.Register(place_), ERROR_SUCCESS);
+  auto found = Below();
+  const auto at = [&](const std::wstring& path) { return found[place_.classes + L"\\" + path]; };
+  const std::wstring id = at(L"QuillonInterface.Other\\CLSID\\");
+  const std::wstring serverId = at(L"QuillonInterface.Server\\CLSID\\");
+  EXPECT_NE(id, serverId);
+  for (const wchar_t* value : {L"\\LocalServer32\\", L"\\AppID", L"\\TypeLib\\"}) {
+    EXPECT_EQ(at(L"CLSID\\" + id + value), at(L"CLSID\\" + serverId + value));
+    EXPECT_NE(at(L"CLSID\\" + id + value), L"");
+  }
+  EXPECT_EQ(both.Unregister(place_), ERROR_SUCCESS);
+  EXPECT_LE(Below().size(), 1U);
+}
+
 TEST_F(RegistrationTest, NothingOfOursStaysBehindAndNothingElseGoes) {
   ASSERT_EQ(registration_.Register(place_), ERROR_SUCCESS);
   EXPECT_EQ(registration_.Register(place_), ERROR_SUCCESS);  // again: as an update does
@@ -93,7 +116,7 @@ TEST_F(RegistrationTest, NothingOfOursStaysBehindAndNothingElseGoes) {
 }
 
 TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistration) {
-  const Registration other(L"D:\\Other\\quillon.exe");
+  const Registration other(L"D:\\Other\\quillon.exe", kPublicClasses);
   ASSERT_EQ(other.Register(place_), ERROR_SUCCESS);
   const auto before = Below();
   EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
@@ -102,7 +125,7 @@ TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistration) {
 
 TEST_F(RegistrationTest, AFailedRegistrationTakesBackWhatItWrote) {
   // A link key of the registry cannot be created through: here a name that no key can have.
-  const Registration impossible(L"C:\\" + std::wstring(300, L'x'));
+  const Registration impossible(L"C:\\" + std::wstring(300, L'x'), kPublicClasses);
   EXPECT_NE(impossible.Register(place_), ERROR_SUCCESS);
   EXPECT_LE(Below().size(), 1U);
 }

@@ -1,0 +1,28 @@
+// The class objects of the process, which COM asks for new objects.
+#pragma once
+
+#include <windows.h>
+#include <vector>
+
+#include "automation/ClassFactory.h"
+#include "automation/PublicClass.h"
+
+namespace quillon {
+
+class ClassObjects {
+ public:
+  ClassObjects() = default;
+  ClassObjects(const ClassObjects&) = delete;
+  ClassObjects& operator=(const ClassObjects&) = delete;
+  ~ClassObjects() { Revoke(); }
+
+  // Clients may come in from now on, so nothing that they need may be missing. Throws HresultError.
+  void Add(const PublicClass& described, ProcessLifetime& lifetime, ClassFactory::Maker make);
+
+  void Revoke() noexcept;
+
+ private:
+  std::vector<DWORD> cookies_;
+};
+
+}  // namespace quillon

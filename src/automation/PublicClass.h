@@ -1,0 +1,29 @@
+// What COM and the registry are told of a class whose objects clients create. The classes of the
+// product stand at the end: a row there registers one more.
+#pragma once
+
+#include <windows.h>
+#include <array>
+
+#include "quillon_h.h"
+
+namespace quillon {
+
+struct PublicClass {
+  GUID id;           // of the coclass
+  GUID interfaceId;  // of its default interface, a dual one
+  const wchar_t* interfaceName;
+  const wchar_t* progId;       // without a version
+  const wchar_t* text;         // how the registry describes it
+  const wchar_t* errorSource;  // where its errors come from
+};
+
+inline constexpr wchar_t kErrorSource[] = L"QuillonInterface.Server";
+
+inline constexpr PublicClass kServerClass{
+    __uuidof(::Server),         __uuidof(IServer),      L"IServer",
+    L"QuillonInterface.Server", L"Quillon mail server", kErrorSource};
+
+inline constexpr std::array kPublicClasses{kServerClass};
+
+}  // namespace quillon
