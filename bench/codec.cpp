@@ -24,6 +24,8 @@
 #include "codec/QuotedPrintable.h"
 #include "codec/UUCode.h"
 #include "codec/UuLines.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
 
 namespace quillon::bench {
 namespace {

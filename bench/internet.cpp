@@ -19,6 +19,7 @@
 #include "bench/support/Program.h"
 #include "bench/support/Table.h"
 #include "internet/OutgoingMessage.h"
+#include "platform/Platform.h"
 
 namespace quillon::bench {
 namespace {

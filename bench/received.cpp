@@ -25,8 +25,9 @@
 #include "codec/HeaderField.h"
 #include "codec/MessageSplitter.h"
 #include "core/RecipientText.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
 #include "tools/splitmail/LineFeeder.h"
 
 namespace quillon::bench {

@@ -41,7 +41,7 @@ function(quillon_test layer)
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}" PROPERTIES TIMEOUT 120 LABELS "${layer}")
 endfunction()
 
-foreach(layer core mail codec platform internet backends addressbook dialer dialogs server)
+foreach(layer core codec mail net platform internet backends addressbook dialer dialogs server)
   quillon_test(${layer})
 endforeach()
 if(WIN32)

@@ -11,7 +11,8 @@
 #include "MemoryFiles.h"
 #include "internet/ProtocolLog.h"
 #include "internet/smtppop.h"
-#include "platform/CodePage.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
 
 namespace quillon::fuzz {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "MemoryFiles.h"
-#include "platform/Network.h"
+#include "ports/Network.h"
 
 namespace quillon::fuzz {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon::fuzz {
 

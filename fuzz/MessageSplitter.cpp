@@ -10,7 +10,8 @@
 #include <string_view>
 
 #include "MemoryFiles.h"
-#include "platform/CodePage.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
 
 namespace {
 

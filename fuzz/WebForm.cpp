@@ -7,7 +7,8 @@
 
 #include "MemoryFiles.h"
 #include "core/Text.h"
-#include "platform/CodePage.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
 
 using quillon::fuzz::Require;
 

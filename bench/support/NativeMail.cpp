@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "core/WholeFile.h"
+
 namespace quillon::bench {
 
 NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort)

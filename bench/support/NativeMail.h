@@ -9,7 +9,8 @@
 #include "internet/InternetBackEnd.h"
 #include "internet/ProtocolLog.h"
 #include "mail/INIUtilities.h"
-#include "platform/NoLoginPrompt.h"
+#include "platform/Platform.h"
+#include "ports/LoginPrompt.h"
 
 namespace quillon::bench {
 

@@ -13,7 +13,7 @@
 #include <windows.h>
 #include <functional>
 
-#include "platform/EventLoop.h"
+#include "ports/EventLoop.h"
 
 namespace quillon {
 

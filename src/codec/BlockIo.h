@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

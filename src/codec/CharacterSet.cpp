@@ -2,7 +2,7 @@
 
 #include "core/Text.h"
 #include "core/Utf8.h"
-#include "platform/CodePage.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 

@@ -7,7 +7,7 @@
 #include "codec/Base64.h"
 #include "codec/CharacterSet.h"
 #include "core/HexDigit.h"
-#include "platform/CodePage.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 

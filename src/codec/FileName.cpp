@@ -6,7 +6,8 @@
 #include <random>
 
 #include "core/Text.h"
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

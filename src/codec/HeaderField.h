@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "codec/HeaderTable.h"
 #include "core/ShortBool.h"
-#include "mail/HeaderTable.h"
 
 namespace quillon {
 

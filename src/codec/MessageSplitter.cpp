@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/Text.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

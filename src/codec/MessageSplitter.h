@@ -20,7 +20,6 @@
 #include "codec/TextPart.h"
 #include "codec/clsMIMEPart.h"
 #include "codec/clsStack.h"
-#include "mail/SharedState.h"
 
 namespace quillon {
 

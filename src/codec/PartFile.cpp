@@ -4,7 +4,8 @@
 #include <utility>
 
 #include "codec/FileName.h"
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "codec/Attachment.h"
 #include "codec/ByteSink.h"
-#include "mail/SharedState.h"
 
 namespace quillon {
 

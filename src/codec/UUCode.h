@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "core/ShortBool.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

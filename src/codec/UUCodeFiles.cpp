@@ -13,6 +13,7 @@
 #include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
 #include "codec/UuSplitter.h"
+#include "core/WholeFile.h"
 
 namespace quillon {
 namespace {

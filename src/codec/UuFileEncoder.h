@@ -10,7 +10,7 @@
 
 #include "codec/BlockIo.h"
 #include "codec/FileEncoder.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -4,7 +4,8 @@
 #include <charconv>
 
 #include "codec/UuLines.h"
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 namespace {

@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

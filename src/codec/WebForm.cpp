@@ -5,7 +5,7 @@
 
 #include "core/HexDigit.h"
 #include "core/Text.h"
-#include "platform/CodePage.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 

@@ -8,7 +8,7 @@
 
 #include "codec/FileEncoder.h"
 #include "core/ShortBool.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -7,6 +7,12 @@
 
 namespace quillon {
 
+void AppendUtf8(std::string& text, char32_t character);
+
+// Takes the first character off a text that is not empty. A byte that starts no whole sequence is
+// U+FFFD.
+char32_t TakeUtf8(std::string_view& text);
+
 std::string Utf8FromUtf16(std::u16string_view units);
 
 // Bytes that are not UTF-8 become U+FFFD, one for each.

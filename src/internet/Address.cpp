@@ -4,7 +4,7 @@
 
 #include "core/RecipientText.h"
 #include "core/Text.h"
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

@@ -9,7 +9,7 @@
 
 #include "codec/FileEncoder.h"
 #include "mail/SharedState.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "internet/SocketWriter.h"
+#include "net/SocketWriter.h"
 
 namespace quillon {
 

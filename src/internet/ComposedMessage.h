@@ -9,7 +9,7 @@
 
 #include "internet/MessageData.h"
 #include "internet/TemporaryFolder.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

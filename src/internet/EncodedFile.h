@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "internet/SocketWriter.h"
-#include "platform/FileSystem.h"
+#include "net/SocketWriter.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -16,8 +16,8 @@
 #include "mail/AsynchNotifier.h"
 #include "mail/InstanceState.h"
 #include "mail/MailResult.h"
-#include "platform/CodePage.h"
-#include "platform/MessageBox.h"
+#include "ports/CodePage.h"
+#include "ports/MessageBox.h"
 
 namespace quillon {
 

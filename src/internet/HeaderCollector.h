@@ -10,8 +10,8 @@
 #include <unordered_map>
 
 #include "codec/HeaderField.h"
+#include "codec/HeaderTable.h"
 #include "internet/PopSession.h"
-#include "mail/HeaderTable.h"
 
 namespace quillon {
 

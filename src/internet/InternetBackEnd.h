@@ -21,13 +21,13 @@
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
-#include "platform/LocalClock.h"
-#include "platform/LoginPrompt.h"
-#include "platform/MessageBox.h"
-#include "platform/Network.h"
-#include "platform/ProgressDisplay.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
+#include "ports/LocalClock.h"
+#include "ports/LoginPrompt.h"
+#include "ports/MessageBox.h"
+#include "ports/Network.h"
+#include "ports/ProgressDisplay.h"
 
 namespace quillon {
 

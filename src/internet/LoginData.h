@@ -6,7 +6,7 @@
 
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
-#include "platform/LoginPrompt.h"
+#include "ports/LoginPrompt.h"
 
 namespace quillon {
 

@@ -16,10 +16,10 @@
 
 #include "internet/ProtocolLog.h"
 #include "internet/SessionListener.h"
-#include "internet/SocketConnect.h"
-#include "internet/SocketWriter.h"
-#include "platform/LineSocket.h"
-#include "platform/LocalClock.h"
+#include "net/LineSocket.h"
+#include "net/SocketConnect.h"
+#include "net/SocketWriter.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "codec/HeaderField.h"
+#include "codec/HeaderTable.h"
 #include "codec/MessageSplitter.h"
 #include "internet/PopSession.h"
-#include "mail/HeaderTable.h"
 
 namespace quillon {
 

@@ -17,9 +17,9 @@
 #include "internet/OutgoingMessage.h"
 #include "internet/ProtocolLog.h"
 #include "internet/TemporaryFolder.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
-#include "platform/LocalClock.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

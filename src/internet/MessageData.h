@@ -1,7 +1,7 @@
 // A message on its way out, in the sections that the session tells apart.
 #pragma once
 
-#include "internet/SocketWriter.h"
+#include "net/SocketWriter.h"
 
 namespace quillon {
 

@@ -9,8 +9,8 @@
 #include "core/Text.h"
 #include "internet/Address.h"
 #include "internet/PartFields.h"
-#include "internet/WireText.h"
 #include "mail/InstanceState.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

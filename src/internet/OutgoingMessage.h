@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "mail/SharedState.h"
-#include "platform/LocalClock.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

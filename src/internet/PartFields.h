@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/CodePage.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 

@@ -12,8 +12,8 @@
 
 #include "internet/SessionListener.h"
 #include "mail/AsynchNotifier.h"
-#include "platform/EventLoop.h"
-#include "platform/ProgressDisplay.h"
+#include "ports/EventLoop.h"
+#include "ports/ProgressDisplay.h"
 
 namespace quillon {
 

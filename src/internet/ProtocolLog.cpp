@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "core/WholeFile.h"
+
 namespace quillon {
 
 std::string LogTime(const LocalTime& time) {

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/FileSystem.h"
-#include "platform/LocalClock.h"
+#include "ports/FileSystem.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

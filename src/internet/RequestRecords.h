@@ -5,14 +5,14 @@
 #include <cstdint>
 #include <string>
 
+#include "codec/HeaderTable.h"
 #include "internet/MessageCollector.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/PopSession.h"
 #include "internet/SmtpSession.h"
 #include "mail/BackEnd.h"
-#include "mail/HeaderTable.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "internet/InternetErrorText.h"
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

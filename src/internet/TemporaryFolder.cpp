@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "codec/FileName.h"
+#include "core/WholeFile.h"
 
 namespace quillon {
 

@@ -4,7 +4,7 @@
 
 #include "core/ErrorCode.h"
 #include "internet/Address.h"
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

@@ -17,13 +17,13 @@
 #include <string>
 #include <vector>
 
+#include "codec/HeaderTable.h"
 #include "internet/HeaderCollector.h"
 #include "internet/MessageCollector.h"
 #include "internet/MessageComposer.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/PopSession.h"
 #include "internet/SmtpSession.h"
-#include "mail/HeaderTable.h"
 
 namespace quillon {
 

@@ -8,8 +8,9 @@
 #include "core/ServerError.h"
 #include "core/Text.h"
 #include "core/Value.h"
+#include "core/WholeFile.h"
 #include "mail/MailSystemKeyword.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -6,17 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "codec/Attachment.h"
+#include "codec/HeaderTable.h"
 #include "core/ShortBool.h"
-#include "mail/HeaderTable.h"
 
 namespace quillon {
-
-// One attachment: the file as the client gave it (or as it was written on receiving), and the name
-// to show.
-struct Attachment {
-  std::string file;
-  std::string displayName;
-};
 
 // A body in another format than plain text, read from a file when the message is sent.
 struct Alternative {

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Network.h"
+#include "ports/Network.h"
 
 namespace quillon {
 

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Network.h"
+#include "ports/Network.h"
 
 namespace quillon {
 

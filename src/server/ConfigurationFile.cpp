@@ -1,6 +1,7 @@
 #include "server/ConfigurationFile.h"
 
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

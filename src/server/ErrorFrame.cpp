@@ -2,7 +2,7 @@
 
 #include "core/Text.h"
 #include "mail/InstanceState.h"
-#include "platform/MessageBox.h"
+#include "ports/MessageBox.h"
 #include "server/Dispatch.h"
 #include "server/Environment.h"
 #include "server/ErrorTable.h"

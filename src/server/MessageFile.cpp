@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "core/Utf8.h"
-#include "platform/CodePage.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 

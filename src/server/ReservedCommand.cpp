@@ -11,7 +11,7 @@
 #include "core/Text.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/MailSystemKeyword.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 #include "server/Environment.h"
 #include "server/ErrorTable.h"
 #include "server/Server.h"

@@ -9,8 +9,9 @@
 
 #include "core/RecipientText.h"
 #include "core/Text.h"
+#include "core/WholeFile.h"
 #include "internet/ProtocolLog.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 #include "server/MessageFile.h"

@@ -1,7 +1,7 @@
 // The members that work with a mail system.
 #include "core/Text.h"
 #include "mail/MailSystemKeyword.h"
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 #include "server/Server.h"

@@ -5,8 +5,8 @@
 
 #include "core/Text.h"
 #include "internet/ProtocolLog.h"
-#include "platform/FileSystem.h"
-#include "platform/Workstation.h"
+#include "ports/FileSystem.h"
+#include "ports/Workstation.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 #include "server/NamedDateFormat.h"

@@ -6,7 +6,8 @@
 #include "AutomationWorld.h"
 #include "automation/ClassFactory.h"
 #include "automation/CommandLine.h"
-#include "platform/Network.h"
+#include "platform/Platform.h"
+#include "ports/Network.h"
 
 namespace quillon::testing {
 namespace {

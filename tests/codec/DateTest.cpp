@@ -7,6 +7,7 @@
 #include "codec/DateTime.h"
 #include "codec/HeaderDate.h"
 #include "core/Text.h"
+#include "platform/Platform.h"
 #include "support/TempFolder.h"
 
 namespace quillon {

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "codec/FileName.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/FileSystem.h"
 #include "support/TempFolder.h"
 
 namespace quillon {

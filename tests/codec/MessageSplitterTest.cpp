@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "codec/MessageSplitter.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
 

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "codec/UUCode.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
 

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "codec/WebForm.h"
-#include "platform/CodePage.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 namespace {

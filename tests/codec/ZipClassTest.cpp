@@ -9,6 +9,8 @@
 #include "codec/ZipClass.h"
 #include "codec/zip/ZipNames.h"
 #include "codec/zip/ZipRecords.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
 #include "support/ZipReader.h"

@@ -24,9 +24,10 @@ TEST(Utf8, MalformedBytesAreReplacedOneForOne) {
     std::string_view bytes;
     std::u16string_view expected;
   } kCases[] = {
-      {"a\xFFz", u"a\xFFFDz"},       {"\xC0\x80", u"\xFFFD\xFFFD"},
-      {"\xE2\x82", u"\xFFFD\xFFFD"}, {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
-      {"\xC3(", u"\xFFFD("},
+      {"a\xFFz", u"a\xFFFDz"},         {"\xC0\x80", u"\xFFFD\xFFFD"},
+      {"\xE2\x82", u"\xFFFD\xFFFD"},   {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+      {"\xC3(", u"\xFFFD("},           {"\xE0\x80\x80", u"\xFFFD\xFFFD\xFFFD"},
+      {"\xE2\x82z", u"\xFFFD\xFFFDz"}, {"\x80z", u"\xFFFDz"},
   };
   for (const auto& test : kCases) EXPECT_EQ(test.expected, Utf16FromUtf8(test.bytes));
 }

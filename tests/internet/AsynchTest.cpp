@@ -6,6 +6,7 @@
 
 #include "InternetWorld.h"
 #include "Peers.h"
+#include "core/WholeFile.h"
 
 namespace quillon::testing {
 namespace {

@@ -12,6 +12,7 @@
 #include "ConversationFile.h"
 #include "InternetWorld.h"
 #include "Peers.h"
+#include "core/WholeFile.h"
 #include "internet/InternetErrorText.h"
 
 namespace quillon::testing {

@@ -9,6 +9,7 @@
 
 #include "internet/InternetBackEnd.h"
 #include "internet/ProtocolLog.h"
+#include "platform/Platform.h"
 #include "support/FakeNetwork.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"

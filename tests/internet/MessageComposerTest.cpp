@@ -5,10 +5,12 @@
 
 #include "codec/MessageSplitter.h"
 #include "core/ServerError.h"
+#include "core/WholeFile.h"
 #include "internet/Boundary.h"
 #include "internet/MessageComposer.h"
 #include "internet/PartFields.h"
 #include "mail/InstanceState.h"
+#include "platform/Platform.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TempFolder.h"
 #include "support/ZipReader.h"

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 #include <map>
 
+#include "core/WholeFile.h"
 #include "mail/INIUtilities.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/FileSystem.h"
 #include "support/TempFolder.h"
 
 namespace quillon {

@@ -4,8 +4,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/EventLoop.h"
-#include "platform/Network.h"
+#include "platform/Platform.h"
+#include "ports/EventLoop.h"
+#include "ports/Network.h"
 
 namespace quillon {
 namespace {

@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "platform/FileSystem.h"
-#include "support/FaultyFileSystem.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
+#include "ports/FileSystem.h"
 #include "support/TempFolder.h"
 
 namespace quillon {
@@ -159,24 +160,6 @@ TEST_F(FileSystemTest, Paths) {
   EXPECT_EQ(ContentOf(*files_, files_->ShortPath(path)), "x");
   EXPECT_EQ(files_->FullPath(path), path);
   EXPECT_TRUE(files_->FullPath("a").ends_with(std::string(1, files_->Separator()) + "a"));
-  EXPECT_EQ(FileNameOf("C:\\a/b\\c.d"), "c.d");
-  EXPECT_EQ(FileNameOf("C:c"), "c");
-  EXPECT_EQ(FileNameOf("c"), "c");
-  EXPECT_EQ(FileNameOf("c/"), "");
-}
-
-TEST_F(FileSystemTest, AFailedWriteLeavesNoFile) {
-  testing::FaultyFileSystem faulty(*files_);
-  faulty.writeBudget = 2;
-  EXPECT_FALSE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
-  faulty.writeBudget = 100;
-  faulty.closeFails = true;
-  EXPECT_FALSE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
-  EXPECT_TRUE(folder_.Names().empty());
-  faulty.closeFails = false;
-  EXPECT_TRUE(WriteWholeFile(faulty, folder_.Path("a"), BytesOf("abc")));
-  faulty.readBudget = 2;
-  EXPECT_EQ(ReadWholeFile(faulty, folder_.Path("a")), std::nullopt);
 }
 
 }  // namespace

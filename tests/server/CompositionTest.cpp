@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/Text.h"
+#include "core/WholeFile.h"
 #include "support/TestWorld.h"
 
 namespace quillon {

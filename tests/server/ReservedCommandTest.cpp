@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/WholeFile.h"
 #include "server/ConfigurationFile.h"
 #include "support/TestWorld.h"
 

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Network.h"
+#include "ports/Network.h"
 
 namespace quillon::testing {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon::testing {
 

@@ -11,7 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon::testing {
 

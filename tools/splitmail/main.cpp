@@ -14,8 +14,9 @@
 #include <vector>
 
 #include "codec/MessageSplitter.h"
-#include "platform/CodePage.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
 #include "tools/splitmail/LineFeeder.h"
 
 namespace {

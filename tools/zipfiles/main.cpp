@@ -8,7 +8,8 @@
 #include <vector>
 
 #include "codec/ZipClass.h"
-#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "ports/FileSystem.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 
 #include "backends/activemsg/ActiveMessagingErrorText.h"
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 
 namespace quillon {
 

@@ -1,7 +1,7 @@
 #include "backends/mapi/MapiMailSystem.h"
 
 #include "backends/mapi/MapiErrorText.h"
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 
 namespace quillon {
 

@@ -1,6 +1,6 @@
 #include "backends/notes/NotesMailSystem.h"
 
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 
 namespace quillon {
 

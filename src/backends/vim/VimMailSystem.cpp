@@ -1,7 +1,7 @@
 #include "backends/vim/VimMailSystem.h"
 
 #include "backends/vim/VimErrorText.h"
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 
 namespace quillon {
 

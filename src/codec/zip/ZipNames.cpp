@@ -2,7 +2,8 @@
 
 #include "core/Text.h"
 #include "core/Utf8.h"
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 namespace {

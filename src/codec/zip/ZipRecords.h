@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/LocalClock.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

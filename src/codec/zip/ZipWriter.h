@@ -14,7 +14,7 @@
 #include "codec/zip/ZipCipher.h"
 #include "codec/zip/ZipNames.h"
 #include "codec/zip/ZipRecords.h"
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/CodePage.h"
-#include "platform/Utf8.h"
+#include "core/Utf8.h"
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 namespace {

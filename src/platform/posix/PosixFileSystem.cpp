@@ -8,8 +8,10 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
 #include "platform/posix/PosixLocalTime.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 namespace {

@@ -1,5 +1,6 @@
-#include "platform/LocalClock.h"
+#include "platform/Platform.h"
 #include "platform/posix/PosixLocalTime.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 namespace {

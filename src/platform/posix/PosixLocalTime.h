@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "platform/LocalClock.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

@@ -15,8 +15,9 @@
 #include <vector>
 
 #include "platform/LookupQueue.h"
-#include "platform/Network.h"
+#include "platform/Platform.h"
 #include "platform/SystemAddress.h"
+#include "ports/Network.h"
 
 namespace quillon {
 namespace {

@@ -1,8 +1,9 @@
 // The ANSI code page of Windows.
 #include <windows.h>
 
-#include "platform/CodePage.h"
+#include "platform/Platform.h"
 #include "platform/win32/WideText.h"
+#include "ports/CodePage.h"
 
 namespace quillon {
 namespace {

@@ -2,9 +2,11 @@
 #include <windows.h>
 #include <algorithm>
 
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
+#include "platform/Platform.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32LocalTime.h"
+#include "ports/FileSystem.h"
 
 namespace quillon {
 namespace {

@@ -1,3 +1,4 @@
+#include "platform/Platform.h"
 #include "platform/win32/Win32LocalTime.h"
 
 namespace quillon {

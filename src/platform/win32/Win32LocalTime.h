@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "platform/LocalClock.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MessageBox.h"
+#include "ports/MessageBox.h"
 
 namespace quillon {
 

@@ -13,8 +13,9 @@
 #include <ws2tcpip.h>
 
 #include "platform/LookupQueue.h"
-#include "platform/Network.h"
+#include "platform/Platform.h"
 #include "platform/SystemAddress.h"
+#include "ports/Network.h"
 
 namespace quillon {
 namespace {

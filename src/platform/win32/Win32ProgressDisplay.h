@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "platform/ProgressDisplay.h"
+#include "ports/ProgressDisplay.h"
 
 namespace quillon {
 

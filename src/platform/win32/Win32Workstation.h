@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Workstation.h"
+#include "ports/Workstation.h"
 
 namespace quillon {
 

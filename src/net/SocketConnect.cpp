@@ -1,4 +1,4 @@
-#include "internet/SocketConnect.h"
+#include "net/SocketConnect.h"
 
 #include <utility>
 

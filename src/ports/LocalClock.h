@@ -1,8 +1,6 @@
 // The wall clock: the local time and how far it is from UTC.
 #pragma once
 
-#include <memory>
-
 namespace quillon {
 
 struct LocalTime {
@@ -21,7 +19,5 @@ class LocalClock {
   virtual ~LocalClock() = default;
   virtual LocalTime Now() const = 0;
 };
-
-std::unique_ptr<LocalClock> MakeLocalClock();
 
 }  // namespace quillon

@@ -23,4 +23,10 @@ class LoginPrompt {
   virtual Answer Ask(const std::string& caption, LoginFields& fields) = 0;
 };
 
+// For a process without a login dialog: there is nobody to ask.
+class NoLoginPrompt final : public LoginPrompt {
+ public:
+  Answer Ask(const std::string&, LoginFields&) override { return Answer::Unavailable; }
+};
+
 }  // namespace quillon

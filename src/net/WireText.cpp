@@ -1,4 +1,4 @@
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"

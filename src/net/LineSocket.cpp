@@ -1,4 +1,4 @@
-#include "platform/LineSocket.h"
+#include "net/LineSocket.h"
 
 #include <cstring>
 #include <span>

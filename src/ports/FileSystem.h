@@ -11,10 +11,8 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "platform/LocalClock.h"
+#include "ports/LocalClock.h"
 
 namespace quillon {
 
@@ -86,23 +84,5 @@ class FileSystem {
   // The character between directory and name: '\\' on Windows, '/' on Linux.
   virtual char Separator() const = 0;
 };
-
-// The system's own files. Program entries make one and pass it on by reference.
-std::unique_ptr<FileSystem> MakeFileSystem();
-
-// The functions below are the same on every system (core/FileSystem.cpp).
-
-// No value when the file cannot be opened or read to its end.
-std::optional<std::vector<uint8_t>> ReadWholeFile(FileSystem& files, const std::string& path);
-
-// Creates or replaces the file; a failed write leaves none.
-bool WriteWholeFile(FileSystem& files, const std::string& path, std::span<const uint8_t> bytes);
-
-// The directory with a separator at its end (the empty path, which means the current directory,
-// stays empty).
-std::string WithSeparator(const FileSystem& files, std::string directory);
-
-// What follows the last '/', '\\' or drive ':' of a path.
-std::string_view FileNameOf(std::string_view path);
 
 }  // namespace quillon

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/EventLoop.h"
-#include "platform/LineSocket.h"
+#include "net/LineSocket.h"
+#include "ports/EventLoop.h"
 
 namespace quillon {
 

@@ -1,8 +1,8 @@
-#include "internet/SocketWriter.h"
+#include "net/SocketWriter.h"
 
 #include <utility>
 
-#include "internet/WireText.h"
+#include "net/WireText.h"
 
 namespace quillon {
 

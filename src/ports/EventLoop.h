@@ -10,7 +10,7 @@
 #include <functional>
 #include <limits>
 
-#include "platform/TimerList.h"
+#include "ports/TimerList.h"
 
 namespace quillon {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Network.h"
+#include "ports/Network.h"
 
 namespace quillon {
 

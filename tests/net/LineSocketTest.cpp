@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/LineSocket.h"
+#include "net/LineSocket.h"
+#include "platform/Platform.h"
 #include "support/LoopbackPeer.h"
 
 namespace quillon {

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/EventLoop.h"
+#include "ports/EventLoop.h"
 
 namespace quillon {
 
@@ -93,7 +93,5 @@ class Network {
 
 // The system's own loop and network: one object, because sockets are what the loop waits for.
 class NetworkLoop : public EventLoop, public Network {};
-
-std::unique_ptr<NetworkLoop> MakeNetworkLoop();
 
 }  // namespace quillon

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "internet/SocketWriter.h"
-#include "platform/LineSocket.h"
+#include "net/LineSocket.h"
+#include "net/SocketWriter.h"
 #include "support/FakeNetwork.h"
 
 namespace quillon {

@@ -1,4 +1,4 @@
-#include "platform/FileSystem.h"
+#include "core/WholeFile.h"
 
 namespace quillon {
 namespace {

@@ -1,7 +1,6 @@
 // Where bytes of the wire and of ANSI files become text, and text such bytes.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -18,8 +17,5 @@ class CodePage {
   // What the code page does not hold becomes its replacement character ('?').
   virtual std::string ToBytes(std::string_view text) const = 0;
 };
-
-// The ANSI code page of the system: Windows-1252 on Linux.
-std::unique_ptr<CodePage> MakeAnsiCodePage();
 
 }  // namespace quillon

@@ -1,0 +1,22 @@
+// What the system implements of the ports. Program entries make one of each and pass it on by
+// reference; posix/ and win32/ define them.
+#pragma once
+
+#include <memory>
+
+#include "platform/Platform.h"
+#include "ports/CodePage.h"
+#include "ports/FileSystem.h"
+#include "ports/LocalClock.h"
+#include "ports/Network.h"
+
+namespace quillon {
+
+std::unique_ptr<NetworkLoop> MakeNetworkLoop();
+std::unique_ptr<FileSystem> MakeFileSystem();
+std::unique_ptr<LocalClock> MakeLocalClock();
+
+// The ANSI code page of the system: Windows-1252 on Linux.
+std::unique_ptr<CodePage> MakeAnsiCodePage();
+
+}  // namespace quillon
