@@ -10,10 +10,9 @@
 #include "MemoryFiles.h"
 #include "core/Text.h"
 
-using quillon::fuzz::MemoryFiles;
-using quillon::fuzz::Require;
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using quillon::fuzz::MemoryFiles;
+  using quillon::fuzz::Require;
   const std::string_view name(reinterpret_cast<const char*>(data), size);
   const auto clean = quillon::CleanFileName(name);
   const auto dot = clean.find('.');

@@ -10,9 +10,8 @@
 #include "platform/Platform.h"
 #include "ports/CodePage.h"
 
-using quillon::fuzz::Require;
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using quillon::fuzz::Require;
   static const auto kCodePage = quillon::MakeAnsiCodePage();
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   quillon::WebFormFields fields;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <objbase.h>
-#include <ranges>
 #include <utility>
 
 #include "platform/win32/RegistryKey.h"
@@ -116,13 +115,13 @@ LSTATUS Registration::Unregister(const Place& place) const {
   }
   server.Close();
   LSTATUS outcome = ERROR_SUCCESS;
-  for (const RegistryRow& row : rows_ | std::views::reverse) {
-    const std::wstring path = place.classes + L"\\" + row.key;
+  for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
+    const std::wstring path = place.classes + L"\\" + row->key;
     RegistryKey key;
     LSTATUS result = key.Open(place.root, path);
     if (result == ERROR_FILE_NOT_FOUND) continue;
-    if (result == ERROR_SUCCESS && !row.marker && key.Text(row.name) == row.data) {
-      result = key.DeleteValue(row.name);
+    if (result == ERROR_SUCCESS && !row->marker && key.Text(row->name) == row->data) {
+      result = key.DeleteValue(row->name);
     }
     key.Close();
     if (result == ERROR_SUCCESS) result = RegistryKey::DeleteEmpty(place.root, path, place.classes);

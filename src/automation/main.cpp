@@ -161,7 +161,7 @@ void Complain(const std::wstring& text) {
   DWORD written = 0;
   const std::string line = "quillon: " + Utf8FromWide(text) + "\r\n";
   if (stream != nullptr && stream != INVALID_HANDLE_VALUE &&
-      WriteFile(stream, line.data(), static_cast<DWORD>(line.size()), &written, nullptr)) {
+      WriteFile(stream, line.data(), static_cast<DWORD>(line.size()), &written, nullptr) != FALSE) {
     return;
   }
   MessageBoxW(nullptr, text.c_str(), L"Quillon", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);

@@ -150,7 +150,8 @@ MailResult EngineRunner::ResultOf(const EngineProcess& process, const EngineStep
                            TrimmedCopy(context + ": {" + std::to_string(number) + "} " + text),
                            MessageBoxPort::Icon::Critical);
   }
-  return {number, text.empty() ? context : std::move(text)};
+  if (text.empty()) text = context;
+  return {number, std::move(text)};
 }
 
 }  // namespace quillon

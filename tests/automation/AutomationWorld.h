@@ -4,7 +4,6 @@
 
 #include <windows.h>
 #include <oleauto.h>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,38 +18,31 @@
 
 namespace quillon::testing {
 
+struct Apartment {
+  Apartment() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
+  Apartment(const Apartment&) = delete;
+  Apartment& operator=(const Apartment&) = delete;
+  ~Apartment() { CoUninitialize(); }
+};
+
 class ComWorld {
  public:
-  ComWorld() {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    state_.emplace();
-  }
-  ComWorld(const ComWorld&) = delete;
-  ComWorld& operator=(const ComWorld&) = delete;
-  ~ComWorld() {
-    state_.reset();
-    CoUninitialize();
-  }
-
   ComPtr<IServer> NewServer() {
-    State& s = *state_;
-    return ComPtr<IServer>::Attach(new ServerObject(s.types, s.lifetime, s.world.environment));
+    return ComPtr<IServer>::Attach(new ServerObject(types_, lifetime_, world_.environment));
   }
 
-  TestWorld& World() { return state_->world; }
-  ProcessLifetime& Lifetime() { return state_->lifetime; }
-  const DualInterface& ServerType() { return state_->types.server.dual; }
-  const DualInterface& ItemsType() { return state_->types.items; }
-  const TypeLibrary& Library() { return state_->library; }
+  TestWorld& World() { return world_; }
+  ProcessLifetime& Lifetime() { return lifetime_; }
+  const DualInterface& ServerType() { return types_.server.dual; }
+  const DualInterface& ItemsType() { return types_.items; }
+  const TypeLibrary& Library() { return library_; }
 
  private:
-  struct State {
-    TestWorld world;
-    TypeLibrary library{ProgramPath()};
-    ServerTypes types{library};
-    ProcessLifetime lifetime;
-  };
-  std::optional<State> state_;
+  Apartment apartment_;
+  TestWorld world_;
+  TypeLibrary library_{ProgramPath()};
+  ServerTypes types_{library_};
+  ProcessLifetime lifetime_;
 };
 
 // Variants as a client makes them.

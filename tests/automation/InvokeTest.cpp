@@ -34,7 +34,11 @@ TEST_F(InvokeTest, WrongCallsGetTheStandardNumbers) {
   Variant array;
   V_ARRAY(&array.Get()) = SafeArray::Make(VT_VARIANT, 2).Detach();
   V_VT(&array.Get()) = VT_ARRAY | VT_VARIANT;
-  const auto t = text.Get(), w = word.Get(), l = large.Get(), n = one.Get(), m = missing.Get();
+  const auto t = text.Get();
+  const auto w = word.Get();
+  const auto l = large.Get();
+  const auto n = one.Get();
+  const auto m = missing.Get();
 
   struct Case {
     const wchar_t* member;

@@ -1,5 +1,6 @@
 // How the process starts and how it ends.
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <vector>
 

@@ -43,13 +43,13 @@ class FakeWorkstation final : public Workstation {
  public:
   bool LibraryLoads(const std::string& name, const std::string& directory) override {
     ++probes;
-    return libraries.count(directory.empty() ? name : directory + "\\" + name) > 0;
+    return libraries.contains(directory.empty() ? name : directory + "\\" + name);
   }
   std::optional<LibraryInfo> DescribeLibrary(const std::string& name) override {
-    if (libraries.count(name) == 0) return std::nullopt;
+    if (!libraries.contains(name)) return std::nullopt;
     return LibraryInfo{"Maker of " + name, "1.2.3.4"};
   }
-  bool ObjectCreates(const std::string& progId) override { return objects.count(progId) > 0; }
+  bool ObjectCreates(const std::string& progId) override { return objects.contains(progId); }
   std::optional<double> ObjectVersion(const std::string& progId) override {
     const auto found = objects.find(progId);
     if (found == objects.end()) return std::nullopt;
@@ -87,7 +87,7 @@ class FakeBackEnd final : public BackEnd {
     folders = {"Inbox", "Sent"};
     return Answer("GetFolderList");
   }
-  void SetErrorDisplay(bool on) override { calls.push_back(on ? "display on" : "display off"); }
+  void SetErrorDisplay(bool on) override { calls.emplace_back(on ? "display on" : "display off"); }
   void Shutdown(std::int32_t savedHandle) override {
     calls.push_back("Shutdown " + std::to_string(savedHandle));
   }

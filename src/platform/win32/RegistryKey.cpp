@@ -34,7 +34,7 @@ std::optional<std::wstring> RegistryKey::Text(const wchar_t* name) const {
 }
 
 LSTATUS RegistryKey::SetText(const wchar_t* name, const std::wstring& text) {
-  const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+  const auto bytes = static_cast<DWORD>(text.size() + 1) * DWORD{sizeof(wchar_t)};
   return RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
 }
 

@@ -47,7 +47,7 @@ class Win32File final : public File {
   std::optional<size_t> Read(std::span<uint8_t> buffer) override {
     const DWORD wanted = static_cast<DWORD>(std::min<size_t>(buffer.size(), kMostBytesPerCall));
     DWORD count = 0;
-    if (ReadFile(handle_, buffer.data(), wanted, &count, nullptr)) return count;
+    if (ReadFile(handle_, buffer.data(), wanted, &count, nullptr) != FALSE) return count;
     if (GetLastError() == ERROR_BROKEN_PIPE) return 0;
     return std::nullopt;
   }
@@ -56,7 +56,8 @@ class Win32File final : public File {
     while (!bytes.empty()) {
       const DWORD wanted = static_cast<DWORD>(std::min<size_t>(bytes.size(), kMostBytesPerCall));
       DWORD count = 0;
-      if (!WriteFile(handle_, bytes.data(), wanted, &count, nullptr) || count == 0) return false;
+      if (WriteFile(handle_, bytes.data(), wanted, &count, nullptr) == FALSE || count == 0)
+        return false;
       bytes = bytes.subspan(count);
     }
     return handle_ != INVALID_HANDLE_VALUE;
@@ -70,14 +71,15 @@ class Win32File final : public File {
 
   std::optional<uint64_t> Size() override {
     LARGE_INTEGER size;
-    if (!GetFileSizeEx(handle_, &size)) return std::nullopt;
+    if (GetFileSizeEx(handle_, &size) == FALSE) return std::nullopt;
     return static_cast<uint64_t>(size.QuadPart);
   }
 
   std::optional<LocalTime> ModificationTime() override {
     FILETIME written{};
     SYSTEMTIME utc{};
-    if (!GetFileTime(handle_, nullptr, nullptr, &written) || !FileTimeToSystemTime(&written, &utc))
+    if (GetFileTime(handle_, nullptr, nullptr, &written) == FALSE ||
+        FileTimeToSystemTime(&written, &utc) == FALSE)
       return std::nullopt;
     return ToLocalTime(utc);
   }
@@ -86,8 +88,8 @@ class Win32File final : public File {
   bool IsSameAs(const Win32File& other) const {
     BY_HANDLE_FILE_INFORMATION mine{};
     BY_HANDLE_FILE_INFORMATION theirs{};
-    return GetFileInformationByHandle(handle_, &mine) &&
-           GetFileInformationByHandle(other.handle_, &theirs) &&
+    return GetFileInformationByHandle(handle_, &mine) != FALSE &&
+           GetFileInformationByHandle(other.handle_, &theirs) != FALSE &&
            mine.dwVolumeSerialNumber == theirs.dwVolumeSerialNumber &&
            mine.nFileIndexHigh == theirs.nFileIndexHigh &&
            mine.nFileIndexLow == theirs.nFileIndexLow;
@@ -144,7 +146,7 @@ class Win32FileSystem final : public FileSystem {
   bool RemoveFile(const std::string& path) override {
     const std::wstring wide = SystemPath(path);
     if (wide.empty()) return false;
-    if (DeleteFileW(wide.c_str())) return true;
+    if (DeleteFileW(wide.c_str()) != FALSE) return true;
     const DWORD error = GetLastError();
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
   }

@@ -216,7 +216,7 @@ void Win32NetworkLoop::OnMessage(UINT message, LPARAM lParam) {
 UINT Win32NetworkLoop::Adopt(Win32Stream& stream) {
   do {
     nextMessage_ = nextMessage_ == kLastStreamMessage ? kFirstStreamMessage : nextMessage_ + 1;
-  } while (streams_.count(nextMessage_) != 0);
+  } while (streams_.contains(nextMessage_));
   streams_[nextMessage_] = &stream;
   return nextMessage_;
 }

@@ -144,7 +144,7 @@ std::string Win32Workstation::UserRegistryText(const std::string& key, const std
     return {};
   }
   std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
-  bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  bytes = static_cast<DWORD>(text.size()) * DWORD{sizeof(wchar_t)};
   if (RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr,
                    text.data(), &bytes) != ERROR_SUCCESS) {
     return {};

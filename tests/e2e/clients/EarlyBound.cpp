@@ -33,18 +33,21 @@ using quillon::SafeArray;
 using quillon::Utf8FromBstr;
 using quillon::Variant;
 
-bool failed = false;
+bool& Failed() {
+  static bool failed = false;
+  return failed;
+}
 
 template <class Value>
 void Expect(std::string_view what, const Value& expected, const Value& actual) {
   if (expected == actual) return;
-  failed = true;
+  Failed() = true;
   std::cout << what << ": " << actual << " instead of " << expected << "\n";
 }
 
 void Expect(std::string_view what, HRESULT expected, HRESULT actual) {
   if (expected == actual) return;
-  failed = true;
+  Failed() = true;
   std::cout << what << ": " << std::hex << actual << " instead of " << expected << std::dec << "\n";
 }
 
@@ -193,7 +196,7 @@ DWORD ServerProcess() {
   PROCESSENTRY32W entry = {};
   entry.dwSize = sizeof entry;
   DWORD found = 0;
-  for (BOOL more = Process32FirstW(processes, &entry); more;
+  for (BOOL more = Process32FirstW(processes, &entry); more != FALSE;
        more = Process32NextW(processes, &entry)) {
     if (lstrcmpiW(entry.szExeFile, L"quillon.exe") == 0) found = entry.th32ProcessID;
   }
@@ -260,6 +263,6 @@ int main(int count, char** arguments) {
     CheckAll();
   }
   CoUninitialize();
-  if (!failed) std::cout << "early: ok" << std::endl;
-  return failed ? 1 : 0;
+  if (!Failed()) std::cout << "early: ok" << std::endl;
+  return Failed() ? 1 : 0;
 }

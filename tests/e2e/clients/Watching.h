@@ -31,7 +31,7 @@ inline HWND VisibleWindow(const wchar_t* className, HWND after, const std::strin
   HWND window = after;
   do {
     window = FindWindowExW(nullptr, window, className, nullptr);
-  } while (window != nullptr &&
-           (!IsWindowVisible(window) || (caption != nullptr && TextOf(window) != *caption)));
+  } while (window != nullptr && (IsWindowVisible(window) == FALSE ||
+                                 (caption != nullptr && TextOf(window) != *caption)));
   return window;
 }
