@@ -1,28 +1,21 @@
-"""The embedded mail host, seen from its sockets and its store.
+"""The embedded mail host: what the other tests believe it of. Were one of its faults no fault, or a
+conversation that goes astray not noticed, they would pass for nothing.
 
 Run it with python3; MAILHOST names the program, otherwise it is build/native/mailhost.
 """
 
 import os
 import pathlib
-import poplib
-import random
 import re
 import signal
-import smtplib
 import socket
 import subprocess
 import tempfile
-import time
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MAILHOST = os.environ.get("MAILHOST", str(ROOT / "build/native/mailhost"))
 PATIENCE = 20  # seconds until a peer that does not answer fails a test
-MIB = 1024 * 1024
-
-# Freed memory goes back at once under the address sanitizer too, so that sizes mean the same.
-ENVIRONMENT = {**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"}
 
 
 class Peer:
@@ -121,7 +114,7 @@ class HostTest(unittest.TestCase):
             file.write_text(faults)
             command += ["--faults", str(file)]
         self.host = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                     text=True, env=ENVIRONMENT)
+                                     text=True)
         self.addCleanup(self.stop)
         lines = [self.host.stdout.readline().split() for _ in range(3)]
         self.assertEqual([line[0] for line in lines], ["smtp", "pop", "ready"])
@@ -158,10 +151,6 @@ class HostTest(unittest.TestCase):
         file = self.store / name
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_bytes(content)
-
-    def peak_memory(self):
-        status = pathlib.Path(f"/proc/{self.host.pid}/status").read_text()
-        return int(re.search(r"VmHWM:\s+(\d+)", status)[1]) * 1024
 
 
 def stuffed(content):
@@ -225,40 +214,6 @@ class Content(HostTest):
         self.start()
         self.transfer([case for case in self.CASES if len(case) < 99], lambda size: range(1, size))
 
-    def test_random_content_cut_at_random(self):
-        self.start()
-        chance = random.Random(1)
-        contents = [bytes(chance.choices(b".\r\na\0", k=chance.randrange(60))) + b"\r\n"
-                    for _ in range(300)]
-        self.transfer(contents,
-            lambda size: sorted(chance.sample(range(1, size), min(3, size - 1))))
-
-    def test_files_of_others(self):
-        self.put("cur/2.host:2,S", b"Subject: lf\n\nbody\n.dot\nlast")
-        self.put("new/1.host", b"Subject: crlf\r\n\r\nno end")
-        self.put("new/" + "3" * 80, b"\n")
-        self.put("new/.hidden", b"x")
-        self.put("new/4.host", b"Subject: mixed\r\nbare\nlf\r\n\r\nbody\r\n")
-        served = [b"Subject: crlf\r\n\r\nno end\r\n",
-            b"Subject: lf\r\n\r\nbody\r\n.dot\r\nlast\r\n", b"\r\n",
-                  b"Subject: mixed\r\nbare\nlf\r\n\r\nbody\r\n"]
-        self.start()
-        for _ in range(2):  # the second login uses what the first has learnt
-            with self.pop() as peer:
-                self.assertIn(b"4 messages", peer.login())
-                self.assertEqual([unstuffed(peer.data(b"RETR %d" % n)) for n in range(1, 5)],
-                    served)
-                sizes = b"".join(b"%d %d\r\n" % (n + 1, len(text)) for n, text in enumerate(served))
-                self.assertEqual(peer.data(b"LIST"), sizes)
-                ids = peer.data(b"UIDL").split()[1::2]
-                self.assertEqual(ids[:2] + ids[3:], [b"1.host", b"2.host", b"4.host"])
-                self.assertRegex(ids[2], rb"^[!-~]{1,70}$")
-                peer.ask(b"QUIT")
-        self.put("new/1.host", b"of the same size\n......")
-        with self.pop() as peer:
-            peer.login()
-            self.assertEqual(peer.ask(b"LIST 1"), b"+OK 1 26")
-
     def test_top(self):
         header = b"Subject: x\r\nTo: y\r\n\r\n"
         self.put("new/1", header + b"one\r\n.two\r\n\r\nfour\r\n")
@@ -279,60 +234,9 @@ class Content(HostTest):
                 b"TOP 4 0": b"\r\n",
             }.items():
                 self.assertEqual(peer.data(command), expected, command)
-            for command in (b"TOP 1", b"TOP 0 1", b"TOP 5 1", b"TOP 1 -1", b"TOP x 1",
-                b"RETR 99999999999999999999"):
-                self.assertEqual(peer.ask(command)[:4], b"-ERR", command)
-
-    def test_large_message_in_flat_memory(self):
-        self.start()
-        line = b"." + b"x" * 75 + b"\r\n"
-        count = 30 * MIB // len(line)
-        with self.smtp() as peer:
-            peer.start_message()
-            before = self.peak_memory()
-            for _ in range(count // 1000):
-                peer.send((b"." + line) * 1000)
-            peer.send(b".\r\n")
-            self.assertEqual(peer.reply()[:3], b"250")
-        size = count // 1000 * 1000 * len(line)
-        with self.pop() as peer:
-            peer.login()
-            peer.send(b"RETR 1\r\n")
-            self.assertEqual(peer.line(), b"+OK %d octets" % size)
-            wire = len(peer.received)
-            ending = peer.received[-5:]
-            while ending != b"\r\n.\r\n":
-                data = peer.read()
-                wire, ending = wire + len(data), (ending + data)[-5:]
-        self.assertEqual(wire, count // 1000 * 1000 * (len(line) + 1) + 3)
-        self.assertLess(self.peak_memory() - before, 6 * MIB)
 
 
 class Smtp(HostTest):
-    def test_order_and_syntax(self):
-        self.start()
-        script = [
-            (b"MAIL FROM:<a@b>", 503), (b"RSET", 250), (b"VRFY joe", 250), (b"VRFY", 501),
-            (b"HELO", 501), (b"RCPT TO:<a@b>", 503),
-            (b"helo me", 250), (b"DATA", 503), (b"RCPT TO:<a@b>", 503), (b"MAIL FROM:a@b", 501),
-            (b"MAIL TO:<a@b>", 501),
-            (b"MAIL FROM:<a b@c>", 501), (b"MAIL FROM:<a@b", 501), (b"MAIL FROM:<a@b>x", 501),
-            (b"MAIL FROM:<a\x00@b>", 501),
-            (b"MAIL FROM:<a@b> SIZE=x", 555), (b"MAIL FROM:<a@b> WHAT", 555),
-            (b"MAIL FROM:<>", 250), (b"MAIL FROM:<a@b>", 503),
-            (b"DATA", 503), (b"RCPT TO:<>", 501), (b"RCPT TO:<a@b> X=1", 555),
-            (b"RCPT TO:<a@b>", 250), (b"DATA now", 501),
-            (b"EHLO me", 250), (b"DATA", 503), (b"MAIL FROM:<a@b> SIZE=10 BODY=8BITMIME", 250),
-            (b"RSET", 250),
-            (b"RCPT TO:<a@b>", 503), (b"NOOP", 250), (b"HELP", 214), (b"WHAT", 500), (b"", 500),
-            (b"QUIT", 221),
-        ]
-        with self.smtp() as peer:
-            self.assertEqual(peer.reply()[:3], b"220")
-            for command, code in script:
-                self.assertEqual((command, peer.ask(command)[:3]), (command, b"%d" % code))
-            self.assertEqual(peer.rest(), b"")
-
     def test_envelope(self):
         self.start()
         paths = {
@@ -353,74 +257,6 @@ class Smtp(HostTest):
         envelopes = [(folder / (name + ".envelope")).read_bytes() for name in messages]
         self.assertEqual(envelopes,
             [b"MAIL FROM:<%s>\nRCPT TO:<c@d>\nRCPT TO:<root>\n" % a for a in paths.values()])
-
-    def test_pipelined_and_byte_by_byte(self):
-        self.start()
-        message = b"MAIL FROM:<a@b>\r\nRCPT TO:<c@d>\r\nDATA\r\n..dot\r\n.\r\n"
-        wire = b"EHLO me\r\n" + message * 2 + b"QUIT\r\n"
-        for step in (len(wire), 1):
-            with self.smtp() as peer:
-                for start in range(0, len(wire), step):
-                    peer.send(wire[start:start + step])
-                codes = re.findall(rb"^(\d+) ", peer.rest(), re.M)
-                self.assertEqual(codes,
-                    [b"220", b"250", *[b"250", b"250", b"354", b"250"] * 2, b"221"])
-        self.assertEqual(self.stored(), [b".dot\r\n"] * 4)
-
-    def test_broken_lines(self):
-        self.start()
-        with self.smtp() as peer:
-            peer.reply()
-            before = self.peak_memory()
-            peer.send(b"HELO " + b"x" * 10 * MIB)
-            self.assertLess(self.peak_memory() - before, 4 * MIB)
-            self.assertEqual(peer.ask(b"")[:3], b"500")
-            peer.send(b"HELO me\n")
-            self.assertEqual(peer.reply()[:3], b"500")
-            self.assertEqual(peer.ask(b"MAIL FROM:<a@b>")[:3], b"503")
-
-    def test_client_that_never_reads(self):
-        self.start()
-        with self.smtp() as peer:
-            before = self.peak_memory()
-            peer.socket.settimeout(0.5)
-            with self.assertRaises(TimeoutError):
-                for _ in range(100):
-                    peer.send(b"NOOP\r\n" * 100_000)
-            self.assertLess(self.peak_memory() - before, 6 * MIB)
-            with smtplib.SMTP("127.0.0.1", self.smtp_port, timeout=PATIENCE) as other:
-                self.assertEqual(other.noop()[0], 250)
-
-    def test_many_clients_at_once(self):
-        self.start()
-        peers = [self.smtp() for _ in range(200)]
-        for number, peer in enumerate(peers):
-            peer.send(b"HELO x\r\nMAIL FROM:<a@b>\r\nRCPT TO:<c@d>\r\nDATA\r\nnumber ")
-        for number, peer in enumerate(peers):
-            peer.send(b"%d\r\n.\r\nQUIT\r\n" % number)
-        for peer in peers:
-            self.assertTrue(peer.rest().endswith(b"221 bye\r\n"))
-            peer.socket.close()
-        self.assertEqual(sorted(self.stored()), sorted(b"number %d\r\n" % n for n in range(200)))
-
-    def test_unfinished_messages_leave_nothing(self):
-        self.start()
-        for ending in ("client", "host"):
-            with self.smtp() as peer:
-                peer.start_message()
-                peer.send(b"half a mess")
-                if ending == "host":
-                    self.stop()
-            with self.subTest(ending):
-                if self.host:
-                    self.restart()
-                self.assertEqual([*self.store.glob("*/*")], [])
-
-    def test_no_store(self):
-        self.start("--no-store")
-        with smtplib.SMTP("127.0.0.1", self.smtp_port, timeout=PATIENCE) as client:
-            client.sendmail("a@b", ["c@d"], "text")
-        self.assertEqual([*self.store.glob("*/*")], [])
 
 
 class Pop(HostTest):
@@ -468,45 +304,6 @@ class Pop(HostTest):
             self.assertEqual(peer.ask(b"QUIT")[:3], b"+OK")
         self.assertEqual(self.stored(), [b"x\r\n", b"xxx\r\n"])
         self.assertEqual([*self.store.glob("envelopes/*")], [])
-
-    def test_lock(self):
-        for options, second in [
-            ((), b"-ERR [IN-USE] the maildrop is busy"),
-            (("--no-lock",), b"+OK 3 messages (12 octets)"),
-        ]:
-            self.restart(*options)
-            with self.pop() as first, self.pop() as other:
-                self.assertIn(b"3 messages", first.login())
-                self.assertEqual(other.login(), second)
-                first.ask(b"QUIT")
-                other.ask(b"USER u")
-                if not options:
-                    self.assertIn(b"3 messages", other.ask(b"PASS p"))
-
-    def test_message_gone_since_login(self):
-        self.start()
-        with self.pop() as peer:
-            peer.login()
-            (self.store / "new/1").unlink()
-            self.assertEqual(peer.ask(b"RETR 1")[:4], b"-ERR")
-            self.assertEqual(peer.ask(b"TOP 1 0")[:4], b"-ERR")
-            peer.ask(b"DELE 1")
-            self.assertEqual(peer.ask(b"QUIT")[:3], b"+OK")
-
-    def test_pipelined_listing_of_many(self):
-        for number in range(1500):
-            self.put(f"cur/{number:06}", b"Subject: %d\r\n\r\nbody\r\n" % number)
-        self.start("--no-lock")
-        client = poplib.POP3("127.0.0.1", self.pop_port, timeout=PATIENCE)
-        client.user("u")
-        client.pass_("p")
-        self.assertEqual(len(client.uidl()[1]), 1503)
-        client.close()
-        with self.pop() as peer:
-            peer.login()
-            peer.send(b"".join(b"TOP %d 0\r\n" % n for n in range(1, 1501)) + b"QUIT\r\n")
-            subjects = re.findall(rb"Subject: (\d+)", peer.rest())
-            self.assertEqual([int(s) for s in subjects], [*range(1500)])
 
 
 class Rules(HostTest):
@@ -610,22 +407,13 @@ class Rules(HostTest):
                 self.assertRegex(b"".join(pieces),
                     rb"\A250-localhost\r\n(250-.*\r\n)+250 .*\r\n221 bye\r\n\Z")
 
-    def test_delay_keeps_order(self):
-        self.start(faults="smtp at NOOP 1 delay 150")
-        with self.smtp() as peer:
-            peer.reply()
-            start = time.monotonic()
-            peer.send(b"NOOP\r\nHELO x\r\n")
-            self.assertEqual([peer.reply(), peer.reply()], [b"250 ok", b"250 localhost"])
-            self.assertGreaterEqual(time.monotonic() - start, 0.15)
-
     def test_stall_blocks_the_client(self):
         self.start(faults="smtp at body stall")
         with self.smtp() as peer:
             self.assertEqual(peer.start_message()[-1][:3], b"354")
             peer.socket.settimeout(0.5)
             with self.assertRaises(TimeoutError):
-                peer.send(b"x" * 32 * MIB)
+                peer.send(b"x" * 32 * 1024 * 1024)
         with self.smtp() as peer:  # others are not held up
             self.assertEqual(peer.reply()[:3], b"220")
 
@@ -689,22 +477,6 @@ close
                 self.assertEqual(status, 1)
                 self.assertRegex(errors, rf"\Amailhost: {complaint}\n\Z")
 
-    def test_pop_conversation_and_rest_of_the_service(self):
-        self.start("--log", str(self.folder / "log"),
-            faults="protocol pop\nS: +OK\nC: PASS other\n")
-        with self.pop() as peer:
-            peer.send(b"PASS secret\r\n")
-            self.assertEqual(peer.rest(), b"+OK\r\n")
-        with self.smtp() as peer:
-            self.assertEqual(peer.reply()[:3], b"220")
-        status, errors = self.stop()
-        self.assertEqual(status, 1)
-        self.assertNotIn("secret", errors + (self.folder / "log").read_text())
-
-    def test_parts_of_a_pattern_do_not_overlap(self):
-        status, _, _ = self.play([b"NOOP"], script="protocol smtp\nS: 220\nC: NOO*OP\n")
-        self.assertEqual(status, 1)
-
     def test_a_line_after_the_end(self):
         status, errors, _ = self.play([b"NOOP", b"MORE"], script="protocol smtp\nS: 220\nC: NOOP\n")
         self.assertEqual(status, 1)
@@ -714,30 +486,11 @@ close
 class CommandLine(HostTest):
     def complaint(self, *arguments):
         result = subprocess.run([MAILHOST, *arguments], capture_output=True, text=True,
-            timeout=PATIENCE, env=ENVIRONMENT)
+            timeout=PATIENCE)
         self.assertEqual(result.returncode, 2, arguments)
         self.assertEqual(result.stdout, "")
         self.assertRegex(result.stderr, r"\Amailhost: [^\n]+\n\Z")
         return result.stderr
-
-    def test_options(self):
-        self.start()
-        ports = ("--smtp-port", "0", "--pop-port", "0")
-        store = ("--store", str(self.store))
-        for arguments, says in [
-            ((), "--smtp-port"), (ports, "--store"), ((*ports[:2], *store), "--pop-port"),
-            (("--what",), "--what"),
-            ((*ports, "--store"), "--store"),
-            (("--smtp-port", "70000", *ports[2:], *store), "70000"),
-            (("--smtp-port", "1x", *ports[2:], *store), "1x"),
-            ((*ports, *store, "--user", "x"), "--password"),
-            ((*ports, "--store", "/dev/null/x"), "/dev/null/x"),
-            ((*ports, *store, "--log", "/dev/null/x"), "/dev/null/x"),
-            ((*ports, *store, "--faults", str(self.folder / "none")), str(self.folder / "none")),
-            ((*ports, *store, "--faults", str(self.folder)), str(self.folder)),
-            (("--smtp-port", str(self.smtp_port), *ports[2:], *store), str(self.smtp_port)),
-        ]:
-            self.assertIn(says, self.complaint(*arguments))
 
     def test_fault_files(self):
         file = self.folder / "wrong"

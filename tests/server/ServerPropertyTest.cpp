@@ -11,32 +11,18 @@ using testing::TestWorld;
 
 constexpr const char* kInvalid = "529 Invalid property value.";
 
-TEST(ServerProperty, PutsOutsideTheRuleFailAndKeepTheOldValue) {
+// What scripts have no literal for; the ordinary values are put by the end-to-end tests.
+TEST(ServerProperty, ExtremePutsFailAndKeepTheOldValue) {
   const struct {
     Property property;
     std::vector<Value> accepted;
     std::vector<Value> refused;
   } kCases[] = {
-      {Property::ErrorDisplay, {-1, 0, true, std::string("-1")}, {1, 2, 100000, 1e30}},
-      {Property::MaximumHeaders, {1, 2147483647}, {0, -1, 3e9}},
-      {Property::ProgressBar, {0, 7}, {-1, 8}},
-      {Property::ProgressBarThreshold, {0, 2147483647}, {-1}},
-      {Property::attachmentEncoding, {0, 255}, {-1, 256}},
-      {Property::TimeoutConnect, {2000, 60000}, {1999, 60001}},
-      {Property::TimeoutProtocol, {2000, 60000}, {1999, 60001}},
-      {Property::Importance, {1, 5}, {0, 6}},
-      {Property::DeliveryPriority, {2, 4}, {1, 5}},
-      {Property::DeliveryReport, {0, 3}, {-1, 4}},
-      {Property::Sensitivity, {0, 10}, {-1, 11}},
-      {Property::UTCOffset, {-24.0F, 24.0F, 5.5, -50}, {-25, 25, -49.9, -51, std::nan("")}},
-      {Property::recipientDelimiter,
-       {std::string(";"), std::string("\xC2\xA7")},
-       {std::string(), std::string(";;"), std::string("\xF0\x9F\x98\x80")}},
-      {Property::dateFormat,
-       {0, 5, std::string("yyyy-mm-dd")},
-       {6, -1, std::string("99999999999")}},
-      {Property::mailSystem, {10, 20, 4, 0}, {12, -1, 21, 70000, 1e300}},
-      {Property::messageIndex, {}, {0, -1, 1}},
+      {Property::ErrorDisplay, {true, std::string("-1")}, {100000, 1e30}},
+      {Property::UTCOffset, {5.5}, {-49.9, -51, std::nan("")}},
+      {Property::recipientDelimiter, {std::string("\xC2\xA7")}, {std::string("\xF0\x9F\x98\x80")}},
+      {Property::dateFormat, {std::string("yyyy-mm-dd")}, {std::string("99999999999")}},
+      {Property::mailSystem, {20}, {70000, 1e300}},
   };
   TestWorld world;
   const auto server = world.NewServer();
