@@ -51,20 +51,40 @@ TEST(ErrorModel, PublicCodesAreTakenApartByTheirRanges) {
   EXPECT_EQ(12, OriginOfCode(7005).system);
 }
 
-TEST(ErrorModel, MailSystemNumbersAreFoldedByTheirBases) {
+TEST(ErrorModel, WhatIsFoldedIsTakenApartAsTheSameFamilys) {
+  for (MailSystemId system = 1; system <= 10; ++system) {
+    std::int32_t number = 25;
+    const auto origin = OriginOfCode(ErrorBase(system, number));
+    EXPECT_EQ(FamilyOf(system), FamilyOf(origin.system)) << system;
+    EXPECT_EQ(25, origin.interfaceError) << system;
+  }
+}
+
+TEST(ErrorModel, SomeNumbersAreFoldedByRulesOfTheirOwn) {
   const struct {
     MailSystemId system;
     std::int32_t interfaceError;
     std::int32_t code;
   } kCases[] = {
-      {1, 3, 2003},        {8, 3, 2003},     {2, 200000, 4000}, {2, -100001, 4000},
-      {2, 100000, 104000}, {4, 7, 5007},     {6, 15, 6015},     {9, 25, 8025},
-      {11, 3999, 5999},    {11, 4000, 9000}, {11, 6999, 11999}, {11, 7000, 9000},
-      {30, 1, 10001},      {40, 1, 11001},   {20, 9, 9},        {0, 9, 9},
+      // out of range
+      {2, 200000, 4000},
+      {2, -100001, 4000},
+      {2, 100000, 104000},
+      // Notes
+      {11, 3999, 5999},
+      {11, 4000, 9000},
+      {11, 6999, 11999},
+      {11, 7000, 9000},
+      // no range of their own, and no base
+      {30, 1, 10001},
+      {40, 1, 11001},
+      {20, 9, 9},
+      {0, 9, 9},
+      {77, 9, 9},
   };
   for (const auto& test : kCases) {
     auto number = test.interfaceError;
-    EXPECT_EQ(test.code, ErrorBase(test.system, number));
+    EXPECT_EQ(test.code, ErrorBase(test.system, number)) << test.system;
   }
 }
 
