@@ -11,25 +11,27 @@ namespace {
 constexpr wchar_t kWindowClass[] = L"QuillonServerProcess";
 constexpr UINT_PTR kTimer = 1;
 
-HWND MakeWindow(HWND parent, void* owner) {
-  return CreateWindowExW(0, kWindowClass, L"Quillon", WS_OVERLAPPED, 0, 0, 0, 0, parent, nullptr,
-                         GetModuleHandleW(nullptr), owner);
-}
-
-}  // namespace
-
-ProcessLifetime::ProcessLifetime(const Patience& patience) : patience_(patience) {
+HWND MakeWindow(WNDPROC procedure) {
   WNDCLASSEXW description = {};
   description.cbSize = sizeof description;
-  description.lpfnWndProc = WindowProcedure;
+  description.lpfnWndProc = procedure;
   description.hInstance = GetModuleHandleW(nullptr);
   description.lpszClassName = kWindowClass;
   RegisterClassExW(&description);
   // Top-level, because only such a window hears that the session ends or that the process is asked
   // to close. Where there is no desktop to put it on, a message-only one does the rest.
-  window_ = MakeWindow(nullptr, this);
-  if (window_ == nullptr) window_ = MakeWindow(HWND_MESSAGE, this);
-  if (window_ == nullptr) throw HresultError(HRESULT_FROM_WIN32(GetLastError()));
+  for (const HWND parent : {HWND{nullptr}, HWND_MESSAGE}) {
+    const HWND window = CreateWindowExW(0, kWindowClass, L"Quillon", WS_OVERLAPPED, 0, 0, 0, 0,
+                                        parent, nullptr, description.hInstance, nullptr);
+    if (window != nullptr) return window;
+  }
+  throw HresultError(HRESULT_FROM_WIN32(GetLastError()));
+}
+
+}  // namespace
+
+ProcessLifetime::ProcessLifetime(const Patience& patience)
+    : patience_(patience), window_(MakeWindow(WindowProcedure)) {
   SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   CoAddRefServerProcess();
 }

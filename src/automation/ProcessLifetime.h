@@ -56,7 +56,7 @@ class ProcessLifetime {
   void End() noexcept;
 
   const Patience patience_;
-  HWND window_ = nullptr;
+  const HWND window_;
   State state_ = State::Starting;
   unsigned references_ = 0;
   std::function<void()> revoke_;

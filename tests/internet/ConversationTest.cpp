@@ -158,7 +158,7 @@ MailResult Playing::Invoke(std::string_view operation, std::string_view argument
   auto& backEnd = world_.backEnd;
   if (operation == "login") {
     world_.instance.mailSystem = conversation_.isPop ? mail_system::kPop3 : mail_system::kSmtp;
-    const auto result = backEnd.Login(request);
+    auto result = backEnd.Login(request);
     world_.instance.mailSystem = mail_system::kInternet;
     return result;
   }

@@ -172,7 +172,8 @@ class Win32FileSystem final : public FileSystem {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     constexpr OpenArguments kLook = {FILE_READ_ATTRIBUTES, kShareAll, OPEN_EXISTING};
     const auto first = OpenFile(one, kLook);
-    const auto second = first ? OpenFile(other, kLook) : nullptr;
+    if (!first) return false;
+    const auto second = OpenFile(other, kLook);
     return second && first->IsSameAs(*second);
   }
 
