@@ -7,11 +7,18 @@ failed=0
 
 check() {
   printf '== %s\n' "$1"
+  local title=$1
   shift
-  "$@" || failed=1
+  if "$@"; then
+    echo "check passed: $title"
+  else
+    echo "check FAILED: $title"
+    failed=1
+  fi
 }
 formatting() {
-  git ls-files -z -- '*.cpp' '*.h' | xargs -0 -r clang-format-14 --dry-run -Werror
+  find src tests tools fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 \
+    | xargs -0 clang-format-14 --dry-run -Werror
 }
 
 check "formatting" formatting
