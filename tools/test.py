@@ -1,15 +1,23 @@
 """./dev test [SECTION...]: builds and runs the tests, section by section, and ends with one line
-that counts them all. The exit status is 0 only when something ran and nothing failed."""
+that counts them all. The exit status is 0 only when something ran and nothing failed.
 
+Without a section it is all of them but the checks, which `./dev check` runs; `all` is those too."""
+
+import concurrent.futures
 import os
+import signal
 import subprocess
 import sys
-import unittest
+import tempfile
+import time
 import xml.etree.ElementTree as ElementTree
 
 import winetest
 
 TOP = winetest.TOP
+MODULE_SECONDS = 1200  # until a module of tests/e2e is stopped
+ALONE = {"test_progress"}
+LONG = {"test_com", "test_mail"}  # begun first, so that no processor waits at the end
 
 
 class Count:
@@ -92,22 +100,65 @@ def windows():
         return ctest("windows", wine.environment())
 
 
+def run_module(name):
+    """A module of tests/e2e in a process of its own; its output is printed whole when it has ended."""
+    report = TOP / "build" / "e2e" / name
+    report.parent.mkdir(parents=True, exist_ok=True)
+    report.unlink(missing_ok=True)
+    begun = time.monotonic()
+    with tempfile.TemporaryFile() as output:
+        process = subprocess.Popen(
+            [sys.executable, str(TOP / "tools" / "e2e_module.py"), name, str(report)],
+            stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
+        try:
+            process.wait(MODULE_SECONDS)
+            trouble = f"{name} ended early, with status {process.returncode}"
+        except subprocess.TimeoutExpired:
+            trouble = f"{name} was stopped after {MODULE_SECONDS} s"
+            process.send_signal(signal.SIGINT)  # so that it ends what it has started
+            try:
+                process.wait(60)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        output.seek(0)
+        text = output.read().decode(errors="replace")
+    count = Count(failed=1)
+    if report.exists():
+        count = Count(*map(int, report.read_text().split()))
+    else:
+        text += trouble + "\n"
+    print(f"--- {name}, {time.monotonic() - begun:.0f} s\n{text}", end="", flush=True)
+    return count
+
+
 def end_to_end():
+    """The modules have prefixes and ports of their own, so they run side by side, but for the one
+    that waits for windows to be drawn."""
     if not build("native", "mailhost", "zipfiles") or not build("windows"):
         return Count(failed=1)
-    directory = TOP / "tests" / "e2e"
-    if not list(directory.glob("test_*.py")):
-        return Count()
-    suite = unittest.defaultTestLoader.discover(str(directory), top_level_dir=str(directory))
-    result = unittest.TextTestRunner(stream=sys.stdout, verbosity=2).run(suite)
-    # A test fails once however many of its subtests do; a module or class that could not be set up
-    # counts as one failure, though no test ran.
-    unhappy = [getattr(test, "test_case", test) for test in
-               [*(test for test, _ in result.failures + result.errors), *result.unexpectedSuccesses]]
-    failed = {test.id() for test in unhappy}
-    ran_and_failed = {test.id() for test in unhappy if isinstance(test, unittest.TestCase)}
-    skipped = len(result.skipped)
-    return Count(result.testsRun - len(ran_and_failed) - skipped, len(failed), skipped)
+    modules = {file.stem for file in (TOP / "tests" / "e2e").glob("test_*.py")}
+    total = Count()
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
+        order = sorted(modules - ALONE, key=lambda name: (name not in LONG, name))
+        for count in pool.map(run_module, order):
+            total += count
+    for name in sorted(modules & ALONE):
+        total += run_module(name)
+    return total
+
+
+def check():
+    """Each of the checks counts as a test."""
+    if not build("native") or not build("windows"):
+        return Count(failed=1)
+    done = subprocess.run([str(TOP / "tools" / "check.sh")], stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    print(done.stdout, end="", flush=True)
+    lines = done.stdout.splitlines()
+    passed = sum(line.startswith("check passed: ") for line in lines)
+    failed = sum(line.startswith("check FAILED: ") for line in lines)
+    return Count(passed, max(failed, int(done.returncode != 0)))
 
 
 def fuzz():
@@ -124,6 +175,7 @@ def fuzz():
 
 
 SECTIONS = {
+    "check": ("Formatting, layers, documents, clang-tidy", check),
     "native": ("Unit tests, native", native),
     "asan": ("Unit tests, native with ASan and UBSan", asan),
     "windows": ("Unit tests as Windows programs, under Wine", windows),
@@ -133,17 +185,20 @@ SECTIONS = {
 
 
 def main(names):
-    unknown = [name for name in names if name not in SECTIONS]
+    unknown = [name for name in names if name not in SECTIONS and name != "all"]
     if unknown:
-        print(f"no such section: {' '.join(unknown)}; there are {', '.join(SECTIONS)}")
+        print(f"no such section: {' '.join(unknown)}; there are {', '.join(SECTIONS)} and all")
         return 2
+    if "all" in names:
+        names = list(SECTIONS)
     total = Count()
-    for name in names or SECTIONS:
+    for name in names or [name for name in SECTIONS if name != "check"]:
         title, section = SECTIONS[name]
         print(f"\n== {title}", flush=True)
+        begun = time.monotonic()
         count = section()
         skipped = f", {count.skipped} skipped" if count.skipped else ""
-        print(f"{count}{skipped}", flush=True)
+        print(f"{count}{skipped}, in {time.monotonic() - begun:.0f} s", flush=True)
         total += count
     print(f"\n{total}")
     return 0 if total.passed and not total.failed else 1
