@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "FuzzNetwork.h"
 #include "MemoryFiles.h"
@@ -21,6 +22,12 @@ class StillClock final : public LocalClock {
   LocalTime Now() const override { return {}; }
 };
 
+class Nobody final : public SessionListener {
+ public:
+  void OnStatus(std::string_view) override {}
+  void OnProgress(std::uint64_t, std::uint64_t, std::uint32_t) override {}
+};
+
 struct FuzzEngine {
   FuzzEngine(const uint8_t* data, std::size_t size)
       : input(reinterpret_cast<const char*>(data), size), network(TakeScript(input)) {
@@ -30,6 +37,13 @@ struct FuzzEngine {
   static const CodePage& AnsiCodePage() {
     static const auto codePage = MakeAnsiCodePage();
     return *codePage;
+  }
+  // Runs an operation of the engine to its end.
+  std::int32_t Run(Task<SessionResult> work) {
+    Operation<SessionResult> operation;
+    operation.Start(std::move(work));
+    network.RunUntil([&] { return !operation.Running(); }, kNoDeadline);
+    return operation.Take().number;
   }
   std::string Dump() {
     const auto& dump = files.files["/POPDUMP.TXT"];
@@ -41,7 +55,8 @@ struct FuzzEngine {
   MemoryFiles files;
   ProtocolLog log{files, "/"};
   const StillClock clock;
-  smtppop engine{network, network, {files, AnsiCodePage(), clock, log}};
+  Nobody listener;
+  smtppop engine{network, network, {files, AnsiCodePage(), clock, log}, listener};
 };
 
 }  // namespace quillon::fuzz

@@ -24,8 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     HeaderRequest request;
     request.kind = kind;
     quillon::HeaderCollector headers({50, size % 3 == 0, "FIXED"});
-    engine.BeginLoadMessageHeaders(settings, request, headers);
-    Require(engine.Wait() != 0);
+    Require(fuzz.Run(engine.LoadMessageHeaders(settings, request, headers)) != 0);
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
   }
@@ -36,18 +35,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   {
     quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split,
                                       {size % 2 == 0, ""});
-    engine.BeginLoadMessage(settings, 1, message);
-    const auto result = engine.Wait();
+    const auto result = fuzz.Run(engine.LoadMessage(settings, 1, message));
     Require(result != 0);
     Require(message.Message().body.size() <= 2 * size + 2);
     Require(result != -1 || message.Message().attachments.size() == attachments.files.size());
     if (result == -1) attachments.files.clear();
   }
   Require(attachments.files.empty());
-  engine.BeginDeleteMessage(settings, 1);
-  Require(engine.Wait() != 0);
-  engine.BeginLogoutPOP();
-  engine.Wait();
+  Require(fuzz.Run(engine.DeleteMessage(settings, 1)) != 0);
+  fuzz.Run(engine.LogoutPOP());
   Require(!engine.POPLoginStatus());
   const bool logged = fuzz.Dump().find(settings.password) != std::string::npos;
   Require(!logged || fuzz.input.find(settings.password) != std::string_view::npos);

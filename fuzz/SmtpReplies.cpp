@@ -26,18 +26,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz.files.files["/attached"].resize(914);  // its last line begins with a dot
 
   for (int round = 0; round < 2; ++round) {
-    engine.BeginSend(settings, message, {}, {});
-    const auto sent = engine.Wait();
+    const auto sent = fuzz.Run(engine.Send(settings, message, {}, {}));
     Require(sent != 0 && sent < 1000);
     Require(sent != 20 || !engine.RefusedRecipients().empty());
     Require(engine.RefusedRecipients().size() <= 2);
     Require(fuzz.files.directories.empty());
     Require(fuzz.files.files.size() == 2);  // the log, and what was attached
-    engine.BeginResolveAddress(settings, "ann");
-    Require(engine.Wait() != 0);
+    Require(fuzz.Run(engine.ResolveAddress(settings, "ann")) != 0);
   }
-  engine.BeginLogoutSMTP();
-  engine.Wait();
+  fuzz.Run(engine.LogoutSMTP());
   Require(!engine.SMTPLoginStatus());
   return 0;
 }

@@ -6,93 +6,89 @@
 #include "core/ServerError.h"
 #include "core/Text.h"
 #include "internet/InternetErrorText.h"
-#include "mail/BackEnd.h"
 
 namespace quillon {
-
-namespace {
-
-constexpr std::int32_t kUnknownError = 6;
-
-}  // namespace
 
 EngineRunner::Call::Call(EngineRunner& owner) : owner_(&owner) {
   if (owner.ports_.notifier.InCallback()) throw ServerError(error_code::kInNotification);
   if (std::exchange(owner.busy_, true)) throw ServerError(error_code::kInProgress);
+  try {
+    if (owner.engine_) owner.engine_->AwaitShutdown();
+  } catch (...) {
+    owner.busy_ = false;
+    throw;
+  }
 }
 
+// The end is told from the loop, not from inside the event that the work has waited for. An abort
+// may come before.
 EngineRunner::EngineRunner(const RunnerPorts& ports)
-    : ports_(ports), reporter_(ports.loop, ports.notifier, ports.progress) {}
+    : ports_(ports), reporter_(ports.loop, ports.notifier, ports.progress), work_([this] {
+        if (process_ == nullptr) return;
+        ports_.loop.Post([this, process = std::weak_ptr(process_)] {
+          if (!process.expired()) EndProcess();
+        });
+      }) {}
 
 smtppop& EngineRunner::Engine() {
   if (!engine_) {
-    engine_ = std::make_unique<smtppop>(ports_.loop, ports_.network, ports_.composing, &reporter_);
+    engine_ = std::make_unique<smtppop>(ports_.loop, ports_.network, ports_.composing, reporter_);
   }
   return *engine_;
 }
 
-// With an object registered the operation goes on by itself, and its result is told to the object.
-MailResult EngineRunner::Perform(Call& call, EngineProcess process) {
+MailResult EngineRunner::Perform(Call& call, EngineProcess process, Task<SessionResult> work) {
   reporter_.Begin(process.operation, process.display);
+  if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
+    process_ = std::make_shared<EngineProcess>(std::move(process));
+    ports_.notifier.SetInProgress();
+    call.LeaveRunning();
+    work_.Start(std::move(work));
+    return {};
+  }
+  work_.Start(std::move(work));
+  return Wait(process);
+}
+
+MailResult EngineRunner::Wait(const EngineProcess& process) {
+  const auto over = [&] {
+    reporter_.End();
+    if (process.whenOver) process.whenOver();
+  };
   MailResult result;
   try {
-    if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
-      process_ = std::make_shared<EngineProcess>(std::move(process));
-      BeginStep();
-      ports_.notifier.SetInProgress();
-      call.LeaveRunning();
-      return result;
-    }
-    for (const auto& step : process.steps) {
-      result = Run(process, step);
-      if (!result.Succeeded()) break;
-    }
+    ports_.loop.RunUntil([this] { return !work_.Running(); }, kNoDeadline);
+    work_.Abort();  // the program is being ended
+    result = TakeResult(process);
   } catch (...) {
-    process_.reset();
-    reporter_.End();
+    work_.Abort();
+    over();
     throw;
   }
-  reporter_.End();
+  over();
   if (result.number == error_code::kUserAborted) throw ServerError(error_code::kUserAborted);
   return result;
 }
 
-MailResult EngineRunner::Run(const EngineProcess& process, const EngineStep& step) {
-  step.begin(Engine());
-  const auto number = Engine().Wait();
-  step.finish(number);
-  return ResultOf(process, step, number);
+MailResult EngineRunner::TakeResult(const EngineProcess& process) {
+  if (work_.Aborted()) return ResultOf(process, {error_code::kUserAborted, {}});
+  return ResultOf(process, work_.Take());
 }
 
-void EngineRunner::BeginStep() {
-  process_->steps.front().begin(Engine());
-  Engine().WhenDone([this] { EndStep(); });
-}
-
-void EngineRunner::EndStep() {
+void EngineRunner::EndProcess() {
   const auto process = process_;
   MailResult result;
   try {
-    const auto number = Engine().TakeResult();
-    const auto step = std::move(process->steps.front());
-    process->steps.pop_front();
-    step.finish(number);
-    result = ResultOf(*process, step, number);
-    const bool goesOn = result.Succeeded() && !process->steps.empty();
-    if (goesOn && process == process_) return BeginStep();
+    result = TakeResult(*process);
   } catch (const ServerError& error) {
     result = {error.Code(), error.Text()};
-  } catch (const std::exception& error) {
-    result = {kUnknownError, error.what()};
+    if (result.text.empty()) result.text = ErrorText(process->system, result.number);
+  } catch (const std::exception&) {
+    result = {0, std::string("Undetermined error in ") + process->member + " method."};
   }
-  if (process == process_) EndProcess(std::move(result));  // else aborted meanwhile
-}
-
-void EngineRunner::EndProcess(MailResult result) {
-  const auto process = std::move(process_);
-  if (result.text.empty() && !result.Succeeded()) {
-    result.text = ErrorText(process->system, result.number);
-  }
+  if (process != process_) return;  // aborted while a box was shown
+  process_.reset();
+  if (process->whenOver) process->whenOver();
   auto event = reporter_.Last();
   reporter_.End();
   busy_ = false;
@@ -105,53 +101,51 @@ void EngineRunner::EndProcess(MailResult result) {
 
 // The abort has events of its own; what is running ends without one.
 void EngineRunner::AsynchAbort() {
-  if (process_ != nullptr) {
-    Engine().WhenDone(nullptr);
-    Abort();
-    const auto process = std::move(process_);
-    if (!process->steps.empty()) process->steps.front().finish(Engine().Wait());
+  Abort();
+  if (const auto process = std::exchange(process_, nullptr)) {
+    if (process->whenOver) process->whenOver();
     reporter_.End();
     busy_ = false;
-  } else {
-    Abort();
   }
 }
 
 void EngineRunner::Abort() {
-  if (engine_) engine_->Abort();
+  work_.Abort();
 }
 
 void EngineRunner::Shutdown(TickCount patience) {
-  if (process_ != nullptr) AsynchAbort();
+  AsynchAbort();
   if (engine_) engine_->Shutdown(patience);
+}
+
+std::string EngineRunner::TableText(bool pop, const SessionResult& ended) const {
+  if (!pop) return SmtpErrorText(ended.number);
+  return PopErrorText(ended.number, ports_.composing.codePage.ToText(ended.words));
 }
 
 std::string EngineRunner::ErrorText(MailSystemId system, std::int32_t number) const {
   const bool popIsAtWork = engine_ && engine_->ProtocolSelector() == smtppop::Protocol::Pop;
   const bool pop =
       system == mail_system::kPop3 || (system == mail_system::kInternet && popIsAtWork);
-  if (!pop) return SmtpErrorText(number);
-  return PopErrorText(number,
-                      engine_ ? ports_.composing.codePage.ToText(engine_->LastPOPErrorDescription())
-                              : std::string());
+  return TableText(pop, {number, engine_ ? engine_->LastPOPErrorDescription() : std::string()});
 }
 
-MailResult EngineRunner::ResultOf(const EngineProcess& process, const EngineStep& step,
-                                  std::int32_t number) {
-  if (number == kBackEndSuccess) return {};
-  const bool pop = step.adapter == EngineStep::Adapter::Pop;
+MailResult EngineRunner::ResultOf(const EngineProcess& process, const SessionResult& ended) {
+  if (ended.number == internet_error::kSuccess) return {};
+  const bool pop = Engine().ProtocolSelector() == smtppop::Protocol::Pop;
   // Codes 2 and 4 mean that there was no connection, whatever it was wanted for.
   const bool connected =
-      number != SocketConnect::kNotConnected && number != SocketConnect::kNotStarted;
-  const std::string context = connected ? step.context : pop ? kPopLoginFailed : kSmtpLoginFailed;
-  auto text = ErrorText(process.system, number);
+      ended.number != internet_error::kNotConnected && ended.number != internet_error::kNotStarted;
+  const auto* const login = pop ? kPopLoginFailed : kSmtpLoginFailed;
+  const std::string context = connected && process.context != nullptr ? process.context : login;
+  auto text = TableText(pop, ended);
   if (process.errorDisplay) {
-    ports_.messageBox.Show(pop ? "POP Mail Error" : "SMTP Mail Error",
-                           TrimmedCopy(context + ": {" + std::to_string(number) + "} " + text),
-                           MessageBoxPort::Icon::Critical);
+    ports_.messageBox.Show(
+        pop ? "POP Mail Error" : "SMTP Mail Error",
+        TrimmedCopy(context + ": {" + std::to_string(ended.number) + "} " + text),
+        MessageBoxPort::Icon::Critical);
   }
-  if (text.empty()) text = context;
-  return {number, std::move(text)};
+  return {ended.number, text.empty() ? context : std::move(text)};
 }
 
 }  // namespace quillon

@@ -1,16 +1,17 @@
 // Has the engine do what a call asks for: to its end while the client waits, or, with an object
-// registered, step by step out of the event loop.
+// registered, out of the event loop after the call has returned.
 //
 // One call at a time: the loop serves other calls while it waits, and those must not enter a
-// session that is at work.
+// session that is at work. The work of a call is stored and begun without a turn of the event loop
+// between the two, so that no other call finds it half begun.
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "core/Operation.h"
 #include "internet/ProgressReporter.h"
 #include "internet/smtppop.h"
 #include "mail/AsynchNotifier.h"
@@ -21,23 +22,15 @@
 
 namespace quillon {
 
-// One engine operation, and what is done with its result.
-struct EngineStep {
-  enum class Adapter { Pop, Smtp };
-
-  Adapter adapter;
-  const char* context;  // what has failed when it fails
-  std::function<void(smtppop&)> begin;
-  std::function<void(std::int32_t result)> finish = [](std::int32_t) {};
-};
-
-// What a call has the engine do.
+// What a call has the engine do, beside the work itself.
 struct EngineProcess {
+  const char* member = "";                           // of the server
   std::int32_t operation = asynch_operation::kNone;  // none: the client waits in any case
+  const char* context = nullptr;                     // what has failed when it fails; a login
   MailSystemId system = mail_system::kNone;
   bool errorDisplay = false;  // failures are shown in a box
   DisplayOptions display;
-  std::deque<EngineStep> steps;  // one after the other, as long as they succeed
+  std::function<void()> whenOver;  // however it ends
 };
 
 struct RunnerPorts {
@@ -55,15 +48,13 @@ class EngineRunner {
 
   explicit EngineRunner(const RunnerPorts& ports);
 
-  // Runs the process, or starts it when an object is registered; then the result is success, and
-  // the object hears of its own. Throws ServerError 522 for what was aborted.
-  MailResult Perform(Call& call, EngineProcess process);
-  // One step, to its end.
-  MailResult Run(const EngineProcess& process, const EngineStep& step);
+  // Runs the work, or starts it when an object is registered; then the result is success, and the
+  // object hears of the work's own. Throws ServerError 522 for what was aborted.
+  MailResult Perform(Call& call, EngineProcess process, Task<SessionResult> work);
 
   // What has been started for a client's object ends, without an event; else as Abort.
   void AsynchAbort();
-  // Ends the running operation with 522. Callable from inside its wait.
+  // Ends what is running with 522. Callable from inside its wait.
   void Abort();
   // Ends what is running and leaves both servers, in `patience` milliseconds at most.
   void Shutdown(TickCount patience);
@@ -74,17 +65,19 @@ class EngineRunner {
   std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
-  void BeginStep();
-  void EndStep();
-  void EndProcess(MailResult result);
-  // Gives a number its text, or the words of the step that failed; shows it when error display is
-  // on.
-  MailResult ResultOf(const EngineProcess& process, const EngineStep& step, std::int32_t number);
+  MailResult Wait(const EngineProcess& process);
+  // What has been started is done.
+  void EndProcess();
+  MailResult TakeResult(const EngineProcess& process);
+  // The number with its text, or the words of what has failed; shown when error display is on.
+  MailResult ResultOf(const EngineProcess& process, const SessionResult& ended);
+  std::string TableText(bool pop, const SessionResult& ended) const;
 
   RunnerPorts ports_;
   ProgressReporter reporter_;
   std::unique_ptr<smtppop> engine_;         // made on first use
-  std::shared_ptr<EngineProcess> process_;  // that goes on by itself
+  Operation<SessionResult> work_;           // what is running
+  std::shared_ptr<EngineProcess> process_;  // whose work goes on by itself
   bool busy_ = false;
 };
 

@@ -11,8 +11,6 @@ namespace quillon {
 
 namespace {
 
-constexpr std::int32_t kSomeRefused = 20;
-
 // How long the last Server of a process may take to leave the servers, in milliseconds.
 constexpr TickCount kShutdownPatience = 1000;
 
@@ -46,10 +44,13 @@ InternetBackEnd::InternetBackEnd(const InternetPorts& ports, InternetProduct pro
                ports.notifier,
                ports.progress}) {}
 
-EngineProcess InternetBackEnd::NewProcess(const MailRequest& request, std::int32_t operation) {
+EngineProcess InternetBackEnd::NewProcess(const MailRequest& request, const char* member,
+                                          std::int32_t operation, const char* context) {
   const auto& internet = request.shared.internet;
   EngineProcess process;
+  process.member = member;
   process.operation = operation;
+  process.context = context;
   process.system = request.instance.mailSystem;
   process.errorDisplay = request.instance.errorDisplay != kFalse;
   const bool sends = operation == asynch_operation::kSend;
@@ -73,100 +74,113 @@ MailResult InternetBackEnd::Login(MailRequest& request) {
   const bool smtp = system == mail_system::kSmtp || (ServesSmtp(system) && smtpData);
   const bool pop = system == mail_system::kPop3 ||
                    (ServesPop(system) && (!instance.postOffice.empty() || !smtp));
-  auto process = NewProcess(request, asynch_operation::kLogin);
+  Logins logins;
   if (pop) {
     login_.PreparePop(request);
-    process.steps.push_back(
-        {EngineStep::Adapter::Pop, kPopLoginFailed,
-         [settings = Pop(request)](smtppop& engine) { engine.BeginLoginPOP(settings); }});
+    logins.push_back(Engine().LoginPOP(Pop(request)));
   }
   if (smtp) {
     login_.PrepareSmtp(request);
-    process.steps.push_back(
-        {EngineStep::Adapter::Smtp, kSmtpLoginFailed,
-         [settings = Smtp(request)](smtppop& engine) { engine.BeginLoginSMTP(settings); }});
+    logins.push_back(Engine().LoginSMTP(Smtp(request)));
   }
-  return runner_.Perform(call, std::move(process));
+  return runner_.Perform(call, NewProcess(request, "Login", asynch_operation::kLogin, nullptr),
+                         LoginAll(std::move(logins)));
+}
+
+Task<SessionResult> InternetBackEnd::LoginAll(Logins logins) {
+  SessionResult result;
+  for (auto& login : logins) {
+    result = co_await login;
+    if (result.number != internet_error::kSuccess) break;
+  }
+  co_return result;
 }
 
 // Of both protocols, also when the first one fails.
 MailResult InternetBackEnd::Logout(MailRequest& request) {
-  const EngineRunner::Call call(runner_);
+  EngineRunner::Call call(runner_);
   const auto system = request.instance.mailSystem;
-  const auto process = NewProcess(request, asynch_operation::kNone);
+  const auto leave = [&](const char* context, Task<SessionResult> logout) {
+    return runner_.Perform(call, NewProcess(request, "Logout", asynch_operation::kNone, context),
+                           std::move(logout));
+  };
   MailResult result;
   if (ServesSmtp(system)) {
-    result = runner_.Run(process, {EngineStep::Adapter::Smtp, "Failed to Log off of SMTP server.",
-                                   [](smtppop& engine) { engine.BeginLogoutSMTP(); }});
+    result = leave("Failed to Log off of SMTP server.", Engine().LogoutSMTP());
   }
   if (ServesPop(system)) {
-    auto popResult =
-        runner_.Run(process, {EngineStep::Adapter::Pop, "Failed to Log off of POP server.",
-                              [](smtppop& engine) { engine.BeginLogoutPOP(); }});
+    auto popResult = leave("Failed to Log off of POP server.", Engine().LogoutPOP());
     if (!popResult.Succeeded()) result = std::move(popResult);
   }
-  if (result.number == error_code::kUserAborted) throw ServerError(error_code::kUserAborted);
   return result;
 }
 
 MailResult InternetBackEnd::Send(MailRequest& request) {
   RequireSmtp(request);
   EngineRunner::Call call(runner_);
-  auto& shared = request.shared;
-  const auto& switches = shared.switches;
-  shared.message.refusedRecipients.clear();
+  auto& message = request.shared.message;
+  const auto& switches = request.shared.switches;
+  message.refusedRecipients.clear();
   login_.PrepareSmtp(request);
+  auto host = login_.SmtpHost(request);
   const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
                                    switches.blockSize};
-  auto process = NewProcess(request, asynch_operation::kSend);
-  process.steps.push_back(
-      {EngineStep::Adapter::Smtp, "Failed to send the message.",
-       [settings = Smtp(request),
-        message = std::make_shared<OutgoingMessage>(MessageOf(request, product_, ports_.codePage)),
-        composing, override = Bytes(switches.envelopeRecipient)](smtppop& engine) {
-         engine.BeginSend(settings, std::move(*message), composing, override);
-       },
-       [this, &shared, host = login_.SmtpHost(request)](std::int32_t result) {
-         for (const auto& recipient : runner_.Engine().RefusedRecipients()) {
-           shared.message.refusedRecipients.push_back(Text(recipient));
-         }
-         if (result == kBackEndSuccess || result == kSomeRefused) login_.RememberServer(host);
-       }});
-  return runner_.Perform(call, std::move(process));
+  auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
+                               composing, Bytes(switches.envelopeRecipient));
+  auto process =
+      NewProcess(request, "Send", asynch_operation::kSend, "Failed to send the message.");
+  process.whenOver = [this, &message] {
+    for (const auto& recipient : Engine().RefusedRecipients()) {
+      message.refusedRecipients.push_back(Text(recipient));
+    }
+  };
+  return runner_.Perform(call, std::move(process), Sent(std::move(sending), std::move(host)));
+}
+
+Task<SessionResult> InternetBackEnd::Sent(Task<SessionResult> sending, std::string host) {
+  auto result = co_await sending;
+  const bool wentOut =
+      result.number == internet_error::kSuccess || result.number == internet_error::kSomeRefused;
+  if (wentOut) login_.RememberServer(host);
+  co_return result;
 }
 
 MailResult InternetBackEnd::LoadMessageHeaders(MailRequest& request) {
   const auto single = static_cast<std::uint32_t>(request.shared.switches.singleHeader);
-  if (single == 0) return LoadHeaders(request, {HeaderRequest::Kind::All});
-  return LoadHeaders(request, {HeaderRequest::Kind::Single, single});
+  auto wanted = single == 0 ? HeaderRequest{HeaderRequest::Kind::All}
+                            : HeaderRequest{HeaderRequest::Kind::Single, single};
+  return LoadHeaders(request, "LoadMessageHeaders", asynch_operation::kLoadMessageHeaders, wanted);
 }
 
 MailResult InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
-  return LoadHeaders(request, {HeaderRequest::Kind::Identifiers});
+  return LoadHeaders(request, "LoadMessageIdentifiers", asynch_operation::kLoadMessageIdentifiers,
+                     {HeaderRequest::Kind::Identifiers});
 }
 
-MailResult InternetBackEnd::LoadHeaders(MailRequest& request, HeaderRequest wanted) {
+MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member,
+                                        std::int32_t operation, HeaderRequest wanted) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   const auto& instance = request.instance;
-  const auto collector = std::make_shared<HeaderCollector>(
+  auto collector = std::make_unique<HeaderCollector>(
       HeaderOptions{static_cast<std::size_t>(instance.maximumHeaders),
                     instance.unreadOnly != kFalse, Bytes(instance.dateFormat)});
-  auto process = NewProcess(request, wanted.kind == HeaderRequest::Kind::Identifiers
-                                         ? asynch_operation::kLoadMessageIdentifiers
-                                         : asynch_operation::kLoadMessageHeaders);
-  process.steps.push_back(
-      {EngineStep::Adapter::Pop, "Failed to load the message headers.",
-       [settings = Pop(request), wanted, collector, &shared = request.shared](smtppop& engine) {
-         engine.BeginLoadMessageHeaders(settings, wanted, *collector);
-         shared.headers = {};  // its memory serves the new one
-       },
-       [this, &shared = request.shared, collector](std::int32_t result) {
-         if (result == kBackEndSuccess)
-           shared.headers = TextTable(std::move(collector->Table()), ports_.codePage);
-       }});
-  return runner_.Perform(call, std::move(process));
+  auto loading = Engine().LoadMessageHeaders(Pop(request), wanted, *collector);
+  request.shared.headers = {};  // its memory serves the new one
+  return runner_.Perform(
+      call, NewProcess(request, member, operation, "Failed to load the message headers."),
+      HeadersLoaded(std::move(loading), std::move(collector), request.shared.headers));
+}
+
+Task<SessionResult> InternetBackEnd::HeadersLoaded(Task<SessionResult> loading,
+                                                   std::unique_ptr<HeaderCollector> collector,
+                                                   HeaderTable& headers) {
+  auto result = co_await loading;
+  if (result.number == internet_error::kSuccess) {
+    headers = TextTable(std::move(collector->Table()), ports_.codePage);
+  }
+  co_return result;
 }
 
 MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
@@ -174,43 +188,49 @@ MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& coun
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
-  auto process = NewProcess(request, asynch_operation::kNone);
-  process.steps.push_back(
-      {EngineStep::Adapter::Pop, "Failed to count the unread messages.",
-       [&](smtppop& engine) { engine.BeginLoadMessageHeaders(Pop(request), {}, collector); },
-       [&](std::int32_t) { count = static_cast<std::int32_t>(collector.Table().size()); }});
-  return runner_.Perform(call, std::move(process));
+  auto loading = Engine().LoadMessageHeaders(Pop(request), {}, collector);
+  auto result = runner_.Perform(call,
+                                NewProcess(request, "UnreadCount", asynch_operation::kNone,
+                                           "Failed to count the unread messages."),
+                                std::move(loading));
+  count = static_cast<std::int32_t>(collector.Table().size());
+  return result;
 }
 
 MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
-  const auto collector = std::make_shared<MessageCollector>(
+  auto collector = std::make_unique<MessageCollector>(
       ports_.files, ports_.codePage, SplitSettingsOf(request, ports_.files),
       MessageOptions{request.instance.headersInMessage != kFalse,
                      Bytes(request.instance.dateFormat)});
-  auto process = NewProcess(request, asynch_operation::kLoadMessage);
-  process.steps.push_back(
-      {EngineStep::Adapter::Pop, "Failed to load the message.",
-       [settings = Pop(request), number = CurrentNumber(request), collector](smtppop& engine) {
-         engine.BeginLoadMessage(settings, number, *collector);
-       },
-       [this, &shared = request.shared, collector](std::int32_t result) {
-         if (result == kBackEndSuccess) StoreMessage(shared, *collector, ports_.codePage);
-       }});
-  return runner_.Perform(call, std::move(process));
+  auto loading = Engine().LoadMessage(Pop(request), CurrentNumber(request), *collector);
+  return runner_.Perform(call,
+                         NewProcess(request, "LoadMessage", asynch_operation::kLoadMessage,
+                                    "Failed to load the message."),
+                         MessageLoaded(std::move(loading), std::move(collector), request.shared));
+}
+
+Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
+                                                   std::unique_ptr<MessageCollector> collector,
+                                                   SharedState& shared) {
+  auto result = co_await loading;
+  if (result.number == internet_error::kSuccess) {
+    StoreMessage(shared, *collector, ports_.codePage);
+  }
+  co_return result;
 }
 
 MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
-  auto process = NewProcess(request, asynch_operation::kDeleteMessage);
-  process.steps.push_back({EngineStep::Adapter::Pop, "Failed to delete the message.",
-                           [settings = Pop(request), number = CurrentNumber(request)](
-                               smtppop& engine) { engine.BeginDeleteMessage(settings, number); }});
-  return runner_.Perform(call, std::move(process));
+  auto deleting = Engine().DeleteMessage(Pop(request), CurrentNumber(request));
+  return runner_.Perform(call,
+                         NewProcess(request, "DeleteMessage", asynch_operation::kDeleteMessage,
+                                    "Failed to delete the message."),
+                         std::move(deleting));
 }
 
 MailResult InternetBackEnd::MoveCopyMessage(MailRequest& request, const std::string&, bool) {
@@ -224,12 +244,12 @@ MailResult InternetBackEnd::ResolveName(MailRequest& request, const std::string&
   RequireSmtp(request);
   EngineRunner::Call call(runner_);
   login_.PrepareSmtp(request);
-  auto process = NewProcess(request, asynch_operation::kNone);
-  process.steps.push_back(
-      {EngineStep::Adapter::Smtp, "Failed to resolve the name.",
-       [&](smtppop& engine) { engine.BeginResolveAddress(Smtp(request), Bytes(name)); },
-       [&](std::int32_t) { resolved = Text(runner_.Engine().ResolvedAddress()); }});
-  auto result = runner_.Perform(call, std::move(process));
+  auto resolving = Engine().ResolveAddress(Smtp(request), Bytes(name));
+  auto result = runner_.Perform(
+      call,
+      NewProcess(request, "ResolveName", asynch_operation::kNone, "Failed to resolve the name."),
+      std::move(resolving));
+  resolved = Text(Engine().ResolvedAddress());
   const bool bare = !resolved.empty() && resolved.find('<') == std::string::npos;
   if (withAddress && bare) resolved = name + " <" + resolved + ">";
   return result;

@@ -11,7 +11,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "internet/EngineRunner.h"
 #include "internet/LoginData.h"
@@ -71,9 +73,25 @@ class InternetBackEnd final : public BackEnd {
   std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
-  EngineProcess NewProcess(const MailRequest& request, std::int32_t operation);
-  MailResult LoadHeaders(MailRequest& request, HeaderRequest wanted);
+  using Logins = std::vector<Task<SessionResult>>;
 
+  EngineProcess NewProcess(const MailRequest& request, const char* member, std::int32_t operation,
+                           const char* context);
+  MailResult LoadHeaders(MailRequest& request, const char* member, std::int32_t operation,
+                         HeaderRequest wanted);
+
+  // The work of a call: the engine's, and what is done with its result. The call may have returned
+  // by then, and its Server may be gone.
+  static Task<SessionResult> LoginAll(Logins logins);
+  Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
+  Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
+                                    std::unique_ptr<HeaderCollector> collector,
+                                    HeaderTable& headers);
+  Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
+                                    std::unique_ptr<MessageCollector> collector,
+                                    SharedState& shared);
+
+  smtppop& Engine() { return runner_.Engine(); }
   PopSettings Pop(const MailRequest& request) const {
     return PopSettingsOf(request, ports_.codePage);
   }

@@ -1,21 +1,45 @@
 #include "internet/MailSession.h"
 
+#include <exception>
 #include <new>
 #include <system_error>
 #include <utility>
 
-#include "core/ErrorCode.h"
-
 namespace quillon {
 
-namespace {
+// Closes the connection when the frame that holds it goes, unless the session is kept.
+class MailSession::Closing {
+ public:
+  explicit Closing(MailSession& session) : session_(&session) {}
+  ~Closing() {
+    if (session_ != nullptr) session_->CloseConnection();
+  }
+  Closing(const Closing&) = delete;
+  Closing& operator=(const Closing&) = delete;
+  void Keep() noexcept { session_ = nullptr; }
 
-constexpr std::int32_t kTimedOut = 27;
-constexpr std::int32_t kSendTimedOut = 28;
-constexpr std::int32_t kNetworkError = 29;
-constexpr std::int32_t kOverflow = 30;
+ private:
+  MailSession* session_;
+};
 
-}  // namespace
+void MailSession::Wait::End(const Heard& heard) {
+  session_.wait_ = nullptr;
+  heard_ = heard;
+  suspended_.Resume();
+}
+
+void MailSession::Wait::Fail(std::exception_ptr failure) {
+  session_.wait_ = nullptr;
+  failure_ = std::move(failure);
+  suspended_.Resume();
+}
+
+MailSession::Heard MailSession::Wait::await_resume() {
+  if (failure_) std::rethrow_exception(failure_);
+  if (heard_) return *heard_;
+  const bool whole = *std::exchange(session_.written_, std::nullopt);
+  return {whole ? Heard::What::Written : Heard::What::Unreadable, {}, true, true};
+}
 
 MailSession::MailSession(const SessionPorts& ports, std::string_view name)
     : ports_(ports),
@@ -25,53 +49,116 @@ MailSession::MailSession(const SessionPorts& ports, std::string_view name)
       writer_(ports.loop, socket_,
               [this] {
                 Log("Network timeout on send.");
-                FinishAndClose(kSendTimedOut);
+                Fail(SessionFailure{internet_error::kSendTimedOut});
               }),
       protocolTimer_(ports.loop, [this] { OnSilence(); }),
       loginTimer_(ports.loop, [this] { OnSilence(); }) {}
 
-void MailSession::Begin(const SessionSettings& settings, bool mayReconnect) {
-  const bool otherServer = settings.host != settings_.host || settings.port != settings_.port;
-  if (Connected() && (otherServer || !loggedIn_)) FinishAndQuit(kSessionSuccess);
-  settings_ = settings;
-  writer_.SetTimeout(settings.timeoutSend);
-  done_ = heard_ = false;
-  mayReconnect_ = loggedIn_ && mayReconnect;
-  if (loggedIn_) return OnReady();
-  Connect();
+Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dialogue) {
+  using Connection = SessionFailure::Connection;
+  TakeNote();
+  if (!loggedIn_ || !settings.SameServer(settings_)) TakeLeave();
+  settings_ = std::move(settings);
+  writer_.SetTimeout(settings_.timeoutSend);
+  Closing closing(*this);
+  SessionResult result;
+  auto connection = Connection::Stays;
+  try {
+    co_await OnSession(dialogue);
+  } catch (const SessionFailure& failure) {
+    result = {failure.number, failure.words};
+    connection = failure.connection;
+  } catch (const std::bad_alloc&) {
+    result.number = internet_error::kOverflow;
+    connection = Connection::IsClosed;
+  }
+  protocolTimer_.Stop();
+  loginTimer_.Stop();
+  if (connection == Connection::TakesLeave) TakeLeave();
+  if (connection == Connection::Stays) closing.Keep();
+  co_return result;
 }
 
-void MailSession::Connect() {
+Task<> MailSession::OnSession(const Dialogue& dialogue) {
+  if (loggedIn_) {
+    heard_ = false;
+    try {
+      co_await dialogue();
+      co_return;
+    } catch (const ConnectionLost&) {
+      // The server had given the idle connection up before it could hear of this dialogue: nothing
+      // has been done yet, so it can begin again.
+      if (heard_) throw;
+    }
+  }
+  co_await Connect();
+  co_await LogIn();
+  co_await dialogue();
+}
+
+Task<SessionResult> MailSession::Part(Dialogue dialogue) {
+  TakeNote();
+  const Closing closing(*this);
+  SessionResult result;
+  if (!loggedIn_) co_return result;
+  try {
+    co_await dialogue();
+  } catch (const SessionFailure& failure) {
+    result = {failure.number, failure.words};
+  }
+  co_return result;
+}
+
+Task<> MailSession::Connect() {
   LogMilestone("Attempting to connect... ");
   connect_.Start(settings_.host, settings_.port, settings_.timeoutConnect,
                  [this](std::unique_ptr<ByteStream> stream, std::int32_t code) {
                    OnConnectResult(std::move(stream), code);
                  });
+  co_await Wait(*this, Wait::For::Connection);
 }
 
 void MailSession::OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code) {
   if (stream == nullptr) {
     LogException(connect_.LastError());
-    return FinishAndClose(code);
+    return Fail(SessionFailure{code});
   }
   socket_.Attach(std::move(stream));
   loginTimer_.Start(settings_.timeoutConnect);
   AwaitReply();
-  OnConnected();
+  wait_->End({});
 }
 
-void MailSession::SendCommand(std::string_view line, std::string_view logged) {
+void MailSession::Say(std::string_view line, std::string_view logged) {
   AwaitReply();
-  SendUnawaited(line, logged);
+  SayMore(line, logged);
 }
 
-void MailSession::SendUnawaited(std::string_view line, std::string_view logged) {
-  if (!writer_.WriteCommand(line)) return FinishAndClose(kNetworkError);
+void MailSession::SayMore(std::string_view line, std::string_view logged) {
+  if (!writer_.WriteCommand(line)) throw SessionFailure{internet_error::kConnectionLost};
   Log(name_ + " Tx: ", logged.empty() ? line : logged);
 }
 
-void MailSession::AwaitReply() {
-  protocolTimer_.Start(settings_.timeoutProtocol);
+MailSession::Wait MailSession::NextLine() {
+  return {*this, Wait::For::Line};
+}
+
+MailSession::Wait MailSession::NextData() {
+  return {*this, Wait::For::Data};
+}
+
+MailSession::Wait MailSession::WriteAll(DataSource& source) {
+  writer_.SocketSendData(source, [this](bool whole) {
+    written_ = whole;
+    if (wait_ == nullptr || !wait_->Is(Wait::For::Writing)) return;
+    written_.reset();
+    wait_->End({whole ? Heard::What::Written : Heard::What::Unreadable, {}, true, true});
+  });
+  return UntilWritten();
+}
+
+MailSession::Wait MailSession::UntilWritten() {
+  return {*this, Wait::For::Writing};
 }
 
 void MailSession::LoggedIn() {
@@ -80,56 +167,54 @@ void MailSession::LoggedIn() {
   Status("Logged in successfully.");
 }
 
-void MailSession::Finish(std::int32_t result) {
-  protocolTimer_.Stop();
-  loginTimer_.Stop();
-  result_ = result;
-  if (!std::exchange(done_, true)) ports_.listener.OnFinished();
-}
-
-void MailSession::FinishAndQuit(std::int32_t result) {
-  if (Connected() && !writer_.Busy()) {
+void MailSession::TakeLeave() {
+  if (socket_.IsOpen() && !writer_.Busy()) {
     writer_.WriteCommand("QUIT");
     Log(name_ + " Tx: ", "QUIT");
   }
-  FinishAndClose(result);
-}
-
-void MailSession::FinishAndClose(std::int32_t result) {
   CloseConnection();
-  Finish(result);
-}
-
-void MailSession::CloseConnection() {
-  connect_.Cancel();
-  writer_.Break();
-  if (socket_.IsOpen()) Log(name_ + " socket closed.");
-  socket_.Close();
-  loggedIn_ = false;
-  OnDisconnected();
-}
-
-void MailSession::Abort() {
-  if (Active()) FinishAndClose(error_code::kUserAborted);
 }
 
 void MailSession::Disconnect() {
-  if (Active()) return FinishAndClose(kNetworkError);
   CloseConnection();
+}
+
+void MailSession::CloseConnection() {
+  protocolTimer_.Stop();
+  loginTimer_.Stop();
+  connect_.Cancel();
+  writer_.Break();
+  written_.reset();
+  if (socket_.IsOpen()) Log(name_ + " socket closed.");
+  socket_.Close();
+  loggedIn_ = inLongLine_ = false;
+}
+
+template <typename Failure>
+void MailSession::Fail(const Failure& failure) {
+  if (wait_ != nullptr) wait_->Fail(std::make_exception_ptr(failure));
 }
 
 void MailSession::OnSilence() {
   Log(name_ + " time-out: ", "no reply from the server.");
-  FinishAndClose(kTimedOut);
+  Fail(SessionFailure{internet_error::kTimedOut});
 }
 
+// A line that nobody waits for is not interpreted. A reply line that is longer than the socket's
+// buffer is read by its begin.
 void MailSession::OnLine(std::string_view text, bool complete) {
   heard_ = true;
-  try {
-    OnReplyLine(text, complete);
-  } catch (const std::bad_alloc&) {
-    FinishAndClose(kOverflow);
+  const bool starts = !std::exchange(inLongLine_, !complete);
+  if (wait_ == nullptr || wait_->Is(Wait::For::Connection)) {
+    if (starts) Log(name_ + " Bogus RX: ", text);
+    return;
   }
+  if (starts || wait_->Is(Wait::For::Data)) wait_->End({Heard::What::Line, text, starts, complete});
+}
+
+// Once for what came together: a message may have millions of lines.
+void MailSession::OnLinesRead() {
+  if (wait_ != nullptr && wait_->Is(Wait::For::Data)) AwaitReply();
 }
 
 // Only CR LF ends a reply (RFC 5321, 2.3.8; RFC 1939, 3), so what the server did not get to say to
@@ -142,15 +227,8 @@ void MailSession::OnUnfinishedLine(std::string_view text) {
 void MailSession::OnClosed(int error) {
   if (error != 0) LogException(error);
   Log(name_ + " socket closed.");
-  const auto number = LossNumber();
-  const bool wasActive = Active();
   CloseConnection();
-  if (!wasActive) return;
-  protocolTimer_.Stop();
-  // The server had given the idle connection up before it could hear of this operation: nothing has
-  // been done yet, so it can begin again.
-  if (std::exchange(mayReconnect_, false) && !heard_) return Connect();
-  Finish(number);
+  Fail(ConnectionLost());
 }
 
 // The system has no error for a host that just does not answer.

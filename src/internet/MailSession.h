@@ -1,19 +1,27 @@
-// What the SMTP and the POP3 session share: the connection, the waiting for replies, and how an
-// operation ends.
+// What the SMTP and the POP3 session share: the connection, the waiting for replies, and how a
+// dialogue ends.
 //
-// A session works by events alone. An operation is begun, takes each step when the reply to the one
-// before arrives, and is done with a result; whoever wants to wait runs the loop until Done(). One
-// operation at a time. Results: -1 success, a reply code, or a number of the protocol's error
-// table:
-//   2, 4   no connection (SocketConnect)        27   no reply within TimeoutProtocol, or no login
-//   within TimeoutConnect 28     nothing could be written for the send time-out     522   aborted
-// After any of them the connection is closed, so that the next operation starts with a fresh one.
+// A session's operation is a Task that reads like the dialogue of its RFC: say something, await the
+// reply, decide. One operation at a time. What ends a dialogue early is thrown inside it as a
+// SessionFailure; the operation's result is always a SessionResult, with -1 for success, a reply
+// code, or a number of the protocol's error table. Those that both protocols share:
+//   2, 4   no connection (SocketConnect)
+//   27     no reply within TimeoutProtocol, or no login within TimeoutConnect
+//   28     nothing could be written for the send time-out
+//   29     the connection was lost
+//   30     more data than there is room for
+// After any of them, and when the operation is destroyed where it waits, the connection is closed,
+// so that the next operation starts with a fresh one.
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "core/Task.h"
+#include "internet/InternetError.h"
 #include "internet/ProtocolLog.h"
 #include "internet/SessionListener.h"
 #include "net/LineSocket.h"
@@ -22,8 +30,6 @@
 #include "ports/LocalClock.h"
 
 namespace quillon {
-
-inline constexpr std::int32_t kSessionSuccess = -1;
 
 struct SessionPorts {
   EventLoop& loop;
@@ -40,6 +46,30 @@ struct SessionSettings {
   TickCount timeoutConnect = 30000;
   TickCount timeoutProtocol = 10000;
   TickCount timeoutSend = 9000;  // of a blocked write
+
+  bool SameServer(const SessionSettings& other) const {
+    return host == other.host && port == other.port;
+  }
+};
+
+struct SessionResult {
+  std::int32_t number = internet_error::kSuccess;
+  std::string words;  // the server's, for a number that stands for them
+};
+
+// Ends a dialogue.
+struct SessionFailure {
+  // What becomes of the connection.
+  enum class Connection { Stays, TakesLeave, IsClosed };
+
+  std::int32_t number;
+  Connection connection = Connection::IsClosed;
+  std::string words = {};
+};
+
+// The server closed the connection, or it broke.
+struct ConnectionLost : SessionFailure {
+  ConnectionLost() : SessionFailure{internet_error::kConnectionLost} {}
 };
 
 class MailSession : private LineSocket::Handler {
@@ -48,43 +78,59 @@ class MailSession : private LineSocket::Handler {
   MailSession(const MailSession&) = delete;
   MailSession& operator=(const MailSession&) = delete;
 
-  bool Done() const noexcept { return done_; }
-  std::int32_t Result() const noexcept { return result_; }
   bool LoginStatus() const noexcept { return loggedIn_; }
 
-  // Ends the running operation with 522.
-  void Abort();
+  // Takes note of what came while nothing was under way, most of all, that the server has hung up.
+  void TakeNote() { socket_.Poll(); }
 
-  // Closes the connection without a word. The running operation, if any, ends with 29.
+  // Says QUIT without waiting for the answer, unless data is still on its way, and closes.
+  void TakeLeave();
+
+  // Closes the connection without a word. Nothing may be under way.
   void Disconnect();
 
  protected:
+  // What has been waited for: a line or a piece of a very long one, whose text lives until the next
+  // wait; or the end of what was being written.
+  struct Heard {
+    enum class What { Line, Written, Unreadable };  // the last: the source failed
+
+    What what = What::Line;
+    std::string_view text;
+    bool starts = true;     // the piece is the first one of its line
+    bool completes = true;  // and the last one
+  };
+  class Wait;
+  using Dialogue = std::function<Task<>()>;
+
   // `name` is "SMTP" or "POP".
   MailSession(const SessionPorts& ports, std::string_view name);
 
-  // Starts an operation on the connection that is there, or on a new one. When the server has given
-  // the old connection up without answering to the operation, a new one is made if `mayReconnect`.
-  void Begin(const SessionSettings& settings, bool mayReconnect = true);
+  // Runs a dialogue on the session that is there, or logs in for it. When the server has given the
+  // old connection up without answering to the dialogue, it is begun once more on a new one.
+  Task<SessionResult> Converse(SessionSettings settings, Dialogue dialogue);
+  // Runs the dialogue that ends the session. The connection is closed whatever comes of it.
+  Task<SessionResult> Part(Dialogue dialogue);
 
-  // Writes a command whose reply is awaited. `logged` is what the log shows of it, when that
-  // differs.
-  void SendCommand(std::string_view line, std::string_view logged = {});
-  // Without starting a wait, while one is on.
-  void SendUnawaited(std::string_view line, std::string_view logged = {});
-  void AwaitReply();
-  void ReplyCame() { protocolTimer_.Stop(); }
+  // Writes a command and starts the clock for its reply. `logged` is what the log shows of it, when
+  // that differs. SayMore leaves the clock as it is.
+  void Say(std::string_view line, std::string_view logged = {});
+  void SayMore(std::string_view line, std::string_view logged = {});
+
+  // Each wait gives a Heard or throws SessionFailure.
+  // The next line that starts, before the clock that AwaitReply starts has run out.
+  Wait NextLine();
+  // The next line or piece of data; each read starts the clock anew.
+  Wait NextData();
+  // Writes all of the source, which must live until then. A line that starts is given first; then
+  // UntilWritten goes on with the wait.
+  Wait WriteAll(DataSource& source);
+  Wait UntilWritten();
+  void AwaitReply() { protocolTimer_.Start(settings_.timeoutProtocol); }
+  void StopWaiting() { protocolTimer_.Stop(); }
+
   void LoggedIn();
 
-  // Ends the operation; the connection stays.
-  void Finish(std::int32_t result);
-  // Ends the operation and takes leave of the server without waiting for its answer, unless data is
-  // on its way still.
-  void FinishAndQuit(std::int32_t result);
-  // Ends the operation and closes the connection.
-  void FinishAndClose(std::int32_t result);
-
-  bool Active() const noexcept { return !done_; }
-  bool Connected() const noexcept { return socket_.IsOpen(); }
   void Log(std::string_view prefix, std::string_view text = {}) {
     ports_.log.WriteDebug(prefix, text);
   }
@@ -95,31 +141,30 @@ class MailSession : private LineSocket::Handler {
     ports_.listener.OnProgress(done, total, message);
   }
 
-  LineSocket& Socket() noexcept { return socket_; }
-  SocketWriter& Writer() noexcept { return writer_; }
+  const LineSocket& Socket() const noexcept { return socket_; }
   const SessionPorts& Ports() const noexcept { return ports_; }
 
  private:
-  // The connection has been made: wait for the greeting.
-  virtual void OnConnected() = 0;
-  // The session is logged in already: take the first step of the operation.
-  virtual void OnReady() = 0;
-  virtual void OnReplyLine(std::string_view line, bool complete) = 0;
-  // The connection is gone or going: forget what belonged to it.
-  virtual void OnDisconnected() = 0;
-  // The number for a connection that the server closed in the middle of the operation.
-  virtual std::int32_t LossNumber() const = 0;
+  class Closing;
 
-  // The system's number of the error, and its text.
-  void LogException(int error);
-  void Connect();
+  // From the greeting to LoggedIn.
+  virtual Task<> LogIn() = 0;
+
+  Task<> OnSession(const Dialogue& dialogue);
+  Task<> Connect();
   void OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code);
   void OnLine(std::string_view text, bool complete) override;
+  void OnLinesRead() override;
   void OnUnfinishedLine(std::string_view text) override;
   void OnSendReady() override { writer_.OnSendReady(); }
   void OnClosed(int error) override;
   void OnSilence();
+  // Ends the wait that is on, if any, with an exception.
+  template <typename Failure>
+  void Fail(const Failure& failure);
   void CloseConnection();
+  // The system's number of the error, and its text.
+  void LogException(int error);
 
   SessionPorts ports_;
   std::string name_;
@@ -129,11 +174,43 @@ class MailSession : private LineSocket::Handler {
   SocketWriter writer_;
   Timer protocolTimer_;  // ProtocolTimer: the reply to the last command
   Timer loginTimer_;     // tmrLoginTimer: the login as a whole
+  Wait* wait_ = nullptr;
+  std::optional<bool> written_;  // how the writing has ended, until somebody has waited for that
+  bool inLongLine_ = false;
   bool loggedIn_ = false;
-  bool done_ = true;
-  bool mayReconnect_ = false;  // the operation began on an older connection
-  bool heard_ = false;         // and the server has said something since
-  std::int32_t result_ = kSessionSuccess;
+  bool heard_ = false;  // the server has said something since the dialogue began
+};
+
+// At most one at a time; destroyed while it waits, it is forgotten.
+class MailSession::Wait {
+ public:
+  enum class For { Connection, Line, Data, Writing };
+
+  Wait(MailSession& session, For what) noexcept : session_(session), what_(what) {}
+  ~Wait() {
+    if (session_.wait_ == this) session_.wait_ = nullptr;
+  }
+  Wait(const Wait&) = delete;
+  Wait& operator=(const Wait&) = delete;
+
+  bool Is(For what) const noexcept { return what_ == what; }
+  void End(const Heard& heard);
+  void Fail(std::exception_ptr failure);
+
+  bool await_ready() const noexcept { return what_ == For::Writing && session_.written_; }
+  template <typename Promise>
+  void await_suspend(std::coroutine_handle<Promise> waiting) {
+    suspended_ = Suspended(waiting);
+    session_.wait_ = this;
+  }
+  Heard await_resume();
+
+ private:
+  MailSession& session_;
+  const For what_;
+  Suspended suspended_;
+  std::exception_ptr failure_;
+  std::optional<Heard> heard_;
 };
 
 }  // namespace quillon

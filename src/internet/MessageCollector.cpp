@@ -1,17 +1,18 @@
 #include "internet/MessageCollector.h"
 
+#include "internet/InternetError.h"
+
 namespace quillon {
 
 namespace {
 
 constexpr std::int32_t kGoOn = 0;
-constexpr std::int32_t kCannotWrite = 26;
 constexpr std::string_view kLineEnd = "\r\n";
 
 }  // namespace
 
 std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complete) {
-  if (!splitter_.Line(text, complete)) return kCannotWrite;
+  if (!splitter_.Line(text, complete)) return internet_error::kCannotWrite;
   if (!inHeader_) return kGoOn;
   if (splitter_.InMessageHeader()) {
     OnHeaderPiece(text, complete);
@@ -33,7 +34,7 @@ void MessageCollector::OnHeaderPiece(std::string_view text, bool complete) {
 }
 
 std::int32_t MessageCollector::OnMessageEnd() {
-  return splitter_.Finish(message_) ? kGoOn : kCannotWrite;
+  return splitter_.Finish(message_) ? kGoOn : internet_error::kCannotWrite;
 }
 
 }  // namespace quillon

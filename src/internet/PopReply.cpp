@@ -6,10 +6,9 @@
 
 namespace quillon {
 
-PopReply ParsePopReply(std::string_view line) {
-  if (EqualsIgnoreCase(line.substr(0, 3), "+OK")) return {true, Trim(line.substr(3))};
-  if (EqualsIgnoreCase(line.substr(0, 4), "-ERR")) return {false, Trim(line.substr(4))};
-  return {false, Trim(line)};
+PopReply::PopReply(std::string_view line) : positive(EqualsIgnoreCase(line.substr(0, 3), "+OK")) {
+  const bool negative = EqualsIgnoreCase(line.substr(0, 4), "-ERR");
+  words = Trim(line.substr(positive ? 3 : negative ? 4 : 0));
 }
 
 std::optional<std::uint64_t> TakeNumber(std::string_view& text) {

@@ -4,16 +4,17 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace quillon {
 
 struct PopReply {
-  bool positive = false;
-  std::string_view text;  // the server's words: what follows "+OK" or "-ERR", else the whole line
-};
+  explicit PopReply(std::string_view line);
 
-PopReply ParsePopReply(std::string_view line);
+  bool positive = false;
+  std::string words;  // the server's: what follows "+OK" or "-ERR", else the whole line
+};
 
 // A decimal number that the text begins with; it is taken off together with the blanks before and
 // behind it.

@@ -7,21 +7,19 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 
 #include "internet/MailSession.h"
+#include "internet/PopReply.h"
 
 namespace quillon {
 
 struct PopSettings : SessionSettings {
   std::string loginName;
   std::string password;
-
-  bool SameAccount(const PopSettings& other) const {
-    return loginName == other.loginName && password == other.password;
-  }
 };
 
 // Takes headers and identifiers as they arrive. Lines have no line end, and their dots are
@@ -63,62 +61,42 @@ class PopSession final : private MailSession {
  public:
   explicit PopSession(const SessionPorts& ports) : MailSession(ports, "POP") {}
 
-  using MailSession::Abort;
   using MailSession::Disconnect;
-  using MailSession::Done;
   using MailSession::LoginStatus;
-  using MailSession::Result;
 
-  void BeginLogin(const PopSettings& settings);
-  // Sinks must live until the session is done.
-  void BeginHeaders(const PopSettings& settings, const HeaderRequest& request, HeaderSink& sink);
-  void BeginMessage(const PopSettings& settings, std::uint32_t number, MessageSink& sink);
-  void BeginDelete(const PopSettings& settings, std::uint32_t number);
-  void BeginLogout();
+  Task<SessionResult> Login(PopSettings settings);
+  // Sinks must live as long as the operation.
+  Task<SessionResult> Headers(PopSettings settings, HeaderRequest request, HeaderSink& sink);
+  Task<SessionResult> Message(PopSettings settings, std::uint32_t number, MessageSink& sink);
+  Task<SessionResult> Delete(PopSettings settings, std::uint32_t number);
+  Task<SessionResult> Logout();
 
+  // The server's words in the last refusal of the last operation.
   const std::string& LastErrorDescription() const noexcept { return lastError_; }
 
  private:
-  enum class Operation { None, Login, Headers, Message, Delete, Logout };
-  enum class Command { None, User, Pass, Stat, Uidl, Top, Retr, Dele, Quit };
+  Task<> LogIn() override;
+  Task<> ReadHeaders(HeaderRequest request, HeaderSink& sink);
+  Task<> ReadAllHeaders(HeaderSink& sink);
+  Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
+  Task<> ReadIdentifiers(HeaderSink& sink);
+  Task<> ReadMessage(std::uint32_t number, MessageSink& sink);
+  Task<> MarkDeleted(std::uint32_t number);
+  Task<> Quit();
 
-  void OnConnected() override { lastCommand_ = Command::None; }
-  void OnReady() override;
-  void OnReplyLine(std::string_view line, bool complete) override;
-  void OnLinesRead() override;
-  void OnDisconnected() override;
-  std::int32_t LossNumber() const override;
+  Task<SessionResult> OnAccount(PopSettings settings, Dialogue dialogue);
+  Task<PopReply> Command(std::string line);
+  Task<PopReply> Reply();
+  // One line of data without what the protocol has added to it; null at its end.
+  std::optional<Heard> Content(Heard heard);
+  std::uint32_t AfterDeleted(std::uint32_t number) const;
+  // Ends the operation with what the server has refused.
+  [[noreturn]] void Refused(std::int32_t number, const PopReply& reply,
+                            SessionFailure::Connection connection);
 
-  void Start(const PopSettings& settings, Operation operation);
-  void OnPositive(std::string_view text);
-  void OnNegative(std::string_view text, std::string_view line);
-  void OnStatistics(std::string_view text);
-  void OnData(std::string_view line, bool complete);
-  void OnDataEnd();
-  void OnMessageData(std::string_view line, bool complete);
-  void OnMessageEnd();
-  void OnIdentifierData(std::string_view line);
-  void NextHeader();
-  void Send(Command command, std::string_view line, std::string_view logged = {});
-
-  PopSettings settings_;
-  Operation operation_ = Operation::None;
-  Command lastCommand_ = Command::None;
+  std::string loginName_;
+  std::string password_;
   std::string lastError_;
-
-  bool dataMode_ = false;    // in the lines of a multi-line reply
-  bool inLongLine_ = false;  // and in the middle of one that comes in pieces
-  std::uint64_t dataBytes_ = 0;
-  std::uint64_t dataSize_ = 0;      // of the message, as the server tells it; 0 when it does not
-  std::uint64_t nextProgress_ = 0;  // bytes of it that are worth another word
-  bool inHeader_ = false;           // of the message that TOP shows
-  bool hasAttachments_ = false;     // the message being received, as far as it has come
-
-  HeaderRequest request_;
-  HeaderSink* headers_ = nullptr;
-  MessageSink* message_ = nullptr;
-  std::uint32_t number_ = 0;         // of the message being read or deleted
-  std::uint64_t lastNumber_ = 0;     // of the mailbox
   std::set<std::uint32_t> deleted_;  // in this session
 };
 

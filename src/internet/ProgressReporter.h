@@ -43,7 +43,6 @@ class ProgressReporter final : public SessionListener {
 
   void OnStatus(std::string_view text) override;
   void OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) override;
-  void OnFinished() override {}
 
  private:
   void Post(std::int32_t kind);

@@ -13,8 +13,6 @@ class SessionListener {
   virtual void OnStatus(std::string_view text) = 0;
   // Bytes or messages; `total` is 0 while it is not known, `message` its number in the mailbox.
   virtual void OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) = 0;
-  // The operation is done. Called from inside the session: nothing may be begun here.
-  virtual void OnFinished() = 0;
 };
 
 }  // namespace quillon

@@ -4,15 +4,34 @@
 
 namespace quillon {
 
-SmtpReply ParseSmtpReply(std::string_view line) {
-  SmtpReply reply;
-  std::size_t digits = 0;
-  while (digits < 3 && digits < line.size() && line[digits] >= '0' && line[digits] <= '9') {
-    reply.code = reply.code * 10 + (line[digits++] - '0');
+namespace {
+
+constexpr std::size_t kCodeLength = 3;
+
+// Far more than any reply has; a server could go on for ever.
+constexpr std::size_t kMostBytes = 64U * 1024;
+
+}  // namespace
+
+bool SmtpReply::AddLine(std::string_view line) {
+  code_ = 0;
+  for (const char digit : line.substr(0, kCodeLength)) {
+    if (digit < '0' || digit > '9') break;
+    code_ = code_ * 10 + (digit - '0');
   }
-  reply.isContinuation = line.size() > 3 && line[3] == '-';
-  if (line.size() > 3) reply.text = Trim(line.substr(3));
-  return reply;
+  if (size_ + line.size() > kMostBytes && !lines_.empty()) {
+    size_ -= lines_.back().size();
+    lines_.pop_back();
+  }
+  lines_.emplace_back(line.substr(0, kMostBytes));
+  size_ += lines_.back().size();
+  return line.size() <= kCodeLength || line[kCodeLength] != '-';
+}
+
+std::string_view SmtpReply::Text() const {
+  const auto& last = lines_.back();
+  return last.size() > kCodeLength ? Trim(std::string_view(last).substr(kCodeLength))
+                                   : std::string_view();
 }
 
 std::string_view ForwardPath(std::string_view replyText) {

@@ -1,17 +1,31 @@
-// One line of an SMTP reply (RFC 5321, 4.2).
+// A reply of an SMTP server (RFC 5321, 4.2).
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace quillon {
 
-struct SmtpReply {
-  int code = 0;  // the number that the first three characters begin with; 0 when there is none
-  bool isContinuation = false;  // more lines of the same reply follow
-  std::string_view text;        // after the code, trimmed
-};
+class SmtpReply {
+ public:
+  // Takes the next line; true when it was the last one of the reply.
+  bool AddLine(std::string_view line);
 
-SmtpReply ParseSmtpReply(std::string_view line);
+  // The number that the first three characters of the last line begin with; 0 when there is none.
+  int Code() const noexcept { return code_; }
+  // 250, or 251: what was asked for has been done.
+  bool IsPositive() const noexcept { return code_ == 250 || code_ == 251; }
+  // Each as it came, without its line end. Of an endless reply the first ones and the last.
+  const std::vector<std::string>& Lines() const noexcept { return lines_; }
+  // Of the last line: what stands behind the code, trimmed.
+  std::string_view Text() const;
+
+ private:
+  int code_ = 0;
+  std::vector<std::string> lines_;
+  std::size_t size_ = 0;  // of the lines
+};
 
 // The address between "<" and ">" of a reply that names a forward path; empty when there is none.
 std::string_view ForwardPath(std::string_view replyText);

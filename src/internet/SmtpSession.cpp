@@ -1,6 +1,10 @@
+// The reply codes that have rules of their own: 220, 250 and 251, 354, 501, 550, 551. Any other one
+// from 400 on ends an operation with itself as the result, unless the command says otherwise; any
+// other one below makes no sense.
 #include "internet/SmtpSession.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "internet/InternetErrorText.h"
@@ -10,13 +14,7 @@ namespace quillon {
 
 namespace {
 
-constexpr std::int32_t kInvalidResponse = 3;
-constexpr std::int32_t kTextFailed = 11;
-constexpr std::int32_t kAttachmentsFailed = 12;
-constexpr std::int32_t kTerminatorFailed = 13;
-constexpr std::int32_t kSomeRefused = 20;
-constexpr std::int32_t kConnectionLost = 29;
-constexpr std::int32_t kNotLocal = 556;
+using Connection = SessionFailure::Connection;
 
 // A server that forwards for ever would keep the session for ever.
 constexpr int kMostForwards = 10;
@@ -30,329 +28,259 @@ std::string HostNameText(std::string name) {
   return name.empty() ? "localhost" : name;
 }
 
+// Valid for every host (RFC 5321, 4.1.3).
+std::string AddressLiteral(const LineSocket& socket) {
+  return (socket.IsIPv6() ? "[IPv6:" : "[") + socket.LocalAddress() + "]";
+}
+
+bool IsRefusal(const SmtpReply& reply) {
+  return reply.Code() >= 400 && reply.Code() != 551;
+}
+
+[[noreturn]] void Leave(std::int32_t number) {
+  throw SessionFailure{number, Connection::TakesLeave};
+}
+
 }  // namespace
 
-void SmtpSession::BeginLogin(const SmtpSettings& settings) {
-  settings_ = settings;
-  operation_ = Operation::Login;
-  Begin(settings);
+Task<SessionResult> SmtpSession::Login(SmtpSettings settings) {
+  sender_ = settings.sender;
+  greetWithHelo_ = settings.greetWithHelo;
+  co_return co_await Converse(std::move(settings), []() -> Task<> { co_return; });
 }
 
-void SmtpSession::BeginSend(const SmtpSettings& settings, Envelope envelope, MessageData& message) {
-  settings_ = settings;
-  envelope_ = std::move(envelope);
-  message_ = &message;
+Task<SessionResult> SmtpSession::Send(SmtpSettings settings, Envelope envelope,
+                                      MessageData& message) {
+  sender_ = settings.sender;
+  greetWithHelo_ = settings.greetWithHelo;
   refused_.clear();
-  heloOnDemand_ = false;
-  operation_ = Operation::Send;
-  Begin(settings);
+  co_return co_await Converse(std::move(settings), [&] { return Transaction(envelope, message); });
 }
 
-void SmtpSession::BeginResolve(const SmtpSettings& settings, const std::string& name) {
-  settings_ = settings;
-  name_ = name;
+Task<SessionResult> SmtpSession::Resolve(SmtpSettings settings, std::string name) {
+  sender_ = settings.sender;
+  greetWithHelo_ = settings.greetWithHelo;
   resolved_.clear();
-  operation_ = Operation::Resolve;
-  Begin(settings);
+  co_return co_await Converse(std::move(settings), [&] { return Verify(name); });
 }
 
-void SmtpSession::BeginLogout() {
-  if (!LoginStatus()) return FinishAndClose(kSessionSuccess);
-  operation_ = Operation::Logout;
-  Begin(settings_, false);
+Task<SessionResult> SmtpSession::Logout() {
+  co_return co_await Part([this] { return Quit(); });
 }
 
-void SmtpSession::OnConnected() {
-  lastCommand_ = Command::None;
-  heloOnDemand_ = false;
-}
-
-void SmtpSession::OnReady() {
-  switch (operation_) {
-    case Operation::None:
-    case Operation::Login:
-      return Finish(kSessionSuccess);
-    case Operation::Send:
-      Status("Mail from...");
-      return SendMail();
-    case Operation::Resolve:
-      step_ = Step::Envelope;
-      return Send(Command::Vrfy, "VRFY " + name_);
-    case Operation::Logout:
-      return Send(Command::Quit, "QUIT");
-  }
-}
-
-void SmtpSession::OnDisconnected() {
-  greeted_ = inLongLine_ = false;
-  greeting_ = Greeting::None;
-  step_ = Step::Idle;
-}
-
-std::int32_t SmtpSession::LossNumber() const {
-  if (operation_ == Operation::Logout) return kSessionSuccess;
-  if (step_ == Step::Attachments) return kAttachmentsFailed;
-  if (Writing()) return kTextFailed;
-  return step_ == Step::Terminator ? kTerminatorFailed : kConnectionLost;
-}
-
-// A reply line that is longer than the socket's buffer is read by its begin.
-void SmtpSession::OnReplyLine(std::string_view line, bool complete) {
-  if (std::exchange(inLongLine_, !complete)) return;
-  if (!Active()) return Log("SMTP Bogus RX: ", line);
-  Log("SMTP Rx: ", line);
-  const auto reply = ParseSmtpReply(line);
-  if (!reply.isContinuation) OnReply(reply, line);
-}
-
-void SmtpSession::OnReply(const SmtpReply& reply, std::string_view line) {
-  if (lastCommand_ == Command::Quit) return FinishAndClose(kSessionSuccess);
-  // An answer before the message is out can only refuse it.
-  if (Writing() && reply.code < 400) {
-    return Fail(kInvalidResponse, "Unknown code received from server:\n\n", line);
-  }
-  switch (reply.code) {
-    case 220:
-      return OnServiceReady();
-    case 250:
-    case 251:
-      return OnPositive(reply);
-    case 354:
-      return OnDataWanted();
-    case 551:
-      return OnForward(reply);
-    case 550:
-      return OnRefused(reply);
-    case 501:
-      return OnSyntaxError(reply);
-    default:
-      break;
-  }
-  if (reply.code >= 400) return OnNegative(reply);
-  // 252: the server will not say whether there is such a name (RFC 5321, 3.5.3).
-  if (lastCommand_ == Command::Vrfy && reply.code == 252) return Finish(kSessionSuccess);
-  Fail(kInvalidResponse, "Unknown code received from server:\n\n", line);
-}
-
-void SmtpSession::OnServiceReady() {
-  if (greeted_) return OnSecondGreeting();
-  greeted_ = true;
-  ReplyCame();
+Task<> SmtpSession::LogIn() {
+  auto reply = co_await Reply();
+  if (reply.Code() != 220) Unexpected(reply);
   Status("Connected to server...");
-  if (settings_.greetWithHelo) {
+  if (greetWithHelo_) {
     Status("Sending HELO...");
-    return SendHelo(Greeting::Primary);
+    reply = co_await Hello();
+    if (!reply.IsPositive() && reply.Code() != 220) Unexpected(reply);
+    co_await Reset();
   }
   LoggedIn();
-  OnReady();
 }
 
-// In the middle of an exchange the wait for its reply goes on, so that a server that does nothing
-// but greet ends in a time-out.
-void SmtpSession::OnSecondGreeting() {
-  if (step_ == Step::Idle) return Send(Command::Rset, "RSET");
-  lastCommand_ = Command::Rset;
-  SendUnawaited("RSET");
+// The reply to the first name that the server does not refuse.
+Task<SmtpReply> SmtpSession::Hello() {
+  const std::array<std::string, 3> names = {HostNameText(Ports().network.LocalHostName()), sender_,
+                                            AddressLiteral(Socket())};
+  SmtpReply reply;
+  for (const auto& name : names) {
+    Say("HELO " + name);
+    reply = co_await Reply();
+    if (reply.Code() < 400) co_return reply;
+  }
+  Leave(reply.Code());
 }
 
-void SmtpSession::OnPositive(const SmtpReply& reply) {
-  if (lastCommand_ == Command::Rset && step_ != Step::Idle) return;  // of a second greeting
-  ReplyCame();
-  switch (lastCommand_) {
-    case Command::Helo:
-      if (heloOnDemand_) return SendMail();
-      return Send(Command::Rset, "RSET");
-    case Command::Rset:
-      LoggedIn();
-      return OnReady();
-    case Command::Mail:
-      Status("Sending recipients...");
-      refused_.clear();
-      cursor_ = 0;
-      return NextRecipient();
-    case Command::Rcpt:
-      return NextRecipient();
-    case Command::Data:
-      if (step_ == Step::Terminator && !Writer().Busy()) return OnAccepted();
-      return Fail(kInvalidResponse, "DATA answered without code 354:\n\n", reply.text);
-    case Command::Vrfy:
-      resolved_ = reply.text;
-      return Finish(kSessionSuccess);
-    case Command::None:
-    case Command::Quit:
-      return Fail(kInvalidResponse, "Unknown code received from server:\n\n", reply.text);
+// A refusal is no answer, and a server that greets is asked again.
+Task<> SmtpSession::Reset() {
+  Say("RSET");
+  for (;;) {
+    const auto reply = co_await Reply();
+    if (reply.IsPositive()) co_return;
+    if (reply.Code() == 220) {
+      Say("RSET");
+    } else if (!IsRefusal(reply)) {
+      Unexpected(reply);
+    }
   }
 }
 
-void SmtpSession::OnAccepted() {
-  step_ = Step::Idle;
+// RFC 5321, 3.3.
+Task<> SmtpSession::Transaction(const Envelope& envelope, MessageData& message) {
+  Status("Mail from...");
+  co_await Mail();
+  Status("Sending recipients...");
+  if (envelope.override.empty()) {
+    for (const auto& address : envelope.recipients) co_await Recipient(address, false);
+  } else {
+    co_await Recipient(envelope.override, true);
+  }
+  Status("Sending message...");
+  co_await Data(message);
   Status("Message Sent Successfully");
   LogMilestone("Message sent successfully! ");
-  if (refused_.empty()) return Finish(kSessionSuccess);
-  Status(SmtpErrorText(kSomeRefused));
-  Finish(kSomeRefused);
+  if (refused_.empty()) co_return;
+  Status(SmtpErrorText(internet_error::kSomeRefused));
+  throw SessionFailure{internet_error::kSomeRefused, Connection::Stays};
 }
 
-void SmtpSession::OnDataWanted() {
-  ReplyCame();
-  if (lastCommand_ != Command::Data) {
-    return Fail(kInvalidResponse, "Response code 354 received without DATA command.", {});
+Task<> SmtpSession::Mail() {
+  const auto mail = "MAIL FROM: <" + sender_ + ">";
+  auto reply = co_await Command(mail);
+  if (IsRefusal(reply)) {
+    // The server may want a greeting first; once.
+    reply = co_await Hello();
+    if (reply.Code() == 220) co_await GreetedAgain();
+    if (!reply.IsPositive()) Unexpected(reply);
+    reply = co_await Command(mail);
   }
-  step_ = Step::Text;
-  bytesDone_ = 0;
+  if (!reply.IsPositive()) Unexpected(reply);
+}
+
+Task<> SmtpSession::Recipient(const std::string& address, bool isOnlyOne) {
+  auto path = address;
+  for (int forwards = 0;; ++forwards) {
+    const auto reply = co_await Command("RCPT TO: <" + path + ">");
+    if (reply.IsPositive()) co_return;
+    if (reply.Code() == 550) {
+      refused_.push_back(address);
+      if (isOnlyOne) Leave(550);
+      co_return;
+    }
+    if (reply.Code() == 501) {
+      refused_.push_back(address);
+      Leave(internet_error::kNotLocal);
+    }
+    if (reply.Code() != 551) Unexpected(reply);
+    // The recipient is elsewhere, and the reply says where (RFC 5321, 3.4).
+    path = ForwardPath(reply.Text());
+    if (path.empty() || !IsWireSafe(path)) {
+      Invalid("Error code 551 without an address:\n\n", reply.Text());
+    }
+    if (forwards == kMostForwards) Leave(551);
+  }
+}
+
+Task<> SmtpSession::Data(MessageData& message) {
+  auto reply = co_await Command("DATA");
+  if (reply.IsPositive()) Invalid("DATA answered without code 354:\n\n", reply.Text());
+  if (reply.Code() != 354) Unexpected(reply);
+  StopWaiting();
   LogMilestone("Sending message... ");
-  Writer().SocketSendData(*this, [this](bool written) {
-    if (written) return AwaitReply();
-    FinishAndClose(LossNumber());
-  });
-}
-
-// The message as it goes out, the terminator behind it. A short one leaves in a single write.
-DataSource::State SmtpSession::Fill(std::string& block, std::size_t wanted) {
-  const auto start = block.size();
-  const auto end = start + wanted;
-  for (;;) {
-    const auto section = message_->Current();
-    EnterSection(section);
-    const auto state = message_->Fill(block, end - block.size());
-    if (state == State::Failed) return state;
-    const bool full = block.size() >= end || message_->Current() == section;
-    if (state == State::End || full) {
-      bytesDone_ += block.size() - start;
-      Progress(bytesDone_, message_->Size(), 0);
-    }
-    if (state == State::End) break;
-    if (full) return state;
+  TerminatedMessage outgoing(
+      message, [this](Phase phase) { Enter(phase); },
+      [&](std::uint64_t bytes) { Progress(bytes, message.Size(), 0); });
+  try {
+    co_await Write(outgoing);
+    AwaitReply();
+    reply = co_await Reply();
+    if (reply.Code() == 220) co_await GreetedAgain();
+  } catch (const ConnectionLost&) {
+    throw SessionFailure{outgoing.FailureNumber()};
   }
-  LogMilestone("Sending terminator... ");
-  step_ = Step::Terminator;
-  block += "\r\n.\r\n";
-  return State::End;
+  if (!reply.IsPositive()) Unexpected(reply);
 }
 
-void SmtpSession::EnterSection(MessageData::Section section) {
-  using Section = MessageData::Section;
-  if (section == Section::Alternatives && step_ == Step::Text) {
-    step_ = Step::Alternatives;
-    Status("Sending alternatives...");
-    LogMilestone("Sending alternatives... ");
-  } else if (section == Section::Attachments && step_ != Step::Attachments) {
-    step_ = Step::Attachments;
-    Status("Sending attachments...");
-    LogMilestone("Sending attachments... ");
-  }
-}
-
-// 551: the recipient is elsewhere, and the reply says where.
-void SmtpSession::OnForward(const SmtpReply& reply) {
-  switch (lastCommand_) {
-    case Command::Helo:
-      return GreetOtherwise(reply.code);
-    case Command::Rcpt: {
-      const auto path = ForwardPath(reply.text);
-      if (path.empty() || !IsWireSafe(path)) {
-        return Fail(kInvalidResponse, "Error code 551 without an address:\n\n", reply.text);
+Task<> SmtpSession::Write(TerminatedMessage& message) {
+  SmtpReply early;
+  auto heard = co_await WriteAll(message);
+  while (heard.what == Heard::What::Line) {
+    Log("SMTP Rx: ", heard.text);
+    if (early.AddLine(heard.text)) {
+      if (early.Code() == 220 && message.CurrentPhase() == Phase::Terminator) {
+        AwaitReply();
+        co_await GreetedAgain();
       }
-      if (++forwards_ > kMostForwards) return FinishAndQuit(reply.code);
-      return SendRecipient(path);
+      // An answer before the message is out can only refuse it.
+      if (early.IsPositive()) Invalid("Unknown code received from server:\n\n", heard.text);
+      Unexpected(early);
     }
-    case Command::Vrfy:
-      return Finish(kSessionSuccess);
-    default:
-      return Fail(kInvalidResponse, "Error code 551 received without RCPT command.", {});
+    heard = co_await UntilWritten();
   }
+  if (heard.what == Heard::What::Unreadable) throw SessionFailure{message.FailureNumber()};
 }
 
-void SmtpSession::OnRefused(const SmtpReply& reply) {
-  if (lastCommand_ != Command::Rcpt) return OnNegative(reply);
-  refused_.push_back(offered_);
-  if (!envelope_.override.empty()) return FinishAndQuit(reply.code);
-  NextRecipient();
-}
-
-void SmtpSession::OnSyntaxError(const SmtpReply& reply) {
-  if (lastCommand_ != Command::Rcpt) return OnNegative(reply);
-  refused_.push_back(offered_);
-  FinishAndQuit(kNotLocal);
-}
-
-void SmtpSession::OnNegative(const SmtpReply& reply) {
-  switch (lastCommand_) {
-    case Command::Helo:
-      return GreetOtherwise(reply.code);
-    case Command::Mail:
-      // The server may want a greeting first; once.
-      if (!std::exchange(heloOnDemand_, true)) return SendHelo(Greeting::Primary);
-      return FinishAndQuit(reply.code);
-    case Command::Rset:
+void SmtpSession::Enter(Phase phase) {
+  switch (phase) {
+    case Phase::Text:
       return;
-    case Command::Vrfy:
-      return Finish(kSessionSuccess);
-    default:
-      return FinishAndQuit(reply.code);
+    case Phase::Alternatives:
+      Status("Sending alternatives...");
+      return LogMilestone("Sending alternatives... ");
+    case Phase::Attachments:
+      Status("Sending attachments...");
+      return LogMilestone("Sending attachments... ");
+    case Phase::Terminator:
+      return LogMilestone("Sending terminator... ");
   }
 }
 
-void SmtpSession::Send(Command command, std::string_view line) {
-  lastCommand_ = command;
-  SendCommand(line);
-}
-
-void SmtpSession::SendHelo(Greeting greeting) {
-  greeting_ = greeting;
-  std::string name;
-  switch (greeting) {
-    case Greeting::None:
-    case Greeting::Primary:
-      name = HostNameText(Ports().network.LocalHostName());
-      break;
-    case Greeting::Sender:
-      name = settings_.sender;
-      break;
-    case Greeting::Secondary:
-      // An address literal (RFC 5321, 4.1.3): valid for every host.
-      name = (Socket().IsIPv6() ? "[IPv6:" : "[") + Socket().LocalAddress() + "]";
-      break;
-  }
-  Send(Command::Helo, "HELO " + name);
-}
-
-void SmtpSession::GreetOtherwise(int code) {
-  switch (greeting_) {
-    case Greeting::None:
-    case Greeting::Primary:
-      return SendHelo(Greeting::Sender);
-    case Greeting::Sender:
-      return SendHelo(Greeting::Secondary);
-    case Greeting::Secondary:
-      return FinishAndQuit(code);
+// A server need not say whether there is such a name (RFC 5321, 3.5.3).
+Task<> SmtpSession::Verify(const std::string& name) {
+  const auto reply = co_await Command("VRFY " + name);
+  if (reply.IsPositive()) {
+    resolved_ = reply.Text();
+  } else if (reply.Code() < 400 && reply.Code() != 252) {
+    Unexpected(reply);
   }
 }
 
-void SmtpSession::SendMail() {
-  step_ = Step::Envelope;
-  Send(Command::Mail, "MAIL FROM: <" + settings_.sender + ">");
-}
-
-void SmtpSession::NextRecipient() {
-  forwards_ = 0;
-  const bool single = !envelope_.override.empty();
-  if (cursor_ == (single ? 1 : envelope_.recipients.size())) {
-    Status("Sending message...");
-    return Send(Command::Data, "DATA");
+// Whatever the answer is, and whether there is one: nothing is lost any more.
+Task<> SmtpSession::Quit() {
+  try {
+    Say("QUIT");
+    co_await Reply();
+  } catch (const ConnectionLost&) {
+    co_return;
   }
-  offered_ = single ? envelope_.override : envelope_.recipients[cursor_];
-  ++cursor_;
-  SendRecipient(offered_);
 }
 
-void SmtpSession::SendRecipient(std::string_view address) {
-  Send(Command::Rcpt, "RCPT TO: <" + std::string(address) + ">");
+Task<SmtpReply> SmtpSession::Command(std::string line) {
+  Say(line);
+  auto reply = co_await Reply();
+  if (reply.Code() == 220) co_await GreetedAgain();
+  co_return reply;
 }
 
-void SmtpSession::Fail(std::int32_t number, std::string_view reason, std::string_view line) {
+Task<SmtpReply> SmtpSession::Reply() {
+  SmtpReply reply;
+  for (;;) {
+    const auto heard = co_await NextLine();
+    Log("SMTP Rx: ", heard.text);
+    if (reply.AddLine(heard.text)) co_return reply;
+  }
+}
+
+// A greeting in the middle of an exchange: the server has lost its place. It is told to reset, and
+// what it says to that answers nothing. The wait for an answer goes on, so that it comes to its
+// end; this never returns.
+Task<> SmtpSession::GreetedAgain() {
+  for (;;) {
+    SayMore("RSET");
+    SmtpReply reply;
+    do {
+      reply = co_await Reply();
+      const bool answersReset = reply.IsPositive() || IsRefusal(reply);
+      if (!answersReset && reply.Code() != 220) Unexpected(reply);
+    } while (reply.Code() != 220);
+  }
+}
+
+void SmtpSession::Unexpected(const SmtpReply& reply) {
+  if (reply.Code() == 354) Invalid("Response code 354 received without DATA command.");
+  if (reply.Code() == 551) Invalid("Error code 551 received without RCPT command.");
+  if (reply.Code() < 400) {
+    Invalid("Unknown code received from server:\n\n", reply.Lines().back());
+  }
+  Leave(reply.Code());
+}
+
+void SmtpSession::Invalid(std::string_view reason, std::string_view line) {
   Log(reason, line);
-  FinishAndQuit(number);
+  Leave(internet_error::kInvalidSmtpReply);
 }
 
 }  // namespace quillon

@@ -2,16 +2,13 @@
 
 #include <utility>
 
-#include "core/ErrorCode.h"
 #include "internet/Address.h"
+#include "internet/Pause.h"
 #include "net/WireText.h"
 
 namespace quillon {
 
 namespace {
-
-constexpr std::int32_t kNoRecipients = 9;
-constexpr std::int32_t kInvalidSender = 555;
 
 // How long a message is worked on before the loop gets a turn, in milliseconds. A call of a client
 // takes several turns to come through.
@@ -32,207 +29,136 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
   }
 }
 
+// An operation that no session needs to take up.
+Task<SessionResult> EndedWith(std::int32_t number) {
+  co_return SessionResult{number, {}};
+}
+
 }  // namespace
 
-struct smtppop::Composition {
-  MessageComposer composer;
-  SmtpSettings settings;
-  Envelope envelope;
-  std::uint64_t size = 0;  // about; 0 when it has not been looked for
-};
-
 smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
-                 SessionListener* listener)
+                 SessionListener& listener)
     : loop_(loop),
       ports_(ports),
       listener_(listener),
-      smtp_({loop, network, ports.clock, ports.log, *this}),
-      pop_({loop, network, ports.clock, ports.log, *this}),
-      turn_(loop, [this] { Compose(); }) {}
+      smtp_({loop, network, ports.clock, ports.log, listener}),
+      pop_({loop, network, ports.clock, ports.log, listener}) {}
 
-smtppop::~smtppop() = default;
-
-void smtppop::OnStatus(std::string_view text) {
-  if (listener_ != nullptr) listener_->OnStatus(text);
-}
-
-void smtppop::OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) {
-  if (listener_ != nullptr) listener_->OnProgress(done, total, message);
-}
-
-// What came while nobody waited is taken note of first: most of all, that a server has hung up.
-void smtppop::Enter(Protocol protocol) {
-  protocol_ = protocol;
-  refusal_.reset();
-  failure_ = nullptr;
-  whenDone_.reset();
-  loop_.RunPending();
-}
-
-bool smtppop::Done() const {
-  if (refusal_ || failure_) return true;
-  if (composition_) return false;
-  return protocol_ == Protocol::Smtp ? smtp_.Done() : pop_.Done();
-}
-
-std::int32_t smtppop::TakeResult() {
-  data_.reset();
-  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
-  if (refusal_) return *refusal_;
-  return protocol_ == Protocol::Smtp ? smtp_.Result() : pop_.Result();
-}
-
-std::int32_t smtppop::Wait(TickCount deadline) {
-  if (!Done()) loop_.RunUntil([this] { return Done(); }, deadline);
-  if (!Done()) Abort();  // too late, or the program is being ended
-  return TakeResult();
-}
-
-void smtppop::WhenDone(std::function<void()> call) {
-  whenDone_.reset();
-  if (call == nullptr) return;
-  whenDone_ = std::make_shared<std::function<void()>>(std::move(call));
-  if (Done()) CallBack();
-}
-
-// A later operation, or nobody waiting any more, takes the call back.
-void smtppop::CallBack() {
-  if (whenDone_ == nullptr) return;
-  loop_.Post([this, waiting = std::weak_ptr(whenDone_)] {
-    const auto call = waiting.lock();
-    if (call == nullptr) return;
-    whenDone_.reset();
-    (*call)();
-  });
-}
-
-void smtppop::BeginLoginSMTP(const SmtpSettings& settings) {
-  Enter(Protocol::Smtp);
+Task<SessionResult> smtppop::OnSmtp(SmtpSettings settings, Task<SessionResult> operation) {
+  protocol_ = Protocol::Smtp;
   if (!IsSenderAddress(settings.sender)) {
-    refusal_ = kInvalidSender;
-  } else {
-    smtp_.BeginLogin(settings);
+    co_return SessionResult{internet_error::kInvalidSender, {}};
   }
+  co_return co_await operation;
 }
 
-void smtppop::BeginLogoutSMTP() {
-  Enter(Protocol::Smtp);
-  smtp_.BeginLogout();
+Task<SessionResult> smtppop::OnPop(Task<SessionResult> operation) {
+  protocol_ = Protocol::Pop;
+  co_return co_await operation;
 }
 
-void smtppop::BeginSend(SmtpSettings settings, OutgoingMessage message,
-                        const ComposerSettings& composing, const std::string& envelopeRecipient) {
-  Enter(Protocol::Smtp);
+Task<SessionResult> smtppop::LoginSMTP(SmtpSettings settings) {
+  return OnSmtp(settings, smtp_.Login(settings));
+}
+
+Task<SessionResult> smtppop::LogoutSMTP() {
+  protocol_ = Protocol::Smtp;
+  co_return co_await smtp_.Logout();
+}
+
+Task<SessionResult> smtppop::ResolveAddress(SmtpSettings settings, const std::string& name) {
+  RequireWireSafe(name, "The name");
+  return OnSmtp(settings, smtp_.Resolve(settings, name));
+}
+
+Task<SessionResult> smtppop::Send(SmtpSettings settings, OutgoingMessage message,
+                                  const ComposerSettings& composing,
+                                  const std::string& envelopeRecipient) {
+  protocol_ = Protocol::Smtp;
   ports_.log.WriteDebug("--- Starting SMTP Send Method " + LogTime(ports_.clock.Now()) + " ---");
   smtp_.ForgetRefusedRecipients();
   settings.sender = BareAddress(message.from);
   if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) {
-    refusal_ = kInvalidSender;
-    return;
+    return EndedWith(internet_error::kInvalidSender);
   }
   Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),
                     envelopeRecipient};
   RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
   if (envelope.recipients.empty() && envelope.override.empty()) {
-    refusal_ = kNoRecipients;
-    return;
+    return EndedWith(internet_error::kNoRecipients);
   }
-  composition_.reset(new Composition{
-      {ports_, composing, std::move(message)}, std::move(settings), std::move(envelope)});
-  Compose();
+  return ComposeAndSend(std::move(settings), std::move(envelope),
+                        std::make_unique<MessageComposer>(ports_, composing, std::move(message)));
 }
 
-// For a while; what is left after that is done when nothing else is waiting for the loop. A timer
-// sees to that, and that nothing is done while a client's object is being called: posted work would
-// run there too, and keep the call from coming back.
-void smtppop::Compose() {
-  const auto composition = composition_;
-  const auto turnEnd = loop_.Now() + kTurn;
-  try {
-    do {
-      if (composition->composer.Step()) return SendComposed();
-    } while (loop_.Now() < turnEnd);
-    if (composition->size == 0) {
-      composition->size = composition->composer.ApproximateSize();
-      if (composition->size >= kLongToEncode) OnStatus("Encoding attachments...");
+Task<SessionResult> smtppop::ComposeAndSend(SmtpSettings settings, Envelope envelope,
+                                            std::unique_ptr<MessageComposer> composer) {
+  co_await Compose(*composer);
+  const auto message = composer->Take();
+  composer.reset();
+  listener_.OnStatus("Sending headers...");
+  co_return co_await smtp_.Send(std::move(settings), std::move(envelope), *message);
+}
+
+// What takes a while is done when nothing else is waiting for the loop. A timer sees to that, and
+// that nothing is done while a client's object is being called: posted work would run there too,
+// and keep the call from coming back.
+Task<> smtppop::Compose(MessageComposer& composer) {
+  std::uint64_t size = 0;
+  auto turnEnd = loop_.Now() + kTurn;
+  while (!composer.Step()) {
+    if (loop_.Now() < turnEnd) continue;
+    if (size == 0) {
+      size = composer.ApproximateSize();
+      if (size >= kLongToEncode) listener_.OnStatus("Encoding attachments...");
     }
-    if (composition->size >= kLongToEncode) OnProgress(0, composition->size, 0);
-  } catch (...) {
-    failure_ = std::current_exception();
-    composition_.reset();
-    return CallBack();
-  }
-  if (composition_) turn_.Start(0);
-}
-
-void smtppop::SendComposed() {
-  const auto composition = std::move(composition_);
-  data_ = composition->composer.Take();
-  OnStatus("Sending headers...");
-  smtp_.BeginSend(composition->settings, std::move(composition->envelope), *data_);
-}
-
-void smtppop::BeginResolveAddress(const SmtpSettings& settings, const std::string& name) {
-  Enter(Protocol::Smtp);
-  RequireWireSafe(name, "The name");
-  if (!IsSenderAddress(settings.sender)) {
-    refusal_ = kInvalidSender;
-  } else {
-    smtp_.BeginResolve(settings, name);
+    if (size >= kLongToEncode) listener_.OnProgress(0, size, 0);
+    Pause turn(loop_, 0);
+    co_await turn;
+    turnEnd = loop_.Now() + kTurn;
   }
 }
 
-void smtppop::BeginLoginPOP(const PopSettings& settings) {
+Task<SessionResult> smtppop::LoginPOP(PopSettings settings) {
   RequireSafeLogin(settings);
-  Enter(Protocol::Pop);
-  pop_.BeginLogin(settings);
+  return OnPop(pop_.Login(std::move(settings)));
 }
 
-void smtppop::BeginLogoutPOP() {
-  Enter(Protocol::Pop);
-  pop_.BeginLogout();
+Task<SessionResult> smtppop::LogoutPOP() {
+  return OnPop(pop_.Logout());
 }
 
-void smtppop::BeginLoadMessageHeaders(const PopSettings& settings, const HeaderRequest& request,
-                                      HeaderCollector& headers) {
+Task<SessionResult> smtppop::LoadMessageHeaders(PopSettings settings, HeaderRequest request,
+                                                HeaderCollector& headers) {
   RequireSafeLogin(settings);
-  Enter(Protocol::Pop);
-  pop_.BeginHeaders(settings, request, headers);
+  return OnPop(pop_.Headers(std::move(settings), request, headers));
 }
 
-void smtppop::BeginLoadMessage(const PopSettings& settings, std::uint32_t number,
-                               MessageSink& message) {
+Task<SessionResult> smtppop::LoadMessage(PopSettings settings, std::uint32_t number,
+                                         MessageSink& message) {
   RequireSafeLogin(settings);
-  Enter(Protocol::Pop);
-  pop_.BeginMessage(settings, number, message);
+  return OnPop(pop_.Message(std::move(settings), number, message));
 }
 
-void smtppop::BeginDeleteMessage(const PopSettings& settings, std::uint32_t number) {
+Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, std::uint32_t number) {
   RequireSafeLogin(settings);
-  Enter(Protocol::Pop);
-  pop_.BeginDelete(settings, number);
+  return OnPop(pop_.Delete(std::move(settings), number));
 }
 
-void smtppop::Abort() {
-  if (composition_ || failure_) {
-    turn_.Stop();
-    composition_.reset();
-    failure_ = nullptr;
-    refusal_ = error_code::kUserAborted;
-    CallBack();
-  }
-  smtp_.Abort();
-  pop_.Abort();
-}
-
+// Both at the same time, so that one silent server does not keep the other from hearing of it.
 void smtppop::Shutdown(TickCount patience) {
-  Abort();
-  const auto deadline = loop_.Now() + patience;
-  smtp_.BeginLogout();
-  pop_.BeginLogout();
-  loop_.RunUntil([this] { return smtp_.Done() && pop_.Done(); }, deadline);
-  Abort();
+  leaveBy_ = loop_.Now() + patience;
+  leavingSmtp_.Start(smtp_.Logout());
+  leavingPop_.Start(pop_.Logout());
+  AwaitShutdown();
+}
+
+void smtppop::AwaitShutdown() {
+  const auto left = [this] { return !leavingSmtp_.Running() && !leavingPop_.Running(); };
+  if (left() || loop_.RunUntil(left, leaveBy_)) return;
+  leavingSmtp_.Abort();
+  leavingPop_.Abort();
 }
 
 }  // namespace quillon

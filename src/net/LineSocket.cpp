@@ -9,6 +9,7 @@ namespace quillon {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr int kReadsOfAPoll = 64;
 
 }  // namespace
 
@@ -46,20 +47,35 @@ void LineSocket::OnStreamReadable() {
     declined_ = true;
     return;
   }
+  ReadSome();
+}
+
+void LineSocket::Poll() {
+  for (int reads = 0; stream_ && !delivering_ && reads < kReadsOfAPoll; ++reads) {
+    if (!ReadSome()) return;
+  }
+}
+
+// Whether there was something to read. The stream may be gone then.
+bool LineSocket::ReadSome() {
   const auto result = stream_->Read(std::span(buffer_.get() + filled_, kBufferSize - filled_));
   switch (result.status) {
     case IoResult::Status::Ok: {
       const auto scanFrom = filled_;
       filled_ += result.count;
-      return Deliver(scanFrom);
+      Deliver(scanFrom);
+      return true;
     }
     case IoResult::Status::WouldBlock:
-      return;
+      return false;
     case IoResult::Status::Closed:
-      return DeliverEnd(0);
+      DeliverEnd(0);
+      return true;
     case IoResult::Status::Failed:
-      return DeliverEnd(result.error);
+      DeliverEnd(result.error);
+      return true;
   }
+  return false;
 }
 
 void LineSocket::OnStreamWritable() {

@@ -46,6 +46,10 @@ class LineSocket : private ByteStream::Handler {
   // delivered first, then OnClosed.
   std::size_t Write(std::string_view bytes);
 
+  // Delivers now what has come and not been delivered yet, a little of it if there is much; nothing
+  // from inside a handler.
+  void Poll();
+
   // No event follows. May be called from inside a handler.
   void Close();
 
@@ -58,6 +62,7 @@ class LineSocket : private ByteStream::Handler {
   void OnStreamReadable() override;
   void OnStreamWritable() override;
 
+  bool ReadSome();
   void Deliver(std::size_t scanFrom);
   void DeliverEnd(int error);
   void ReadDeclined();

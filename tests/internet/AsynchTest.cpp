@@ -177,6 +177,65 @@ TEST_F(AsynchTest, AnAbortedOperationEndsWithoutAnEventAndTheNextOneWorks) {
   EXPECT_TRUE(world.shared.headers.empty());
 }
 
+// The abort of another client is on its way while the operation is begun: it meets all of the
+// operation or nothing of it.
+TEST_F(AsynchTest, AnAbortThatComesWhileAnOperationBegins) {
+  world.network.Post([&] { backEnd.AsynchAbort(); });
+  EXPECT_TRUE(backEnd.LoadMessageHeaders(world.request).Succeeded());
+  EXPECT_TRUE(world.notifier.InProgress());
+  world.network.RunUntil([] { return false; }, world.network.Now() + 60000);
+  world.notifier.Post(end);
+  EXPECT_TRUE(world.shared.headers.empty());
+  EXPECT_TRUE(backEnd.LoadMessageHeaders(world.request).Succeeded());
+  RunToEnd();
+  EXPECT_EQ(world.shared.headers.size(), 1U);
+}
+
+// What fails inside the loop fails the operation that it belongs to, and nothing else.
+TEST_F(AsynchTest, AnExceptionEndsItsOperationAlone) {
+  servePop = false;
+  world.shared.message.body.assign(300000, 'x');
+  world.shared.internet.progressBar = 5;
+  world.display.failure = "no memory for a window";
+  EXPECT_TRUE(backEnd.Send(world.request).Succeeded());
+  RunToEnd();
+  EXPECT_EQ(object->last.kind, asynch_kind::kEndOfProcess);
+  EXPECT_EQ(object->last.result, 0);
+  EXPECT_EQ(object->last.text, "Undetermined error in Send method.");
+  EXPECT_TRUE(world.temporary.Names().empty());
+  world.notifier.Reset();
+  EXPECT_THROW(backEnd.Send(world.request), std::runtime_error);
+  world.display.failure = nullptr;
+  EXPECT_TRUE(backEnd.Send(world.request).Succeeded());
+}
+
+// A client that comes while the last one's sessions are being left gets sessions of its own, and
+// the success of a farewell is not taken for its own.
+TEST_F(AsynchTest, WorkThatBeginsDuringTheShutdownWaitsForItsEnd) {
+  EXPECT_TRUE(backEnd.LoadMessageHeaders(world.request).Succeeded());
+  RunToEnd();
+  servePop = false;
+  const auto connects = world.network.connects;
+  bool asked = false;
+  world.network.Post([&] { asked = backEnd.Send(world.request).Succeeded(); });
+  backEnd.Shutdown(1000);
+  EXPECT_TRUE(asked);
+  EXPECT_TRUE(world.notifier.InProgress());
+  RunToEnd();
+  EXPECT_EQ(object->last.operation, asynch_operation::kSend);
+  EXPECT_EQ(object->last.result, -1);
+  EXPECT_EQ(object->last.text, "Message Sent Successfully");
+  EXPECT_EQ(world.network.connects, connects + 1);
+
+  // And when the server does not answer to the farewell.
+  world.network.accept = [] { return std::make_shared<MutePeer>(); };
+  object->heard.clear();
+  world.network.Post([&] { asked = backEnd.LoadMessageHeaders(world.request).Succeeded(); });
+  backEnd.Shutdown(0);
+  RunToEnd();
+  EXPECT_EQ(object->last.result, 27);
+}
+
 TEST_F(AsynchTest, LongEncodingLetsOthersHaveTheirTurns) {
   servePop = false;
   constexpr std::size_t kSize = 3'000'000;

@@ -209,10 +209,7 @@ TEST_F(InternetBackEndTest, TheLogTellsWhatAMessageIsMadeOf) {
 
 TEST_F(InternetBackEndTest, ShutdownDoesNotWaitForASilentServer) {
   EXPECT_EQ(backEnd.LoadMessageHeaders(request).number, kBackEndSuccess);
-  class Mute final : public FakePeer {
-    void OnBytes(std::string_view) override {}
-  };
-  world.network.accept = [] { return std::make_shared<Mute>(); };
+  world.network.accept = [] { return std::make_shared<MutePeer>(); };
   EXPECT_EQ(backEnd.Send(request).number, 27);
   const auto start = world.network.Now();
   backEnd.Shutdown(0);

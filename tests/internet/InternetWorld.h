@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -52,12 +53,14 @@ class RecordingDisplay final : public ProgressDisplay {
   }
   void SetText(const std::string& text) override { seen.push_back(text); }
   void SetPosition(std::uint64_t done, std::uint64_t total) override {
+    if (failure != nullptr) throw std::runtime_error(failure);
     seen.push_back(std::to_string(done) + "/" + std::to_string(total));
   }
   void Hide() override { seen.emplace_back("hidden"); }
 
   std::vector<std::string> seen;
   std::function<void()> abort;
+  const char* failure = nullptr;  // what goes wrong
 };
 
 // The code of the ServerError that a call throws; 0 when it throws none.

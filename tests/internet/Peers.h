@@ -76,4 +76,9 @@ class ObligingPeer final : public LinePeer {
   bool inData_ = false;
 };
 
+// Takes everything and says nothing.
+class MutePeer final : public FakePeer {
+  void OnBytes(std::string_view) override {}
+};
+
 }  // namespace quillon::testing
