@@ -46,19 +46,21 @@ class FuzzNetwork final : public NetworkLoop {
   }
 
   bool RunUntil(const std::function<bool()>& done, TickCount deadline) override {
+    Wait wait(*this);
     while (!done()) {
       if (now_ >= deadline) return false;
-      if (RunReady()) continue;
+      if (RunReady(wait)) continue;
       const auto next = std::min(deadline, Timers().NextDue());
       Require(next != kNoDeadline);
       now_ = std::max(now_, next);
-      Timers().FireDue(now_);
+      wait.EndRound(now_);
     }
     return true;
   }
 
   void RunPending() override {
-    while (RunReady()) {
+    Wait wait(*this);
+    while (RunReady(wait)) {
     }
   }
 
@@ -115,11 +117,14 @@ class FuzzNetwork final : public NetworkLoop {
     bool wantWrite_ = false;
   };
 
-  bool RunReady() {
+  bool RunReady(Wait& wait) {
     Require(++rounds_ < 10'000'000);
     const auto posted = std::exchange(posted_, {});
-    for (const auto& work : posted) work();
-    return (stream_ != nullptr && stream_->Dispatch()) || !posted.empty();
+    for (const auto& work : posted) Contain(work);
+    bool ran = !posted.empty() || Timers().NextDue() <= now_;
+    Contain([&] { ran = (stream_ != nullptr && stream_->Dispatch()) || ran; });
+    wait.EndRound(now_);
+    return ran;
   }
 
   Script script_;

@@ -1,6 +1,7 @@
 #include "automation/ProcessLifetime.h"
 
 #include <combaseapi.h>
+#include <exception>
 #include <utility>
 
 #include "automation/ComCall.h"
@@ -57,8 +58,19 @@ void ProcessLifetime::Serve(std::function<void()> revoke) {
   Wait(patience_.firstClient);
 }
 
-void ProcessLifetime::Run(EventLoop& loop) {
-  loop.RunUntil([] { return false; }, kNoDeadline);  // until the message that ends the program
+void ProcessLifetime::Run(EventLoop& loop,
+                          const std::function<void(const std::string& text)>& unexpected) {
+  bool ended = false;
+  while (!ended) {
+    try {
+      loop.RunUntil([] { return false; }, kNoDeadline);  // until the message that ends the program
+      ended = true;
+    } catch (const std::exception& failure) {
+      unexpected(failure.what());
+    } catch (...) {
+      unexpected("an unknown exception");
+    }
+  }
   End();
 }
 

@@ -12,6 +12,7 @@
 
 #include <windows.h>
 #include <functional>
+#include <string>
 
 #include "ports/EventLoop.h"
 
@@ -41,8 +42,9 @@ class ProcessLifetime {
   // once.
   void Serve(std::function<void()> revoke);
 
-  // Runs the loop until the end.
-  void Run(EventLoop& loop);
+  // Runs the loop until the end. A failure that no operation has taken is told to `unexpected`, and
+  // the clients are served on.
+  void Run(EventLoop& loop, const std::function<void(const std::string& text)>& unexpected);
 
   void Stop() noexcept;
 

@@ -78,7 +78,7 @@ struct Application {
   clsINIUtilities configuration{*files, configurationFile};
   ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
   AsynchNotifier notifier;
-  Win32ProgressDisplay progress;
+  Win32ProgressDisplay progress{*loop};
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
   InternetBackEnd internetBackEnd{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
                                    configuration, protocolLog, notifier, progress},
@@ -118,7 +118,10 @@ int Serve() {
   });
   lifetime.Serve([&classes] { classes.Revoke(); });
   ThrowIfFailed(CoResumeClassObjects());
-  lifetime.Run(*application.loop);
+  lifetime.Run(*application.loop, [&application](const std::string& text) {
+    application.protocolLog.WriteDebug("Unexpected failure: ", text);
+    OutputDebugStringW(WideFromUtf8("Quillon: unexpected failure: " + text + "\n").c_str());
+  });
   application.notifier.Reset();
   apartment.reset();  // lets go of the objects of clients that are still there
   return 0;

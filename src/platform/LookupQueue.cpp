@@ -9,16 +9,35 @@ void WorkQueue::Post(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   if (!wake_) return;
   work_.push_back(std::move(work));
-  wake_();
+  Wake();
 }
 
-void WorkQueue::Run() {
-  std::vector<std::function<void()>> ready;
+void WorkQueue::Run(EventLoop& loop) {
+  std::size_t count = 0;
   {
     const std::lock_guard lock(mutex_);
-    ready.swap(work_);
+    woken_ = false;
+    count = work_.size();
   }
-  for (const auto& work : ready) work();
+  for (; count > 0; --count) {
+    const auto work = Take();
+    if (!work) return;
+    loop.Contain(work);
+  }
+}
+
+// What stays behind has to find a loop awake: the item that is taken may wait itself.
+std::function<void()> WorkQueue::Take() {
+  const std::lock_guard lock(mutex_);
+  if (work_.empty()) return nullptr;
+  auto work = std::move(work_.front());
+  work_.pop_front();
+  if (!work_.empty()) Wake();
+  return work;
+}
+
+void WorkQueue::Wake() {
+  if (!woken_ && wake_) woken_ = wake_();
 }
 
 void WorkQueue::Close() {

@@ -4,6 +4,7 @@
 // ends in silence.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -17,18 +18,23 @@ namespace quillon {
 
 class WorkQueue {
  public:
-  // `wake` makes the loop call Run soon; it must be callable from any thread.
-  explicit WorkQueue(std::function<void()> wake) : wake_(std::move(wake)) {}
+  // `wake` makes the loop call Run soon, or returns false; it must be callable from any thread.
+  explicit WorkQueue(std::function<bool()> wake) : wake_(std::move(wake)) {}
 
   void Post(std::function<void()> work);
-  void Run();
+  // Runs as many items as wait now, the oldest first. A nested call goes on where this one is.
+  void Run(EventLoop& loop);
   // The loop is going away: nothing runs and nothing wakes it any more.
   void Close();
 
  private:
+  std::function<void()> Take();
+  void Wake();
+
   std::mutex mutex_;
-  std::function<void()> wake_;
-  std::vector<std::function<void()>> work_;
+  std::function<bool()> wake_;
+  std::deque<std::function<void()>> work_;
+  bool woken_ = false;  // and Run has not been called since
 };
 
 // The system's blocking look-up: fills the addresses, or returns its error number.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace quillon {
@@ -18,12 +19,14 @@ class TimerList {
     explicit Entry(std::function<void()> callback) : fire(std::move(callback)) {}
 
     std::uint64_t due = kStopped;
+    std::uint64_t start = 0;  // its last one, of all starts
     std::function<void()> fire;
   };
 
   void Start(Entry& entry, std::uint64_t due) {
     if (entry.due == kStopped) running_.push_back(&entry);
     entry.due = due;
+    entry.start = ++starts_;
   }
 
   void Stop(Entry& entry) {
@@ -39,23 +42,30 @@ class TimerList {
     return next;
   }
 
-  // Fires what is due, the earliest first. A callback may start and stop any timer, or end the
-  // owner of its own.
-  void FireDue(std::uint64_t now) {
+  // Hands the callbacks of what is due to `call`, the earliest first. A callback may start and stop
+  // any timer, or end the owner of its own; what it starts is not due before the next time.
+  template <typename Call>
+  void FireDue(std::uint64_t now, const Call& call) {
+    const auto begin = starts_;
+    const auto order = [now, begin](const Entry* entry) {
+      const bool waits = entry->due > now || entry->start > begin;
+      return std::pair(waits, entry->due);
+    };
     for (;;) {
       const auto first = std::min_element(
           running_.begin(), running_.end(),
-          [](const Entry* left, const Entry* right) { return left->due < right->due; });
-      if (first == running_.end() || (*first)->due > now) return;
+          [&](const Entry* left, const Entry* right) { return order(left) < order(right); });
+      if (first == running_.end() || order(*first).first) return;
       Entry& entry = **first;
       Stop(entry);
       const auto fire = entry.fire;
-      fire();
+      call(fire);
     }
   }
 
  private:
   std::vector<Entry*> running_;
+  std::uint64_t starts_ = 0;
 };
 
 }  // namespace quillon

@@ -1,6 +1,7 @@
 // How the process starts and how it ends.
 #include <gtest/gtest.h>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -54,16 +55,32 @@ class ProcessTest : public ::testing::Test {
     KillTimer(nullptr, timer);
   }
 
+  void Run() {
+    lifetime_.Run(*loop_, [this](const std::string& text) { failures_.push_back(text); });
+  }
+
   std::unique_ptr<NetworkLoop> loop_ = MakeNetworkLoop();
   ProcessLifetime lifetime_{{20, 20, 20}};
   int revoked_ = 0;
+  std::vector<std::string> failures_;
 };
 
 TEST_F(ProcessTest, EndsWhenNoClientComes) {
   lifetime_.Serve([this] { ++revoked_; });
-  lifetime_.Run(*loop_);
+  Run();
   EXPECT_TRUE(lifetime_.Ended());
   EXPECT_EQ(revoked_, 1);
+}
+
+TEST_F(ProcessTest, AFailureThatNobodyTookIsToldAndTheClientsAreServedOn) {
+  lifetime_.Serve([] {});
+  bool served = false;
+  loop_->Post([] { throw std::runtime_error("one"); });
+  loop_->Post([] { throw 2; });
+  loop_->Post([&] { served = true; });
+  Run();
+  EXPECT_TRUE(served);
+  EXPECT_EQ(failures_, (std::vector<std::string>{"one", "an unknown exception"}));
 }
 
 TEST_F(ProcessTest, StaysWhileAnObjectOrALockIsThere) {
@@ -78,7 +95,7 @@ TEST_F(ProcessTest, StaysWhileAnObjectOrALockIsThere) {
   EXPECT_EQ(revoked_, 0);
   EXPECT_EQ(factory->LockServer(FALSE), S_OK);
   EXPECT_EQ(factory->LockServer(FALSE), E_UNEXPECTED);  // one too many does no harm
-  lifetime_.Run(*loop_);
+  Run();
   EXPECT_EQ(revoked_, 1);
 }
 
@@ -93,7 +110,7 @@ TEST_F(ProcessTest, AClientThatComesAtTheLastMomentIsServed) {
   EXPECT_EQ(revoked_, 1);
   EXPECT_FALSE(lifetime_.Ended());
   late.reset();
-  lifetime_.Run(*loop_);
+  Run();
   EXPECT_TRUE(lifetime_.Ended());
   EXPECT_EQ(revoked_, 1);
 }
@@ -109,7 +126,7 @@ TEST_F(ProcessTest, TheEndRefusesNewWork) {
   const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"QuillonServerProcess", nullptr);
   PostMessageW(window != nullptr ? window : FindWindowW(L"QuillonServerProcess", nullptr), WM_CLOSE,
                0, 0);
-  lifetime_.Run(*loop_);  // although a client is there
+  Run();  // although a client is there
   void* object = nullptr;
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, &object), CO_E_SERVER_STOPPING);
   EXPECT_EQ(factory->LockServer(TRUE), CO_E_SERVER_STOPPING);

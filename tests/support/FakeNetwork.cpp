@@ -107,20 +107,27 @@ void FakePeer::Hangup() {
   chunks_.push_back({std::max(loop_->Now(), notBefore_), std::nullopt});
 }
 
-bool FakeNetwork::RunReady() {
-  for (const auto& work : std::exchange(posted_, {})) work();
+bool FakeNetwork::RunReady(Wait& wait) {
+  for (auto count = posted_.size(); count > 0 && !posted_.empty(); --count) {
+    const auto work = std::move(posted_.front());
+    posted_.pop_front();
+    Contain(work);
+  }
+  bool ran = false;
   const auto streams = streams_;
   for (auto* const stream : streams) {
     const bool alive = std::find(streams_.begin(), streams_.end(), stream) != streams_.end();
-    if (alive && stream->Dispatch()) return true;
+    if (alive) Contain([&] { ran = stream->Dispatch(); });
+    if (ran) break;
   }
   const bool due = Timers().NextDue() <= now_;
-  Timers().FireDue(now_);
-  return due || !posted_.empty();
+  wait.EndRound(now_);
+  return ran || due || !posted_.empty();
 }
 
 void FakeNetwork::RunPending() {
-  while (RunReady()) {
+  Wait wait(*this);
+  while (RunReady(wait)) {
   }
 }
 
@@ -131,10 +138,11 @@ TickCount FakeNetwork::NextEvent() {
 }
 
 bool FakeNetwork::RunUntil(const std::function<bool()>& done, TickCount deadline) {
+  Wait wait(*this);
   for (;;) {
     if (done()) return true;
     if (now_ >= deadline) return false;
-    if (RunReady()) continue;
+    if (RunReady(wait)) continue;
     if (done()) return true;
     const auto next = std::min(deadline, NextEvent());
     if (next == kNoDeadline) throw std::logic_error("a wait that nothing can end");

@@ -75,11 +75,11 @@ class FakeNetwork final : public NetworkLoop {
  private:
   friend class FakeStream;
 
-  bool RunReady();
+  bool RunReady(Wait& wait);
   TickCount NextEvent();
 
   mutable TickCount now_ = 1000;
-  std::vector<std::function<void()>> posted_;
+  std::deque<std::function<void()>> posted_;
   std::vector<class FakeStream*> streams_;
 };
 

@@ -7,12 +7,25 @@
 
 namespace quillon::testing {
 
-void LoopbackPeer::Connection::Send(std::string_view bytes) {
+namespace {
+
+// A peer that sends to a closed connection hears of it, and is not ended.
+#ifdef _WIN32
+constexpr int kNoSignal = 0;
+#else
+constexpr int kNoSignal = MSG_NOSIGNAL;
+#endif
+
+}  // namespace
+
+bool LoopbackPeer::Connection::Send(std::string_view bytes) {
   while (!bytes.empty()) {
-    const auto count = ::send(socket_, bytes.data(), static_cast<SystemIoSize>(bytes.size()), 0);
-    if (count <= 0) return;
+    const auto size = static_cast<SystemIoSize>(bytes.size());
+    const auto count = ::send(socket_, bytes.data(), size, kNoSignal);
+    if (count <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
+  return true;
 }
 
 std::string LoopbackPeer::Connection::Receive(std::size_t wanted) {

@@ -19,7 +19,8 @@ class LoopbackPeer {
   class Connection {
    public:
     explicit Connection(SystemSocket socket) : socket_(socket) {}
-    void Send(std::string_view bytes);
+    // False when the other end has closed.
+    bool Send(std::string_view bytes);
     // That many bytes, fewer when the other end closes before.
     std::string Receive(std::size_t wanted = std::numeric_limits<std::size_t>::max());
     std::string ReceiveLine();

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <map>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "platform/Platform.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32ProgressDisplay.h"
 
@@ -33,7 +36,8 @@ class Win32ProgressDisplayTest : public ::testing::Test {
     display.Show("Sending Mail", parts, [this] { ++aborts; });
   }
 
-  Win32ProgressDisplay display;
+  std::unique_ptr<NetworkLoop> loop = MakeNetworkLoop();
+  Win32ProgressDisplay display{*loop};
   int aborts = 0;
 };
 
@@ -148,6 +152,13 @@ TEST_F(Win32ProgressDisplayTest, TheAbortMayTakeTheWindowAway) {
   EXPECT_EQ(Frame(), nullptr);
   display.SetText("nobody sees it");
   display.SetPosition(1, 2);
+}
+
+TEST_F(Win32ProgressDisplayTest, WhatAnAbortThrowsComesOutOfTheLoop) {
+  display.Show("Sending Mail", kAll, [] { throw std::runtime_error("failed"); });
+  SendMessageW(Frame(), WM_CLOSE, 0, 0);
+  EXPECT_THROW(loop->RunPending(), std::runtime_error);
+  EXPECT_NO_THROW(loop->RunPending());
 }
 
 TEST_F(Win32ProgressDisplayTest, LeavesTheKeyboardToTheActiveWindow) {

@@ -24,18 +24,6 @@ namespace {
 
 class PosixStream;
 
-// Counts the steps that are running, also when a callback throws.
-class Nesting {
- public:
-  explicit Nesting(int& depth) : depth_(++depth) {}
-  ~Nesting() { --depth_; }
-  Nesting(const Nesting&) = delete;
-  Nesting& operator=(const Nesting&) = delete;
-
- private:
-  int& depth_;
-};
-
 class PosixNetworkLoop final : public NetworkLoop {
  public:
   PosixNetworkLoop();
@@ -43,7 +31,10 @@ class PosixNetworkLoop final : public NetworkLoop {
 
   TickCount Now() const override;
   bool RunUntil(const std::function<bool()>& done, TickCount deadline) override;
-  void RunPending() override { Step(Now()); }
+  void RunPending() override {
+    Wait wait(*this);
+    Round(wait, Now());
+  }
   void Post(std::function<void()> work) override { queue_->Post(std::move(work)); }
 
   std::unique_ptr<Lookup> Resolve(const std::string& host, std::uint16_t port,
@@ -57,13 +48,12 @@ class PosixNetworkLoop final : public NetworkLoop {
   }
 
  private:
-  void Step(TickCount deadline);
+  void Round(Wait& wait, TickCount deadline);
 
   int wakeDescriptor_;
   std::shared_ptr<WorkQueue> queue_;
-  std::vector<PosixStream*>
-      streams_;    // a null takes the place of one that is gone until the next compaction
-  int depth_ = 0;  // of nested steps
+  // A null takes the place of one that is gone, until no other wait counts on the places.
+  std::vector<PosixStream*> streams_;
 };
 
 class PosixStream final : public ByteStream {
@@ -153,7 +143,7 @@ class PosixStream final : public ByteStream {
 PosixNetworkLoop::PosixNetworkLoop() : wakeDescriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   queue_ = std::make_shared<WorkQueue>([descriptor = wakeDescriptor_] {
     const std::uint64_t one = 1;
-    [[maybe_unused]] const auto ignored = ::write(descriptor, &one, sizeof one);
+    return ::write(descriptor, &one, sizeof one) == sizeof one;
   });
 }
 
@@ -169,39 +159,40 @@ TickCount PosixNetworkLoop::Now() const {
 }
 
 bool PosixNetworkLoop::RunUntil(const std::function<bool()>& done, TickCount deadline) {
+  Wait wait(*this);
   for (;;) {
     if (done()) return true;
     if (Now() >= deadline) return false;
-    Step(deadline);
+    Round(wait, deadline);
   }
 }
 
 // Sockets come before timers, so that an answer that is there already wins over the time-out of
 // waiting for it.
-void PosixNetworkLoop::Step(TickCount deadline) {
-  if (depth_ == 0) std::erase(streams_, nullptr);
+void PosixNetworkLoop::Round(Wait& wait, TickCount deadline) {
+  if (wait.Outermost()) std::erase(streams_, nullptr);
   std::vector<pollfd> polled{{wakeDescriptor_, POLLIN, 0}};
   for (const auto* stream : streams_) {
     polled.push_back(stream != nullptr ? stream->Interest() : pollfd{-1, 0, 0});
   }
   const auto until = std::min(deadline, Timers().NextDue());
   const auto now = Now();
-  const auto wait = until > now ? until - now : 0;
+  const auto left = until > now ? until - now : 0;
   const int timeout =
-      until == kNoDeadline ? -1 : static_cast<int>(std::min<TickCount>(wait, 60000));
+      until == kNoDeadline ? -1 : static_cast<int>(std::min<TickCount>(left, 60000));
   if (::poll(polled.data(), polled.size(), timeout) > 0) {
-    const Nesting nesting(depth_);
     if (polled[0].revents != 0) {
       std::uint64_t count = 0;
       [[maybe_unused]] const auto ignored = ::read(wakeDescriptor_, &count, sizeof count);
-      queue_->Run();
+      queue_->Run(*this);
     }
     for (std::size_t index = 1; index < polled.size(); ++index) {
       auto* const stream = streams_[index - 1];
-      if (polled[index].revents != 0 && stream != nullptr) stream->Dispatch(polled[index].revents);
+      const auto events = polled[index].revents;
+      if (events != 0 && stream != nullptr) Contain([&] { stream->Dispatch(events); });
     }
   }
-  Timers().FireDue(Now());
+  wait.EndRound(Now());
 }
 
 std::unique_ptr<Network::Lookup> PosixNetworkLoop::Resolve(const std::string& host,

@@ -20,6 +20,9 @@
 namespace quillon {
 namespace {
 
+// In one round. Each message of a socket may bring a block of data, and its handling the next one.
+constexpr int kMostMessages = 32;
+
 constexpr UINT kWorkMessage = WM_APP;
 // Each stream has a message number of its own, so that a message left over from a closed socket
 // cannot reach a new one that got the same handle.
@@ -186,7 +189,7 @@ Win32NetworkLoop::Win32NetworkLoop() {
   if (window_ == nullptr) throw std::runtime_error("no message window");
   ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   queue_ = std::make_shared<WorkQueue>(
-      [window = window_] { ::PostMessageW(window, kWorkMessage, 0, 0); });
+      [window = window_] { return ::PostMessageW(window, kWorkMessage, 0, 0) != FALSE; });
 }
 
 Win32NetworkLoop::~Win32NetworkLoop() {
@@ -202,12 +205,12 @@ LRESULT CALLBACK Win32NetworkLoop::WindowProc(HWND window, UINT message, WPARAM 
   if (loop == nullptr || message < WM_APP || message > kLastStreamMessage) {
     return ::DefWindowProcW(window, message, wParam, lParam);
   }
-  loop->OnMessage(message, lParam);
+  loop->Contain([&] { loop->OnMessage(message, lParam); });
   return 0;
 }
 
 void Win32NetworkLoop::OnMessage(UINT message, LPARAM lParam) {
-  if (message == kWorkMessage) return queue_->Run();
+  if (message == kWorkMessage) return queue_->Run(*this);
   const auto found = streams_.find(message);
   if (found == streams_.end()) return;
   found->second->OnEvent(WSAGETSELECTEVENT(lParam), WSAGETSELECTERROR(lParam));
@@ -221,10 +224,14 @@ UINT Win32NetworkLoop::Adopt(Win32Stream& stream) {
   return nextMessage_;
 }
 
-// False when the program is being ended; the message of it is put back for the outer loops.
+// One round of messages. False when the program is being ended; the message of it is put back for
+// the outer loops.
 bool Win32NetworkLoop::DispatchMessages() {
   MSG message{};
-  while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+  for (int count = 0; count < kMostMessages; ++count) {
+    // Posted messages come before all others: the last one of a round is the user's.
+    const UINT kind = count < kMostMessages - 1 ? 0U : PM_QS_INPUT | PM_QS_PAINT;
+    if (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | kind) == 0) return true;
     if (message.message == WM_QUIT) {
       ::PostQuitMessage(static_cast<int>(message.wParam));
       return false;
@@ -236,21 +243,23 @@ bool Win32NetworkLoop::DispatchMessages() {
 }
 
 void Win32NetworkLoop::RunPending() {
+  Wait wait(*this);
   DispatchMessages();
-  Timers().FireDue(Now());
+  wait.EndRound(Now());
 }
 
 bool Win32NetworkLoop::RunUntil(const std::function<bool()>& done, TickCount deadline) {
+  Wait wait(*this);
   for (;;) {
     if (done()) return true;
     const auto now = Now();
     if (now >= deadline) return false;
     const auto until = std::min(deadline, Timers().NextDue());
-    const auto wait = std::min<TickCount>(until > now ? until - now : 0, 60000);
-    ::MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(wait), QS_ALLINPUT,
+    const auto left = std::min<TickCount>(until > now ? until - now : 0, 60000);
+    ::MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(left), QS_ALLINPUT,
                                   MWMO_INPUTAVAILABLE);
     const bool running = DispatchMessages();
-    Timers().FireDue(Now());
+    wait.EndRound(Now());
     if (!running) return done();
   }
 }

@@ -168,7 +168,7 @@ void Win32ProgressDisplay::Abort() {
   const auto abort = std::exchange(abort_, nullptr);
   if (!abort || button_ == nullptr) return;
   EnableWindow(button_, FALSE);
-  abort();
+  loop_.Contain(abort);
 }
 
 LRESULT CALLBACK Win32ProgressDisplay::FrameProcedure(HWND window, UINT message, WPARAM first,

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "ports/EventLoop.h"
 #include "ports/ProgressDisplay.h"
 
 namespace quillon {
@@ -13,7 +14,8 @@ namespace quillon {
 // One thread's: the one that shows it must dispatch its messages.
 class Win32ProgressDisplay final : public ProgressDisplay {
  public:
-  Win32ProgressDisplay() = default;
+  // The loop keeps what an abort throws.
+  explicit Win32ProgressDisplay(EventLoop& loop) : loop_(loop) {}
   Win32ProgressDisplay(const Win32ProgressDisplay&) = delete;
   Win32ProgressDisplay& operator=(const Win32ProgressDisplay&) = delete;
   ~Win32ProgressDisplay() override { Hide(); }
@@ -33,6 +35,7 @@ class Win32ProgressDisplay final : public ProgressDisplay {
   HWND AddControl(const wchar_t* windowClass, const wchar_t* text, DWORD style, const RECT& place);
   void Abort();
 
+  EventLoop& loop_;
   std::int16_t parts_ = 0;
   std::function<void()> abort_;  // empty once it has been called
   HFONT font_ = nullptr;
