@@ -45,7 +45,7 @@ MailSession::MailSession(const SessionPorts& ports, std::string_view name)
     : ports_(ports),
       name_(name),
       connect_(ports.loop, ports.network),
-      socket_(*this),
+      socket_(ports.loop, *this),
       writer_(ports.loop, socket_,
               [this] {
                 Log("Network timeout on send.");

@@ -11,6 +11,9 @@ namespace {
 constexpr std::size_t kBufferSize = 64 * 1024;
 constexpr int kReadsOfAPoll = 64;
 
+// More than a full buffer has of ordinary lines, so that only short ones are handed on in turns.
+constexpr int kLinesPerTurn = 2000;
+
 }  // namespace
 
 void LineSocket::Attach(std::unique_ptr<ByteStream> stream) {
@@ -28,8 +31,12 @@ std::size_t LineSocket::Write(std::string_view bytes) {
 
 void LineSocket::Close() {
   stream_.reset();
-  filled_ = 0;
+  ++connection_;
+  nextTurn_.Stop();
+  filled_ = start_ = scanned_ = 0;
+  end_.reset();
   inPieces_ = false;
+  linesRead_ = false;
   writable_ = false;
   declined_ = false;
 }
@@ -56,16 +63,21 @@ void LineSocket::Poll() {
   }
 }
 
-// Whether there was something to read. The stream may be gone then.
+// Whether there was something to deliver. The stream may be gone then.
 bool LineSocket::ReadSome() {
+  if (nextTurn_.Running()) {
+    nextTurn_.Stop();
+    OnTurn();
+    return true;
+  }
   const auto result = stream_->Read(std::span(buffer_.get() + filled_, kBufferSize - filled_));
   switch (result.status) {
-    case IoResult::Status::Ok: {
-      const auto scanFrom = filled_;
+    case IoResult::Status::Ok:
       filled_ += result.count;
-      Deliver(scanFrom);
+      linesRead_ = true;
+      stream_->WantRead(false);
+      Deliver();
       return true;
-    }
     case IoResult::Status::WouldBlock:
       return false;
     case IoResult::Status::Closed:
@@ -86,50 +98,72 @@ void LineSocket::OnStreamWritable() {
   handler_.OnSendReady();
 }
 
-// Hands the complete lines of the buffer on and keeps the rest. The handler may close the
-// connection, and even open another one, which ends the delivery.
-void LineSocket::Deliver(std::size_t scanFrom) {
-  const auto* const stream = stream_.get();
+// Runs an event of the handler, which may close the connection, and even open another one: then
+// false, and the delivery ends. What it throws passes, and the delivery goes on in the next turn.
+template <typename Event>
+bool LineSocket::Tell(const Event& event) {
+  const auto connection = connection_;
   delivering_ = true;
-  stream_->WantRead(false);
-  std::size_t start = 0;
-  while (stream_.get() == stream) {
-    const auto* const end =
-        static_cast<const char*>(std::memchr(buffer_.get() + scanFrom, '\n', filled_ - scanFrom));
-    if (end == nullptr) break;
-    std::string_view line(buffer_.get() + start,
-                          static_cast<std::size_t>(end - buffer_.get()) - start);
-    start = scanFrom = start + line.size() + 1;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    inPieces_ = false;
-    handler_.OnLine(line, true);
+  try {
+    event();
+  } catch (...) {
+    delivering_ = false;
+    if (stream_) nextTurn_.Start(0);
+    throw;
   }
   delivering_ = false;
-  if (stream_.get() != stream) return ReadDeclined();
-  filled_ -= start;
-  std::memmove(buffer_.get(), buffer_.get() + start, filled_);
-  if (filled_ == kBufferSize) {
-    // The last byte stays: it may be the CR of the line's end.
-    delivering_ = inPieces_ = true;
-    handler_.OnLine({buffer_.get(), kBufferSize - 1}, false);
-    delivering_ = false;
-    if (stream_.get() != stream) return ReadDeclined();
-    buffer_[0] = buffer_[kBufferSize - 1];
-    filled_ = 1;
+  if (connection_ == connection) return true;
+  ReadDeclined();
+  return false;
+}
+
+void LineSocket::OnTurn() {
+  if (declined_) return ReadDeclined();
+  if (end_) return DeliverEnd(*end_);
+  Deliver();
+}
+
+// Hands the complete lines of the buffer on and keeps the rest.
+void LineSocket::Deliver() {
+  for (int lines = 0;; ++lines) {
+    const auto* const end =
+        static_cast<const char*>(std::memchr(buffer_.get() + scanned_, '\n', filled_ - scanned_));
+    if (end == nullptr) break;
+    if (lines == kLinesPerTurn) return nextTurn_.Start(0);
+    std::string_view line(buffer_.get() + start_,
+                          static_cast<std::size_t>(end - buffer_.get()) - start_);
+    start_ = scanned_ = start_ + line.size() + 1;
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    inPieces_ = false;
+    if (!Tell([&] { handler_.OnLine(line, true); })) return;
   }
-  handler_.OnLinesRead();
+  if (start_ == 0 && filled_ == kBufferSize && !DeliverPiece()) return;
+  Compact();
+  if (std::exchange(linesRead_, false) && !Tell([this] { handler_.OnLinesRead(); })) return;
   stream_->WantRead(true);
   if (std::exchange(writable_, false)) handler_.OnSendReady();
 }
 
+bool LineSocket::DeliverPiece() {
+  // The last byte stays: it may be the CR of the line's end.
+  start_ = kBufferSize - 1;
+  inPieces_ = true;
+  return Tell([this] { handler_.OnLine({buffer_.get(), kBufferSize - 1}, false); });
+}
+
+void LineSocket::Compact() {
+  filled_ -= start_;
+  std::memmove(buffer_.get(), buffer_.get() + start_, filled_);
+  start_ = 0;
+  scanned_ = filled_;
+}
+
 void LineSocket::DeliverEnd(int error) {
-  const auto* const stream = stream_.get();
+  end_ = error;
   if (filled_ > 0 || inPieces_) {
-    const std::string last(buffer_.get(), filled_);
-    delivering_ = true;
-    handler_.OnUnfinishedLine(last);
-    delivering_ = false;
-    if (stream_.get() != stream) return ReadDeclined();
+    const std::string last(buffer_.get(), std::exchange(filled_, 0));
+    inPieces_ = false;
+    if (!Tell([&] { handler_.OnUnfinishedLine(last); })) return;
   }
   Close();
   handler_.OnClosed(error);

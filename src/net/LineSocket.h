@@ -3,11 +3,15 @@
 // Lines end at LF; a CR before it is taken off with it. A line longer than the buffer arrives in
 // pieces, so memory stays bounded whatever the peer sends. Events for one socket never nest: what
 // arrives while a handler runs (which may wait for something else) is delivered after it has
-// returned, in order, and nothing is lost.
+// returned, in order, and nothing is lost. Lines come in turns of a limited number, between which
+// the loop serves others. A handler that throws has had its event; what follows comes with the next
+// turn.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,7 +36,8 @@ class LineSocket : private ByteStream::Handler {
     virtual void OnClosed(int error) = 0;
   };
 
-  explicit LineSocket(Handler& handler) : handler_(handler) {}
+  LineSocket(EventLoop& loop, Handler& handler)
+      : handler_(handler), nextTurn_(loop, [this] { OnTurn(); }) {}
   ~LineSocket() override = default;
   LineSocket(const LineSocket&) = delete;
   LineSocket& operator=(const LineSocket&) = delete;
@@ -63,15 +68,26 @@ class LineSocket : private ByteStream::Handler {
   void OnStreamWritable() override;
 
   bool ReadSome();
-  void Deliver(std::size_t scanFrom);
+  void OnTurn();
+  void Deliver();
+  bool DeliverPiece();
+  void Compact();
   void DeliverEnd(int error);
   void ReadDeclined();
+  template <typename Event>
+  bool Tell(const Event& event);
 
   Handler& handler_;
   std::unique_ptr<ByteStream> stream_;
   std::unique_ptr<char[]> buffer_;  // made with the first connection
-  std::size_t filled_ = 0;  // bytes in the buffer: the begin of a line whose end has not come
-  bool inPieces_ = false;   // that line has been delivered in part
+  std::size_t filled_ = 0;          // bytes in the buffer,
+  std::size_t start_ = 0;           // of which so many have been delivered,
+  std::size_t scanned_ = 0;         // and so many are known to hold no further line end
+  std::uint64_t connection_ = 0;    // counts them: another one may stand at the same address
+  std::optional<int> end_;          // the peer's end is being delivered, with this error
+  Timer nextTurn_;
+  bool inPieces_ = false;   // the first line of the buffer has been delivered in part
+  bool linesRead_ = false;  // OnLinesRead is due behind the last line
   bool delivering_ = false;
   bool writable_ = false;  // came while delivering
   bool declined_ = false;  // so did data of a newer connection

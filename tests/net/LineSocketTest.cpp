@@ -1,8 +1,11 @@
 // Line sockets over real connections.
+#include <algorithm>
+#include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -20,7 +23,7 @@ constexpr TickCount kPatience = 20000;
 // Connects and keeps what arrives.
 class Client : private LineSocket::Handler, private ByteStream::Handler {
  public:
-  Client(NetworkLoop& loop, const SocketAddress& address) : loop_(loop), socket_(*this) {
+  Client(NetworkLoop& loop, const SocketAddress& address) : loop_(loop), socket_(loop, *this) {
     stream_ = loop.Connect(address, *this);
     EXPECT_TRUE(loop.RunUntil([this] { return stream_ == nullptr; }, loop.Now() + kPatience));
   }
@@ -41,6 +44,8 @@ class Client : private LineSocket::Handler, private ByteStream::Handler {
   std::optional<int> closed;
   int refusals = 0;  // writes that took less than all
   std::function<void()> inLine;
+  std::function<void()> inPiece;
+  std::function<void()> inUnfinished;
   LineSocket& Socket() { return socket_; }
 
  private:
@@ -53,13 +58,17 @@ class Client : private LineSocket::Handler, private ByteStream::Handler {
     if (!complete) {
       pieces.push_back(text.size());
       part_ += text;
+      if (inPiece) inPiece();
       return;
     }
     lines.push_back(part_ + std::string(text));
     part_.clear();
     if (inLine) inLine();
   }
-  void OnUnfinishedLine(std::string_view text) override { unfinished = text; }
+  void OnUnfinishedLine(std::string_view text) override {
+    unfinished += text;
+    if (inUnfinished) inUnfinished();
+  }
   void OnSendReady() override {
     sent_ += socket_.Write(std::string_view(outgoing_).substr(sent_));
     refusals += sent_ < outgoing_.size() ? 1 : 0;
@@ -133,6 +142,64 @@ TEST(LineSocket, WaitingInsideALineNeitherNestsNorLosesLines) {
   ASSERT_TRUE(client.WaitForEnd());
   EXPECT_EQ(linesAfterWait, 1U);
   EXPECT_EQ(client.lines, (std::vector<std::string>{"one", "two", "three", "four"}));
+}
+
+TEST(LineSocket, AFloodOfLinesLetsOthersHaveTheirTurn) {
+  const auto loop = MakeNetworkLoop();
+  constexpr std::size_t kLines = 200'000;
+  std::promise<void> begin;
+  std::promise<void> underWay;
+  LoopbackPeer peer([&](LoopbackPeer::Connection& connection) {
+    begin.get_future().wait();
+    connection.Send("first\n" + std::string(60'000, '\n'));
+    underWay.set_value();
+    connection.Send(std::string(kLines - 60'000, '\n') + "last");
+  });
+  Client client(*loop, peer.Address());
+  client.inLine = [&] {
+    // So much waits then as one read takes.
+    if (client.lines.size() == 1) underWay.get_future().wait();
+  };
+  begin.set_value();
+  std::size_t before = 0;
+  std::size_t most = 0;
+  ASSERT_TRUE(loop->RunUntil(
+      [&] {
+        most = std::max(most, client.lines.size() - before);
+        before = client.lines.size();
+        return client.closed.has_value();
+      },
+      loop->Now() + kPatience));
+  EXPECT_EQ(client.lines.size(), kLines + 1);
+  EXPECT_EQ(client.unfinished, "last");
+  EXPECT_LE(most, 4000U);
+}
+
+// Each throw comes out of the wait once, and nothing that the peer said is lost or told twice.
+TEST(LineSocket, AHandlerThatThrowsLosesNothing) {
+  const auto loop = MakeNetworkLoop();
+  const std::string longLine(100'000, 'x');
+  std::promise<void> begin;
+  LoopbackPeer peer([&](LoopbackPeer::Connection& connection) {
+    begin.get_future().wait();
+    connection.Send("one\r\ntwo\r\n" + longLine + "\r\nthree\r\nno end");
+  });
+  Client client(*loop, peer.Address());
+  const auto fail = [] { throw std::runtime_error("failed"); };
+  client.inLine = client.inPiece = client.inUnfinished = fail;
+  begin.set_value();
+  int thrown = 0;
+  while (!client.closed) {
+    try {
+      ASSERT_TRUE(client.WaitForEnd());
+    } catch (const std::runtime_error&) {
+      ++thrown;
+    }
+  }
+  EXPECT_EQ(client.lines, (std::vector<std::string>{"one", "two", longLine, "three"}));
+  EXPECT_EQ(client.unfinished, "no end");
+  EXPECT_EQ(client.closed, 0);
+  EXPECT_EQ(thrown, 4 + static_cast<int>(client.pieces.size()) + 1);
 }
 
 TEST(LineSocket, ClosedInsideALineIsSilentAfterwards) {

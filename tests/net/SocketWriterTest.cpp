@@ -67,7 +67,7 @@ class SocketWriterTest : public ::testing::Test,
 
   std::shared_ptr<CountingPeer> peer_ = std::make_shared<CountingPeer>();
   FakeNetwork network_;
-  LineSocket socket_{*this};
+  LineSocket socket_{network_, *this};
   SocketWriter writer_{network_, socket_, [] { ADD_FAILURE() << "stuck"; }};
 
  private:
