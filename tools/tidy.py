@@ -214,6 +214,8 @@ def main():
         groups.setdefault((source.preset, *texts), []).append(source)
     with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
         units = [unit for group in groups.values() for unit in units_of(group, pool, cross)]
+        # Those of the tests take longest, and no processor shall wait for them at the end.
+        units.sort(key=lambda unit: "tests" not in unit.file.relative_to(STATE).parts)
         print(f"{len(stale)} of {len(sources)} sources to read, in {len(units)} parts", flush=True)
         for unit, (status, output) in zip(units, pool.map(Unit.tidy, units)):
             if status == 0:

@@ -145,7 +145,8 @@ MailResult EngineRunner::ResultOf(const EngineProcess& process, const SessionRes
         TrimmedCopy(context + ": {" + std::to_string(ended.number) + "} " + text),
         MessageBoxPort::Icon::Critical);
   }
-  return {ended.number, text.empty() ? context : std::move(text)};
+  if (text.empty()) text = context;
+  return {ended.number, std::move(text)};
 }
 
 }  // namespace quillon

@@ -19,6 +19,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "core/Task.h"
 #include "internet/InternetError.h"
@@ -62,14 +63,18 @@ struct SessionFailure {
   // What becomes of the connection.
   enum class Connection { Stays, TakesLeave, IsClosed };
 
+  explicit SessionFailure(std::int32_t why, Connection then = Connection::IsClosed,
+                          std::string said = {})
+      : number(why), connection(then), words(std::move(said)) {}
+
   std::int32_t number;
-  Connection connection = Connection::IsClosed;
-  std::string words = {};
+  Connection connection;
+  std::string words;
 };
 
 // The server closed the connection, or it broke.
 struct ConnectionLost : SessionFailure {
-  ConnectionLost() : SessionFailure{internet_error::kConnectionLost} {}
+  ConnectionLost() : SessionFailure(internet_error::kConnectionLost) {}
 };
 
 class MailSession : private LineSocket::Handler {
