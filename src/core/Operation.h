@@ -18,7 +18,7 @@ class Operation final : private Resumer {
   // `ended` is called when the Task has a result, from the event that it waited for last; not when
   // it is aborted. It may start the next Task, and destroy the Operation.
   explicit Operation(std::function<void()> ended = {}) : ended_(std::move(ended)) {}
-  ~Operation() = default;
+  ~Operation() override = default;
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
 

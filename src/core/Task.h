@@ -26,13 +26,12 @@ namespace quillon {
 // Lets the coroutines of one operation go on; an Operation.
 class Resumer {
  public:
-  virtual void Resume(std::coroutine_handle<> waiting) = 0;
-
- protected:
   Resumer() = default;
-  ~Resumer() = default;
-  Resumer(const Resumer&) = default;
-  Resumer& operator=(const Resumer&) = default;
+  virtual ~Resumer() = default;
+  Resumer(const Resumer&) = delete;
+  Resumer& operator=(const Resumer&) = delete;
+
+  virtual void Resume(std::coroutine_handle<> waiting) = 0;
 };
 
 class TaskPromise {

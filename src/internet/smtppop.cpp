@@ -57,7 +57,7 @@ Task<SessionResult> smtppop::OnPop(Task<SessionResult> operation) {
   co_return co_await operation;
 }
 
-Task<SessionResult> smtppop::LoginSMTP(SmtpSettings settings) {
+Task<SessionResult> smtppop::LoginSMTP(const SmtpSettings& settings) {
   return OnSmtp(settings, smtp_.Login(settings));
 }
 
@@ -66,7 +66,7 @@ Task<SessionResult> smtppop::LogoutSMTP() {
   co_return co_await smtp_.Logout();
 }
 
-Task<SessionResult> smtppop::ResolveAddress(SmtpSettings settings, const std::string& name) {
+Task<SessionResult> smtppop::ResolveAddress(const SmtpSettings& settings, const std::string& name) {
   RequireWireSafe(name, "The name");
   return OnSmtp(settings, smtp_.Resolve(settings, name));
 }

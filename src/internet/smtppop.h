@@ -31,11 +31,11 @@ class smtppop {
   // `listener` hears what the sessions are doing.
   smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports, SessionListener& listener);
 
-  Task<SessionResult> LoginSMTP(SmtpSettings settings);
+  Task<SessionResult> LoginSMTP(const SmtpSettings& settings);
   Task<SessionResult> LogoutSMTP();
   Task<SessionResult> Send(SmtpSettings settings, OutgoingMessage message,
                            const ComposerSettings& composing, const std::string& envelopeRecipient);
-  Task<SessionResult> ResolveAddress(SmtpSettings settings, const std::string& name);
+  Task<SessionResult> ResolveAddress(const SmtpSettings& settings, const std::string& name);
   bool SMTPLoginStatus() const noexcept { return smtp_.LoginStatus(); }
   // The name's address as the server gave it; empty when it does not know the name.
   const std::string& ResolvedAddress() const { return smtp_.Resolved(); }
