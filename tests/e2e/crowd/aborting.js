@@ -1,0 +1,4 @@
+// Aborts whatever is running.
+mail = new ActiveXObject("QuillonInterface.Server");
+while (new Date().getTime() < end) attempt("AsynchAbort", function () { mail.AsynchAbort(); });
+report();
