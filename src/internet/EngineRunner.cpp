@@ -12,12 +12,6 @@ namespace quillon {
 EngineRunner::Call::Call(EngineRunner& owner) : owner_(&owner) {
   if (owner.ports_.notifier.InCallback()) throw ServerError(error_code::kInNotification);
   if (std::exchange(owner.busy_, true)) throw ServerError(error_code::kInProgress);
-  try {
-    if (owner.engine_) owner.engine_->AwaitShutdown();
-  } catch (...) {
-    owner.busy_ = false;
-    throw;
-  }
 }
 
 // The end is told from the loop, not from inside the event that the work has waited for. An abort

@@ -42,9 +42,13 @@ smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
       ports_(ports),
       listener_(listener),
       smtp_({loop, network, ports.clock, ports.log, listener}),
-      pop_({loop, network, ports.clock, ports.log, listener}) {}
+      pop_({loop, network, ports.clock, ports.log, listener}),
+      leavingSmtp_([this] { OnLeft(); }),
+      leavingPop_([this] { OnLeft(); }),
+      leaveTimer_(loop, [this] { LeaveNow(); }) {}
 
 Task<SessionResult> smtppop::OnSmtp(SmtpSettings settings, Task<SessionResult> operation) {
+  co_await left_;
   protocol_ = Protocol::Smtp;
   if (!IsSenderAddress(settings.sender)) {
     co_return SessionResult{internet_error::kInvalidSender, {}};
@@ -53,6 +57,7 @@ Task<SessionResult> smtppop::OnSmtp(SmtpSettings settings, Task<SessionResult> o
 }
 
 Task<SessionResult> smtppop::OnPop(Task<SessionResult> operation) {
+  co_await left_;
   protocol_ = Protocol::Pop;
   co_return co_await operation;
 }
@@ -62,6 +67,7 @@ Task<SessionResult> smtppop::LoginSMTP(const SmtpSettings& settings) {
 }
 
 Task<SessionResult> smtppop::LogoutSMTP() {
+  co_await left_;
   protocol_ = Protocol::Smtp;
   co_return co_await smtp_.Logout();
 }
@@ -94,6 +100,7 @@ Task<SessionResult> smtppop::Send(SmtpSettings settings, OutgoingMessage message
 
 Task<SessionResult> smtppop::ComposeAndSend(SmtpSettings settings, Envelope envelope,
                                             std::unique_ptr<MessageComposer> composer) {
+  co_await left_;
   co_await Compose(*composer);
   const auto message = composer->Take();
   composer.reset();
@@ -148,17 +155,25 @@ Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, std::uint32_t n
 
 // Both at the same time, so that one silent server does not keep the other from hearing of it.
 void smtppop::Shutdown(TickCount patience) {
-  leaveBy_ = loop_.Now() + patience;
+  left_.Close();
+  leaving_ = 2;
+  leaveTimer_.Start(patience);
   leavingSmtp_.Start(smtp_.Logout());
   leavingPop_.Start(pop_.Logout());
-  AwaitShutdown();
+  loop_.RunUntil([this] { return left_.IsOpen(); }, kNoDeadline);
+  if (!left_.IsOpen()) LeaveNow();  // the program is being ended
 }
 
-void smtppop::AwaitShutdown() {
-  const auto left = [this] { return !leavingSmtp_.Running() && !leavingPop_.Running(); };
-  if (left() || loop_.RunUntil(left, leaveBy_)) return;
+void smtppop::OnLeft() {
+  if (--leaving_ > 0) return;
+  leaveTimer_.Stop();
+  left_.Open();
+}
+
+void smtppop::LeaveNow() {
   leavingSmtp_.Abort();
   leavingPop_.Abort();
+  left_.Open();
 }
 
 }  // namespace quillon

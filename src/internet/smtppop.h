@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "core/Gate.h"
 #include "core/Operation.h"
 #include "internet/HeaderCollector.h"
 #include "internet/MessageCollector.h"
@@ -52,9 +53,8 @@ class smtppop {
   const std::string& LastPOPErrorDescription() const { return pop_.LastErrorDescription(); }
 
   // Leaves both servers, in `patience` milliseconds at most; runs the event loop meanwhile. Nothing
-  // may be under way. What is asked of the engine out of that loop has to wait for the end of it.
+  // may be under way. An operation that is begun out of that loop waits for the end of it.
   void Shutdown(TickCount patience);
-  void AwaitShutdown();
 
   Protocol ProtocolSelector() const noexcept { return protocol_; }
 
@@ -64,6 +64,8 @@ class smtppop {
   Task<SessionResult> ComposeAndSend(SmtpSettings settings, Envelope envelope,
                                      std::unique_ptr<MessageComposer> composer);
   Task<> Compose(MessageComposer& composer);
+  void OnLeft();
+  void LeaveNow();
 
   EventLoop& loop_;
   ComposerPorts ports_;
@@ -71,9 +73,11 @@ class smtppop {
   SmtpSession smtp_;
   PopSession pop_;
   Protocol protocol_ = Protocol::None;
+  Gate left_;  // closed while the servers are being left
+  int leaving_ = 0;
   Operation<SessionResult> leavingSmtp_;
   Operation<SessionResult> leavingPop_;
-  TickCount leaveBy_ = 0;
+  Timer leaveTimer_;
 };
 
 }  // namespace quillon

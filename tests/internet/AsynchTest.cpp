@@ -217,7 +217,12 @@ TEST_F(AsynchTest, WorkThatBeginsDuringTheShutdownWaitsForItsEnd) {
   servePop = false;
   const auto connects = world.network.connects;
   bool asked = false;
-  world.network.Post([&] { asked = backEnd.Send(world.request).Succeeded(); });
+  world.network.Post([&] {
+    asked = backEnd.Send(world.request).Succeeded();
+    // What is sent is the message of the call, whatever other clients do to it while it waits.
+    world.shared.message.body = "of somebody else";
+    world.shared.message.to = {};
+  });
   backEnd.Shutdown(1000);
   EXPECT_TRUE(asked);
   EXPECT_TRUE(world.notifier.InProgress());
@@ -226,6 +231,14 @@ TEST_F(AsynchTest, WorkThatBeginsDuringTheShutdownWaitsForItsEnd) {
   EXPECT_EQ(object->last.result, -1);
   EXPECT_EQ(object->last.text, "Message Sent Successfully");
   EXPECT_EQ(world.network.connects, connects + 1);
+  // One that waits for its result gets it out of the loop that the shutdown waits in.
+  world.notifier.Reset();
+  world.shared.message.to = {"ann@example.org"};
+  asked = false;
+  world.network.Post([&] { asked = backEnd.Send(world.request).Succeeded(); });
+  backEnd.Shutdown(1000);
+  EXPECT_TRUE(asked);
+  world.notifier.Register(object, AsynchNotifier::Configuration::All);
 
   // And when the server does not answer to the farewell.
   world.network.accept = [] { return std::make_shared<MutePeer>(); };
