@@ -18,9 +18,9 @@ EngineRunner::Call::Call(EngineRunner& owner) : owner_(&owner) {
 // may come before.
 EngineRunner::EngineRunner(const RunnerPorts& ports)
     : ports_(ports), reporter_(ports.loop, ports.notifier, ports.progress), work_([this] {
-        if (process_ == nullptr) return;
-        ports_.loop.Post([this, process = std::weak_ptr(process_)] {
-          if (!process.expired()) EndProcess();
+        if (started_ == nullptr) return;
+        ports_.loop.Post([this, order = std::weak_ptr(started_)] {
+          if (!order.expired()) EndStarted();
         });
       }) {}
 
@@ -31,29 +31,29 @@ smtppop& EngineRunner::Engine() {
   return *engine_;
 }
 
-MailResult EngineRunner::Perform(Call& call, EngineProcess process, Task<SessionResult> work) {
-  reporter_.Begin(process.operation, process.display);
-  if (process.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
-    process_ = std::make_shared<EngineProcess>(std::move(process));
+MailResult EngineRunner::Perform(Call& call, WorkOrder order, Task<SessionResult> work) {
+  reporter_.Begin(order.operation, order.display);
+  if (order.operation != asynch_operation::kNone && ports_.notifier.Registered()) {
+    started_ = std::make_shared<WorkOrder>(std::move(order));
     ports_.notifier.SetInProgress();
     call.LeaveRunning();
     work_.Start(std::move(work));
     return {};
   }
   work_.Start(std::move(work));
-  return Wait(process);
+  return Wait(order);
 }
 
-MailResult EngineRunner::Wait(const EngineProcess& process) {
+MailResult EngineRunner::Wait(const WorkOrder& order) {
   const auto over = [&] {
     reporter_.End();
-    if (process.whenOver) process.whenOver();
+    if (order.whenOver) order.whenOver();
   };
   MailResult result;
   try {
     ports_.loop.RunUntil([this] { return !work_.Running(); }, kNoDeadline);
     work_.Abort();  // the program is being ended
-    result = TakeResult(process);
+    result = TakeResult(order);
   } catch (...) {
     work_.Abort();
     over();
@@ -64,25 +64,25 @@ MailResult EngineRunner::Wait(const EngineProcess& process) {
   return result;
 }
 
-MailResult EngineRunner::TakeResult(const EngineProcess& process) {
-  if (work_.Aborted()) return ResultOf(process, {error_code::kUserAborted, {}});
-  return ResultOf(process, work_.Take());
+MailResult EngineRunner::TakeResult(const WorkOrder& order) {
+  if (work_.Aborted()) return ResultOf(order, {error_code::kUserAborted, {}});
+  return ResultOf(order, work_.Take());
 }
 
-void EngineRunner::EndProcess() {
-  const auto process = process_;
+void EngineRunner::EndStarted() {
+  const auto order = started_;
   MailResult result;
   try {
-    result = TakeResult(*process);
+    result = TakeResult(*order);
   } catch (const ServerError& error) {
     result = {error.Code(), error.Text()};
-    if (result.text.empty()) result.text = ErrorText(process->system, result.number);
+    if (result.text.empty()) result.text = ErrorText(order->system, result.number);
   } catch (const std::exception&) {
-    result = {0, std::string("Undetermined error in ") + process->member + " method."};
+    result = {0, std::string("Undetermined error in ") + order->member + " method."};
   }
-  if (process != process_) return;  // aborted while a box was shown
-  process_.reset();
-  if (process->whenOver) process->whenOver();
+  if (order != started_) return;  // aborted while a box was shown
+  started_.reset();
+  if (order->whenOver) order->whenOver();
   auto event = reporter_.Last();
   reporter_.End();
   busy_ = false;
@@ -96,8 +96,8 @@ void EngineRunner::EndProcess() {
 // The abort has events of its own; what is running ends without one.
 void EngineRunner::AsynchAbort() {
   Abort();
-  if (const auto process = std::exchange(process_, nullptr)) {
-    if (process->whenOver) process->whenOver();
+  if (const auto order = std::exchange(started_, nullptr)) {
+    if (order->whenOver) order->whenOver();
     reporter_.End();
     busy_ = false;
   }
@@ -124,16 +124,16 @@ std::string EngineRunner::ErrorText(MailSystemId system, std::int32_t number) co
   return TableText(pop, {number, engine_ ? engine_->LastPOPErrorDescription() : std::string()});
 }
 
-MailResult EngineRunner::ResultOf(const EngineProcess& process, const SessionResult& ended) {
+MailResult EngineRunner::ResultOf(const WorkOrder& order, const SessionResult& ended) {
   if (ended.number == internet_error::kSuccess) return {};
   const bool pop = Engine().ProtocolSelector() == smtppop::Protocol::Pop;
   // Codes 2 and 4 mean that there was no connection, whatever it was wanted for.
   const bool connected =
       ended.number != internet_error::kNotConnected && ended.number != internet_error::kNotStarted;
   const auto* const login = pop ? kPopLoginFailed : kSmtpLoginFailed;
-  const std::string context = connected && process.context != nullptr ? process.context : login;
+  const std::string context = connected && order.context != nullptr ? order.context : login;
   auto text = TableText(pop, ended);
-  if (process.errorDisplay) {
+  if (order.errorDisplay) {
     ports_.messageBox.Show(
         pop ? "POP Mail Error" : "SMTP Mail Error",
         TrimmedCopy(context + ": {" + std::to_string(ended.number) + "} " + text),

@@ -23,7 +23,7 @@
 namespace quillon {
 
 // What a call has the engine do, beside the work itself.
-struct EngineProcess {
+struct WorkOrder {
   const char* member = "";                           // of the server
   std::int32_t operation = asynch_operation::kNone;  // none: the client waits in any case
   const char* context = nullptr;                     // what has failed when it fails; a login
@@ -50,7 +50,7 @@ class EngineRunner {
 
   // Runs the work, or starts it when an object is registered; then the result is success, and the
   // object hears of the work's own. Throws ServerError 522 for what was aborted.
-  MailResult Perform(Call& call, EngineProcess process, Task<SessionResult> work);
+  MailResult Perform(Call& call, WorkOrder order, Task<SessionResult> work);
 
   // What has been started for a client's object ends, without an event; else as Abort.
   void AsynchAbort();
@@ -65,19 +65,19 @@ class EngineRunner {
   std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
-  MailResult Wait(const EngineProcess& process);
+  MailResult Wait(const WorkOrder& order);
   // What has been started is done.
-  void EndProcess();
-  MailResult TakeResult(const EngineProcess& process);
+  void EndStarted();
+  MailResult TakeResult(const WorkOrder& order);
   // The number with its text, or the words of what has failed; shown when error display is on.
-  MailResult ResultOf(const EngineProcess& process, const SessionResult& ended);
+  MailResult ResultOf(const WorkOrder& order, const SessionResult& ended);
   std::string TableText(bool pop, const SessionResult& ended) const;
 
   RunnerPorts ports_;
   ProgressReporter reporter_;
-  std::unique_ptr<smtppop> engine_;         // made on first use
-  Operation<SessionResult> work_;           // what is running
-  std::shared_ptr<EngineProcess> process_;  // whose work goes on by itself
+  std::unique_ptr<smtppop> engine_;     // made on first use
+  Operation<SessionResult> work_;       // what is running
+  std::shared_ptr<WorkOrder> started_;  // whose work goes on by itself
   bool busy_ = false;
 };
 

@@ -44,24 +44,24 @@ InternetBackEnd::InternetBackEnd(const InternetPorts& ports, InternetProduct pro
                ports.notifier,
                ports.progress}) {}
 
-EngineProcess InternetBackEnd::NewProcess(const MailRequest& request, const char* member,
-                                          std::int32_t operation, const char* context) {
+WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* member,
+                                    std::int32_t operation, const char* context) {
   const auto& internet = request.shared.internet;
-  EngineProcess process;
-  process.member = member;
-  process.operation = operation;
-  process.context = context;
-  process.system = request.instance.mailSystem;
-  process.errorDisplay = request.instance.errorDisplay != kFalse;
+  WorkOrder order;
+  order.member = member;
+  order.operation = operation;
+  order.context = context;
+  order.system = request.instance.mailSystem;
+  order.errorDisplay = request.instance.errorDisplay != kFalse;
   const bool sends = operation == asynch_operation::kSend;
-  process.display.caption = sends ? "Sending Mail" : "Internet Mail";
-  process.display.parts = internet.progressBar;
-  process.display.threshold = static_cast<std::uint64_t>(internet.progressBarThreshold);
+  order.display.caption = sends ? "Sending Mail" : "Internet Mail";
+  order.display.parts = internet.progressBar;
+  order.display.threshold = static_cast<std::uint64_t>(internet.progressBarThreshold);
   if (operation == asynch_operation::kLoadMessageHeaders) {
-    process.display.threshold /= kBytesPerHeader;
+    order.display.threshold /= kBytesPerHeader;
   }
-  process.display.abort = [this] { runner_.Abort(); };
-  return process;
+  order.display.abort = [this] { runner_.Abort(); };
+  return order;
 }
 
 // For both protocols together, one whose data is there is logged into; when neither's is, the user
@@ -83,7 +83,7 @@ MailResult InternetBackEnd::Login(MailRequest& request) {
     login_.PrepareSmtp(request);
     logins.push_back(Engine().LoginSMTP(Smtp(request)));
   }
-  return runner_.Perform(call, NewProcess(request, "Login", asynch_operation::kLogin, nullptr),
+  return runner_.Perform(call, NewOrder(request, "Login", asynch_operation::kLogin, nullptr),
                          LoginAll(std::move(logins)));
 }
 
@@ -101,7 +101,7 @@ MailResult InternetBackEnd::Logout(MailRequest& request) {
   EngineRunner::Call call(runner_);
   const auto system = request.instance.mailSystem;
   const auto leave = [&](const char* context, Task<SessionResult> logout) {
-    return runner_.Perform(call, NewProcess(request, "Logout", asynch_operation::kNone, context),
+    return runner_.Perform(call, NewOrder(request, "Logout", asynch_operation::kNone, context),
                            std::move(logout));
   };
   MailResult result;
@@ -127,14 +127,13 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
                                    switches.blockSize};
   auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
                                composing, Bytes(switches.envelopeRecipient));
-  auto process =
-      NewProcess(request, "Send", asynch_operation::kSend, "Failed to send the message.");
-  process.whenOver = [this, &message] {
+  auto order = NewOrder(request, "Send", asynch_operation::kSend, "Failed to send the message.");
+  order.whenOver = [this, &message] {
     for (const auto& recipient : Engine().RefusedRecipients()) {
       message.refusedRecipients.push_back(Text(recipient));
     }
   };
-  return runner_.Perform(call, std::move(process), Sent(std::move(sending), std::move(host)));
+  return runner_.Perform(call, std::move(order), Sent(std::move(sending), std::move(host)));
 }
 
 Task<SessionResult> InternetBackEnd::Sent(Task<SessionResult> sending, std::string host) {
@@ -169,7 +168,7 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
   auto loading = Engine().LoadMessageHeaders(Pop(request), wanted, *collector);
   request.shared.headers = {};  // its memory serves the new one
   return runner_.Perform(
-      call, NewProcess(request, member, operation, "Failed to load the message headers."),
+      call, NewOrder(request, member, operation, "Failed to load the message headers."),
       HeadersLoaded(std::move(loading), std::move(collector), request.shared.headers));
 }
 
@@ -190,8 +189,8 @@ MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& coun
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
   auto loading = Engine().LoadMessageHeaders(Pop(request), {}, collector);
   auto result = runner_.Perform(call,
-                                NewProcess(request, "UnreadCount", asynch_operation::kNone,
-                                           "Failed to count the unread messages."),
+                                NewOrder(request, "UnreadCount", asynch_operation::kNone,
+                                         "Failed to count the unread messages."),
                                 std::move(loading));
   count = static_cast<std::int32_t>(collector.Table().size());
   return result;
@@ -207,8 +206,8 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
                      Bytes(request.instance.dateFormat)});
   auto loading = Engine().LoadMessage(Pop(request), CurrentNumber(request), *collector);
   return runner_.Perform(call,
-                         NewProcess(request, "LoadMessage", asynch_operation::kLoadMessage,
-                                    "Failed to load the message."),
+                         NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
+                                  "Failed to load the message."),
                          MessageLoaded(std::move(loading), std::move(collector), request.shared));
 }
 
@@ -228,8 +227,8 @@ MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
   login_.PreparePop(request);
   auto deleting = Engine().DeleteMessage(Pop(request), CurrentNumber(request));
   return runner_.Perform(call,
-                         NewProcess(request, "DeleteMessage", asynch_operation::kDeleteMessage,
-                                    "Failed to delete the message."),
+                         NewOrder(request, "DeleteMessage", asynch_operation::kDeleteMessage,
+                                  "Failed to delete the message."),
                          std::move(deleting));
 }
 
@@ -247,7 +246,7 @@ MailResult InternetBackEnd::ResolveName(MailRequest& request, const std::string&
   auto resolving = Engine().ResolveAddress(Smtp(request), Bytes(name));
   auto result = runner_.Perform(
       call,
-      NewProcess(request, "ResolveName", asynch_operation::kNone, "Failed to resolve the name."),
+      NewOrder(request, "ResolveName", asynch_operation::kNone, "Failed to resolve the name."),
       std::move(resolving));
   resolved = Text(Engine().ResolvedAddress());
   const bool bare = !resolved.empty() && resolved.find('<') == std::string::npos;

@@ -75,8 +75,8 @@ class InternetBackEnd final : public BackEnd {
  private:
   using Logins = std::vector<Task<SessionResult>>;
 
-  EngineProcess NewProcess(const MailRequest& request, const char* member, std::int32_t operation,
-                           const char* context);
+  WorkOrder NewOrder(const MailRequest& request, const char* member, std::int32_t operation,
+                     const char* context);
   MailResult LoadHeaders(MailRequest& request, const char* member, std::int32_t operation,
                          HeaderRequest wanted);
 

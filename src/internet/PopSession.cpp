@@ -118,39 +118,39 @@ Task<> PopSession::ReadHeader(std::uint32_t number, HeaderSink& sink) {
   sink.OnNextRequested();
   const auto reply = co_await Reply();
   if (!reply.positive) Refused(internet_error::kTopFailed, reply, Connection::Stays);
-  AwaitReply();
   bool inHeader = true;
-  std::uint64_t bytes = 0;
-  for (;;) {
-    const auto line = Content(co_await NextData());
-    if (!line) break;
-    bytes += line->text.size() + 2;
-    if (bytes > kMostListBytes) throw SessionFailure{internet_error::kOverflow};
-    if (line->starts && line->text.empty()) inHeader = false;
-    if (inHeader && !sink.OnHeaderLine(number, line->text, line->completes)) {
+  co_await ReadList([&](const Heard& line) {
+    if (line.starts && line.text.empty()) inHeader = false;
+    if (inHeader && !sink.OnHeaderLine(number, line.text, line.completes)) {
       throw SessionFailure{internet_error::kOverflow};
     }
-  }
+  });
 }
 
 Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
   Status("Loading message identifiers...");
   const auto reply = co_await Command("UIDL");
   if (!reply.positive) Refused(internet_error::kIdentifiersFailed, reply, Connection::Stays);
+  co_await ReadList([&](const Heard& line) {
+    if (!line.starts) return;
+    auto identifier = line.text;
+    const auto number = TakeNumber(identifier).value_or(0);
+    if (number == 0 || number > std::numeric_limits<std::uint32_t>::max()) return;
+    sink.OnIdentifier(static_cast<std::uint32_t>(number), identifier);
+  });
+  Status("Identifiers loaded successfully.");
+}
+
+Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
   AwaitReply();
   std::uint64_t bytes = 0;
   for (;;) {
     const auto line = Content(co_await NextData());
-    if (!line) break;
+    if (!line) co_return;
     bytes += line->text.size() + 2;
     if (bytes > kMostListBytes) throw SessionFailure{internet_error::kOverflow};
-    if (!line->starts) continue;
-    auto identifier = line->text;
-    const auto number = TakeNumber(identifier).value_or(0);
-    if (number == 0 || number > std::numeric_limits<std::uint32_t>::max()) continue;
-    sink.OnIdentifier(static_cast<std::uint32_t>(number), identifier);
+    take(*line);
   }
-  Status("Identifiers loaded successfully.");
 }
 
 Task<> PopSession::ReadMessage(std::uint32_t number, MessageSink& sink) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -80,6 +81,8 @@ class PopSession final : private MailSession {
   Task<> ReadAllHeaders(HeaderSink& sink);
   Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
+  // Each line of a header or a list, which may only be so large.
+  Task<> ReadList(std::function<void(const Heard&)> take);
   Task<> ReadMessage(std::uint32_t number, MessageSink& sink);
   Task<> MarkDeleted(std::uint32_t number);
   Task<> Quit();
