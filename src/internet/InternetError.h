@@ -28,7 +28,6 @@ inline constexpr std::int32_t kNotLocal = 556;
 
 // Of POP3.
 inline constexpr std::int32_t kInvalidPopReply = 4;
-inline constexpr std::int32_t kUnknownPopError = 6;
 inline constexpr std::int32_t kNotPop = 8;
 inline constexpr std::int32_t kNameRefused = 14;
 inline constexpr std::int32_t kPasswordRefused = 15;

@@ -175,10 +175,6 @@ void MailSession::TakeLeave() {
   CloseConnection();
 }
 
-void MailSession::Disconnect() {
-  CloseConnection();
-}
-
 void MailSession::CloseConnection() {
   protocolTimer_.Stop();
   loginTimer_.Stop();

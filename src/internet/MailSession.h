@@ -91,9 +91,6 @@ class MailSession : private LineSocket::Handler {
   // Says QUIT without waiting for the answer, unless data is still on its way, and closes.
   void TakeLeave();
 
-  // Closes the connection without a word. Nothing may be under way.
-  void Disconnect();
-
  protected:
   // What has been waited for: a line or a piece of a very long one, whose text lives until the next
   // wait; or the end of what was being written.

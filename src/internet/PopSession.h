@@ -62,7 +62,6 @@ class PopSession final : private MailSession {
  public:
   explicit PopSession(const SessionPorts& ports) : MailSession(ports, "POP") {}
 
-  using MailSession::Disconnect;
   using MailSession::LoginStatus;
 
   Task<SessionResult> Login(PopSettings settings);

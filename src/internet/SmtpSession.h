@@ -31,7 +31,6 @@ class SmtpSession final : private MailSession {
  public:
   explicit SmtpSession(const SessionPorts& ports) : MailSession(ports, "SMTP") {}
 
-  using MailSession::Disconnect;
   using MailSession::LoginStatus;
 
   Task<SessionResult> Login(SmtpSettings settings);
