@@ -22,9 +22,8 @@ class MailSession::Closing {
   MailSession* session_;
 };
 
-void MailSession::Wait::End(const Heard& heard) {
+void MailSession::Wait::End() {
   session_.wait_ = nullptr;
-  heard_ = heard;
   suspended_.Resume();
 }
 
@@ -34,11 +33,13 @@ void MailSession::Wait::Fail(std::exception_ptr failure) {
   suspended_.Resume();
 }
 
-MailSession::Heard MailSession::Wait::await_resume() {
+MailSession::Heard& MailSession::Wait::await_resume() const {
   if (failure_) std::rethrow_exception(failure_);
-  if (heard_) return *heard_;
-  const bool whole = *std::exchange(session_.written_, std::nullopt);
-  return {whole ? Heard::What::Written : Heard::What::Unreadable, {}, true, true};
+  if (what_ == For::Writing && session_.written_) {
+    const bool whole = *std::exchange(session_.written_, std::nullopt);
+    session_.heard_.what = whole ? Heard::What::Written : Heard::What::Unreadable;
+  }
+  return session_.heard_;
 }
 
 MailSession::MailSession(const SessionPorts& ports, std::string_view name)
@@ -81,14 +82,14 @@ Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dia
 
 Task<> MailSession::OnSession(const Dialogue& dialogue) {
   if (loggedIn_) {
-    heard_ = false;
+    answered_ = false;
     try {
       co_await dialogue();
       co_return;
     } catch (const ConnectionLost&) {
       // The server had given the idle connection up before it could hear of this dialogue: nothing
       // has been done yet, so it can begin again.
-      if (heard_) throw;
+      if (answered_) throw;
     }
   }
   co_await Connect();
@@ -126,7 +127,7 @@ void MailSession::OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32
   socket_.Attach(std::move(stream));
   loginTimer_.Start(settings_.timeoutConnect);
   AwaitReply();
-  wait_->End({});
+  wait_->End();
 }
 
 void MailSession::Say(std::string_view line, std::string_view logged) {
@@ -150,9 +151,7 @@ MailSession::Wait MailSession::NextData() {
 MailSession::Wait MailSession::WriteAll(DataSource& source) {
   writer_.SocketSendData(source, [this](bool whole) {
     written_ = whole;
-    if (wait_ == nullptr || !wait_->Is(Wait::For::Writing)) return;
-    written_.reset();
-    wait_->End({whole ? Heard::What::Written : Heard::What::Unreadable, {}, true, true});
+    if (wait_ != nullptr && wait_->Is(Wait::For::Writing)) wait_->End();
   });
   return UntilWritten();
 }
@@ -199,13 +198,23 @@ void MailSession::OnSilence() {
 // A line that nobody waits for is not interpreted. A reply line that is longer than the socket's
 // buffer is read by its begin.
 void MailSession::OnLine(std::string_view text, bool complete) {
-  heard_ = true;
+  answered_ = true;
   const bool starts = !std::exchange(inLongLine_, !complete);
   if (wait_ == nullptr || wait_->Is(Wait::For::Connection)) {
     if (starts) Log(name_ + " Bogus RX: ", text);
     return;
   }
-  if (starts || wait_->Is(Wait::For::Data)) wait_->End({Heard::What::Line, text, starts, complete});
+  if (!starts && !wait_->Is(Wait::For::Data)) return;
+  heard_ = {Heard::What::Line, text, starts, complete};
+  wait_->End();
+}
+
+bool MailSession::TakeData() {
+  if (!socket_.TakeLine(heard_.text)) return false;
+  heard_.what = Heard::What::Line;
+  heard_.starts = !std::exchange(inLongLine_, false);
+  heard_.completes = true;
+  return true;
 }
 
 // Once for what came together: a message may have millions of lines.
@@ -216,7 +225,7 @@ void MailSession::OnLinesRead() {
 // Only CR LF ends a reply (RFC 5321, 2.3.8; RFC 1939, 3), so what the server did not get to say to
 // its end counts as not said.
 void MailSession::OnUnfinishedLine(std::string_view text) {
-  heard_ = true;
+  answered_ = true;
   Log(name_ + " cut off: ", text);
 }
 

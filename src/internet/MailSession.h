@@ -119,7 +119,7 @@ class MailSession : private LineSocket::Handler {
   void Say(std::string_view line, std::string_view logged = {});
   void SayMore(std::string_view line, std::string_view logged = {});
 
-  // Each wait gives a Heard or throws SessionFailure.
+  // Each wait gives what was heard, which stays until the next one, or throws SessionFailure.
   // The next line that starts, before the clock that AwaitReply starts has run out.
   Wait NextLine();
   // The next line or piece of data; each read starts the clock anew.
@@ -155,6 +155,7 @@ class MailSession : private LineSocket::Handler {
   Task<> OnSession(const Dialogue& dialogue);
   Task<> Connect();
   void OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code);
+  bool TakeData();
   void OnLine(std::string_view text, bool complete) override;
   void OnLinesRead() override;
   void OnUnfinishedLine(std::string_view text) override;
@@ -177,10 +178,11 @@ class MailSession : private LineSocket::Handler {
   Timer protocolTimer_;  // ProtocolTimer: the reply to the last command
   Timer loginTimer_;     // tmrLoginTimer: the login as a whole
   Wait* wait_ = nullptr;
+  Heard heard_;  // last
   std::optional<bool> written_;  // how the writing has ended, until somebody has waited for that
   bool inLongLine_ = false;
   bool loggedIn_ = false;
-  bool heard_ = false;  // the server has said something since the dialogue began
+  bool answered_ = false;  // the server has said something since the dialogue began
 };
 
 // At most one at a time; destroyed while it waits, it is forgotten.
@@ -196,23 +198,26 @@ class MailSession::Wait {
   Wait& operator=(const Wait&) = delete;
 
   bool Is(For what) const noexcept { return what_ == what; }
-  void End(const Heard& heard);
+  void End();
   void Fail(std::exception_ptr failure);
 
-  bool await_ready() const noexcept { return what_ == For::Writing && session_.written_; }
+  // Data that has come already is not waited for: a message may have millions of lines.
+  bool await_ready() {
+    if (what_ == For::Data) return session_.TakeData();
+    return what_ == For::Writing && session_.written_;
+  }
   template <typename Promise>
   void await_suspend(std::coroutine_handle<Promise> waiting) {
     suspended_ = Suspended(waiting);
     session_.wait_ = this;
   }
-  Heard await_resume();
+  Heard& await_resume() const;
 
  private:
   MailSession& session_;
   const For what_;
   Suspended suspended_;
   std::exception_ptr failure_;
-  std::optional<Heard> heard_;
 };
 
 }  // namespace quillon

@@ -145,11 +145,11 @@ Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
   AwaitReply();
   std::uint64_t bytes = 0;
   for (;;) {
-    const auto line = Content(co_await NextData());
-    if (!line) co_return;
-    bytes += line->text.size() + 2;
+    auto& line = co_await NextData();
+    if (!IsContent(line)) co_return;
+    bytes += line.text.size() + 2;
     if (bytes > kMostListBytes) throw SessionFailure{internet_error::kOverflow};
-    take(*line);
+    take(line);
   }
 }
 
@@ -165,10 +165,10 @@ Task<> PopSession::ReadMessage(std::uint32_t number, MessageSink& sink) {
   std::uint64_t bytes = 0;
   std::uint64_t nextProgress = 0;
   for (;;) {
-    const auto line = Content(co_await NextData());
-    if (!line) break;
-    bytes += line->text.size() + 2;
-    const auto failure = sink.OnMessageLine(line->text, line->completes);
+    auto& line = co_await NextData();
+    if (!IsContent(line)) break;
+    bytes += line.text.size() + 2;
+    const auto failure = sink.OnMessageLine(line.text, line.completes);
     if (failure != 0) throw SessionFailure{failure};
     if (bytes >= nextProgress) {
       nextProgress = bytes + kProgressBytes;
@@ -209,19 +209,19 @@ Task<PopReply> PopSession::Command(std::string line) {
 }
 
 Task<PopReply> PopSession::Reply() {
-  const auto heard = co_await NextLine();
+  const auto& heard = co_await NextLine();
   Log("", heard.text);
   StopWaiting();
   co_return PopReply(heard.text);
 }
 
 // RFC 1939, 3.
-std::optional<PopSession::Heard> PopSession::Content(Heard heard) {
-  Log("", heard.text);
-  if (!heard.starts) return heard;
-  if (heard.completes && heard.text == ".") return std::nullopt;
-  if (heard.text.starts_with('.')) heard.text.remove_prefix(1);
-  return heard;
+bool PopSession::IsContent(Heard& line) {
+  Log("", line.text);
+  if (!line.starts) return true;
+  if (line.completes && line.text == ".") return false;
+  if (line.text.starts_with('.')) line.text.remove_prefix(1);
+  return true;
 }
 
 void PopSession::Refused(std::int32_t number, const PopReply& reply, Connection connection) {

@@ -89,8 +89,8 @@ class PopSession final : private MailSession {
   Task<SessionResult> OnAccount(PopSettings settings, Dialogue dialogue);
   Task<PopReply> Command(std::string line);
   Task<PopReply> Reply();
-  // One line of data without what the protocol has added to it; null at its end.
-  std::optional<Heard> Content(Heard heard);
+  // Takes from a line of data what the protocol has added to it; false at its end.
+  bool IsContent(Heard& line);
   std::uint32_t AfterDeleted(std::uint32_t number) const;
   // Ends the operation with what the server has refused.
   [[noreturn]] void Refused(std::int32_t number, const PopReply& reply,

@@ -186,21 +186,21 @@ Task<> SmtpSession::Data(MessageData& message) {
 
 Task<> SmtpSession::Write(TerminatedMessage& message) {
   SmtpReply early;
-  auto heard = co_await WriteAll(message);
-  while (heard.what == Heard::What::Line) {
-    Log("SMTP Rx: ", heard.text);
-    if (early.AddLine(heard.text)) {
+  const auto* heard = &co_await WriteAll(message);
+  while (heard->what == Heard::What::Line) {
+    Log("SMTP Rx: ", heard->text);
+    if (early.AddLine(heard->text)) {
       if (early.Code() == 220 && message.CurrentPhase() == Phase::Terminator) {
         AwaitReply();
         co_await GreetedAgain();
       }
       // An answer before the message is out can only refuse it.
-      if (early.IsPositive()) Invalid("Unknown code received from server:\n\n", heard.text);
+      if (early.IsPositive()) Invalid("Unknown code received from server:\n\n", heard->text);
       Unexpected(early);
     }
-    heard = co_await UntilWritten();
+    heard = &co_await UntilWritten();
   }
-  if (heard.what == Heard::What::Unreadable) throw SessionFailure{message.FailureNumber()};
+  if (heard->what == Heard::What::Unreadable) throw SessionFailure{message.FailureNumber()};
 }
 
 void SmtpSession::Enter(Phase phase) {
@@ -248,7 +248,7 @@ Task<SmtpReply> SmtpSession::Command(std::string line) {
 Task<SmtpReply> SmtpSession::Reply() {
   SmtpReply reply;
   for (;;) {
-    const auto heard = co_await NextLine();
+    const auto& heard = co_await NextLine();
     Log("SMTP Rx: ", heard.text);
     if (reply.AddLine(heard.text)) co_return reply;
   }

@@ -34,6 +34,7 @@ void LineSocket::Close() {
   ++connection_;
   nextTurn_.Stop();
   filled_ = start_ = scanned_ = 0;
+  linesLeft_ = 0;
   end_.reset();
   inPieces_ = false;
   linesRead_ = false;
@@ -108,6 +109,7 @@ bool LineSocket::Tell(const Event& event) {
     event();
   } catch (...) {
     delivering_ = false;
+    linesLeft_ = 0;
     if (stream_) nextTurn_.Start(0);
     throw;
   }
@@ -123,20 +125,28 @@ void LineSocket::OnTurn() {
   Deliver();
 }
 
+bool LineSocket::TakeLine(std::string_view& line) {
+  if (linesLeft_ == 0) return false;
+  const auto* const end =
+      static_cast<const char*>(std::memchr(buffer_.get() + scanned_, '\n', filled_ - scanned_));
+  if (end == nullptr) return false;
+  --linesLeft_;
+  auto length = static_cast<std::size_t>(end - buffer_.get()) - start_;
+  const char* const start = buffer_.get() + std::exchange(start_, start_ + length + 1);
+  scanned_ = start_;
+  if (length > 0 && start[length - 1] == '\r') --length;
+  line = {start, length};
+  inPieces_ = false;
+  return true;
+}
+
 // Hands the complete lines of the buffer on and keeps the rest.
 void LineSocket::Deliver() {
-  for (int lines = 0;; ++lines) {
-    const auto* const end =
-        static_cast<const char*>(std::memchr(buffer_.get() + scanned_, '\n', filled_ - scanned_));
-    if (end == nullptr) break;
-    if (lines == kLinesPerTurn) return nextTurn_.Start(0);
-    std::string_view line(buffer_.get() + start_,
-                          static_cast<std::size_t>(end - buffer_.get()) - start_);
-    start_ = scanned_ = start_ + line.size() + 1;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    inPieces_ = false;
+  linesLeft_ = kLinesPerTurn;
+  for (std::string_view line; TakeLine(line);) {
     if (!Tell([&] { handler_.OnLine(line, true); })) return;
   }
+  if (std::exchange(linesLeft_, 0) == 0) return nextTurn_.Start(0);
   if (start_ == 0 && filled_ == kBufferSize && !DeliverPiece()) return;
   Compact();
   if (std::exchange(linesRead_, false) && !Tell([this] { handler_.OnLinesRead(); })) return;

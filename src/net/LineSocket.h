@@ -51,6 +51,11 @@ class LineSocket : private ByteStream::Handler {
   // delivered first, then OnClosed.
   std::size_t Write(std::string_view bytes);
 
+  // Gives the next line of those that have come, if there is a whole one: for a handler in OnLine
+  // that wants another at once, which it then has instead of an event. The text lives until the
+  // next line, or until the handler returns.
+  bool TakeLine(std::string_view& line);
+
   // Delivers now what has come and not been delivered yet, a little of it if there is much; nothing
   // from inside a handler.
   void Poll();
@@ -83,6 +88,7 @@ class LineSocket : private ByteStream::Handler {
   std::size_t filled_ = 0;          // bytes in the buffer,
   std::size_t start_ = 0;           // of which so many have been delivered,
   std::size_t scanned_ = 0;         // and so many are known to hold no further line end
+  int linesLeft_ = 0;               // of this turn
   std::uint64_t connection_ = 0;    // counts them: another one may stand at the same address
   std::optional<int> end_;          // the peer's end is being delivered, with this error
   Timer nextTurn_;
