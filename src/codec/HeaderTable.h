@@ -2,6 +2,7 @@
 // 0).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -32,6 +33,14 @@ struct HeaderRecord {
   ShortBool receiptRequested = kFalse;
   std::int16_t priority = 3;  // 1 (highest) to 5
 };
+
+// The members that come from the mail.
+inline constexpr std::array kHeaderTexts = {
+    &HeaderRecord::uniqueId,      &HeaderRecord::dateText,  &HeaderRecord::subject,
+    &HeaderRecord::originator,    &HeaderRecord::to,        &HeaderRecord::cc,
+    &HeaderRecord::status,        &HeaderRecord::messageId, &HeaderRecord::replyAddress,
+    &HeaderRecord::contentLength, &HeaderRecord::size,      &HeaderRecord::transferEncoding,
+    &HeaderRecord::contentType,   &HeaderRecord::mailer};
 
 // Grows without moving what it holds, which would take twice the memory for a while.
 using HeaderTable = std::deque<HeaderRecord>;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "codec/FileName.h"
+#include "core/Utf8.h"
 #include "core/WholeFile.h"
 #include "ports/FileSystem.h"
 
@@ -11,11 +12,18 @@ namespace quillon {
 
 namespace {
 
+// More than any system takes; ten thousand names of a message are kept.
+constexpr std::size_t kMostDisplayName = 1000;
+
 // What a sender calls a file, for the eye: without the directories and control characters it may
 // come with.
 std::string DisplayName(std::string_view name) {
-  std::string shown(FileNameOf(name));
-  std::erase_if(shown, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; });
+  auto rest = FileNameOf(name);
+  std::string shown;
+  while (!rest.empty() && shown.size() < kMostDisplayName) {
+    const auto character = TakeUtf8(rest);
+    if (character >= U' ' && character != 127) AppendUtf8(shown, character);
+  }
   return shown;
 }
 

@@ -1,6 +1,9 @@
 #include "internet/HeaderCollector.h"
 
+#include <algorithm>
+
 #include "core/Text.h"
+#include "internet/HeldMemory.h"
 
 namespace quillon {
 
@@ -9,8 +12,9 @@ namespace {
 // Of one header; what comes after that is left out. Long recipient lists fit many times over.
 constexpr std::size_t kMostHeaderBytes = 16U * 1024 * 1024;
 
-// Of all headers together: more would not fit into a 32-bit process with everything else.
-constexpr std::size_t kMostBytes = 256U * 1024 * 1024;
+// What the table may take in memory: little of what a 32-bit process has, whose other parts, and
+// what is still to be done with the table, need room too.
+constexpr std::size_t kMostMemory = 128U * 1024 * 1024;
 
 // "R" in the Status field is what mail readers write into a message they have shown.
 bool IsRead(const HeaderRecord& record) {
@@ -28,33 +32,42 @@ HeaderRecord& HeaderCollector::RecordOf(std::uint32_t number) {
   headerBytes_ = 0;
   reader_.Reset();
   table_.emplace_back().number = std::to_string(number);
+  memory_ += HeldMemory(table_.back());
+  RequireRoom();
   return table_.back();
 }
 
-bool HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) {
+void HeaderCollector::RequireRoom() const {
+  if (memory_ > kMostMemory) throw SessionFailure{internet_error::kOverflow};
+}
+
+void HeaderCollector::OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) {
   RecordOf(number);
-  headerBytes_ += text.size();
-  allBytes_ += text.size();
-  if (allBytes_ > kMostBytes) return false;
-  if (headerBytes_ <= kMostHeaderBytes) lines_.append(text);
+  headerBytes_ += text.size() + 1;
+  if (headerBytes_ > kMostHeaderBytes) return;
+  lines_.append(text);
   if (complete) lines_.push_back('\n');
-  return true;
 }
 
 void HeaderCollector::ReadLines() {
+  if (lines_.empty()) return;
+  auto& record = table_.back();
+  memory_ -= HeldMemory(record);
   std::string_view rest = lines_;
   while (!rest.empty()) {
     const auto length = rest.find('\n');
     reader_.Store(table_, table_.size() - 1, rest.substr(0, length), options_.dateFormat);
-    rest.remove_prefix(length + 1);
+    rest.remove_prefix(std::min(length, rest.size() - 1) + 1);
   }
   lines_.clear();
+  memory_ += HeldMemory(record);
 }
 
 bool HeaderCollector::OnHeaderEnd(std::uint32_t number) {
   RecordOf(number);
   if (options_.unreadOnly) ReadLines();
   if (options_.unreadOnly && IsRead(table_.back())) {
+    memory_ -= HeldMemory(table_.back());
     table_.pop_back();
     indexes_.erase(number);
     current_ = 0;
@@ -62,8 +75,17 @@ bool HeaderCollector::OnHeaderEnd(std::uint32_t number) {
   return table_.size() < options_.maximum;
 }
 
+void HeaderCollector::OnNextRequested() {
+  ReadLines();
+  RequireRoom();
+}
+
 void HeaderCollector::OnIdentifier(std::uint32_t number, std::string_view identifier) {
-  RecordOf(number).uniqueId = identifier;
+  auto& record = RecordOf(number);
+  memory_ -= HeldMemory(record);
+  record.uniqueId = identifier;
+  memory_ += HeldMemory(record);
+  RequireRoom();
 }
 
 }  // namespace quillon

@@ -1,4 +1,5 @@
-// Fills a header table from what the POP session reads. The records hold the bytes of the wire.
+// Fills a header table from what the POP session reads. The records hold the bytes of the wire. A
+// table that would take too much memory ends the operation with 30.
 //
 // The lines of a header are kept until the next one has been asked for, and read then.
 #pragma once
@@ -30,14 +31,15 @@ class HeaderCollector final : public HeaderSink {
     return table_;
   }
 
-  bool OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) override;
+  void OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) override;
   bool OnHeaderEnd(std::uint32_t number) override;
-  void OnNextRequested() override { ReadLines(); }
+  void OnNextRequested() override;
   void OnIdentifier(std::uint32_t number, std::string_view identifier) override;
 
  private:
   HeaderRecord& RecordOf(std::uint32_t number);
   void ReadLines();
+  void RequireRoom() const;
 
   HeaderOptions options_;
   HeaderTable table_;
@@ -45,7 +47,7 @@ class HeaderCollector final : public HeaderSink {
   std::unordered_map<std::uint32_t, std::size_t> indexes_;  // of the records, by message number
   std::uint32_t current_ = 0;                               // message number of the last record
   std::size_t headerBytes_ = 0;                             // of the current header
-  std::size_t allBytes_ = 0;                                // of all headers
+  std::size_t memory_ = 0;                                  // that the table holds
   std::string lines_;  // of the current one, each with a LF, to be read yet
 };
 

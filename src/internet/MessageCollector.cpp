@@ -1,5 +1,8 @@
 #include "internet/MessageCollector.h"
 
+#include <algorithm>
+
+#include "internet/HeldMemory.h"
 #include "internet/InternetError.h"
 
 namespace quillon {
@@ -8,6 +11,11 @@ namespace {
 
 constexpr std::int32_t kGoOn = 0;
 constexpr std::string_view kLineEnd = "\r\n";
+
+// What the header of a message may take in memory: its lines, the texts of its fields, the lists of
+// its recipients. The longest header that there may be fits, if it is an ordinary one.
+constexpr std::size_t kMostHeaderMemory = 96U * 1024 * 1024;
+constexpr std::size_t kRecipientMemory = 64;  // beside its text
 
 }  // namespace
 
@@ -18,6 +26,7 @@ std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complet
     OnHeaderPiece(text, complete);
   } else {
     inHeader_ = false;
+    if (!HeaderFits()) return internet_error::kOverflow;
     if (options_.headersInMessage) splitter_.AddText(kLineEnd);
   }
   return kGoOn;
@@ -33,7 +42,17 @@ void MessageCollector::OnHeaderPiece(std::string_view text, bool complete) {
   lineStart_ = rawHeaders_.size();
 }
 
+bool MessageCollector::HeaderFits() const {
+  const auto& fields = Fields();
+  const auto recipients = std::count(fields.to.begin(), fields.to.end(), ',') +
+                          std::count(fields.cc.begin(), fields.cc.end(), ',');
+  const auto memory = HeldMemory(rawHeaders_) + HeldMemory(fields) +
+                      static_cast<std::size_t>(recipients) * kRecipientMemory;
+  return memory <= kMostHeaderMemory;
+}
+
 std::int32_t MessageCollector::OnMessageEnd() {
+  if (inHeader_ && !HeaderFits()) return internet_error::kOverflow;
   return splitter_.Finish(message_) ? kGoOn : internet_error::kCannotWrite;
 }
 

@@ -25,7 +25,8 @@ class MessageCollector final : public MessageSink {
                    MessageOptions options)
       : options_(std::move(options)), splitter_(files, codePage, split), fields_(1) {}
 
-  // The result is 26 when a file of the message cannot be written; no file of it is left then.
+  // The result is 26 when a file of the message cannot be written, 30 when its header would take
+  // too much memory; no file of it is left then.
   std::int32_t OnMessageLine(std::string_view text, bool complete) override;
   bool InAttachment() const override { return splitter_.InAttachment(); }
   std::int32_t OnMessageEnd() override;
@@ -36,6 +37,7 @@ class MessageCollector final : public MessageSink {
 
  private:
   void OnHeaderPiece(std::string_view text, bool complete);
+  bool HeaderFits() const;
 
   const MessageOptions options_;
   MessageSplitter splitter_;

@@ -104,8 +104,8 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
     Progress(number, last, number);
     goesOn = sink.OnHeaderEnd(number);
   }
-  Status("Headers loaded successfully.");
   sink.OnNextRequested();
+  Status("Headers loaded successfully.");
 }
 
 std::uint32_t PopSession::AfterDeleted(std::uint32_t number) const {
@@ -121,9 +121,7 @@ Task<> PopSession::ReadHeader(std::uint32_t number, HeaderSink& sink) {
   bool inHeader = true;
   co_await ReadList([&](const Heard& line) {
     if (line.starts && line.text.empty()) inHeader = false;
-    if (inHeader && !sink.OnHeaderLine(number, line.text, line.completes)) {
-      throw SessionFailure{internet_error::kOverflow};
-    }
+    if (inHeader) sink.OnHeaderLine(number, line.text, line.completes);
   });
 }
 

@@ -24,12 +24,12 @@ struct PopSettings : SessionSettings {
 };
 
 // Takes headers and identifiers as they arrive. Lines have no line end, and their dots are
-// unstuffed; a very long one comes in pieces, of which the last is complete.
+// unstuffed; a very long one comes in pieces, of which the last is complete. What cannot take more
+// throws SessionFailure.
 class HeaderSink {
  public:
   virtual ~HeaderSink() = default;
-  // False when there is no room for so much: the operation ends with 30.
-  virtual bool OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) = 0;
+  virtual void OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) = 0;
   // The header of this message is whole. False: enough.
   virtual bool OnHeaderEnd(std::uint32_t number) = 0;
   // The command after that header is on its way: what need not be done before it goes on while the

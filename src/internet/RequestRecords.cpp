@@ -1,7 +1,6 @@
 #include "internet/RequestRecords.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -126,15 +125,9 @@ void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePa
 }
 
 HeaderTable TextTable(HeaderTable table, const CodePage& codePage) {
-  constexpr std::array kTexts = {
-      &HeaderRecord::uniqueId,      &HeaderRecord::dateText,  &HeaderRecord::subject,
-      &HeaderRecord::originator,    &HeaderRecord::to,        &HeaderRecord::cc,
-      &HeaderRecord::status,        &HeaderRecord::messageId, &HeaderRecord::replyAddress,
-      &HeaderRecord::contentLength, &HeaderRecord::size,      &HeaderRecord::transferEncoding,
-      &HeaderRecord::contentType,   &HeaderRecord::mailer};
   const auto isAscii = [](char c) { return (static_cast<unsigned char>(c) & 0x80U) == 0; };
   for (auto& record : table) {
-    for (const auto member : kTexts) {
+    for (const auto member : kHeaderTexts) {
       auto& text = record.*member;
       if (!std::all_of(text.begin(), text.end(), isAscii)) text = codePage.ToText(text);
     }

@@ -30,6 +30,7 @@ class FakeStream final : public ByteStream {
     std::copy_n(bytes->begin(), count, buffer.begin());
     bytes->erase(0, count);
     if (bytes->empty()) peer_->chunks_.pop_front();
+    if (peer_->chunks_.empty()) peer_->OnDrained();
     return {IoResult::Status::Ok, count, 0};
   }
 

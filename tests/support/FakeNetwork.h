@@ -24,6 +24,8 @@ class FakePeer {
   virtual void OnConnected() {}
   virtual void OnBytes(std::string_view bytes) = 0;
   virtual void OnClientClosed() {}
+  // All that was said has been read: for what is too long to be said at once.
+  virtual void OnDrained() {}
 
   // What the client reads next: one chunk at a time, each in a read of its own, not before its
   // time.

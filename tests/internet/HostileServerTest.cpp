@@ -1,0 +1,149 @@
+// Servers that mean harm: whatever they send, a call ends, in bounded time and memory, and the next
+// one works.
+#include <cstdint>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+
+#include "InternetWorld.h"
+#include "Peers.h"
+#include "support/ProcessMemory.h"
+
+namespace quillon::testing {
+namespace {
+
+constexpr std::uint64_t kMiB = 1024 * 1024;
+
+// An obliging POP3 server, but for some commands.
+class HostilePeer final : public LinePeer {
+ public:
+  // What follows, over and over; the argument counts from 1. Empty: nothing more.
+  using Flood = std::function<std::string(std::uint64_t)>;
+
+  struct Answer {
+    std::string first;
+    Flood then = nullptr;
+    TickCount gap = 0;  // milliseconds between two pieces
+  };
+  using Answers = std::map<std::string, Answer>;
+
+  explicit HostilePeer(Answers answers) : answers_(std::move(answers)) {}
+
+  void OnConnected() override { Say("+OK ready\r\n"); }
+
+  void OnDrained() override {
+    if (!flood_) return;
+    const auto piece = flood_(++pieces_);
+    if (piece.empty()) flood_ = nullptr;
+    if (gap_ != 0) Wait(gap_);
+    Say(piece);
+  }
+
+ private:
+  void OnLine(std::string_view line) override {
+    const auto answer = answers_.find(std::string(line.substr(0, line.find_first_of(" \r"))));
+    flood_ = nullptr;
+    if (answer == answers_.end()) return Say("+OK\r\n");
+    flood_ = answer->second.then;
+    gap_ = answer->second.gap;
+    pieces_ = 0;
+    Say(answer->second.first);
+  }
+
+  const Answers answers_;
+  Flood flood_;
+  TickCount gap_ = 0;
+  std::uint64_t pieces_ = 0;
+};
+
+HostilePeer::Answer Always(const std::string& piece, TickCount gap = 0) {
+  return {"+OK\r\n", [piece](std::uint64_t) { return piece; }, gap};
+}
+
+std::string Times(std::string_view text, std::size_t count) {
+  std::string all;
+  all.reserve(text.size() * count);
+  while (count-- > 0) all += text;
+  return all;
+}
+
+class HostileServerTest : public ::testing::Test {
+ protected:
+  using Operation = MailResult (InternetBackEnd::*)(MailRequest&);
+
+  // The number that a call comes to. The one after it works, with a better server.
+  std::int32_t Call(Operation operation, HostilePeer::Answers answers) {
+    std::shared_ptr<FakePeer> peer = std::make_shared<HostilePeer>(std::move(answers));
+    world.network.accept = [&] { return peer; };
+    world.shared.headers.assign(1, HeaderRecord());
+    world.shared.headers[0].number = "1";
+    const auto number = (world.backEnd.*operation)(world.request).number;
+    EXPECT_TRUE(number == kBackEndSuccess || world.received.Names().empty());
+    world.network.accept = [] { return std::make_shared<ObligingPeer>(true); };
+    world.backEnd.Logout(world.request);
+    EXPECT_EQ(world.backEnd.LoadMessageHeaders(world.request).number, kBackEndSuccess);
+    world.backEnd.Logout(world.request);
+    return number;
+  }
+
+  InternetWorld world;
+};
+
+constexpr auto kHeaders = &InternetBackEnd::LoadMessageHeaders;
+constexpr auto kIdentifiers = &InternetBackEnd::LoadMessageIdentifiers;
+constexpr auto kLoad = &InternetBackEnd::LoadMessage;
+
+// Each would take more than a 32-bit process has.
+TEST_F(HostileServerTest, WhatIsKeptTakesLittleMemory) {
+  const auto identifiers = [](std::uint64_t piece) {
+    std::string lines;
+    for (std::uint64_t i = 0; i < 1000; ++i) lines += std::to_string(piece * 1000 + i) + " a\r\n";
+    return lines;
+  };
+  const auto header = [](std::string_view field, std::string_view value, std::size_t size) {
+    const auto text = std::string(field) + Times(value, size / value.size()) + "\r\n\r\n.\r\n";
+    return HostilePeer::Answer{"+OK\r\n", [text](std::uint64_t piece) {
+                                 return piece == 1 ? text : std::string();
+                               }};
+  };
+  const HostilePeer::Answer kManyMessages{"+OK 4000000000 1\r\n"};
+  const struct {
+    const char* what;
+    Operation operation;
+    HostilePeer::Answers answers;
+  } kCases[] = {
+      {"identifiers", kIdentifiers, {{"UIDL", {"+OK\r\n", identifiers}}}},
+      {"one identifier again and again", kIdentifiers, {{"UIDL", Always(Times("1 a\r\n", 1000))}}},
+      {"empty headers", kHeaders, {{"STAT", kManyMessages}, {"TOP", {"+OK\r\n.\r\n"}}}},
+      {"long senders",
+       kHeaders,
+       {{"STAT", kManyMessages}, {"TOP", header("From: ", "a", 15 * kMiB)}}},
+      {"long senders that are longer as text",
+       kHeaders,
+       {{"STAT", kManyMessages}, {"TOP", header("From: ", "\x80", 15 * kMiB)}}},
+      {"many recipients", kLoad, {{"RETR", header("To: ", "a,", 15 * kMiB)}}},
+      {"a long sender", kLoad, {{"RETR", header("From: ", "\x80", 15 * kMiB)}}},
+  };
+  world.instance.maximumHeaders = std::numeric_limits<std::int32_t>::max();
+  for (const auto& test : kCases) {
+    const ProcessMemory memory;
+    EXPECT_EQ(Call(test.operation, test.answers), 30) << test.what;
+    EXPECT_LT(memory.Peak(), 400 * kMiB) << test.what;
+  }
+}
+
+TEST_F(HostileServerTest, LongNamesOfManyFilesAreNotKept) {
+  const auto part = "--b\r\nContent-Type: a/b; name=\"" + std::string(60'000, 'n') + "\"\r\n\r\n";
+  const auto message = [&](std::uint64_t piece) {
+    return piece <= 10 ? part : piece == 11 ? std::string("--b--\r\n.\r\n") : std::string();
+  };
+  const std::string start = "+OK\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+  EXPECT_EQ(Call(kLoad, {{"RETR", {start, message}}}), kBackEndSuccess);
+  ASSERT_EQ(world.shared.message.attachments.size(), 10U);
+  for (const auto& attachment : world.shared.message.attachments) {
+    EXPECT_EQ(attachment.displayName, std::string(1000, 'n'));
+  }
+}
+
+}  // namespace
+}  // namespace quillon::testing
