@@ -178,7 +178,7 @@ class MailSession : private LineSocket::Handler {
   Timer protocolTimer_;  // ProtocolTimer: the reply to the last command
   Timer loginTimer_;     // tmrLoginTimer: the login as a whole
   Wait* wait_ = nullptr;
-  Heard heard_;  // last
+  Heard heard_;                  // last
   std::optional<bool> written_;  // how the writing has ended, until somebody has waited for that
   bool inLongLine_ = false;
   bool loggedIn_ = false;

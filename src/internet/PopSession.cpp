@@ -213,11 +213,12 @@ Task<PopReply> PopSession::Reply() {
   co_return PopReply(heard.text);
 }
 
-// RFC 1939, 3.
+// RFC 1939, 3. A message may hold bare line feeds, between which a dot is just a dot: if it ended
+// the message, the rest of that would be taken for the server's words.
 bool PopSession::IsContent(Heard& line) {
   Log("", line.text);
   if (!line.starts) return true;
-  if (line.completes && line.text == ".") return false;
+  if (line.completes && line.text == ".") return !Socket().IsBetweenCrLfs();
   if (line.text.starts_with('.')) line.text.remove_prefix(1);
   return true;
 }

@@ -38,6 +38,8 @@ void LineSocket::Close() {
   end_.reset();
   inPieces_ = false;
   linesRead_ = false;
+  atCrLf_ = true;
+  crLfSeen_ = false;
   writable_ = false;
   declined_ = false;
 }
@@ -134,7 +136,10 @@ bool LineSocket::TakeLine(std::string_view& line) {
   auto length = static_cast<std::size_t>(end - buffer_.get()) - start_;
   const char* const start = buffer_.get() + std::exchange(start_, start_ + length + 1);
   scanned_ = start_;
-  if (length > 0 && start[length - 1] == '\r') --length;
+  afterCrLf_ = atCrLf_;
+  atCrLf_ = length > 0 && start[length - 1] == '\r';
+  crLfSeen_ |= atCrLf_;
+  if (atCrLf_) --length;
   line = {start, length};
   inPieces_ = false;
   return true;

@@ -56,6 +56,10 @@ class LineSocket : private ByteStream::Handler {
   // next line, or until the handler returns.
   bool TakeLine(std::string_view& line);
 
+  // Whether the line that came last stands between two CR LF. Of a peer that has not ended any line
+  // so on this connection, each does.
+  bool IsBetweenCrLfs() const noexcept { return !crLfSeen_ || (afterCrLf_ && atCrLf_); }
+
   // Delivers now what has come and not been delivered yet, a little of it if there is much; nothing
   // from inside a handler.
   void Poll();
@@ -93,6 +97,9 @@ class LineSocket : private ByteStream::Handler {
   std::optional<int> end_;          // the peer's end is being delivered, with this error
   Timer nextTurn_;
   bool inPieces_ = false;   // the first line of the buffer has been delivered in part
+  bool atCrLf_ = true;      // how the last line ended; the begin counts as an end
+  bool afterCrLf_ = true;   // how the one before it did
+  bool crLfSeen_ = false;
   bool linesRead_ = false;  // OnLinesRead is due behind the last line
   bool delivering_ = false;
   bool writable_ = false;  // came while delivering
