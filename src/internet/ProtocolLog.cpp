@@ -23,6 +23,7 @@ ProtocolLog::~ProtocolLog() = default;
 
 void ProtocolLog::Start() {
   Stop();
+  ++starts_;
   const auto path = WithSeparator(files_, directory_) + "POPDUMP.TXT";
   files_.RemoveFile(path);
   file_ = files_.Open(path, OpenMode::kCreate);

@@ -28,6 +28,8 @@ class ProtocolLog {
   // Begins a new file; an existing one is deleted first.
   void Start();
   void Stop();
+  // How often it has been started.
+  unsigned Starts() const noexcept { return starts_; }
   bool IsOpen() const noexcept { return file_ != nullptr; }
 
   // Appends prefix, text and CR LF; does nothing while the file is not open.
@@ -38,6 +40,7 @@ class ProtocolLog {
   std::string directory_;
   std::unique_ptr<File> file_;
   std::string line_;
+  unsigned starts_ = 0;
 };
 
 }  // namespace quillon

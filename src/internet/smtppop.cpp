@@ -155,11 +155,13 @@ Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, std::uint32_t n
 
 // Both at the same time, so that one silent server does not keep the other from hearing of it.
 void smtppop::Shutdown(TickCount patience) {
-  left_.Close();
-  leaving_ = 2;
-  leaveTimer_.Start(patience);
-  leavingSmtp_.Start(smtp_.Logout());
-  leavingPop_.Start(pop_.Logout());
+  if (left_.IsOpen()) {  // else a Shutdown is at it whose loop has led here
+    left_.Close();
+    leaving_ = 2;
+    leaveTimer_.Start(patience);
+    leavingSmtp_.Start(smtp_.Logout());
+    leavingPop_.Start(pop_.Logout());
+  }
   loop_.RunUntil([this] { return left_.IsOpen(); }, kNoDeadline);
   if (!left_.IsOpen()) LeaveNow();  // the program is being ended
 }

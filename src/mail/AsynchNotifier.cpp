@@ -26,6 +26,12 @@ void AsynchNotifier::Reset() {
   tagMode_ = false;
 }
 
+void AsynchNotifier::StartAnew() {
+  Reset();
+  inProgress_ = false;
+  record_ = {};
+}
+
 void AsynchNotifier::Post(const AsynchEvent& event) {
   const bool ends = event.kind == asynch_kind::kEndOfProcess;
   if (ends) inProgress_ = false;

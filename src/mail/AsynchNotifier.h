@@ -60,6 +60,8 @@ class AsynchNotifier {
   void Unregister();
   // Forgets the object, whatever is going on.
   void Reset();
+  // As it is when the process starts.
+  void StartAnew();
 
   bool Registered() const noexcept { return object_ != nullptr; }
   bool InCallback() const noexcept { return callbacks_ > 0; }

@@ -33,8 +33,16 @@ void MailSystems::SetErrorDisplay(bool on) const {
   }
 }
 
-void MailSystems::Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle) const {
+void MailSystems::AsynchAbort() const {
   for (const auto& [family, system] : systems_) {
+    if (auto* const backEnd = system->BackEndOrNull()) backEnd->AsynchAbort();
+  }
+}
+
+void MailSystems::Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle,
+                           const std::function<bool()>& unused) const {
+  for (const auto& [family, system] : systems_) {
+    if (!unused()) return;
     if (auto* const backEnd = system->BackEndOrNull()) backEnd->Shutdown(savedHandle(family));
   }
 }

@@ -27,7 +27,12 @@ class MailSystems {
   std::string MailErrorText(MailSystemId& system, std::int32_t interfaceError) const;
 
   void SetErrorDisplay(bool on) const;
-  void Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle) const;
+  // Ends what is under way, whichever system works on it: a client that asks for it may have
+  // changed its mail system meanwhile, or never had that one.
+  void AsynchAbort() const;
+  // Shuts one after the other down for as long as `unused` holds: clients may come meanwhile.
+  void Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle,
+                const std::function<bool()>& unused) const;
 
  private:
   std::map<MailFamily, MailSystem*> systems_;

@@ -73,14 +73,22 @@ Server::Server(Environment& environment)
   state_.xMailer = "Quillon v" + environment_.product.version;
 }
 
+// The process may go on for another client, which finds everything as in a new one: what this one
+// leaves behind is nobody else's. That client may come while the mail systems are shut down.
 Server::~Server() {
-  if (--environment_.shared.instanceCount > 0) return;
+  auto& shared = environment_.shared;
+  auto& log = environment_.protocolLog;
+  if (--shared.instanceCount > 0) return;
   try {
-    environment_.notifier.Reset();
+    environment_.mailSystems.AsynchAbort();
+    environment_.notifier.StartAnew();
+    shared = SharedState();
+    const auto starts = log.Starts();
     dispatch_.SaveHandle();
     environment_.mailSystems.Shutdown(
-        [this](MailFamily family) { return dispatch_.SavedHandle(family); });
-    environment_.protocolLog.Stop();
+        [this](MailFamily family) { return dispatch_.SavedHandle(family); },
+        [&shared] { return shared.instanceCount == 0; });
+    if (log.Starts() == starts) log.Stop();
   } catch (const std::exception&) {
     // There is no caller left to hear of it.
   }

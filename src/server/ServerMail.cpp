@@ -211,9 +211,7 @@ void Server::AsynchAbort() {
     auto& notifier = environment_.notifier;
     if (!notifier.Registered()) throw ServerError(error_code::kNotRegistered);
     notifier.SetInProgress();
-    if (auto* const backEnd = environment_.mailSystems.BackEndOf(state_.mailSystem)) {
-      backEnd->AsynchAbort();
-    }
+    environment_.mailSystems.AsynchAbort();
     auto event = notifier.ProcessRecord();
     event.kind = asynch_kind::kEndOfProcess;
     event.result = error_code::kProcessAborted;

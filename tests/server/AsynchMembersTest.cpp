@@ -35,7 +35,11 @@ TEST(AsynchMembers, RegistrationSaysWhatItDoesNotTake) {
 
 TEST(AsynchMembers, AnAbortIsToldTwice) {
   TestWorld world;
+  FakeBackEnd working;
+  FakeMailSystem system(MailFamily::Vim, working);
+  world.mailSystems.Add(system);
   const auto server = world.NewServer();
+  server->Put(Property::mailSystem, mail_system::kNotes);
   const auto listener = std::make_shared<Listener>();
   EXPECT_EQ(FailureOf([&] { server->AsynchAbort(); }),
             "538 No asynchronous notification object has been registered.");
@@ -53,6 +57,8 @@ TEST(AsynchMembers, AnAbortIsToldTwice) {
   EXPECT_EQ(listener->heard,
             (std::vector<std::string>{"1 2 539 Process aborted. Tag: AAP1",
                                       "5 2 -1 Asynchronous abort was successful. Tag: AAP2"}));
+  // What runs is aborted, whatever system the one that asks has chosen.
+  EXPECT_EQ(working.calls, std::vector<std::string>{"AsynchAbort"});
   server->AsynchObjectUnregister(0);
   EXPECT_FALSE(world.notifier.Registered());
 }

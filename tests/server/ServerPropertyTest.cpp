@@ -7,6 +7,8 @@ namespace quillon {
 namespace {
 
 using testing::FailureOf;
+using testing::FakeBackEnd;
+using testing::FakeMailSystem;
 using testing::TestWorld;
 
 constexpr const char* kInvalid = "529 Invalid property value.";
@@ -122,6 +124,53 @@ TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
   EXPECT_EQ(2U, mapi.calls.size());
   server.reset();
   EXPECT_EQ("Shutdown 5", mapi.calls.back());
+}
+
+// The process stays for a moment when the last client has left; the next one may be a stranger.
+TEST(ServerProperty, TheLastInstanceLeavesNothingToTheNextClient) {
+  TestWorld world;
+  FakeBackEnd backEnd;
+  FakeMailSystem system(MailFamily::Vim, backEnd);
+  world.mailSystems.Add(system);
+  auto server = world.NewServer();
+  server->AddRecipientTo("ann@example.org");
+  server->AddRecipientBcc("secret@example.org");
+  server->Put(Property::Message, std::string("a text"));
+  server->Put(Property::Certify, -1);
+  server->Put(Property::hWND, 5);
+  server->AddXHeader("Kind", "own");
+  server->Put(Property::undocumented1, std::string("|ONLY_RECIP|boss@example.org"));
+  server->Put(Property::undocumented1, std::string("|MSG_LINES|3"));
+  world.shared.message.rawHeaders = "From: ann\r\n";
+  world.shared.headers.resize(2);
+  world.notifier.SetInProgress();
+  auto second = world.NewServer();
+  server.reset();
+  EXPECT_EQ(second->GetMessageItemString(1), "ann@example.org");  // one is still there
+
+  // One that comes while the mail systems are shut down keeps what it has done.
+  std::unique_ptr<Server> third;
+  backEnd.during = [&] {
+    third = world.NewServer();
+    EXPECT_EQ(third->GetMessageItemCount(1) + third->GetMessageItemCount(3), 0);
+    EXPECT_EQ(third->Get(Property::Message), Value(std::string()));
+    EXPECT_EQ(third->Get(Property::Certify), Value(kFalse));
+    EXPECT_EQ(third->Get(Property::hWND), Value(0));
+    EXPECT_EQ(third->Get(Property::messageCount), Value(0));
+    EXPECT_FALSE(world.notifier.InProgress());
+    third->Put(Property::InternetLogging, -1);
+    third->Put(Property::subject, std::string("own"));
+  };
+  second.reset();
+  EXPECT_EQ(backEnd.calls, (std::vector<std::string>{"AsynchAbort", "Shutdown 0"}));
+  ASSERT_NE(third, nullptr);
+  EXPECT_TRUE(world.log.IsOpen());
+  EXPECT_EQ(third->Get(Property::subject), Value(std::string("own")));
+  const auto& shared = world.shared;
+  EXPECT_EQ(shared.switches.envelopeRecipient + shared.message.rawHeaders, "");
+  EXPECT_EQ(shared.switches.maximumBodyLines, 0);
+  EXPECT_TRUE(shared.message.xHeaders.empty());
+  backEnd.during = nullptr;
 }
 
 TEST(ServerProperty, LoggingFollowsTheSwitchAndEndsWithTheLastInstance) {

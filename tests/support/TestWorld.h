@@ -88,8 +88,10 @@ class FakeBackEnd final : public BackEnd {
     return Answer("GetFolderList");
   }
   void SetErrorDisplay(bool on) override { calls.emplace_back(on ? "display on" : "display off"); }
+  void AsynchAbort() override { calls.emplace_back("AsynchAbort"); }
   void Shutdown(std::int32_t savedHandle) override {
     calls.push_back("Shutdown " + std::to_string(savedHandle));
+    if (during) during();
   }
 
   MailResult result;
