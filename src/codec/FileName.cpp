@@ -6,6 +6,7 @@
 #include <random>
 
 #include "core/Text.h"
+#include "core/Utf8.h"
 #include "core/WholeFile.h"
 #include "ports/FileSystem.h"
 
@@ -28,10 +29,16 @@ struct NameParts {
   std::string extension;
 };
 
+// The limit counts characters as a client of UTF-16 sees them.
 std::string Filtered(std::string_view text) {
+  constexpr char32_t kFirstOfTwoUnits = 0x10000;
   std::string kept;
-  for (const char c : text.substr(0, kPartLimit)) {
-    if (kAllowed.find(c) != std::string_view::npos) kept += c;
+  std::size_t units = 0;
+  while (!text.empty()) {
+    const char first = text[0];
+    units += TakeUtf8(text) < kFirstOfTwoUnits ? 1U : 2U;
+    if (units > kPartLimit) break;
+    if (kAllowed.find(first) != std::string_view::npos) kept += first;
   }
   return kept;
 }

@@ -37,6 +37,13 @@ TEST(FileName, KeepsOnlyWhatIsHarmless) {
   for (const auto& test : kCases) EXPECT_EQ(test.expected, CleanFileName(test.name));
   const auto longName = CleanFileName(std::string(400, 'b') + "." + std::string(400, 'e'));
   EXPECT_EQ(std::string(255, 'b') + "." + std::string(255, 'e'), longName);
+
+  // Characters count, not bytes; one outside the first plane is two, as a client counts.
+  std::string accents;
+  for (int i = 0; i < 200; ++i) accents += "\xC3\xA9";
+  EXPECT_EQ(std::string(55, 'b') + ".TMP", CleanFileName(accents + std::string(100, 'b')));
+  EXPECT_EQ(std::string(253, 'b') + ".TMP",
+            CleanFileName("\xF0\x9F\x98\x80" + std::string(300, 'b')));
 }
 
 TEST(FileName, ClashesWriteOverTheEndOfTheBaseName) {
