@@ -13,6 +13,13 @@ namespace {
 
 constexpr std::size_t kEscapeLength = 3;  // "%XX"
 
+// Line ends of a form are those of the mail: in a value they are escaped.
+std::string_view WithoutLineEnds(std::string_view text) {
+  constexpr std::string_view kLineEnds = "\r\n";
+  text.remove_prefix(std::min(text.find_first_not_of(kLineEnds), text.size()));
+  return text.substr(0, text.find_last_not_of(kLineEnds) + 1);
+}
+
 // 0 for what is no hexadecimal number.
 char EscapedByte(std::string_view escape) {
   const int high = HexDigit(escape[1]);
@@ -49,7 +56,7 @@ std::string DecodeFormValue(std::string_view& text, const CodePage& codePage) {
 void ParseWebForm(std::string_view formText, const CodePage& codePage, WebFormFields& fields) {
   while (!formText.empty()) {
     const auto end = formText.find('&');
-    const auto pair = formText.substr(0, end);
+    const auto pair = WithoutLineEnds(formText.substr(0, end));
     formText.remove_prefix(end == std::string_view::npos ? formText.size() : end + 1);
     const auto equals = pair.find('=');
     if (equals == 0 || equals == std::string_view::npos) continue;

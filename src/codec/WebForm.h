@@ -14,7 +14,8 @@ class CodePage;
 // value.
 using WebFormFields = std::unordered_map<std::string, std::string>;
 
-// Adds the fields of the text. A pair without a name or without "=" is skipped.
+// Adds the fields of the text. A pair without a name or without "=" is skipped; line ends around a
+// pair do not belong to it.
 void ParseWebForm(std::string_view formText, const CodePage& codePage, WebFormFields& fields);
 
 // Replaces "%XX" by the character of that code in the ANSI code page, and then every "+" by a

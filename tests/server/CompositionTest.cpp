@@ -140,6 +140,7 @@ TEST(Composition, WebFormsAreReadFromTheLoadedText) {
   const auto server = world.NewServer();
   server->Put(Property::Message, std::string("name=John+Smith&city=New%20York\r\n"));
   EXPECT_EQ("John Smith", server->GetWebFormValue(" Name "));
+  EXPECT_EQ("New York", server->GetWebFormValue("city"));
   EXPECT_EQ("", server->GetWebFormValue("street"));
 }
 
