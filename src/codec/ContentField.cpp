@@ -16,6 +16,10 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kMaximumParameters = 1000;
 
+bool IsBlank(char c) {
+  return kBlanks.find(c) != std::string_view::npos;
+}
+
 std::string_view Stripped(std::string_view text) {
   const auto first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
@@ -64,11 +68,12 @@ class PieceReader {
 
   bool AtEnd() const { return at_ >= field_.size(); }
 
-  // Blanks at the end of a piece belong to a quoted string.
+  // Blanks around the value of a parameter belong to it within quotes alone.
   std::string Next() {
     std::string text;
     bool openComment = false;
     bool isParameter = false;
+    std::size_t valueStart = 0;
     std::size_t quotedEnd = 0;
     while (!AtEnd() && field_[at_] != ';') {
       if (field_[at_] == '"') {
@@ -76,9 +81,14 @@ class PieceReader {
         quotedEnd = text.size();
       } else if (field_[at_] == '(' && !openComment && SkipComment(isParameter, openComment)) {
         continue;
+      } else if (isParameter && text.size() == valueStart && IsBlank(field_[at_])) {
+        ++at_;
       } else {
-        isParameter = isParameter || field_[at_] == '=';
         text += field_[at_++];
+        if (!isParameter && text.back() == '=') {
+          isParameter = true;
+          valueStart = text.size();
+        }
       }
     }
     if (!AtEnd()) ++at_;
@@ -191,8 +201,7 @@ ContentField ParseContentField(std::string_view field, const CodePage& codePage)
     const auto equals = piece.find('=');
     if (equals == std::string::npos) continue;
     const auto name = ParseName(std::string_view(piece).substr(0, equals));
-    auto value = std::string_view(piece).substr(equals + 1);
-    value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
+    const auto value = std::string_view(piece).substr(equals + 1);
     if (name.extended || name.hasSection) {
       extended[name.base].byNumber.try_emplace(
           name.section, Sections::Section{std::string(value), name.extended});

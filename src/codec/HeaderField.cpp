@@ -144,6 +144,8 @@ void HeaderLineReader::Store(HeaderTable& table, size_t index, std::string_view 
   }
   if (index >= table.size() || fieldName_.empty()) return;
   value = TrimWhiteSpace(StripLineEnd(value));
+  // Not a fold: it stands where the empty line should, or adds nothing.
+  if (continues && value.empty()) return;
   std::string date;
   if (TrimWhiteSpace(fieldName_) == "DATE") {
     date = ConvertHeaderDate(value, dateFormat);

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kMaximumPreamble = 64U << 10U;
 
 constexpr std::string_view kDashes = "--";
+constexpr std::string_view kLineEnd = "\r\n";
 
 bool IsPlainText(const clsMIMEPart& part) {
   const auto type = UpperAscii(part.contentType.substr(0, part.contentType.find(';')));
@@ -22,12 +23,6 @@ bool IsPlainText(const clsMIMEPart& part) {
 
 bool HasExtension(const std::string& name) {
   return name.find('.') != std::string::npos;
-}
-
-// RFC 2046, section 5.1.1: blanks may follow a boundary.
-std::string_view WithoutTrailingBlanks(std::string_view line) {
-  const auto last = line.find_last_not_of(" \t");
-  return last == std::string_view::npos ? std::string_view() : line.substr(0, last + 1);
 }
 
 }  // namespace
@@ -43,20 +38,15 @@ MessageSplitter::MessageSplitter(FileSystem& files, const CodePage& codePage,
 bool MessageSplitter::Line(std::string_view line, bool endsLine) {
   const bool whole = atLineStart_ && endsLine;
   atLineStart_ = endsLine;
-  if (whole && line.starts_with(kDashes) && BoundaryLine(line)) return !attachments_.Failed();
+  TakeLine(line, endsLine, whole);
+  return !attachments_.Failed();
+}
+
+void MessageSplitter::TakeLine(std::string_view line, bool endsLine, bool whole) {
+  if (whole && line.starts_with(kDashes) && BoundaryLine(line)) return;
   switch (state_) {
     case State::Header:
-      switch (header_.Line(line, endsLine)) {
-        case PartHeader::Result::More:
-          break;
-        case PartHeader::Result::Ended:
-          StartContent();
-          break;
-        case PartHeader::Result::Content:
-          StartContent();
-          ContentLine(line, endsLine);
-          break;
-      }
+      HeaderLine(line, endsLine, whole);
       break;
     case State::Preamble:
       PreambleLine(line, endsLine);
@@ -67,43 +57,78 @@ bool MessageSplitter::Line(std::string_view line, bool endsLine) {
     case State::Epilogue:
       break;
   }
-  return !attachments_.Failed();
 }
 
-// Looks for the boundary among all open containers, the innermost first: an outer one ends those
-// that were never closed.
-bool MessageSplitter::BoundaryLine(std::string_view line) {
-  if (!boundariesCount_) return false;
-  const auto text = WithoutTrailingBlanks(line.substr(kDashes.size()));
+void MessageSplitter::HeaderLine(std::string_view line, bool endsLine, bool whole) {
+  switch (header_.Line(line, endsLine)) {
+    case PartHeader::Result::More:
+      if (!inMessageHeader_ || !settings_.headersInBody) break;
+      body_.AddInFront(line);
+      if (endsLine) body_.AddInFront(kLineEnd);
+      break;
+    case PartHeader::Result::Ended:
+      StartContent();
+      break;
+    case PartHeader::Result::Content:
+      StartContent();
+      TakeLine(line, endsLine, whole);
+      break;
+  }
+}
+
+// RFC 2046, section 5.1.1. All open containers count: an outer boundary ends inner ones that were
+// never closed. A boundary may begin with another, so the longest decides, of equal ones the
+// innermost.
+MessageSplitter::Delimiter MessageSplitter::DelimiterOf(std::string_view line) {
+  const auto text = line.substr(kDashes.size());
+  Delimiter found;
+  std::size_t length = 0;
   for (std::size_t depth = 0; depth < stack_.Count(); ++depth) {
     const std::string& boundary = stack_.FromTop(depth).part.Boundary;
-    if (!text.starts_with(boundary)) continue;
+    if (boundary.size() <= length || !text.starts_with(boundary)) continue;
     const auto rest = text.substr(boundary.size());
-    if (!rest.empty() && rest != kDashes) continue;
-    const auto level = stack_.Count() - depth;
-    EndContent(ContentEnd::Boundary);
-    while (stack_.Count() > level) CloseContainer();
-    auto& container = stack_.TopOfStackObject();
-    container.hasParts = true;
-    container.preamble = std::string();
-    if (rest.empty()) {
-      StartPart();
-    } else {
-      CloseContainer();
-      state_ = State::Epilogue;
-    }
-    return true;
+    const bool ends = rest.starts_with(kDashes);
+    if (!ends && rest.find_first_not_of(" \t") != std::string_view::npos) continue;
+    found = {stack_.Count() - depth, ends};
+    length = boundary.size();
   }
-  return false;
+  return found;
 }
 
-// A multipart in which no boundary was ever met is kept as text.
-void MessageSplitter::CloseContainer() {
-  const auto container = stack_.Pop();
-  if (container.hasParts || container.preamble.empty()) return;
-  body_.SeparateFromNext();
-  body_.Append(container.preamble);
+bool MessageSplitter::BoundaryLine(std::string_view line) {
+  if (!boundariesCount_) return false;
+  const auto delimiter = DelimiterOf(line);
+  if (delimiter.level == 0) return false;
+  EndContent(ContentEnd::Boundary);
+  while (stack_.Count() > delimiter.level) CloseContainer(ContentEnd::Boundary);
+  auto& container = stack_.TopOfStackObject();
+  if (!delimiter.ends) {
+    container.hasParts = true;
+    container.preamble = std::string();
+    StartPart();
+  } else if (container.hasParts) {
+    CloseContainer(ContentEnd::Boundary);
+    state_ = State::Epilogue;
+  } else {
+    state_ = State::Preamble;  // no part has begun: what follows is text like what stands before
+  }
+  return true;
+}
+
+// A multipart in which no part has begun is kept as text.
+void MessageSplitter::CloseContainer(ContentEnd end) {
+  auto container = stack_.Pop();
+  if (container.hasParts) return;
+  if (end == ContentEnd::Boundary && container.preamble.ends_with(kLineEnd)) {
+    container.preamble.resize(container.preamble.size() - kLineEnd.size());
+  }
+  if (!container.preamble.empty()) KeepPreamble(container);
+}
+
+void MessageSplitter::KeepPreamble(Container& container) {
+  if (!std::exchange(container.preambleBegun, true)) body_.SeparateFromNext();
   hasBody_ = true;
+  body_.Append(std::exchange(container.preamble, {}));
 }
 
 void MessageSplitter::StartPart() {
@@ -123,18 +148,27 @@ void MessageSplitter::StartRawAttachment() {
 }
 
 void MessageSplitter::StartContent() {
-  inMessageHeader_ = false;
+  if (std::exchange(inMessageHeader_, false) && settings_.headersInBody) {
+    body_.AddInFront(kLineEnd);
+  }
   const bool inDigest =
       stack_.Count() > 0 && stack_.TopOfStackObject().part.MType == mime_type::kDigest;
-  auto part = header_.Finish(inDigest, codePage_);
+  const auto held = header_.TakeHeld();
+  OpenContent(header_.Finish(inDigest, codePage_));
+  for (std::string_view rest = held; !rest.empty();) {
+    const auto end = rest.find(kLineEnd);
+    TakeLine(rest.substr(0, end), end != std::string_view::npos, false);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + kLineEnd.size());
+  }
+}
+
+void MessageSplitter::OpenContent(clsMIMEPart part) {
   if (mime_type::IsMultipart(part.MType)) {
     if (stack_.Count() < kMaximumDepth) {
       Container container;
       container.group = part.MType == mime_type::kAlternative ? stack_.Count() + 1
                         : stack_.Count() > 0                  ? stack_.TopOfStackObject().group
                                                               : 0;
-      // Trimmed once: it is compared with many lines.
-      part.Boundary.resize(WithoutTrailingBlanks(part.Boundary).size());
       container.part = std::move(part);
       stack_.Push(std::move(container));
       state_ = State::Preamble;
@@ -162,10 +196,9 @@ MessageSplitter::Role MessageSplitter::RoleOf(const clsMIMEPart& part) {
   const bool unnamedText =
       part.MType == mime_type::kText && part.Name.empty() && !header_.IsAttachment();
   auto* const group = stack_.Count() > 0 ? GroupOf(stack_.TopOfStackObject()) : nullptr;
-  if (group != nullptr && part.MType == mime_type::kText && !header_.IsAttachment()) {
+  if (group != nullptr && unnamedText) {
     // Without files for alternatives the first rendering is the body, whatever its type.
-    if (unnamedText && !group->groupHasBody &&
-        (IsPlainText(part) || settings_.suppressAlternatives)) {
+    if (!group->groupHasBody && (IsPlainText(part) || settings_.suppressAlternatives)) {
       group->groupHasBody = true;
       return Role::Body;
     }
@@ -196,14 +229,10 @@ void MessageSplitter::OpenFile(const clsMIMEPart& part, const std::string& name)
 
 void MessageSplitter::PreambleLine(std::string_view line, bool endsLine) {
   auto& container = stack_.TopOfStackObject();
-  if (container.hasParts) return;
   container.preamble += line;
-  if (endsLine) container.preamble += "\r\n";
-  if (container.preamble.size() <= kMaximumPreamble) return;
+  if (endsLine) container.preamble += kLineEnd;
   // Content after all; should the boundary still come, its parts are read as ever.
-  if (hasBody_) body_.SeparateFromNext();
-  hasBody_ = true;
-  body_.Append(std::exchange(container.preamble, {}));
+  if (container.preamble.size() > kMaximumPreamble) KeepPreamble(container);
 }
 
 void MessageSplitter::ContentLine(std::string_view line, bool endsLine) {
@@ -227,7 +256,7 @@ void MessageSplitter::EndContent(ContentEnd end) {
 
 bool MessageSplitter::Finish(SplitMessage& message) {
   EndContent(ContentEnd::Message);
-  while (stack_.Count() > 0) CloseContainer();
+  while (stack_.Count() > 0) CloseContainer(ContentEnd::Message);
   message.body = body_.Finish();
   if (attachments_.Failed()) return false;
   message.attachments = attachments_.Keep();

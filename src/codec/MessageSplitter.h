@@ -38,9 +38,6 @@ class MessageSplitter {
   // called.
   bool Line(std::string_view line, bool endsLine);
 
-  // Puts text in front of the body, which may not have begun.
-  void AddText(std::string_view bytes) { body_.AddInFront(bytes); }
-
   // The message has ended. False as above. Without this call the destructor removes the files that
   // were made.
   bool Finish(SplitMessage& message);
@@ -64,13 +61,25 @@ class MessageSplitter {
         0;  // the alternative group it belongs to: its level, counted from 1; 0 for none
     bool groupHasBody = false;  // of an alternative: one of its renderings is the body
     bool hasParts = false;
-    std::string preamble;  // kept until the first part comes: without any it is the content
+    std::string preamble;        // kept until the first part comes: without any it is the content
+    bool preambleBegun = false;  // in the body: it was too long to be kept
   };
 
+  // A boundary that a line stands for.
+  struct Delimiter {
+    std::size_t level = 0;  // of its container, counted from 1; 0 for none
+    bool ends = false;      // the container, not only a part of it
+  };
+
+  void TakeLine(std::string_view line, bool endsLine, bool whole);
+  void HeaderLine(std::string_view line, bool endsLine, bool whole);
   bool BoundaryLine(std::string_view line);
-  void CloseContainer();
+  Delimiter DelimiterOf(std::string_view line);
+  void CloseContainer(ContentEnd end);
+  void KeepPreamble(Container& container);
   void StartPart();
   void StartContent();
+  void OpenContent(clsMIMEPart part);
   void StartRawAttachment();
   void EndContent(ContentEnd end);
   void PreambleLine(std::string_view line, bool endsLine);

@@ -21,6 +21,7 @@ struct SplitSettings {
   bool suppressAttachments = false;
   bool suppressAlternatives = false;
   bool returnShortPaths = false;
+  bool headersInBody = false;                // the text begins with the header and an empty line
   std::size_t maximumBodyLines = 0;          // of the message text; the rest is dropped; 0: all
   std::size_t maximumBodyBytes = 4U << 20U;  // a longer message text goes to "MESSAGE.TXT"
 };

@@ -16,6 +16,8 @@ constexpr std::array<std::string_view, 3> kFieldNames{
     "CONTENT-DISPOSITION",
 };
 
+constexpr std::string_view kWebForm = "APPLICATION/X-WWW-FORM-URLENCODED";
+
 struct TypeRow {
   std::string_view contains;
   std::int16_t type;
@@ -120,6 +122,19 @@ bool Contains(const std::string& text, std::string_view part) {
   return text.find(part) != std::string::npos;
 }
 
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(" \t") + 1);
+}
+
+// RFC 5322, sections 2.2 and 4.5: a name of visible characters, blanks perhaps, a colon.
+bool IsField(std::string_view line) {
+  const auto colon = line.find(':');
+  if (colon == std::string_view::npos) return false;
+  const auto name = WithoutTrailingBlanks(line.substr(0, colon));
+  return !name.empty() &&
+         std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c < 127; });
+}
+
 }  // namespace
 
 std::string* PartHeader::FieldOf(std::string_view line) {
@@ -140,22 +155,49 @@ void PartHeader::Append(std::string_view text) {
   current_->append(text.substr(0, kMaximumFieldBytes - current_->size()));
 }
 
-PartHeader::Result PartHeader::Line(std::string_view line, bool endsLine) {
-  const bool startsLine = atLineStart_;
-  atLineStart_ = endsLine;
-  if (startsLine && endsLine && line.empty()) return Result::Ended;
-  const bool continues = line.starts_with(' ') || line.starts_with('\t');
-  // A part that begins with something else has no header at all.
-  if (size_ == 0 && startsLine && endsLine && !continues &&
-      line.find(':') == std::string_view::npos) {
-    return Result::Content;
+void PartHeader::StartField(std::string_view line) {
+  hasField_ = true;
+  holds_ = false;
+  Append(std::exchange(held_, {}));  // a fold after all
+  current_ = FieldOf(line);
+  if (current_ != nullptr) Append(line.substr(line.find(':') + 1));
+}
+
+// Some servers put the line that separates the messages of a mailbox file before the header.
+bool PartHeader::BeginsHeader(std::string_view line) const {
+  return ofMessage_ && size_ == 0 && line.starts_with("From ") &&
+         line.find(':') != std::string_view::npos;
+}
+
+// False when there are too many.
+bool PartHeader::Hold(std::string_view line, bool wholeLine, bool endsLine) {
+  if (!holds_) {
+    const bool blank = wholeLine && WithoutTrailingBlanks(line).empty();
+    holds_ = blank || !hasField_;
+    if (blank || !holds_) return true;
   }
+  if (held_.size() + line.size() > kMaximumHeldBytes) return false;
+  held_ += line;
+  if (endsLine) held_ += "\r\n";
+  return true;
+}
+
+PartHeader::Result PartHeader::Line(std::string_view line, bool endsLine) {
+  const bool startsLine = std::exchange(atLineStart_, endsLine);
+  const bool wholeLine = startsLine && endsLine;
+  if (wholeLine && line.empty()) {
+    const bool onlyBlanks = held_.find_first_not_of(" \t\r\n") == std::string::npos;
+    if (onlyBlanks) held_.clear();
+    return onlyBlanks ? Result::Ended : Result::Content;
+  }
+  const bool continues = !startsLine || line.starts_with(' ') || line.starts_with('\t');
+  if (!continues && !IsField(line) && !BeginsHeader(line)) return Result::Content;
+  if (size_ + line.size() + 2 > kMaximumHeaderBytes) return Result::Content;
+  if (continues && !Hold(line, wholeLine, endsLine)) return Result::Content;
   size_ += line.size() + 2;
-  if (size_ > kMaximumHeaderBytes) return Result::Content;
-  if (startsLine && !continues) {
-    current_ = FieldOf(line);
-    if (current_ != nullptr) Append(line.substr(line.find(':') + 1));
-  } else {
+  if (!continues) {
+    StartField(line);
+  } else if (!holds_) {
     Append(line);
   }
   return Result::More;
@@ -175,15 +217,22 @@ clsMIMEPart PartHeader::Finish(bool inDigest, const CodePage& codePage) {
       part.encoding = row.encoding;
     }
   }
-  part.Boundary = type.Parameter("BOUNDARY");
+  // RFC 2046, section 5.1.1: no boundary ends in blanks.
+  part.Boundary = WithoutTrailingBlanks(type.Parameter("BOUNDARY"));
   // A multipart that does not say how its parts are told apart is read as text.
   if (mime_type::IsMultipart(part.MType) && part.Boundary.empty()) part.MType = mime_type::kText;
   for (const auto* name : {"FILENAME", "NAME"}) {
     const auto& field = name[0] == 'F' ? disposition : type;
-    if (part.Name.empty() && !field.Parameter(name).empty()) {
+    if (part.Name.empty() && !Trim(field.Parameter(name)).empty()) {
       part.Name = field.Parameter(name);
       part.NameType = name;
     }
+  }
+  // A browser's form that is mailed: its text is for the reader, whatever it is named.
+  if (ofMessage_ && Contains(MediaType(type.value), kWebForm)) {
+    part.MType = mime_type::kText;
+    part.Name.clear();
+    part.NameType.clear();
   }
   isAttachment_ = Contains(UpperAscii(disposition.value), "ATTACHMENT");
 
@@ -191,7 +240,10 @@ clsMIMEPart PartHeader::Finish(bool inDigest, const CodePage& codePage) {
   seen_ = {};
   current_ = nullptr;
   size_ = 0;
+  ofMessage_ = false;
   atLineStart_ = true;
+  hasField_ = false;
+  holds_ = false;
   return part;
 }
 

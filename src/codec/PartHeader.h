@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "codec/clsMIMEPart.h"
 
@@ -20,10 +21,19 @@ class PartHeader {
   // Of each of the three fields; the rest of a longer one does not count.
   static constexpr std::size_t kMaximumFieldBytes = 64U << 10U;
 
+  // Lines behind a line of blanks, while no field follows.
+  static constexpr std::size_t kMaximumHeldBytes = 64U << 10U;
+
   // One line without its line end, or a piece of it. The header ends at an empty line, which
-  // belongs to it; a line that cannot begin a header, or goes beyond the limit, is content already.
+  // belongs to it; a line that is no field and continues none, or goes beyond the limit, is content
+  // already.
   enum class Result { More, Ended, Content };
   Result Line(std::string_view line, bool endsLine);
+
+  // The lines, ended by CR LF, that turned out to be content when the header ended: an empty line
+  // may hold blanks, and an indented line behind it is a fold only when more fields come (RFC 5322,
+  // section 4.2). To be called before Finish.
+  std::string TakeHeld() { return std::exchange(held_, {}); }
 
   // What the header says. `type` and `encoding` are matched as substrings; `inDigest` changes what
   // a part without a Content-Type is. Then ready for another header.
@@ -38,13 +48,20 @@ class PartHeader {
   enum Field : std::size_t { kType, kEncoding, kDisposition, kFieldCount };
 
   std::string* FieldOf(std::string_view line);
+  void StartField(std::string_view line);
   void Append(std::string_view text);
+  bool BeginsHeader(std::string_view line) const;
+  bool Hold(std::string_view line, bool wholeLine, bool endsLine);
 
   std::array<std::string, kFieldCount> fields_;
   std::array<bool, kFieldCount> seen_{};
   std::string* current_ = nullptr;  // the field that a continuation continues
   std::size_t size_ = 0;
+  bool ofMessage_ = true;  // a message's header comes first, then those of its parts
   bool atLineStart_ = true;
+  bool hasField_ = false;
+  bool holds_ = false;  // the lines that come are held
+  std::string held_;
   bool isAttachment_ = false;
 };
 

@@ -200,10 +200,9 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
-  auto collector = std::make_unique<MessageCollector>(
-      ports_.files, ports_.codePage, SplitSettingsOf(request, ports_.files),
-      MessageOptions{request.instance.headersInMessage != kFalse,
-                     Bytes(request.instance.dateFormat)});
+  auto collector = std::make_unique<MessageCollector>(ports_.files, ports_.codePage,
+                                                      SplitSettingsOf(request, ports_.files),
+                                                      Bytes(request.instance.dateFormat));
   auto loading = Engine().LoadMessage(Pop(request), CurrentNumber(request), *collector);
   return runner_.Perform(call,
                          NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,

@@ -22,12 +22,11 @@ constexpr std::size_t kRecipientMemory = 64;  // beside its text
 std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complete) {
   if (!splitter_.Line(text, complete)) return internet_error::kCannotWrite;
   if (!inHeader_) return kGoOn;
-  if (splitter_.InMessageHeader()) {
+  inHeader_ = splitter_.InMessageHeader();
+  if (inHeader_) {
     OnHeaderPiece(text, complete);
-  } else {
-    inHeader_ = false;
-    if (!HeaderFits()) return internet_error::kOverflow;
-    if (options_.headersInMessage) splitter_.AddText(kLineEnd);
+  } else if (!HeaderFits()) {
+    return internet_error::kOverflow;
   }
   return kGoOn;
 }
@@ -35,10 +34,8 @@ std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complet
 void MessageCollector::OnHeaderPiece(std::string_view text, bool complete) {
   rawHeaders_ += text;
   if (!complete) return;
-  reader_.Store(fields_, 0, std::string_view(rawHeaders_).substr(lineStart_), options_.dateFormat);
+  reader_.Store(fields_, 0, std::string_view(rawHeaders_).substr(lineStart_), dateFormat_);
   rawHeaders_ += kLineEnd;
-  if (options_.headersInMessage)
-    splitter_.AddText(std::string_view(rawHeaders_).substr(lineStart_));
   lineStart_ = rawHeaders_.size();
 }
 

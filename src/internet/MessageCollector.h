@@ -14,16 +14,11 @@
 
 namespace quillon {
 
-struct MessageOptions {
-  bool headersInMessage = false;  // the text begins with the header lines and an empty line
-  std::string dateFormat;
-};
-
 class MessageCollector final : public MessageSink {
  public:
   MessageCollector(FileSystem& files, const CodePage& codePage, const SplitSettings& split,
-                   MessageOptions options)
-      : options_(std::move(options)), splitter_(files, codePage, split), fields_(1) {}
+                   std::string dateFormat)
+      : dateFormat_(std::move(dateFormat)), splitter_(files, codePage, split), fields_(1) {}
 
   // The result is 26 when a file of the message cannot be written, 30 when its header would take
   // too much memory; no file of it is left then.
@@ -39,7 +34,7 @@ class MessageCollector final : public MessageSink {
   void OnHeaderPiece(std::string_view text, bool complete);
   bool HeaderFits() const;
 
-  const MessageOptions options_;
+  const std::string dateFormat_;
   MessageSplitter splitter_;
   SplitMessage message_;
   HeaderTable fields_;  // one record

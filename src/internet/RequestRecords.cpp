@@ -94,6 +94,7 @@ SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
   settings.suppressAttachments = instance.suppressAttachments != kFalse;
   settings.suppressAlternatives = request.shared.internet.suppressAlternatives != kFalse;
   settings.returnShortPaths = instance.returnShortFilespecs != kFalse;
+  settings.headersInBody = instance.headersInMessage != kFalse;
   settings.maximumBodyLines = static_cast<std::size_t>(switches.maximumBodyLines);
   return settings;
 }

@@ -52,6 +52,7 @@ TEST(HeaderFieldTest, FieldsAndTheirFolds) {
   EXPECT_EQ(record.receiptRequested, kTrue);
   EXPECT_EQ(record.priority, 3);
   EXPECT_EQ(RecordOf({"To: a", "To: b"}).to, "b");
+  EXPECT_EQ(RecordOf({"Subject: s", " \t"}).subject, "s");
 }
 
 TEST(HeaderFieldTest, LinesThatBelongToNothingAreSkipped) {

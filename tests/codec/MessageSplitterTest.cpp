@@ -109,6 +109,12 @@ TEST_F(MessageSplitterTest, ShapesOfMessages) {
       {"forwarded message with a subject for a name",
        Multipart("mixed", {plain, "Content-Type: message/rfc822; name=\"Hello\"\n\nSubject: s\n"}),
        "hi[Hello.EML|Hello.EML] Subject: s\r\n"},
+      {"web form", "Content-Type: application/x-www-form-urlencoded\n\na=b&c=d\n", "a=b&c=d\r\n"},
+      {"web form with a name",
+       "Content-Type: application/x-www-form-urlencoded; name=post.att\n\na=b\n", "a=b\r\n"},
+      {"web form as a part",
+       Multipart("mixed", {"Content-Type: application/x-www-form-urlencoded\n\na=b"}),
+       "[NONAME.DAT|NONAME.DAT] a=b"},
       {"text as attachment",
        Multipart("mixed", {plain, "Content-Disposition: attachment; filename=n.txt\n\nnote"}),
        "hi[n.txt|n.txt] note"},
@@ -131,12 +137,28 @@ TEST_F(MessageSplitterTest, BrokenMultipartsKeepWhatTheyHold) {
       {"boundary never met", "Content-Type: multipart/mixed; boundary=x\n\nhi\n--b--",
        "hi\r\n--b--\r\n"},
       {"never closed", "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n", "hi\r\n"},
-      {"closed at once", "Content-Type: multipart/mixed; boundary=b\n\n--b--\n\nlost\n", ""},
+      {"closed at once", "Content-Type: multipart/mixed; boundary=b\n\nhi\n--b--\n\nkept\n",
+       "hi\r\n\r\nkept\r\n"},
+      {"inner closed at once with text in it",
+       "Content-Type: multipart/mixed; boundary=o\n\n--o\nContent-Type: multipart/mixed; "
+       "boundary=i\n\none\n--i--\n--o\n\ntwo\n--o--",
+       "one\r\ntwo"},
       {"blanks behind boundaries",
        "Content-Type: multipart/mixed; boundary=\"b \"\n\n--b \t\n\nhi\n--b-- \nx", "hi"},
       {"boundary that begins another",
        "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n--bb\nstill\n--b-\n--b--",
        "hi\r\n--bb\r\nstill\r\n--b-"},
+      {"text behind the last boundary",
+       "Content-Type: multipart/mixed; boundary=b\n\n--b\n\nhi\n--b c\n--b--c\nepilogue",
+       "hi\r\n--b c"},
+      {"inner boundary that begins the outer one",
+       "Content-Type: multipart/mixed; boundary=b--c\n\n--b--c\nContent-Type: multipart/mixed; "
+       "boundary=b\n\n--b\n\none\n--b--c\n\ntwo\n--b--c--",
+       "one\r\ntwo"},
+      {"blank at the start of a boundary",
+       "Content-Type: multipart/mixed; boundary=\" b\"\n\n-- b\n\nhi\n-- b--", "hi"},
+      {"boundary of blanks", "Content-Type: multipart/mixed; boundary=\" \"\n\n--\n\nhi\n----",
+       "--\r\n\r\nhi\r\n----\r\n"},
       {"inner never closed",
        "Content-Type: multipart/mixed; boundary=o\n\n--o\nContent-Type: multipart/mixed; "
        "boundary=i\n\n--i\n\none\n--o\n\ntwo\n--o--",
@@ -164,6 +186,42 @@ TEST_F(MessageSplitterTest, BrokenMultipartsKeepWhatTheyHold) {
        "hi\r\n"},
   };
   for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
+}
+
+TEST_F(MessageSplitterTest, AHeaderEndsWhereNoFieldCanBe) {
+  const std::string plain = "Content-Type: text/plain\n";
+  const struct {
+    const char* what;
+    std::string message;
+    const char* expected;
+  } kCases[] = {
+      {"text behind fields", "Subject: x\nDear Ann,\n\nNote: hi\n",
+       "Dear Ann,\r\n\r\nNote: hi\r\n"},
+      {"text with a colon", "Subject: x\nDear Ann: hi\n", "Dear Ann: hi\r\n"},
+      {"text behind fields of a part", Multipart("mixed", {plain + "hi there\nb: c", plain + "d"}),
+       "hi there\r\nb: c\r\nd"},
+      {"decoded as the fields say", "Content-Transfer-Encoding: base64\naGkh\n", "hi!"},
+      {"blanks in the empty line", "Subject: x\n \t\nhi\n\nthere\n", "hi\r\n\r\nthere\r\n"},
+      {"indented text behind such a line", plain + " \n  hi\n\n there\n", "  hi\r\n\r\n there\r\n"},
+      {"boundary behind fields", "Content-Type: multipart/mixed; boundary=b\n--b\n\nhi\n--b--\n",
+       "hi"},
+      {"indented text before a boundary",
+       "Content-Type: multipart/mixed; boundary=b\n \n preamble\n--b\n\nhi\n--b--\n", "hi"},
+      {"indented text at the end of a part", Multipart("mixed", {plain + " \n hi", "\nthere"}),
+       " hi\r\nthere"},
+      {"blanks in the empty line of a part without a header", Multipart("mixed", {" \nhi"}), "hi"},
+      {"indented part without a header", Multipart("mixed", {"  hi\nthere you"}),
+       "  hi\r\nthere you"},
+      {"a fold that begins with a line of blanks",
+       "Content-Type: multipart/mixed;\n \n\tboundary=b\nX: y\n\n--b\n\nhi\n--b--\n", "hi"},
+      {"blanks before the colon", "Content-Transfer-Encoding : base64\n\naGkh\n", "hi!"},
+      {"mailbox line", "From ann@x Mon Nov  2 10:00:00 2026\n" + plain + "\nhi\n", "hi\r\n"},
+  };
+  for (const auto& test : kCases) {
+    for (const auto pieceSize : {kWhole, std::size_t{30}}) {
+      EXPECT_EQ(test.expected, Split(test.message, pieceSize)) << test.what;
+    }
+  }
 }
 
 TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
@@ -203,8 +261,12 @@ TEST_F(MessageSplitterTest, WhatIsSuppressedIsNotWritten) {
   settings_.suppressAlternatives = true;
   EXPECT_EQ("hi[NONAME.PNG|NONAME.PNG] x", Split(message));
   EXPECT_EQ("<b>", Split(Multipart("alternative", {"Content-Type: text/html\n\n<b>"})));
+  const auto named = Multipart("alternative", {"\nhi", "Content-Type: text/html; name=n.htm\n\n<b>",
+                                               "Content-Type: text/html\n\n<i>"});
+  EXPECT_EQ("hi[n.htm|n.htm] <b>", Split(named));
   settings_.suppressAttachments = true;
   EXPECT_EQ("hi", Split(message));
+  EXPECT_EQ("hi", Split(named));
 }
 
 TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
@@ -214,6 +276,8 @@ TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
       {"name=\"quo\\\"ted.txt\"", "quo\"ted.txt"},
       {"name=\"C:\\dir\\file.txt\"", "file.txt"},
       {"name=two words.txt; x=y", "two words.txt"},
+      {"name= \" a.txt\"", " a.txt"},
+      {"name=\"  \"", "NONAME.DAT"},
       {"name=report (1).txt", "report (1).txt"},
       {"name=a.txt (a comment)", "a.txt"},
       {"(comment) name = a.txt", "a.txt"},
