@@ -3,7 +3,6 @@
 #include <span>
 
 #include "codec/QuotedPrintable.h"
-#include "codec/UuFraming.h"
 #include "codec/UuLines.h"
 #include "codec/clsMIMEPart.h"
 
@@ -49,9 +48,6 @@ void ContentDecoder::Line(std::string_view line, bool endsLine) {
     case mime_encoding::kQuotedPrintable:
       QuotedPrintableLine(line, endsLine);
       break;
-    case mime_encoding::kUuencode:
-      UuLine(line);
-      break;
     default:
       PlainLine(line, endsLine);
       break;
@@ -90,15 +86,6 @@ void ContentDecoder::QuotedPrintableLine(std::string_view line, bool endsLine) {
   const auto cut = line.size() > kBlock ? line.size() : QuotedPrintableCut(BytesOf(line));
   out_.resize(used + DecodeQuotedPrintablePiece(BytesOf(line.substr(0, cut)), room));
   held_ = std::string(line.substr(cut));
-}
-
-void ContentDecoder::UuLine(std::string_view line) {
-  if (ended_ || ParseUuBegin(line)) return;
-  if (IsUuEnd(line)) {
-    ended_ = true;
-  } else if (LooksLikeUuData(line)) {
-    DecodeUuLine(line, out_);
-  }
 }
 
 void ContentDecoder::Base64Line(std::string_view line, bool endsLine) {

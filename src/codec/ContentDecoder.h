@@ -16,7 +16,8 @@ enum class ContentEnd { Boundary, Message };
 
 class ContentDecoder {
  public:
-  // `encoding` is one of mime_encoding.
+  // `encoding` is one of mime_encoding; uuencoded lines, which are no encoding of a whole part,
+  // pass as they stand.
   ContentDecoder(std::int16_t encoding, ByteSink& sink);
 
   // A line without its line end, or a piece of one.
@@ -28,7 +29,6 @@ class ContentDecoder {
  private:
   void PlainLine(std::string_view line, bool endsLine);
   void QuotedPrintableLine(std::string_view line, bool endsLine);
-  void UuLine(std::string_view line);
   void Base64Line(std::string_view line, bool endsLine);
   void DecodeBase64();
   void StartLine();
@@ -39,7 +39,6 @@ class ContentDecoder {
   std::string out_;
   std::string held_;           // encoded text that waits for more
   bool breakPending_ = false;  // a line end that goes out when it is known to count
-  bool ended_ = false;         // of uuencoded data
   Base64Decoder base64_;
 };
 

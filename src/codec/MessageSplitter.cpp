@@ -21,6 +21,13 @@ bool IsPlainText(const clsMIMEPart& part) {
   return type.find("TEXT/") == std::string::npos || type.find("TEXT/PLAIN") != std::string::npos;
 }
 
+// A part need not say that it is uuencoded. A message in the message is not looked into.
+UuSearch SearchIn(const clsMIMEPart& part) {
+  if (part.encoding == mime_encoding::kUuencode) return UuSearch::Anywhere;
+  const bool plain = part.encoding == mime_encoding::kNone && part.MType != mime_type::kMessage;
+  return plain ? UuSearch::AtStart : UuSearch::Nowhere;
+}
+
 bool HasExtension(const std::string& name) {
   return name.find('.') != std::string::npos;
 }
@@ -144,7 +151,7 @@ void MessageSplitter::StartRawAttachment() {
   clsMIMEPart part;
   part.MType = mime_type::kOther;
   state_ = State::Content;
-  if (!settings_.suppressAttachments) OpenFile(part, NameOf(part, Role::Attachment));
+  if (!settings_.suppressAttachments) OpenFile(part, Role::Attachment, UuSearch::Nowhere);
 }
 
 void MessageSplitter::StartContent() {
@@ -163,6 +170,7 @@ void MessageSplitter::StartContent() {
 }
 
 void MessageSplitter::OpenContent(clsMIMEPart part) {
+  auto search = SearchIn(part);
   if (mime_type::IsMultipart(part.MType)) {
     if (stack_.Count() < kMaximumDepth) {
       Container container;
@@ -176,15 +184,18 @@ void MessageSplitter::OpenContent(clsMIMEPart part) {
     }
     part.MType = mime_type::kOther;  // nested too deeply: kept whole
     part.encoding = mime_encoding::kNone;
+    search = UuSearch::Nowhere;
   }
   state_ = State::Content;
   const auto role = RoleOf(part);
   if (role == Role::Body) {
     if (hasBody_) body_.SeparateFromNext();
     hasBody_ = true;
-    text_ = std::make_unique<TextPart>(files_, settings_, attachments_, body_, part.encoding);
+    if (search == UuSearch::AtStart) search = UuSearch::Anywhere;
+    text_ =
+        std::make_unique<TextPart>(files_, settings_, attachments_, body_, part.encoding, search);
   } else if (role != Role::Discard) {
-    OpenFile(part, NameOf(part, role));
+    OpenFile(part, role, search);
   }
 }
 
@@ -222,9 +233,9 @@ std::string MessageSplitter::NameOf(const clsMIMEPart& part, Role role) const {
   return "NONAME." + (extension.empty() ? "DAT" : extension);
 }
 
-void MessageSplitter::OpenFile(const clsMIMEPart& part, const std::string& name) {
-  partFile_ = std::make_unique<PartFile>(files_, settings_, name, attachments_);
-  decoder_ = std::make_unique<ContentDecoder>(part.encoding, *partFile_);
+void MessageSplitter::OpenFile(const clsMIMEPart& part, Role role, UuSearch search) {
+  file_ = std::make_unique<FilePart>(files_, settings_, attachments_, NameOf(part, role), part.Name,
+                                     part.encoding, search);
 }
 
 void MessageSplitter::PreambleLine(std::string_view line, bool endsLine) {
@@ -238,8 +249,8 @@ void MessageSplitter::PreambleLine(std::string_view line, bool endsLine) {
 void MessageSplitter::ContentLine(std::string_view line, bool endsLine) {
   if (text_ != nullptr) {
     text_->Line(line, endsLine);
-  } else if (decoder_ != nullptr) {
-    decoder_->Line(line, endsLine);
+  } else if (file_ != nullptr) {
+    file_->Line(line, endsLine);
   }
 }
 
@@ -247,11 +258,9 @@ void MessageSplitter::EndContent(ContentEnd end) {
   // A part that ended within its header has no content, but it may have a name.
   if (state_ == State::Header && header_.HasLines()) StartContent();
   if (text_ != nullptr) text_->Finish(end);
-  if (decoder_ != nullptr) decoder_->Finish(end);
-  if (partFile_ != nullptr) partFile_->Close();
+  if (file_ != nullptr) file_->Finish(end);
   text_.reset();
-  decoder_.reset();
-  partFile_.reset();
+  file_.reset();
 }
 
 bool MessageSplitter::Finish(SplitMessage& message) {

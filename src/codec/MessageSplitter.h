@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "codec/BodyCollector.h"
-#include "codec/ContentDecoder.h"
+#include "codec/FilePart.h"
 #include "codec/PartFile.h"
 #include "codec/PartHeader.h"
 #include "codec/TextPart.h"
@@ -47,7 +47,7 @@ class MessageSplitter {
 
   // Whether the last line belongs to an attachment.
   bool InAttachment() const noexcept {
-    return partFile_ != nullptr || (text_ != nullptr && text_->InAttachment());
+    return file_ != nullptr || (text_ != nullptr && text_->InAttachment());
   }
 
  private:
@@ -88,7 +88,7 @@ class MessageSplitter {
   Role RoleOf(const clsMIMEPart& part);
   Container* GroupOf(const Container& container);
   std::string NameOf(const clsMIMEPart& part, Role role) const;
-  void OpenFile(const clsMIMEPart& part, const std::string& name);
+  void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
 
   FileSystem& files_;
   const CodePage& codePage_;
@@ -106,11 +106,9 @@ class MessageSplitter {
   BodyCollector body_;
   bool hasBody_ = false;
 
-  // The part being read: text for the body, or a file and its decoder, or neither when it is
-  // discarded.
+  // The part being read: text for the body, or a file, or neither when it is discarded.
   std::unique_ptr<TextPart> text_;
-  std::unique_ptr<PartFile> partFile_;
-  std::unique_ptr<ContentDecoder> decoder_;
+  std::unique_ptr<FilePart> file_;
 };
 
 }  // namespace quillon

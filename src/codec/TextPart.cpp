@@ -1,7 +1,10 @@
 #include "codec/TextPart.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
+#include "codec/UuLines.h"
 #include "codec/clsMIMEPart.h"
 
 namespace quillon {
@@ -10,6 +13,7 @@ namespace {
 
 constexpr const char* kDefaultName = "ATTACH.UUE";
 constexpr std::size_t kBlock = 48U << 10U;
+constexpr std::size_t kMostHeldBytes = 64U << 10U;
 
 bool IsBase64Line(std::string_view line) {
   return !line.empty() && std::all_of(line.begin(), line.end(), [](char c) {
@@ -24,67 +28,98 @@ bool IsBlankLine(std::string_view line) {
 }  // namespace
 
 TextPart::TextPart(FileSystem& files, const SplitSettings& settings, AttachmentList& list,
-                   BodyCollector& body, std::int16_t encoding)
+                   ByteSink& rest, std::int16_t encoding, UuSearch search, std::string firstName)
     : files_(files),
       settings_(settings),
       list_(list),
-      text_(encoding == mime_encoding::kUuencode ? mime_encoding::kNone : encoding, body),
-      mayHoldFiles_(encoding == mime_encoding::kNone || encoding == mime_encoding::kUuencode) {}
+      text_(encoding, rest),
+      search_(search),
+      firstName_(std::move(firstName)) {}
 
 void TextPart::Line(std::string_view line, bool endsLine) {
-  const bool whole = atLineStart_ && endsLine;
-  atLineStart_ = endsLine;
-  if (mayHoldFiles_ && whole && TakesLine(line)) return;
-  if (inFile_) CloseFile();
+  const bool whole = std::exchange(atLineStart_, endsLine) && endsLine;
   if (begin_) {
-    begin_.reset();
-    text_.Line(beginLine_, true);
+    if (whole && TakesLine(line)) return;
+    LeaveFile();
   }
-  text_.Line(line, endsLine);
+  if (whole && BeginsFile(line)) return;
+  TextLine(line, endsLine);
+}
+
+bool TextPart::BeginsFile(std::string_view line) {
+  if (search_ == UuSearch::Nowhere || !line.starts_with("begin") || list_.IsFull()) return false;
+  begin_ = ParseUuBegin(line);
+  if (begin_) beginLine_ = line;
+  return begin_.has_value();
 }
 
 bool TextPart::TakesLine(std::string_view line) {
-  if (inFile_) return TakesDataLine(line);
-  if (begin_ && LooksLikeData(line)) {
-    OpenFile();
-    return TakesDataLine(line);
+  if (begin_->base64) return TakesBase64Line(line);
+  if (IsUuEnd(line)) return TakesUuEnd();
+  if (dataEnded_) return false;
+  if (IsBlankLine(line)) {
+    dataEnded_ = true;
+    return Hold(line);
   }
-  if (!begin_ && line.starts_with("begin") && !list_.IsFull() && (begin_ = ParseUuBegin(line))) {
-    beginLine_ = line;
-    return true;
-  }
-  return false;
+  if (!LooksLikeUuData(line)) return false;
+  if (!IsWholeUuLine(line)) return Hold(line);
+  TakeHeld();
+  dataEnded_ = static_cast<std::uint8_t>(line[0]) == kUuEnd;
+  Decode(line);
+  return true;
 }
 
-bool TextPart::LooksLikeData(std::string_view line) const {
-  return begin_->base64 ? IsBase64Line(line) : LooksLikeUuData(line);
+// Behind nothing but short lines "end" is a word, unless the empty line of a file stands before it.
+bool TextPart::TakesUuEnd() {
+  if (!inFile_ && !dataEnded_) return false;
+  TakeHeld();
+  CloseFile();
+  return true;
 }
 
-bool TextPart::TakesDataLine(std::string_view line) {
-  if (begin_->base64) {
-    if (!IsBase64Line(line)) return false;
-    if (line == "====") {
-      CloseFile();
-      return true;
-    }
-    data_.append(line).append("\r\n");
-  } else if (IsUuEnd(line)) {
+bool TextPart::TakesBase64Line(std::string_view line) {
+  constexpr std::size_t kGroup = 4;
+  if (!IsBase64Line(line)) return false;
+  if (line.size() % kGroup != 0) return Hold(line);
+  TakeHeld();
+  if (line == "====") {
     CloseFile();
-    return true;
   } else {
-    if (dataEnded_ || !(IsBlankLine(line) || LooksLikeUuData(line))) return false;
-    dataEnded_ = IsBlankLine(line) || !DecodeUuLine(line, data_);
+    Decode(line);
+  }
+  return true;
+}
+
+// False when there are too many.
+bool TextPart::Hold(std::string_view line) {
+  heldBytes_ += line.size();
+  if (heldBytes_ > kMostHeldBytes) return false;
+  held_.emplace_back(line);
+  return true;
+}
+
+void TextPart::TakeHeld() {
+  if (!inFile_) OpenFile();
+  for (const auto& line : std::exchange(held_, {})) Decode(line);
+  heldBytes_ = 0;
+}
+
+void TextPart::Decode(std::string_view line) {
+  if (begin_->base64) {
+    data_.append(line).append("\r\n");
+  } else {
+    DecodeUuLine(line, data_);
   }
   if (data_.size() >= kBlock) FlushData();
-  return true;
 }
 
 void TextPart::OpenFile() {
   inFile_ = true;
-  dataEnded_ = false;
+  const bool first = !std::exchange(hasFiles_, true);
   if (settings_.suppressAttachments) return;
-  const auto& name = begin_->fileName;
-  file_ = std::make_unique<PartFile>(files_, settings_, name.empty() ? kDefaultName : name, list_);
+  auto name = first && !firstName_.empty() ? firstName_ : begin_->fileName;
+  if (name.empty()) name = kDefaultName;
+  file_ = std::make_unique<PartFile>(files_, settings_, name, list_);
 }
 
 void TextPart::FlushData() {
@@ -108,14 +143,31 @@ void TextPart::CloseFile() {
   file_.reset();
   begin_.reset();
   inFile_ = false;
+  dataEnded_ = false;
+}
+
+// The file breaks off, or never was one: what it does not take is text.
+void TextPart::LeaveFile() {
+  if (inFile_) {
+    CloseFile();
+  } else {
+    begin_.reset();
+    dataEnded_ = false;
+    TextLine(beginLine_, true);
+  }
+  for (const auto& line : std::exchange(held_, {})) TextLine(line, true);
+  heldBytes_ = 0;
+}
+
+void TextPart::TextLine(std::string_view line, bool endsLine) {
+  if (search_ == UuSearch::AtStart && !hasFiles_ && !IsBlankLine(line)) {
+    search_ = UuSearch::Nowhere;
+  }
+  text_.Line(line, endsLine);
 }
 
 void TextPart::Finish(ContentEnd end) {
-  if (inFile_) {
-    CloseFile();
-  } else if (begin_) {
-    text_.Line(beginLine_, true);
-  }
+  if (begin_) LeaveFile();
   text_.Finish(end);
 }
 

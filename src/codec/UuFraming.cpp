@@ -49,6 +49,12 @@ std::string NameForLine(std::string_view inputPath) {
   return name;
 }
 
+// How many characters follow a length character that stands for up to 63 bytes.
+size_t UuCharacters(char lengthCharacter) {
+  const size_t length = UuLineLength(static_cast<uint8_t>(lengthCharacter)) % 64;
+  return (length + 2) / 3 * 4;
+}
+
 // Reads digits and a word after them off the start of the text.
 bool TakeNumber(std::string_view& text, std::string_view word, uint64_t& number) {
   const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -65,7 +71,7 @@ std::optional<UuBegin> ParseUuBegin(std::string_view line) {
   const bool base64 = line.starts_with(kBeginBase64);
   if (!base64 && !line.starts_with(kBegin)) return std::nullopt;
   UuBegin begin = SplitBegin(line.substr(base64 ? kBeginBase64.size() : kBegin.size()));
-  if (!IsOctalMode(begin.mode) || begin.fileName.empty()) return std::nullopt;
+  if (!IsOctalMode(begin.mode)) return std::nullopt;
   begin.base64 = base64;
   return begin;
 }
@@ -121,10 +127,13 @@ std::optional<UuSection> ParseUuSection(std::string_view line) {
 
 bool LooksLikeUuData(std::string_view line) {
   if (line.empty() || line[0] <= ' ' || line[0] > '`') return false;
-  const size_t length = UuLineLength(static_cast<uint8_t>(line[0])) % 64;
   // Some encoders put a checksum character at the end of a line.
-  if (line.size() > 1 + (length + 2) / 3 * 4 + 1) return false;
+  if (line.size() > 1 + UuCharacters(line[0]) + 1) return false;
   return std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '`'; });
+}
+
+bool IsWholeUuLine(std::string_view line) {
+  return line.size() >= 1 + UuCharacters(line[0]);
 }
 
 }  // namespace quillon

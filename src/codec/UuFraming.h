@@ -18,7 +18,7 @@ struct UuBegin {
 };
 
 // Reads a line, given without its line end, as the start of encoded data: "begin ", a mode of three
-// or four octal digits, a name that may hold blanks.
+// or four octal digits, a name that may hold blanks or be missing.
 std::optional<UuBegin> ParseUuBegin(std::string_view line);
 
 // The same anywhere in a text. A line of that form is preferred; else what follows the first "begin
@@ -50,5 +50,8 @@ std::optional<UuSection> ParseUuSection(std::string_view line);
 // Whether a line can be one of the data: only such a line is taken from a part that has text of
 // other kinds around it.
 bool LooksLikeUuData(std::string_view line);
+
+// Whether such a line holds all the characters that its length asks for.
+bool IsWholeUuLine(std::string_view line);
 
 }  // namespace quillon

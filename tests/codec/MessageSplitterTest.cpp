@@ -10,6 +10,7 @@
 namespace quillon {
 namespace {
 
+using namespace std::string_view_literals;
 using testing::ContentOf;
 using testing::TempFolder;
 
@@ -228,7 +229,7 @@ TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
   const struct {
     const char* what;
     const char* message;
-    const char* expected;
+    std::string_view expected;
   } kCases[] = {
       {"between text", "\nbefore\nbegin 644 a b.txt\n#:&DA\n`\nend\nafter",
        "before\r\nafter\r\n[a b.txt|a b.txt] hi!"},
@@ -242,14 +243,53 @@ TEST_F(MessageSplitterTest, UuencodedFilesAreTakenOutOfText) {
       {"only words", "\nbegin 644 lines of text\nlike these",
        "begin 644 lines of text\r\nlike these\r\n"},
       {"a begin at the very end", "\nhi\nbegin 644 x", "hi\r\nbegin 644 x\r\n"},
-      {"encoded part",
-       "Content-Type: image/gif; name=p.gif\nContent-Transfer-Encoding: x-uuencode\n\nbegin 644 "
-       "q\n#:&DA\n`\nend\n",
-       "[p.gif|p.gif] hi!"},
+      {"a begin behind another", "\nbegin 644 x\nbegin 644 a.txt\n#:&DA\n`\nend\n",
+       "begin 644 x\r\n[a.txt|a.txt] hi!"},
+      {"no name", "\nbegin 644\n#:&DA\n`\nend\n", "[ATTACH.UUE|ATTACH.UUE] hi!"},
+      {"empty file", "\nbegin 644 a.txt\n\nend\n", "[a.txt|a.txt] "},
+      {"words in capitals", "\nbegin 644 words\nLIKE THESE\n\nMORE\n",
+       "begin 644 words\r\nLIKE THESE\r\n\r\nMORE\r\n"},
+      {"words in capitals behind data", "\nbegin 644 a.txt\n#:&DA\nBEST REGARDS\nAnn",
+       "BEST REGARDS\r\nAnn\r\n[a.txt|a.txt] hi!"},
+      {"zeros that a mail system took away", "\nbegin 644 a.txt\n&:&DA\n#:&DA\n#\n\nend\n",
+       "[a.txt|a.txt] hi!\0\0\0hi!\0\0\0"sv},
+      {"a word of base64 letters", "\nbegin-base64 644 words\nHello\nAnn Lee",
+       "begin-base64 644 words\r\nHello\r\nAnn Lee\r\n"},
   };
   for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
   settings_.suppressAttachments = true;
   EXPECT_EQ("before\r\nafter\r\n", Split(kCases[0].message));
+}
+
+TEST_F(MessageSplitterTest, UuencodedPartsAreDecodedAndLoseNothing) {
+  const std::string uu = "begin 644 q.gif\n#:&DA\n`\nend\n";
+  const std::string encoding = "Content-Transfer-Encoding: x-uuencode\n";
+  const std::string named = "Content-Type: image/gif; name=p.gif\n";
+  const std::string unnamed = "Content-Type: image/gif\n";
+  const struct {
+    const char* what;
+    std::string message;
+    const char* expected;
+  } kCases[] = {
+      {"declared", named + encoding + "\n" + uu, "[p.gif|p.gif] hi!"},
+      {"without a name", unnamed + encoding + "\n" + uu, "[q.gif|q.gif] hi!"},
+      {"without any name", unnamed + encoding + "\nbegin 644\n#:&DA\n`\nend\n",
+       "[ATTACH.UUE|ATTACH.UUE] hi!"},
+      {"two files", named + encoding + "\n" + uu + "\nbegin 600 r.txt\n#:&DA\n`\nend\n",
+       "[p.gif|p.gif] hi![r.txt|r.txt] hi!"},
+      {"text around the data", named + encoding + "\none\n" + uu + "two\n",
+       "[p.gif|p.gif] hi![NONAME.TXT|NONAME.TXT] one\r\ntwo\r\n"},
+      {"no data", named + encoding + "\nonly\nwords\n", "[p.gif|p.gif] only\r\nwords\r\n"},
+      {"nothing", named + encoding + "\n", "[p.gif|p.gif] "},
+      {"not declared", named + "\n\n" + uu, "[p.gif|p.gif] hi!"},
+      {"not declared, a text file", "Content-Disposition: attachment\n\n" + uu,
+       "[q.gif|q.gif] hi!"},
+      {"not declared, words first", named + "\none\n" + uu,
+       "[p.gif|p.gif] one\r\nbegin 644 q.gif\r\n#:&DA\r\n`\r\nend\r\n"},
+      {"a message in the message", "Content-Type: message/rfc822\n\n" + uu,
+       "[NONAME.EML|NONAME.EML] begin 644 q.gif\r\n#:&DA\r\n`\r\nend\r\n"},
+  };
+  for (const auto& test : kCases) EXPECT_EQ(test.expected, Split(test.message)) << test.what;
 }
 
 TEST_F(MessageSplitterTest, WhatIsSuppressedIsNotWritten) {
