@@ -32,6 +32,8 @@ struct HeaderRecord {
   std::string mailer;
   ShortBool receiptRequested = kFalse;
   std::int16_t priority = 3;  // 1 (highest) to 5
+  // By which the back end knows the message again where it has no unique identifier; 0: not at all.
+  std::uint64_t identity = 0;
 };
 
 // The members that come from the mail.

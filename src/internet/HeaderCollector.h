@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -24,13 +25,14 @@ struct HeaderOptions {
 
 class HeaderCollector final : public HeaderSink {
  public:
-  explicit HeaderCollector(HeaderOptions options) : options_(std::move(options)) {}
+  // `begins` is called once, before the first record.
+  explicit HeaderCollector(HeaderOptions options, std::function<void()> begins = {})
+      : options_(std::move(options)), begins_(std::move(begins)) {}
 
-  HeaderTable& Table() {
-    ReadLines();
-    return table_;
-  }
+  // The records that are whole.
+  HeaderTable& Table();
 
+  void OnBegin() override;
   void OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) override;
   bool OnHeaderEnd(std::uint32_t number) override;
   void OnNextRequested() override;
@@ -39,13 +41,15 @@ class HeaderCollector final : public HeaderSink {
  private:
   HeaderRecord& RecordOf(std::uint32_t number);
   void ReadLines();
-  void RequireRoom() const;
+  void RequireRoom();
 
   HeaderOptions options_;
+  std::function<void()> begins_;
   HeaderTable table_;
   HeaderLineReader reader_;
   std::unordered_map<std::uint32_t, std::size_t> indexes_;  // of the records, by message number
   std::uint32_t current_ = 0;                               // message number of the last record
+  bool whole_ = true;                                       // so is that one
   std::size_t headerBytes_ = 0;                             // of the current header
   std::size_t memory_ = 0;                                  // that the table holds
   std::string lines_;  // of the current one, each with a LF, to be read yet

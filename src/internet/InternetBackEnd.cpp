@@ -1,5 +1,7 @@
 #include "internet/InternetBackEnd.h"
 
+#include <exception>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -32,6 +34,43 @@ void RequireSmtp(const MailRequest& request) {
 }
 
 }  // namespace
+
+// Gives the client's table the headers that come. They take the place of the old ones when the
+// server begins to list them, and stay, as far as they have come, however the loading ends.
+class InternetBackEnd::HeaderUpdate {
+ public:
+  HeaderUpdate(SharedState& shared, const CodePage& codePage, HeaderOptions options,
+               std::function<HeaderOrigin()> origin)
+      : shared_(shared),
+        codePage_(codePage),
+        origin_(std::move(origin)),
+        collector_(std::move(options), [this] { Begin(); }) {}
+  ~HeaderUpdate() {
+    if (!begun_) return;
+    try {
+      shared_.headers = TextTable(std::move(collector_.Table()), codePage_);
+    } catch (const std::exception&) {
+      shared_.headers = {};
+    }
+  }
+  HeaderUpdate(const HeaderUpdate&) = delete;
+  HeaderUpdate& operator=(const HeaderUpdate&) = delete;
+
+  HeaderCollector& Collector() noexcept { return collector_; }
+
+ private:
+  void Begin() {
+    shared_.headers = {};  // its memory serves the new one
+    shared_.headerOrigin = origin_();
+    begun_ = true;
+  }
+
+  SharedState& shared_;
+  const CodePage& codePage_;
+  std::function<HeaderOrigin()> origin_;
+  HeaderCollector collector_;
+  bool begun_ = false;
+};
 
 InternetBackEnd::InternetBackEnd(const InternetPorts& ports, InternetProduct product)
     : ports_(ports),
@@ -122,7 +161,6 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
   const auto& switches = request.shared.switches;
   message.refusedRecipients.clear();
   login_.PrepareSmtp(request);
-  auto host = login_.SmtpHost(request);
   const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
                                    switches.blockSize};
   auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
@@ -133,7 +171,8 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
       message.refusedRecipients.push_back(Text(recipient));
     }
   };
-  return runner_.Perform(call, std::move(order), Sent(std::move(sending), std::move(host)));
+  return runner_.Perform(call, std::move(order),
+                         Sent(std::move(sending), request.instance.smtpServer));
 }
 
 Task<SessionResult> InternetBackEnd::Sent(Task<SessionResult> sending, std::string host) {
@@ -162,24 +201,22 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
   const auto& instance = request.instance;
-  auto collector = std::make_unique<HeaderCollector>(
-      HeaderOptions{static_cast<std::size_t>(instance.maximumHeaders),
-                    instance.unreadOnly != kFalse, Bytes(instance.dateFormat)});
-  auto loading = Engine().LoadMessageHeaders(Pop(request), wanted, *collector);
-  request.shared.headers = {};  // its memory serves the new one
+  HeaderOptions options{static_cast<std::size_t>(instance.maximumHeaders),
+                        instance.unreadOnly != kFalse, Bytes(instance.dateFormat)};
+  auto settings = Pop(request);
+  auto update = std::make_unique<HeaderUpdate>(
+      request.shared, ports_.codePage, std::move(options), [this, mailbox = MailboxOf(settings)] {
+        return HeaderOrigin{mailbox, Engine().POPSession()};
+      });
+  auto loading = Engine().LoadMessageHeaders(std::move(settings), wanted, update->Collector());
   return runner_.Perform(
       call, NewOrder(request, member, operation, "Failed to load the message headers."),
-      HeadersLoaded(std::move(loading), std::move(collector), request.shared.headers));
+      HeadersLoaded(std::move(loading), std::move(update)));
 }
 
 Task<SessionResult> InternetBackEnd::HeadersLoaded(Task<SessionResult> loading,
-                                                   std::unique_ptr<HeaderCollector> collector,
-                                                   HeaderTable& headers) {
-  auto result = co_await loading;
-  if (result.number == internet_error::kSuccess) {
-    headers = TextTable(std::move(collector->Table()), ports_.codePage);
-  }
-  co_return result;
+                                                   std::unique_ptr<HeaderUpdate>) {
+  co_return co_await loading;
 }
 
 MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
@@ -203,7 +240,9 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   auto collector = std::make_unique<MessageCollector>(ports_.files, ports_.codePage,
                                                       SplitSettingsOf(request, ports_.files),
                                                       Bytes(request.instance.dateFormat));
-  auto loading = Engine().LoadMessage(Pop(request), CurrentNumber(request), *collector);
+  auto settings = Pop(request);
+  auto key = CurrentMessage(request, settings, ports_.codePage);
+  auto loading = Engine().LoadMessage(std::move(settings), std::move(key), *collector);
   return runner_.Perform(call,
                          NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
                                   "Failed to load the message."),
@@ -224,7 +263,9 @@ MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
-  auto deleting = Engine().DeleteMessage(Pop(request), CurrentNumber(request));
+  auto settings = Pop(request);
+  auto key = CurrentMessage(request, settings, ports_.codePage);
+  auto deleting = Engine().DeleteMessage(std::move(settings), std::move(key));
   return runner_.Perform(call,
                          NewOrder(request, "DeleteMessage", asynch_operation::kDeleteMessage,
                                   "Failed to delete the message."),
@@ -239,7 +280,6 @@ MailResult InternetBackEnd::MoveCopyMessage(MailRequest& request, const std::str
 
 MailResult InternetBackEnd::ResolveName(MailRequest& request, const std::string& name,
                                         bool withAddress, std::string& resolved) {
-  RequireSmtp(request);
   EngineRunner::Call call(runner_);
   login_.PrepareSmtp(request);
   auto resolving = Engine().ResolveAddress(Smtp(request), Bytes(name));

@@ -5,9 +5,9 @@
 //
 // Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
 // dialog), 521 (an attachment or alternative that is gone), 529 (CR, LF or NUL in an address, a
-// name or a password), 530 (what Internet mail cannot do), 533 (no such header), 534 and 535
-// (packing or encoding the files of a message failed), 540 (a call from inside another operation's
-// wait), 544 (login data still missing).
+// name or a password), 530 (what Internet mail cannot do), 532 (the header of another mailbox), 533
+// (no such header), 534 and 535 (packing or encoding the files of a message failed), 540 (a call
+// from inside another operation's wait), 544 (login data still missing).
 #pragma once
 
 #include <cstdint>
@@ -73,6 +73,7 @@ class InternetBackEnd final : public BackEnd {
   std::string ErrorText(MailSystemId system, std::int32_t number) const;
 
  private:
+  class HeaderUpdate;
   using Logins = std::vector<Task<SessionResult>>;
 
   WorkOrder NewOrder(const MailRequest& request, const char* member, std::int32_t operation,
@@ -84,9 +85,8 @@ class InternetBackEnd final : public BackEnd {
   // by then, and its Server may be gone.
   static Task<SessionResult> LoginAll(Logins logins);
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
-  Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
-                                    std::unique_ptr<HeaderCollector> collector,
-                                    HeaderTable& headers);
+  static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
+                                           std::unique_ptr<HeaderUpdate> update);
   Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
                                     std::unique_ptr<MessageCollector> collector,
                                     SharedState& shared);
@@ -96,7 +96,7 @@ class InternetBackEnd final : public BackEnd {
     return PopSettingsOf(request, ports_.codePage);
   }
   SmtpSettings Smtp(const MailRequest& request) const {
-    return SmtpSettingsOf(request, login_.SmtpHost(request), ports_.codePage);
+    return SmtpSettingsOf(request, ports_.codePage);
   }
   // Bytes of the wire as text, and text as bytes.
   std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }

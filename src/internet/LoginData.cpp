@@ -12,19 +12,10 @@ constexpr const char* kConfigurationKey = "SMTPServer";
 
 }  // namespace
 
-std::string LoginData::SmtpHost(const MailRequest& request) const {
-  if (!request.instance.smtpServer.empty()) return request.instance.smtpServer;
-  return configuration_.ReadString(kConfigurationSection, kConfigurationKey);
-}
-
-// Looks into the file only when the server has changed: a look takes longer than some messages do.
+// The user may have changed the file meanwhile.
 void LoginData::RememberServer(const std::string& host) {
-  if (host == rememberedServer_) return;
-  auto& configuration = configuration_;
-  if (configuration.ReadString(kConfigurationSection, kConfigurationKey) != host) {
-    configuration.WriteString(kConfigurationSection, kConfigurationKey, host);
-  }
-  rememberedServer_ = host;
+  if (configuration_.ReadString(kConfigurationSection, kConfigurationKey) == host) return;
+  configuration_.WriteString(kConfigurationSection, kConfigurationKey, host);
 }
 
 bool LoginData::AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields) {
@@ -50,12 +41,16 @@ void LoginData::PreparePop(MailRequest& request) {
 }
 
 void LoginData::PrepareSmtp(MailRequest& request) {
+  auto& host = request.instance.smtpServer;
   auto& from = request.shared.message.from;
-  const auto complete = [&] { return !SmtpHost(request).empty() && !from.empty(); };
+  const auto complete = [&] { return !host.empty() && !from.empty(); };
   if (complete()) return;
-  LoginFields fields{SmtpHost(request), from, {}};
+  LoginFields fields{host, from, {}};
+  if (host.empty()) {
+    fields.server = configuration_.ReadString(kConfigurationSection, kConfigurationKey);
+  }
   if (AskForLogin(request, "SMTP Login", fields)) {
-    request.instance.smtpServer = fields.server;
+    host = fields.server;
     from = fields.name;
   }
   if (!complete()) throw ServerError(error_code::kLoginData);

@@ -18,11 +18,11 @@ class LoginData {
       : prompt_(prompt), configuration_(configuration) {}
 
   // Thrown: ServerError 522 when the user cancels, 544 when something is still missing. What he
-  // enters goes into the records.
+  // enters goes into the records. The SMTP server that was used last is offered to him, and never
+  // taken without him.
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
 
-  std::string SmtpHost(const MailRequest& request) const;
   void RememberServer(const std::string& host);
 
  private:
@@ -30,7 +30,6 @@ class LoginData {
 
   LoginPrompt& prompt_;
   clsINIUtilities& configuration_;
-  std::string rememberedServer_;  // in the configuration file
 };
 
 }  // namespace quillon

@@ -58,7 +58,7 @@ MailSession::MailSession(const SessionPorts& ports, std::string_view name)
 Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dialogue) {
   using Connection = SessionFailure::Connection;
   TakeNote();
-  if (!loggedIn_ || !settings.SameServer(settings_)) TakeLeave();
+  if (!loggedIn_ || !IsWith(settings)) TakeLeave();
   settings_ = std::move(settings);
   writer_.SetTimeout(settings_.timeoutSend);
   Closing closing(*this);
@@ -92,6 +92,7 @@ Task<> MailSession::OnSession(const Dialogue& dialogue) {
       if (answered_) throw;
     }
   }
+  BeforeConnecting();
   co_await Connect();
   co_await LogIn();
   co_await dialogue();

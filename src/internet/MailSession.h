@@ -143,12 +143,15 @@ class MailSession : private LineSocket::Handler {
     ports_.listener.OnProgress(done, total, message);
   }
 
+  bool IsWith(const SessionSettings& settings) const { return settings.SameServer(settings_); }
   const LineSocket& Socket() const noexcept { return socket_; }
   const SessionPorts& Ports() const noexcept { return ports_; }
 
  private:
   class Closing;
 
+  // A session is about to begin. Throws what is to be told first of the one before.
+  virtual void BeforeConnecting() {}
   // From the greeting to LoggedIn.
   virtual Task<> LogIn() = 0;
 

@@ -4,7 +4,9 @@
 #include <limits>
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "core/Text.h"
+#include "internet/HeaderCollector.h"
 
 namespace quillon {
 
@@ -29,30 +31,42 @@ Task<SessionResult> PopSession::Headers(PopSettings settings, HeaderRequest requ
   co_return co_await OnAccount(std::move(settings), [&] { return ReadHeaders(request, sink); });
 }
 
-Task<SessionResult> PopSession::Message(PopSettings settings, std::uint32_t number,
-                                        MessageSink& sink) {
-  co_return co_await OnAccount(std::move(settings), [&] { return ReadMessage(number, sink); });
+Task<SessionResult> PopSession::Message(PopSettings settings, MessageKey key, MessageSink& sink) {
+  co_return co_await OnAccount(std::move(settings), [&] { return ReadMessage(key, sink); });
 }
 
-Task<SessionResult> PopSession::Delete(PopSettings settings, std::uint32_t number) {
-  co_return co_await OnAccount(std::move(settings), [&] { return MarkDeleted(number); });
+Task<SessionResult> PopSession::Delete(PopSettings settings, MessageKey key) {
+  co_return co_await OnAccount(std::move(settings), [&] { return MarkDeleted(key); });
 }
 
 Task<SessionResult> PopSession::Logout() {
-  co_return co_await Part([this] { return Quit(); });
+  lastError_.clear();
+  auto result = co_await Part([this] { return Quit(); });
+  const bool lost = !std::exchange(deleted_, {}).empty();
+  if (lost && result.number == internet_error::kSuccess)
+    result.number = internet_error::kQuitFailed;
+  co_return result;
 }
 
 Task<SessionResult> PopSession::OnAccount(PopSettings settings, Dialogue dialogue) {
   lastError_.clear();
-  if (settings.loginName != loginName_ || settings.password != password_) TakeLeave();
+  const bool isOther = settings.loginName != loginName_ || settings.password != password_;
+  if (!deleted_.empty() && (isOther || !IsWith(settings))) {
+    auto left = co_await Logout();
+    if (left.number != internet_error::kSuccess) co_return left;
+  }
+  if (isOther) TakeLeave();
   loginName_ = settings.loginName;
   password_ = settings.password;
   co_return co_await Converse(std::move(settings), std::move(dialogue));
 }
 
+void PopSession::BeforeConnecting() {
+  if (!std::exchange(deleted_, {}).empty()) throw SessionFailure{internet_error::kQuitFailed};
+}
+
 // RFC 1939, 4 and 7.
 Task<> PopSession::LogIn() {
-  deleted_.clear();
   auto reply = co_await Reply();
   if (!reply.positive) {
     Log("The server port is not a POP server.  Here is the server response:", reply.words);
@@ -64,6 +78,7 @@ Task<> PopSession::LogIn() {
     reply = co_await Reply();
     if (reply.positive) {
       Status("Connected to server...");
+      ++session_;
       co_return LoggedIn();
     }
     Status("Failed to Logon to POP server.");
@@ -84,18 +99,12 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
   std::uint32_t number = request.number;
   std::uint64_t last = request.number;
   if (request.kind == HeaderRequest::Kind::All) {
-    const auto reply = co_await Command("STAT");
-    if (!reply.positive) Refused(internet_error::kStatisticsFailed, reply, Connection::Stays);
-    std::string_view words = reply.words;
-    const auto count = TakeNumber(words);
-    if (!count) Refused(internet_error::kInvalidPopReply, reply, Connection::TakesLeave);
-    if (*count == 0) {
+    last = co_await Statistics();
+    sink.OnBegin();
+    if (last == deleted_.size()) {
       Status("Mailbox is empty.");
       co_return;
     }
-    // What was deleted in this session is no longer counted, and keeps its number.
-    last = std::min<std::uint64_t>(*count + deleted_.size(),
-                                   std::numeric_limits<std::uint32_t>::max() - 1);
     number = 1;
   }
   bool goesOn = true;
@@ -108,6 +117,17 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
   Status("Headers loaded successfully.");
 }
 
+// What was deleted in this session is no longer counted by the server, and keeps its number.
+Task<std::uint32_t> PopSession::Statistics() {
+  const auto reply = co_await Command("STAT");
+  if (!reply.positive) Refused(internet_error::kStatisticsFailed, reply, Connection::Stays);
+  std::string_view words = reply.words;
+  const auto count = TakeNumber(words);
+  if (!count) Refused(internet_error::kInvalidPopReply, reply, Connection::TakesLeave);
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max() - 1;
+  co_return static_cast<std::uint32_t>(std::min(*count + deleted_.size(), kMost));
+}
+
 std::uint32_t PopSession::AfterDeleted(std::uint32_t number) const {
   while (deleted_.contains(number)) ++number;
   return number;
@@ -118,6 +138,7 @@ Task<> PopSession::ReadHeader(std::uint32_t number, HeaderSink& sink) {
   sink.OnNextRequested();
   const auto reply = co_await Reply();
   if (!reply.positive) Refused(internet_error::kTopFailed, reply, Connection::Stays);
+  sink.OnBegin();
   bool inHeader = true;
   co_await ReadList([&](const Heard& line) {
     if (line.starts && line.text.empty()) inHeader = false;
@@ -129,6 +150,7 @@ Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
   Status("Loading message identifiers...");
   const auto reply = co_await Command("UIDL");
   if (!reply.positive) Refused(internet_error::kIdentifiersFailed, reply, Connection::Stays);
+  sink.OnBegin();
   co_await ReadList([&](const Heard& line) {
     if (!line.starts) return;
     auto identifier = line.text;
@@ -151,7 +173,8 @@ Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
   }
 }
 
-Task<> PopSession::ReadMessage(std::uint32_t number, MessageSink& sink) {
+Task<> PopSession::ReadMessage(MessageKey key, MessageSink& sink) {
+  const auto number = co_await NumberOf(std::move(key));
   Status("Loading message...");
   const auto reply = co_await Command("RETR " + std::to_string(number));
   if (!reply.positive) Refused(internet_error::kRetrieveFailed, reply, Connection::Stays);
@@ -183,7 +206,8 @@ Task<> PopSession::ReadMessage(std::uint32_t number, MessageSink& sink) {
   Status("Message loaded successfully.");
 }
 
-Task<> PopSession::MarkDeleted(std::uint32_t number) {
+Task<> PopSession::MarkDeleted(MessageKey key) {
+  const auto number = co_await NumberOf(std::move(key));
   Status("Deleting message...");
   const auto reply = co_await Command("DELE " + std::to_string(number));
   if (!reply.positive) Refused(internet_error::kDeleteFailed, reply, Connection::Stays);
@@ -191,11 +215,68 @@ Task<> PopSession::MarkDeleted(std::uint32_t number) {
   Status("Message deleted successfully.");
 }
 
-// The deletions become final with the server's yes, and only then (RFC 1939, 6).
+// Another session may have other numbers: what was before it may be gone.
+Task<std::uint32_t> PopSession::NumberOf(MessageKey key) {
+  if (key.session == session_) co_return key.number;
+  std::uint32_t number = 0;
+  if (!key.uniqueId.empty()) number = co_await NumberByIdentifier(key.number, key.uniqueId);
+  if (number == 0 && key.identity != 0) {
+    number = co_await NumberByHeader(key.number, key.identity);
+  }
+  if (number == 0) throw SessionFailure{error_code::kNoHeaders, Connection::Stays};
+  co_return number;
+}
+
+Task<std::uint32_t> PopSession::NumberByIdentifier(std::uint32_t likely, std::string uniqueId) {
+  const auto one = co_await Command("UIDL " + std::to_string(likely));
+  if (one.positive) {
+    std::string_view identifier = one.words;
+    if (TakeNumber(identifier) == likely && identifier == uniqueId) co_return likely;
+  }
+  const auto all = co_await Command("UIDL");
+  if (!all.positive) co_return 0;
+  std::uint32_t found = 0;
+  co_await ReadList([&](const Heard& line) {
+    auto identifier = line.text;
+    const auto number = TakeNumber(identifier).value_or(0);
+    const bool isNumber = number <= std::numeric_limits<std::uint32_t>::max();
+    if (isNumber && identifier == uniqueId) found = static_cast<std::uint32_t>(number);
+  });
+  co_return found;
+}
+
+// What was deleted elsewhere has moved the message to the front, if anywhere.
+Task<std::uint32_t> PopSession::NumberByHeader(std::uint32_t likely, std::uint64_t identity) {
+  if (co_await HasHeader(likely, identity)) co_return likely;
+  const auto last = co_await Statistics();
+  for (auto number = std::min(likely - 1, last); number > 0; --number) {
+    if (co_await HasHeader(number, identity)) co_return number;
+  }
+  for (auto number = likely + 1; number <= last; ++number) {
+    if (co_await HasHeader(number, identity)) co_return number;
+  }
+  co_return 0;
+}
+
+Task<bool> PopSession::HasHeader(std::uint32_t number, std::uint64_t identity) {
+  if (deleted_.contains(number)) co_return false;
+  HeaderCollector header({1, false, "NATIVE"});
+  try {
+    co_await ReadHeader(number, header);
+  } catch (const SessionFailure& failure) {
+    if (failure.number != internet_error::kTopFailed) throw;
+    lastError_.clear();
+    co_return false;
+  }
+  header.OnHeaderEnd(number);
+  co_return header.Table().front().identity == identity;
+}
+
 Task<> PopSession::Quit() {
   try {
     const auto reply = co_await Command("QUIT");
     if (!reply.positive) Refused(internet_error::kQuitFailed, reply, Connection::IsClosed);
+    deleted_.clear();
   } catch (const ConnectionLost&) {
     if (!deleted_.empty()) throw SessionFailure{internet_error::kQuitFailed};
   }

@@ -2,8 +2,14 @@
 //
 // Results beside those of MailSession: the numbers of the POP error table. A refused command leaves
 // the session as it is; the server's own words are kept as LastErrorDescription. A connection that
-// is lost is 29, a reply that makes no sense 4 or 6, more data than can be taken 30. Deletions
-// become final when the session ends with QUIT, and only then.
+// is lost is 29, a reply that makes no sense 4 or 6, more data than can be taken 30.
+//
+// Deletions become final when the session ends with QUIT, and only then (RFC 1939, 6). When it has
+// ended otherwise, the next operation fails with 20, once; so does one that would leave the account
+// when the server refuses to.
+//
+// Numbers of messages hold for one session. In a later one a message is looked for by what is known
+// of it, and what is not there any more is 532.
 #pragma once
 
 #include <cstdint>
@@ -23,12 +29,22 @@ struct PopSettings : SessionSettings {
   std::string password;
 };
 
+// What is known of a message that a session has listed.
+struct MessageKey {
+  std::uint32_t number = 0;    // in that session
+  std::uint64_t session = 0;   // which one
+  std::string uniqueId;        // as UIDL has told, if it has been asked
+  std::uint64_t identity = 0;  // HeaderRecord::identity
+};
+
 // Takes headers and identifiers as they arrive. Lines have no line end, and their dots are
 // unstuffed; a very long one comes in pieces, of which the last is complete. What cannot take more
 // throws SessionFailure.
 class HeaderSink {
  public:
   virtual ~HeaderSink() = default;
+  // The server is about to list what it has. May come more than once.
+  virtual void OnBegin() = 0;
   virtual void OnHeaderLine(std::uint32_t number, std::string_view text, bool complete) = 0;
   // The header of this message is whole. False: enough.
   virtual bool OnHeaderEnd(std::uint32_t number) = 0;
@@ -67,26 +83,37 @@ class PopSession final : private MailSession {
   Task<SessionResult> Login(PopSettings settings);
   // Sinks must live as long as the operation.
   Task<SessionResult> Headers(PopSettings settings, HeaderRequest request, HeaderSink& sink);
-  Task<SessionResult> Message(PopSettings settings, std::uint32_t number, MessageSink& sink);
-  Task<SessionResult> Delete(PopSettings settings, std::uint32_t number);
+  Task<SessionResult> Message(PopSettings settings, MessageKey key, MessageSink& sink);
+  Task<SessionResult> Delete(PopSettings settings, MessageKey key);
   Task<SessionResult> Logout();
+
+  // Counts the sessions: the one that is there, or the last one.
+  std::uint64_t Number() const noexcept { return session_; }
 
   // The server's words in the last refusal of the last operation.
   const std::string& LastErrorDescription() const noexcept { return lastError_; }
 
  private:
+  void BeforeConnecting() override;
   Task<> LogIn() override;
   Task<> ReadHeaders(HeaderRequest request, HeaderSink& sink);
-  Task<> ReadAllHeaders(HeaderSink& sink);
   Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
   // Each line of a header or a list, which may only be so large.
   Task<> ReadList(std::function<void(const Heard&)> take);
-  Task<> ReadMessage(std::uint32_t number, MessageSink& sink);
-  Task<> MarkDeleted(std::uint32_t number);
+  Task<> ReadMessage(MessageKey key, MessageSink& sink);
+  Task<> MarkDeleted(MessageKey key);
   Task<> Quit();
 
   Task<SessionResult> OnAccount(PopSettings settings, Dialogue dialogue);
+  // The number of a message in this session.
+  Task<std::uint32_t> NumberOf(MessageKey key);
+  // 0 when there is no such message, or the server does not tell.
+  Task<std::uint32_t> NumberByIdentifier(std::uint32_t likely, std::string uniqueId);
+  Task<std::uint32_t> NumberByHeader(std::uint32_t likely, std::uint64_t identity);
+  Task<bool> HasHeader(std::uint32_t number, std::uint64_t identity);
+  // How many messages there are, with those that were deleted in this session.
+  Task<std::uint32_t> Statistics();
   Task<PopReply> Command(std::string line);
   Task<PopReply> Reply();
   // Takes from a line of data what the protocol has added to it; false at its end.
@@ -99,7 +126,8 @@ class PopSession final : private MailSession {
   std::string loginName_;
   std::string password_;
   std::string lastError_;
-  std::set<std::uint32_t> deleted_;  // in this session
+  std::set<std::uint32_t> deleted_;  // in this session, and not final yet
+  std::uint64_t session_ = 0;
 };
 
 }  // namespace quillon

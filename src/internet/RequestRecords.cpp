@@ -9,6 +9,7 @@
 #include "core/ErrorCode.h"
 #include "core/RecipientText.h"
 #include "core/ServerError.h"
+#include "core/Text.h"
 #include "internet/Address.h"
 #include "internet/PopReply.h"
 
@@ -27,11 +28,10 @@ SessionSettings TimesOf(const MailRequest& request) {
 
 }  // namespace
 
-SmtpSettings SmtpSettingsOf(const MailRequest& request, const std::string& host,
-                            const CodePage& codePage) {
+SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage) {
   SmtpSettings settings;
   static_cast<SessionSettings&>(settings) = TimesOf(request);
-  settings.host = codePage.ToBytes(host);
+  settings.host = codePage.ToBytes(request.instance.smtpServer);
   settings.port = request.shared.internet.smtpPort;
   settings.sender = BareAddress(codePage.ToBytes(request.shared.message.from));
   settings.greetWithHelo = request.shared.switches.greetWithHelo;
@@ -99,16 +99,25 @@ SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
   return settings;
 }
 
-std::uint32_t CurrentNumber(const MailRequest& request) {
+std::string MailboxOf(const PopSettings& settings) {
+  return settings.loginName + "@" + UpperAscii(settings.host) + ":" + std::to_string(settings.port);
+}
+
+MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
+                          const CodePage& codePage) {
   const auto index = request.instance.messageIndex;
   const auto& headers = request.shared.headers;
   if (index < 0 || static_cast<std::size_t>(index) >= headers.size())
     throw ServerError(error_code::kBadMessageIndex);
-  std::string_view text = headers[static_cast<std::size_t>(index)].number;
+  const auto& record = headers[static_cast<std::size_t>(index)];
+  const auto& origin = request.shared.headerOrigin;
+  if (origin.mailbox != MailboxOf(settings)) throw ServerError(error_code::kNoHeaders);
+  std::string_view text = record.number;
   const auto number = TakeNumber(text);
   if (!number || *number > std::numeric_limits<std::uint32_t>::max())
     throw ServerError(error_code::kBadMessageIndex);
-  return static_cast<std::uint32_t>(*number);
+  return {static_cast<std::uint32_t>(*number), origin.session, codePage.ToBytes(record.uniqueId),
+          record.identity};
 }
 
 void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage) {
@@ -117,6 +126,8 @@ void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePa
   message.to = SplitRecipients(codePage.ToText(fields.to), ",", "<>");
   message.cc = SplitRecipients(codePage.ToText(fields.cc), ",", "<>");
   message.bcc.clear();
+  message.alternatives.clear();
+  message.xHeaders.clear();
   message.attachments = std::move(collector.Message().attachments);
   message.from = codePage.ToText(fields.originator);
   message.subject = codePage.ToText(fields.subject);

@@ -22,8 +22,7 @@ struct InternetProduct {
   std::string specialBuild;  // "X-SpecialBuild: ", when not empty
 };
 
-SmtpSettings SmtpSettingsOf(const MailRequest& request, const std::string& host,
-                            const CodePage& codePage);
+SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage);
 PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage);
 OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
                           const CodePage& codePage);
@@ -32,8 +31,13 @@ OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& pro
 // go.
 SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files);
 
-// The number in its mailbox of the message at messageIndex; ServerError 533 when there is none.
-std::uint32_t CurrentNumber(const MailRequest& request);
+// The mailbox that the login data leads to.
+std::string MailboxOf(const PopSettings& settings);
+
+// What is known of the message at messageIndex; ServerError 533 when there is none, 532 when it is
+// in another mailbox.
+MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
+                          const CodePage& codePage);
 
 // Makes a received message the current one.
 void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage);

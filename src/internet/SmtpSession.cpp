@@ -64,10 +64,6 @@ Task<SessionResult> SmtpSession::Resolve(SmtpSettings settings, std::string name
   co_return co_await Converse(std::move(settings), [&] { return Verify(name); });
 }
 
-Task<SessionResult> SmtpSession::Logout() {
-  co_return co_await Part([this] { return Quit(); });
-}
-
 Task<> SmtpSession::LogIn() {
   auto reply = co_await Reply();
   if (reply.Code() != 220) Unexpected(reply);
@@ -131,11 +127,16 @@ Task<> SmtpSession::Mail() {
   const auto mail = "MAIL FROM: <" + sender_ + ">";
   auto reply = co_await Command(mail);
   if (IsRefusal(reply)) {
-    // The server may want a greeting first; once.
-    reply = co_await Hello();
-    if (reply.Code() == 220) co_await GreetedAgain();
-    if (!reply.IsPositive()) Unexpected(reply);
-    reply = co_await Command(mail);
+    // The server may want a greeting first; once. One that closes instead has said why.
+    const auto refusal = reply.Code();
+    try {
+      reply = co_await Hello();
+      if (reply.Code() == 220) co_await GreetedAgain();
+      if (!reply.IsPositive()) Unexpected(reply);
+      reply = co_await Command(mail);
+    } catch (const ConnectionLost&) {
+      throw SessionFailure{refusal};
+    }
   }
   if (!reply.IsPositive()) Unexpected(reply);
 }
@@ -155,12 +156,14 @@ Task<> SmtpSession::Recipient(const std::string& address, bool isOnlyOne) {
       Leave(internet_error::kNotLocal);
     }
     if (reply.Code() != 551) Unexpected(reply);
-    // The recipient is elsewhere, and the reply says where (RFC 5321, 3.4).
-    path = ForwardPath(reply.Text());
-    if (path.empty() || !IsWireSafe(path)) {
-      Invalid("Error code 551 without an address:\n\n", reply.Text());
+    // The recipient is elsewhere, and the reply says where (RFC 5321, 3.4), or should.
+    const auto refusedPath = std::exchange(path, ForwardPath(reply.Text()));
+    const bool leadsOn = !path.empty() && path != refusedPath && IsWireSafe(path);
+    if (!leadsOn || forwards == kMostForwards) {
+      refused_.push_back(address);
+      if (isOnlyOne) Leave(551);
+      co_return;
     }
-    if (forwards == kMostForwards) Leave(551);
   }
 }
 
@@ -225,16 +228,6 @@ Task<> SmtpSession::Verify(const std::string& name) {
     resolved_ = reply.Text();
   } else if (reply.Code() < 400 && reply.Code() != 252) {
     Unexpected(reply);
-  }
-}
-
-// Whatever the answer is, and whether there is one: nothing is lost any more.
-Task<> SmtpSession::Quit() {
-  try {
-    Say("QUIT");
-    co_await Reply();
-  } catch (const ConnectionLost&) {
-    co_return;
   }
 }
 

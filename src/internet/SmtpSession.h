@@ -38,7 +38,8 @@ class SmtpSession final : private MailSession {
   // the operation.
   Task<SessionResult> Send(SmtpSettings settings, Envelope envelope, MessageData& message);
   Task<SessionResult> Resolve(SmtpSettings settings, std::string name);
-  Task<SessionResult> Logout();
+  // Says QUIT and closes; nothing that the server might answer to that matters any more.
+  using MailSession::TakeLeave;
 
   // Of the last message: what the server would not take.
   const std::vector<std::string>& RefusedRecipients() const noexcept { return refused_; }
@@ -58,7 +59,6 @@ class SmtpSession final : private MailSession {
   Task<> Data(MessageData& message);
   Task<> Write(TerminatedMessage& message);
   Task<> Verify(const std::string& name);
-  Task<> Quit();
 
   // A command of an exchange, and its reply.
   Task<SmtpReply> Command(std::string line);

@@ -43,9 +43,8 @@ smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
       listener_(listener),
       smtp_({loop, network, ports.clock, ports.log, listener}),
       pop_({loop, network, ports.clock, ports.log, listener}),
-      leavingSmtp_([this] { OnLeft(); }),
-      leavingPop_([this] { OnLeft(); }),
-      leaveTimer_(loop, [this] { LeaveNow(); }) {}
+      leaving_([this] { OnLeft(); }),
+      leaveTimer_(loop, [this] { OnLeft(); }) {}
 
 Task<SessionResult> smtppop::OnSmtp(SmtpSettings settings, Task<SessionResult> operation) {
   co_await left_;
@@ -69,7 +68,8 @@ Task<SessionResult> smtppop::LoginSMTP(const SmtpSettings& settings) {
 Task<SessionResult> smtppop::LogoutSMTP() {
   co_await left_;
   protocol_ = Protocol::Smtp;
-  co_return co_await smtp_.Logout();
+  smtp_.TakeLeave();
+  co_return SessionResult{};
 }
 
 Task<SessionResult> smtppop::ResolveAddress(const SmtpSettings& settings, const std::string& name) {
@@ -142,39 +142,32 @@ Task<SessionResult> smtppop::LoadMessageHeaders(PopSettings settings, HeaderRequ
   return OnPop(pop_.Headers(std::move(settings), request, headers));
 }
 
-Task<SessionResult> smtppop::LoadMessage(PopSettings settings, std::uint32_t number,
+Task<SessionResult> smtppop::LoadMessage(PopSettings settings, MessageKey key,
                                          MessageSink& message) {
   RequireSafeLogin(settings);
-  return OnPop(pop_.Message(std::move(settings), number, message));
+  return OnPop(pop_.Message(std::move(settings), std::move(key), message));
 }
 
-Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, std::uint32_t number) {
+Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, MessageKey key) {
   RequireSafeLogin(settings);
-  return OnPop(pop_.Delete(std::move(settings), number));
+  return OnPop(pop_.Delete(std::move(settings), std::move(key)));
 }
 
-// Both at the same time, so that one silent server does not keep the other from hearing of it.
 void smtppop::Shutdown(TickCount patience) {
   if (left_.IsOpen()) {  // else a Shutdown is at it whose loop has led here
     left_.Close();
-    leaving_ = 2;
+    smtp_.TakeLeave();
     leaveTimer_.Start(patience);
-    leavingSmtp_.Start(smtp_.Logout());
-    leavingPop_.Start(pop_.Logout());
+    leaving_.Start(pop_.Logout());
   }
   loop_.RunUntil([this] { return left_.IsOpen(); }, kNoDeadline);
-  if (!left_.IsOpen()) LeaveNow();  // the program is being ended
+  if (!left_.IsOpen()) OnLeft();  // the program is being ended
 }
 
+// The server has answered, or has had its time.
 void smtppop::OnLeft() {
-  if (--leaving_ > 0) return;
   leaveTimer_.Stop();
-  left_.Open();
-}
-
-void smtppop::LeaveNow() {
-  leavingSmtp_.Abort();
-  leavingPop_.Abort();
+  leaving_.Abort();
   left_.Open();
 }
 

@@ -33,7 +33,7 @@ class smtppop {
   smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports, SessionListener& listener);
 
   Task<SessionResult> LoginSMTP(const SmtpSettings& settings);
-  Task<SessionResult> LogoutSMTP();
+  Task<SessionResult> LogoutSMTP();  // cannot fail
   Task<SessionResult> Send(SmtpSettings settings, OutgoingMessage message,
                            const ComposerSettings& composing, const std::string& envelopeRecipient);
   Task<SessionResult> ResolveAddress(const SmtpSettings& settings, const std::string& name);
@@ -47,9 +47,11 @@ class smtppop {
   // What collects must live as long as the Task. On failure it holds what had come before.
   Task<SessionResult> LoadMessageHeaders(PopSettings settings, HeaderRequest request,
                                          HeaderCollector& headers);
-  Task<SessionResult> LoadMessage(PopSettings settings, std::uint32_t number, MessageSink& message);
-  Task<SessionResult> DeleteMessage(PopSettings settings, std::uint32_t number);
+  Task<SessionResult> LoadMessage(PopSettings settings, MessageKey key, MessageSink& message);
+  Task<SessionResult> DeleteMessage(PopSettings settings, MessageKey key);
   bool POPLoginStatus() const noexcept { return pop_.LoginStatus(); }
+  // Counts the POP sessions.
+  std::uint64_t POPSession() const noexcept { return pop_.Number(); }
   const std::string& LastPOPErrorDescription() const { return pop_.LastErrorDescription(); }
 
   // Leaves both servers, in `patience` milliseconds at most; runs the event loop meanwhile. Nothing
@@ -65,7 +67,6 @@ class smtppop {
                                      std::unique_ptr<MessageComposer> composer);
   Task<> Compose(MessageComposer& composer);
   void OnLeft();
-  void LeaveNow();
 
   EventLoop& loop_;
   ComposerPorts ports_;
@@ -74,9 +75,7 @@ class smtppop {
   PopSession pop_;
   Protocol protocol_ = Protocol::None;
   Gate left_;  // closed while the servers are being left
-  int leaving_ = 0;
-  Operation<SessionResult> leavingSmtp_;
-  Operation<SessionResult> leavingPop_;
+  Operation<SessionResult> leaving_;
   Timer leaveTimer_;
 };
 

@@ -69,10 +69,17 @@ struct ProcessSwitches {
   std::int32_t singleHeader = 0;    // the one message whose header is loaded, from 1 on; 0: all
 };
 
+// Where the headers have come from: what a record says of its message holds only there.
+struct HeaderOrigin {
+  std::string mailbox;        // as its back end names it
+  std::uint64_t session = 0;  // as its back end counts them
+};
+
 struct SharedState {
   std::int32_t instanceCount = 0;
   MessageBuffers message;
   HeaderTable headers;
+  HeaderOrigin headerOrigin;
   InternetSettings internet;
   ProcessSwitches switches;
   std::int32_t ownerWindow = 0;

@@ -70,6 +70,7 @@ class Playing {
 
   const Conversation& conversation_;
   bool cutOff_;
+  bool deletes_ = false;
   InternetWorld world_;
   TempFolder sources_;  // of attachments and alternatives
   std::shared_ptr<ScriptedPeer> script_;
@@ -181,6 +182,7 @@ void Playing::Call(std::string_view text) {
   const auto operation = TakeWord(text);
   // Without headers there is nothing to load.
   const bool hasHeader = !world_.shared.headers.empty();
+  deletes_ = deletes_ || operation == "delete";
   if (cutOff_ && !hasHeader && (operation == "load" || operation == "delete")) return;
   const auto filesBefore = world_.received.Names();
   Timer abort(world_.network, [this] { world_.backEnd.AsynchAbort(); });
@@ -271,6 +273,8 @@ void Playing::CheckNextCall() {
   world_.shared.internet = {};
   abortAfter_ = 0;
   Call(conversation_.isPop ? "headers" : "send");
+  // Deletions that have not become final are told, once.
+  if (deletes_ && result_ == internet_error::kQuitFailed) Call("headers");
   if (result_ != kBackEndSuccess) {
     Complain("the next call came to " + std::to_string(result_));
   }

@@ -73,10 +73,13 @@ class HostileServerTest : public ::testing::Test {
 
   // The number that a call comes to. The one after it works, with a better server.
   std::int32_t Call(Operation operation, HostilePeer::Answers answers) {
+    answers.try_emplace("UIDL", HostilePeer::Answer{"+OK 1 u\r\n"});
     std::shared_ptr<FakePeer> peer = std::make_shared<HostilePeer>(std::move(answers));
     world.network.accept = [&] { return peer; };
     world.shared.headers.assign(1, HeaderRecord());
     world.shared.headers[0].number = "1";
+    world.shared.headers[0].uniqueId = "u";
+    world.shared.headerOrigin.mailbox = "joe@POP.EXAMPLE:110";
     const auto number = (world.backEnd.*operation)(world.request).number;
     EXPECT_TRUE(number == kBackEndSuccess || world.received.Names().empty());
     world.network.accept = [] { return std::make_shared<ObligingPeer>(true); };
@@ -102,9 +105,8 @@ TEST_F(HostileServerTest, WhatIsKeptTakesLittleMemory) {
   };
   const auto header = [](std::string_view field, std::string_view value, std::size_t size) {
     const auto text = std::string(field) + Times(value, size / value.size()) + "\r\n\r\n.\r\n";
-    return HostilePeer::Answer{"+OK\r\n", [text](std::uint64_t piece) {
-                                 return piece == 1 ? text : std::string();
-                               }};
+    return HostilePeer::Answer{
+        "+OK\r\n", [text](std::uint64_t piece) { return piece == 1 ? text : std::string(); }};
   };
   const HostilePeer::Answer kManyMessages{"+OK 4000000000 1\r\n"};
   const struct {

@@ -21,11 +21,9 @@ class InternetBackEndTest : public ::testing::Test {
 };
 
 TEST_F(InternetBackEndTest, EachProtocolRefusesWhatOnlyTheOtherHas) {
-  std::string resolved;
   std::int32_t count = 0;
   const std::function<void()> kSending[] = {
       [&] { backEnd.Send(request); },
-      [&] { backEnd.ResolveName(request, "ann", false, resolved); },
   };
   const std::function<void()> kReceiving[] = {
       [&] { backEnd.LoadMessageHeaders(request); },
@@ -90,12 +88,131 @@ TEST_F(InternetBackEndTest, TheServerThatWorkedIsRemembered) {
   servePop = false;
   EXPECT_EQ(backEnd.Send(request).number, kBackEndSuccess);
   EXPECT_EQ(world.configuration.ReadString("Internet", "SMTPServer"), "smtp.example");
+  // Offered to the user, and never taken without him.
   world.instance.smtpServer.clear();
-  EXPECT_EQ(backEnd.Send(request).number, kBackEndSuccess);
+  EXPECT_EQ(CodeOf([&] { backEnd.Send(request); }), 544);
+  EXPECT_EQ(world.prompt.offered.server, "smtp.example");
   EXPECT_EQ(world.network.connects, 1U);
-  world.instance.smtpServer = "other.example";
+  // Another program may have changed the file.
+  world.configuration.WriteString("Internet", "SMTPServer", "changed.example");
+  world.instance.smtpServer = "smtp.example";
   EXPECT_EQ(backEnd.Send(request).number, kBackEndSuccess);
-  EXPECT_EQ(world.network.connects, 2U);
+  EXPECT_EQ(world.configuration.ReadString("Internet", "SMTPServer"), "smtp.example");
+  world.instance.mailSystem = mail_system::kPop3;
+  std::string resolved;
+  EXPECT_EQ(backEnd.ResolveName(request, "ann", false, resolved).number, kBackEndSuccess);
+  EXPECT_EQ(world.network.connects, 1U);
+}
+
+// Message numbers hold for one session. What another program has deleted meanwhile moves those
+// behind it.
+TEST_F(InternetBackEndTest, AMessageIsFoundAgainInAnotherSession) {
+  auto& headers = world.shared.headers;
+  for (const bool identified : {false, true}) {
+    auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
+    mailbox->messages = {{"u1", "Subject: one\r\nMessage-ID: <1@x>\r\n\r\n1\r\n"},
+                         {"u2", "Subject: two\r\nStatus: O\r\n\r\n2\r\n"},
+                         {"u3", "Subject: three\r\nMessage-ID: <3@x>\r\n\r\n3\r\n"},
+                         {"u4", "Subject: four\r\n\r\n4\r\n"}};
+    world.network.accept = [&] { return std::make_shared<MailboxPeer>(mailbox); };
+    const auto load = identified ? &InternetBackEnd::LoadMessageIdentifiers
+                                 : &InternetBackEnd::LoadMessageHeaders;
+    EXPECT_TRUE((backEnd.*load)(request).Succeeded());
+    ASSERT_EQ(headers.size(), 4U);
+    backEnd.Logout(request);
+    mailbox->messages.erase(mailbox->messages.begin());
+    mailbox->messages[0].text.replace(14, 9, "Status: RO");
+    world.instance.messageIndex = 1;
+    EXPECT_TRUE(backEnd.LoadMessage(request).Succeeded());
+    EXPECT_EQ(world.shared.message.subject, "two");
+    world.instance.messageIndex = 2;
+    EXPECT_TRUE(backEnd.DeleteMessage(request).Succeeded());
+    world.instance.messageIndex = 0;
+    EXPECT_EQ(backEnd.LoadMessage(request).number, 532);
+    EXPECT_EQ(backEnd.DeleteMessage(request).number, 532);
+    EXPECT_TRUE(backEnd.Logout(request).Succeeded());
+    ASSERT_EQ(mailbox->messages.size(), 2U);
+    EXPECT_EQ(mailbox->messages[0].identifier + mailbox->messages[1].identifier, "u2u4");
+    // Nothing of the table is looked for in another mailbox, where the same names may mean others.
+    world.instance.messageIndex = 3;
+    world.instance.loginName = "ann";
+    const auto connects = world.network.connects;
+    EXPECT_EQ(CodeOf([&] { backEnd.DeleteMessage(request); }), 532);
+    EXPECT_EQ(world.network.connects, connects);
+    world.instance.loginName = "joe";
+    mailbox->knowsIdentifiers = false;  // any more
+    EXPECT_EQ(backEnd.DeleteMessage(request).number, identified ? 532 : kBackEndSuccess);
+    backEnd.Logout(request);
+  }
+}
+
+TEST_F(InternetBackEndTest, ALostDeletionIsToldOnce) {
+  auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
+  std::shared_ptr<MailboxPeer> peer;
+  world.network.accept = [&] { return peer = std::make_shared<MailboxPeer>(mailbox); };
+  const std::function<std::int32_t()> kNextCalls[] = {
+      [&] { return backEnd.Logout(request).number; },
+      [&] { return backEnd.LoadMessageHeaders(request).number; },
+      [&] {
+        world.instance.loginName = "ann";  // the server still keeps the old session
+        return backEnd.LoadMessageHeaders(request).number;
+      },
+  };
+  for (const auto& next : kNextCalls) {
+    for (const bool lost : {true, false}) {
+      mailbox->messages = {{"u1", "Subject: one\r\n\r\n"}, {"u2", "Subject: two\r\n\r\n"}};
+      world.instance.loginName = "joe";
+      ASSERT_TRUE(backEnd.LoadMessageHeaders(request).Succeeded());
+      ASSERT_TRUE(backEnd.DeleteMessage(request).Succeeded());
+      mailbox->refusesToQuit = lost && &next == &kNextCalls[2];
+      if (lost && &next != &kNextCalls[2]) peer->Hangup();
+      EXPECT_EQ(next(), lost ? 20 : kBackEndSuccess);
+      mailbox->refusesToQuit = false;
+      EXPECT_EQ(next(), kBackEndSuccess);
+      backEnd.Logout(request);
+      EXPECT_EQ(mailbox->messages.size(), lost ? 2U : 1U);
+    }
+  }
+}
+
+// A message that was sent before leaves nothing in the one that is forwarded.
+TEST_F(InternetBackEndTest, ALoadedMessageReplacesTheWholeOfTheOneBefore) {
+  world.shared.message.alternatives = {{"page.htm", "text/html"}};
+  world.shared.message.xHeaders = {{"Kind", "own"}};
+  world.shared.message.bcc = {"boss@example.org"};
+  EXPECT_TRUE(backEnd.LoadMessageHeaders(request).Succeeded());
+  EXPECT_TRUE(backEnd.LoadMessage(request).Succeeded());
+  EXPECT_TRUE(world.shared.message.alternatives.empty());
+  EXPECT_TRUE(world.shared.message.xHeaders.empty());
+  EXPECT_TRUE(world.shared.message.bcc.empty());
+}
+
+// What has come stays, and what has not begun takes nothing away.
+TEST_F(InternetBackEndTest, AFailedLoadingKeepsTheHeadersThatHaveCome) {
+  auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
+  std::shared_ptr<MailboxPeer> peer;
+  world.network.accept = [&] { return peer = std::make_shared<MailboxPeer>(mailbox); };
+  mailbox->messages.assign(3, {"u", "Subject: one\r\n\r\n1\r\n"});
+  EXPECT_TRUE(backEnd.LoadMessageHeaders(request).Succeeded());
+  EXPECT_EQ(world.shared.headers.size(), 3U);
+  backEnd.Logout(request);
+  world.network.weather = FakeNetwork::Weather::NoSuchHost;
+  EXPECT_EQ(backEnd.LoadMessageHeaders(request).number, 2);
+  EXPECT_EQ(world.shared.headers.size(), 3U);
+  world.network.weather = FakeNetwork::Weather::Fine;
+  using Trouble = MailboxPeer::Trouble;
+  for (const auto& [trouble, wanted] :
+       {std::pair{Trouble::Refuses, 24}, {Trouble::HangsUp, 29}, {Trouble::FallsSilent, 522}}) {
+    mailbox->trouble = trouble;
+    mailbox->troubleAt = "TOP 3";
+    Timer abort(world.network, [&] { backEnd.AsynchAbort(); });
+    abort.Start(5000);
+    std::int32_t number = 0;
+    const auto thrown = CodeOf([&] { number = backEnd.LoadMessageHeaders(request).number; });
+    EXPECT_EQ(thrown + number, wanted);
+    ASSERT_EQ(world.shared.headers.size(), 2U);
+    EXPECT_EQ(world.shared.headers[1].subject, "one");
+  }
 }
 
 TEST_F(InternetBackEndTest, FailuresAreShownWhenErrorDisplayIsOn) {

@@ -27,11 +27,13 @@ class AnsweringPrompt final : public LoginPrompt {
  public:
   Answer Ask(const std::string& caption, LoginFields& fields) override {
     asked.push_back(caption);
+    offered = fields;
     if (answer == Answer::Entered) fields = entered;
     return answer;
   }
   Answer answer = Answer::Unavailable;
   LoginFields entered;
+  LoginFields offered;
   std::vector<std::string> asked;
 };
 

@@ -108,4 +108,55 @@ void ObligingPeer::OnLine(std::string_view line) {
   Say(list ? "+OK\r\nSubject: obliging\r\n\r\n.\r\n" : "+OK\r\n");
 }
 
+void MailboxPeer::OnLine(std::string_view line) {
+  const auto trouble = line.starts_with(mailbox_->troubleAt) ? mailbox_->trouble : Trouble::None;
+  if (trouble == Trouble::Refuses) return Say("-ERR no\r\n");
+  if (trouble == Trouble::HangsUp) return Hangup();
+  if (trouble == Trouble::FallsSilent) return;
+  const auto digits = line.find_first_of("0123456789");
+  const std::string argument(digits < line.size() ? line.substr(digits) : "0");
+  Say(Answer(line.substr(0, 4), std::stoul(argument)));
+}
+
+// RFC 1939, 5 and 7.
+std::string MailboxPeer::Answer(std::string_view command, std::size_t number) {
+  const auto list = [](const std::string& text) { return "+OK\r\n" + text + ".\r\n"; };
+  if (command == "STAT")
+    return "+OK " + std::to_string(listed_.size() - deleted_.size()) + " 1\r\n";
+  if (command == "QUIT") {
+    if (mailbox_->refusesToQuit) return "-ERR no\r\n";
+    Leave();
+  }
+  const bool isUidl = command == "UIDL";
+  if (isUidl && !mailbox_->knowsIdentifiers) return "-ERR what?\r\n";
+  if (isUidl && number == 0) return list(ListIdentifiers());
+  if (!isUidl && command != "TOP " && command != "RETR" && command != "DELE") return "+OK\r\n";
+  if (number == 0 || number > listed_.size() || deleted_.contains(number)) return "-ERR none\r\n";
+  const auto& message = listed_[number - 1];
+  if (isUidl) return "+OK " + std::to_string(number) + " " + message.identifier + "\r\n";
+  if (command == "DELE") {
+    deleted_.insert(number);
+    return "+OK\r\n";
+  }
+  if (command == "RETR") return list(message.text);
+  return list(message.text.substr(0, message.text.find("\r\n\r\n") + 4));
+}
+
+std::string MailboxPeer::ListIdentifiers() const {
+  std::string lines;
+  for (std::size_t number = 1; number <= listed_.size(); ++number) {
+    if (deleted_.contains(number)) continue;
+    lines += std::to_string(number) + " " + listed_[number - 1].identifier + "\r\n";
+  }
+  return lines;
+}
+
+void MailboxPeer::Leave() {
+  for (const auto number : deleted_) {
+    std::erase_if(mailbox_->messages, [&](const auto& message) {
+      return message.identifier == listed_[number - 1].identifier;
+    });
+  }
+}
+
 }  // namespace quillon::testing

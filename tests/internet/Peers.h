@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ConversationFile.h"
@@ -74,6 +77,39 @@ class ObligingPeer final : public LinePeer {
 
   bool isPop_;
   bool inData_ = false;
+};
+
+// A POP3 server whose sessions share a mailbox, from which others may take messages.
+class MailboxPeer final : public LinePeer {
+ public:
+  enum class Trouble { None, Refuses, HangsUp, FallsSilent };
+  struct Message {
+    std::string identifier;
+    std::string text;  // with its header
+  };
+  struct Mailbox {
+    std::vector<Message> messages;
+    bool knowsIdentifiers = true;
+    bool refusesToQuit = false;
+    Trouble trouble = Trouble::None;
+    std::string troubleAt;  // a command's begin
+  };
+
+  explicit MailboxPeer(std::shared_ptr<Mailbox> mailbox) : mailbox_(std::move(mailbox)) {}
+  void OnConnected() override {
+    listed_ = mailbox_->messages;
+    Say("+OK ready\r\n");
+  }
+
+ private:
+  void OnLine(std::string_view line) override;
+  std::string Answer(std::string_view command, std::size_t number);
+  std::string ListIdentifiers() const;
+  void Leave();
+
+  std::shared_ptr<Mailbox> mailbox_;
+  std::vector<Message> listed_;  // when the session began
+  std::set<std::size_t> deleted_;
 };
 
 // Takes everything and says nothing.
