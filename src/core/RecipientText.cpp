@@ -47,7 +47,7 @@ std::vector<std::string> SplitRecipients(std::string_view text, std::string_view
       continue;
     }
     char close = 0;
-    if (text[at] == '"') close = '"';
+    if (text[at] == '"' && BeginsWord(text.substr(start), at - start)) close = '"';
     if (brackets.size() == 2 && text[at] == brackets[0]) close = brackets[1];
     const auto end = close != 0 ? ends.Find(close, at + 1) : std::string_view::npos;
     at = (end == std::string_view::npos ? at : end) + 1;

@@ -8,22 +8,22 @@
 namespace quillon {
 
 // What stands between the last "<" outside quotes and its ">", or the whole text when there is
-// none; trimmed.
+// none; trimmed. A quote within a word is no quote.
 std::string BareAddress(std::string_view text);
 
 // Whether the text can stand in MAIL FROM: a local part, "@" and a domain, without blanks, brackets
 // or controls.
 bool IsSenderAddress(std::string_view bareAddress);
 
-// The envelope of the lists: each entry split at "," (outside quotes and brackets) into bare
-// addresses.
+// The envelope of the lists: each entry split at "," (outside quotes, brackets and names) into bare
+// addresses. In "Doe, John <john@example.com>" the comma belongs to the name.
 std::vector<std::string> FormatSMTPRecipients(const std::vector<std::string>& whoTo,
                                               const std::vector<std::string>& cc,
                                               const std::vector<std::string>& bcc);
 
-// The value of a To or Cc field: the recipients joined by ", ", folded (RFC 5322, 2.2.3) only where
-// a line would pass the 998 characters that a line may have (2.1.1). `used` is what stands before
-// the value on its line.
+// The value of a To or Cc field: the recipients joined by ", ", a name with a comma quoted, folded
+// (RFC 5322, 2.2.3) only where a line would pass the 998 characters that a line may have (2.1.1).
+// `used` is what stands before the value on its line.
 std::string FormatRecipientText(const std::vector<std::string>& recipients, std::size_t used);
 
 }  // namespace quillon

@@ -19,6 +19,9 @@ TEST(RecipientText, DelimitersSplitOutsideBracketsAndQuotesOnly) {
       {"never <closed, b@y", ",", "never <closed|b@y"},
       {"5\" disk, b@y", ",", "5\" disk|b@y"},
       {"a,b;c", ";", "a,b|c"},
+      {"O\"Brien,Smith\"son", ",", "O\"Brien|Smith\"son"},
+      {"a@x,\"b,c\" <b@y>", ",", "a@x|\"b,c\" <b@y>"},
+      {"John \"Doe, Jr\" <j@d>,k@d", ",", "John \"Doe, Jr\" <j@d>|k@d"},
       {"\xC2\xA7 x\xC2\xA7y", "\xC2\xA7", "x|y"},
   };
   for (const auto& test : kCases) {

@@ -130,11 +130,34 @@ TEST(BodyText, KeepsItsRulesHoweverItIsCutIntoBlocks) {
   }
 }
 
+TEST(Address, ACommaInANameDoesNotSeparate) {
+  const struct {
+    const char* recipient;
+    std::vector<std::string> envelope;
+    const char* header;
+  } kCases[] = {
+      {"Doe, John <john@x>", {"john@x"}, "\"Doe, John\" <john@x>"},
+      {"O\"Brien, Pat <pat@x>", {"pat@x"}, "\"O\\\"Brien, Pat\" <pat@x>"},
+      {"ann@x, Doe, John <john@x>,bob",
+       {"ann@x", "john@x", "bob"},
+       "ann@x, \"Doe, John\" <john@x>, bob"},
+      {"joe, ann", {"joe", "ann"}, "joe, ann"},
+      {"joe, <ann@x>", {"joe", "ann@x"}, "joe, <ann@x>"},
+      {"\"Doe, John\" <john@x>", {"john@x"}, "\"Doe, John\" <john@x>"},
+  };
+  for (const auto& test : kCases) {
+    EXPECT_EQ(FormatSMTPRecipients({test.recipient}, {}, {}), test.envelope) << test.recipient;
+    EXPECT_EQ(FormatRecipientText({test.recipient}, 4), test.header);
+  }
+}
+
 TEST(Address, TheEnvelopeTakesBareAddresses) {
   EXPECT_EQ(FormatSMTPRecipients({"Ann <ann@x.org>, bob@x.org", "\"Lee, <B>\" <lee@x.org>"}, {" "},
                                  {"<>", "dan@x.org "}),
             (std::vector<std::string>{"ann@x.org", "bob@x.org", "lee@x.org", "dan@x.org"}));
   EXPECT_EQ(BareAddress("Joe <joe@x.org"), "joe@x.org");
+  EXPECT_EQ(BareAddress("O\"Brien <ob@x.org>"), "ob@x.org");
+  EXPECT_EQ(BareAddress("\"O<Brien\" <ob@x.org>"), "ob@x.org");
   for (const auto* const good : {"a@b", "\"a\"@b.org", "a@b@c"}) {
     EXPECT_TRUE(IsSenderAddress(good)) << good;
   }
