@@ -31,10 +31,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   quillon::SplitSettings split;
   split.directory = "/dir";
   split.maximumBodyLines = size % 4;
+  split.headersInBody = size % 2 == 0;
   quillon::fuzz::MemoryFiles attachments;
   {
-    quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split,
-                                      {size % 2 == 0, ""});
+    quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split, "",
+                                      [size] { return size; });
     const auto result = fuzz.Run(engine.LoadMessage(settings, 1, message));
     Require(result != 0);
     Require(message.Message().body.size() <= 2 * size + 2);

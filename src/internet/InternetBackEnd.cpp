@@ -19,6 +19,8 @@ constexpr TickCount kShutdownPatience = 1000;
 // About that much of a header comes over the wire: the display's threshold is in bytes.
 constexpr std::uint64_t kBytesPerHeader = 1000;
 
+constexpr std::int32_t kMostMessageMegabytes = 2048;
+
 constexpr bool ServesPop(MailSystemId system) {
   return system == mail_system::kPop3 || system == mail_system::kInternet;
 }
@@ -237,9 +239,9 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   RequirePop(request);
   EngineRunner::Call call(runner_);
   login_.PreparePop(request);
-  auto collector = std::make_unique<MessageCollector>(ports_.files, ports_.codePage,
-                                                      SplitSettingsOf(request, ports_.files),
-                                                      Bytes(request.instance.dateFormat));
+  auto collector = std::make_unique<MessageCollector>(
+      ports_.files, ports_.codePage, SplitSettingsOf(request, ports_.files),
+      Bytes(request.instance.dateFormat), [this] { return MostMessageBytes(); });
   auto settings = Pop(request);
   auto key = CurrentMessage(request, settings, ports_.codePage);
   auto loading = Engine().LoadMessage(std::move(settings), std::move(key), *collector);
@@ -247,6 +249,12 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
                          NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
                                   "Failed to load the message."),
                          MessageLoaded(std::move(loading), std::move(collector), request.shared));
+}
+
+std::uint64_t InternetBackEnd::MostMessageBytes() const {
+  const auto megabytes =
+      ports_.configuration.ReadNumber("Internet", "MaximumMessageSize", kMostMessageMegabytes);
+  return (megabytes > 0 ? static_cast<std::uint64_t>(megabytes) : kMostMessageMegabytes) << 20U;
 }
 
 Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,

@@ -41,7 +41,7 @@ struct InternetPorts {
   const LocalClock& clock;
   LoginPrompt& loginPrompt;
   MessageBoxPort& messageBox;
-  clsINIUtilities& configuration;  // key "SMTPServer" of section "Internet"
+  clsINIUtilities& configuration;  // section "Internet"
   ProtocolLog& log;
   AsynchNotifier& notifier;
   ProgressDisplay& progress;
@@ -87,6 +87,7 @@ class InternetBackEnd final : public BackEnd {
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
   static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
                                            std::unique_ptr<HeaderUpdate> update);
+  std::uint64_t MostMessageBytes() const;
   Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
                                     std::unique_ptr<MessageCollector> collector,
                                     SharedState& shared);

@@ -53,6 +53,7 @@ MailSession::MailSession(const SessionPorts& ports, std::string_view name)
                 Fail(SessionFailure{internet_error::kSendTimedOut});
               }),
       protocolTimer_(ports.loop, [this] { OnSilence(); }),
+      dataRate_(ports.loop),
       loginTimer_(ports.loop, [this] { OnSilence(); }) {}
 
 Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dialogue) {
@@ -145,6 +146,11 @@ MailSession::Wait MailSession::NextLine() {
   return {*this, Wait::For::Line};
 }
 
+void MailSession::AwaitData() {
+  dataRate_.Start(settings_.timeoutProtocol, socket_.BytesRead());
+  AwaitReply();
+}
+
 MailSession::Wait MailSession::NextData() {
   return {*this, Wait::For::Data};
 }
@@ -199,6 +205,7 @@ void MailSession::OnSilence() {
 // A line that nobody waits for is not interpreted. A reply line that is longer than the socket's
 // buffer is read by its begin.
 void MailSession::OnLine(std::string_view text, bool complete) {
+  dataRate_.WaitEnds();
   answered_ = true;
   const bool starts = !std::exchange(inLongLine_, !complete);
   if (wait_ == nullptr || wait_->Is(Wait::For::Connection)) {
@@ -220,7 +227,10 @@ bool MailSession::TakeData() {
 
 // Once for what came together: a message may have millions of lines.
 void MailSession::OnLinesRead() {
-  if (wait_ != nullptr && wait_->Is(Wait::For::Data)) AwaitReply();
+  if (wait_ == nullptr || !wait_->Is(Wait::For::Data)) return;
+  if (dataRate_.WaitBegins(socket_.BytesRead())) return AwaitReply();
+  Log(name_ + " time-out: ", "too little data from the server.");
+  Fail(SessionFailure{internet_error::kTimedOut});
 }
 
 // Only CR LF ends a reply (RFC 5321, 2.3.8; RFC 1939, 3), so what the server did not get to say to

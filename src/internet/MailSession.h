@@ -6,7 +6,8 @@
 // SessionFailure; the operation's result is always a SessionResult, with -1 for success, a reply
 // code, or a number of the protocol's error table. Those that both protocols share:
 //   2, 4   no connection (SocketConnect)
-//   27     no reply within TimeoutProtocol, or no login within TimeoutConnect
+//   27     no reply within TimeoutProtocol, or less of a long one than a slow line brings in that
+//          time, or no login within TimeoutConnect
 //   28     nothing could be written for the send time-out
 //   29     the connection was lost
 //   30     more data than there is room for
@@ -22,6 +23,7 @@
 #include <utility>
 
 #include "core/Task.h"
+#include "internet/DataRate.h"
 #include "internet/InternetError.h"
 #include "internet/ProtocolLog.h"
 #include "internet/SessionListener.h"
@@ -122,13 +124,15 @@ class MailSession : private LineSocket::Handler {
   // Each wait gives what was heard, which stays until the next one, or throws SessionFailure.
   // The next line that starts, before the clock that AwaitReply starts has run out.
   Wait NextLine();
-  // The next line or piece of data; each read starts the clock anew.
+  // The next line or piece of data, behind AwaitData; each read starts the clock anew, and too
+  // little data in the time of the clock is as none.
   Wait NextData();
   // Writes all of the source, which must live until then. A line that starts is given first; then
   // UntilWritten goes on with the wait.
   Wait WriteAll(DataSource& source);
   Wait UntilWritten();
   void AwaitReply() { protocolTimer_.Start(settings_.timeoutProtocol); }
+  void AwaitData();
   void StopWaiting() { protocolTimer_.Stop(); }
 
   void LoggedIn();
@@ -179,7 +183,8 @@ class MailSession : private LineSocket::Handler {
   LineSocket socket_;
   SocketWriter writer_;
   Timer protocolTimer_;  // ProtocolTimer: the reply to the last command
-  Timer loginTimer_;     // tmrLoginTimer: the login as a whole
+  DataRate dataRate_;
+  Timer loginTimer_;  // tmrLoginTimer: the login as a whole
   Wait* wait_ = nullptr;
   Heard heard_;                  // last
   std::optional<bool> written_;  // how the writing has ended, until somebody has waited for that

@@ -1,6 +1,7 @@
 #include "internet/MessageCollector.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "internet/HeldMemory.h"
 #include "internet/InternetError.h"
@@ -20,6 +21,8 @@ constexpr std::size_t kRecipientMemory = 64;  // beside its text
 }  // namespace
 
 std::int32_t MessageCollector::OnMessageLine(std::string_view text, bool complete) {
+  bytes_ += text.size() + kLineEnd.size();
+  if (bytes_ > allowed_ && IsTooLong()) return internet_error::kOverflow;
   if (!splitter_.Line(text, complete)) return internet_error::kCannotWrite;
   if (!inHeader_) return kGoOn;
   inHeader_ = splitter_.InMessageHeader();
@@ -37,6 +40,11 @@ void MessageCollector::OnHeaderPiece(std::string_view text, bool complete) {
   reader_.Store(fields_, 0, std::string_view(rawHeaders_).substr(lineStart_), dateFormat_);
   rawHeaders_ += kLineEnd;
   lineStart_ = rawHeaders_.size();
+}
+
+bool MessageCollector::IsTooLong() {
+  if (!std::exchange(asked_, true)) allowed_ = mostBytes_();
+  return bytes_ > allowed_;
 }
 
 bool MessageCollector::HeaderFits() const {

@@ -162,7 +162,7 @@ Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
 }
 
 Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
-  AwaitReply();
+  AwaitData();
   std::uint64_t bytes = 0;
   for (;;) {
     auto& line = co_await NextData();
@@ -181,7 +181,7 @@ Task<> PopSession::ReadMessage(MessageKey key, MessageSink& sink) {
   std::string_view words = reply.words;
   const auto size = TakeNumber(words).value_or(0);  // 0: the server does not tell
   Status("Receiving message...");
-  AwaitReply();
+  AwaitData();
   bool hasAttachments = false;
   std::uint64_t bytes = 0;
   std::uint64_t nextProgress = 0;

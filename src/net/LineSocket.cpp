@@ -77,6 +77,7 @@ bool LineSocket::ReadSome() {
   switch (result.status) {
     case IoResult::Status::Ok:
       filled_ += result.count;
+      bytesRead_ += result.count;
       linesRead_ = true;
       stream_->WantRead(false);
       Deliver();

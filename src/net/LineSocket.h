@@ -27,7 +27,7 @@ class LineSocket : private ByteStream::Handler {
     // `complete` is false for a piece whose line goes on in the next one. The text lives until the
     // handler returns.
     virtual void OnLine(std::string_view text, bool complete) = 0;
-    // All lines that came with one read have been handed on. Must not close the connection.
+    // All lines that came with one read have been handed on.
     virtual void OnLinesRead() {}
     virtual void OnSendReady() = 0;
     // The end of what the peer said, when it has no line end; OnClosed follows.
@@ -64,6 +64,9 @@ class LineSocket : private ByteStream::Handler {
   // from inside a handler.
   void Poll();
 
+  // In all, on every connection.
+  std::uint64_t BytesRead() const noexcept { return bytesRead_; }
+
   // No event follows. May be called from inside a handler.
   void Close();
 
@@ -93,12 +96,13 @@ class LineSocket : private ByteStream::Handler {
   std::size_t start_ = 0;           // of which so many have been delivered,
   std::size_t scanned_ = 0;         // and so many are known to hold no further line end
   int linesLeft_ = 0;               // of this turn
-  std::uint64_t connection_ = 0;    // counts them: another one may stand at the same address
-  std::optional<int> end_;          // the peer's end is being delivered, with this error
+  std::uint64_t bytesRead_ = 0;
+  std::uint64_t connection_ = 0;  // counts them: another one may stand at the same address
+  std::optional<int> end_;        // the peer's end is being delivered, with this error
   Timer nextTurn_;
-  bool inPieces_ = false;   // the first line of the buffer has been delivered in part
-  bool atCrLf_ = true;      // how the last line ended; the begin counts as an end
-  bool afterCrLf_ = true;   // how the one before it did
+  bool inPieces_ = false;  // the first line of the buffer has been delivered in part
+  bool atCrLf_ = true;     // how the last line ended; the begin counts as an end
+  bool afterCrLf_ = true;  // how the one before it did
   bool crLfSeen_ = false;
   bool linesRead_ = false;  // OnLinesRead is due behind the last line
   bool delivering_ = false;

@@ -12,7 +12,7 @@
 namespace quillon::testing {
 namespace {
 
-constexpr std::uint64_t kMiB = 1024 * 1024;
+constexpr std::size_t kMiB = 1024 * 1024;
 
 // An obliging POP3 server, but for some commands.
 class HostilePeer final : public LinePeer {
@@ -131,6 +131,73 @@ TEST_F(HostileServerTest, WhatIsKeptTakesLittleMemory) {
     const ProcessMemory memory;
     EXPECT_EQ(Call(test.operation, test.answers), 30) << test.what;
     EXPECT_LT(memory.Peak(), 400 * kMiB) << test.what;
+  }
+}
+
+// A server that sends a byte now and then; beside it, one that is as slow as the slowest line.
+TEST_F(HostileServerTest, WhatDripsIsGivenUp) {
+  const std::pair<const char*, Operation> kAnswers[] = {
+      {"TOP", kHeaders}, {"UIDL", kIdentifiers}, {"RETR", kLoad}};
+  const auto slowly = [](std::uint64_t piece) {
+    if (piece > 100) return std::string();
+    return piece < 100 ? "1 " + std::string(120, 'x') + "\r\n" : std::string(".\r\n");
+  };
+  for (const auto& [command, operation] : kAnswers) {
+    for (const char* const drop : {"x", "1 x\r\n", "..\r\n"}) {
+      const auto start = world.network.Now();
+      EXPECT_EQ(Call(operation, {{"STAT", {"+OK 1 1\r\n"}}, {command, Always(drop, 1000)}}), 27);
+      EXPECT_LE(world.network.Now() - start, 15000U) << command << drop;
+    }
+    const HostilePeer::Answer answer{"+OK\r\n", slowly, 1000};
+    EXPECT_EQ(Call(operation, {{"STAT", {"+OK 1 1\r\n"}}, {command, answer}}), kBackEndSuccess);
+  }
+}
+
+// The time that a client's object takes is not the server's.
+TEST_F(HostileServerTest, ASlowClientDoesNotMakeTheServerSlow) {
+  class SlowObject final : public NotificationObject {
+   public:
+    explicit SlowObject(FakeNetwork& network) : network_(network) {}
+    bool AsynchNotification(const AsynchEvent& event) override {
+      network_.RunUntil([] { return false; }, network_.Now() + 60000);
+      result = event.result;
+      return true;
+    }
+    std::int32_t result = 0;
+
+   private:
+    FakeNetwork& network_;
+  };
+  const auto object = std::make_shared<SlowObject>(world.network);
+  world.notifier.Register(object, AsynchNotifier::Configuration::All);
+  const auto message = [](std::uint64_t piece) {
+    return piece == 1 ? "Subject: x\r\n" : piece == 2 ? "\r\ntext\r\n.\r\n" : "";
+  };
+  world.network.accept = [&] {
+    return std::make_shared<HostilePeer>(
+        HostilePeer::Answers{{"RETR", {"+OK\r\n", message, 1000}}});
+  };
+  world.shared.headers.resize(1);
+  world.shared.headers[0].number = "1";
+  world.backEnd.LoadMessage(world.request);
+  world.network.RunUntil([this] { return !world.notifier.InProgress(); }, kNoDeadline);
+  EXPECT_EQ(object->result, kBackEndSuccess);
+}
+
+TEST_F(HostileServerTest, AMessageMayBeOnlySoLong) {
+  world.configuration.WriteNumber("Internet", "MaximumMessageSize", 3);
+  const auto line = std::string(100, 'x') + "\r\n";
+  const auto text = Times(line, 1000);
+  const std::string attachment = "Content-Type: a/b; name=c\r\n\r\n";
+  EXPECT_EQ(Call(kLoad, {{"RETR", Always(text)}}), 30);
+  EXPECT_EQ(Call(kLoad, {{"RETR", {"+OK\r\n" + attachment, Always(text).then}}}), 30);
+  EXPECT_EQ(Call(kLoad, {{"RETR", {"+OK\r\n" + attachment, Always("x").then}}}), 30);
+
+  const auto allowed = attachment + Times(line, 3 * kMiB / line.size() - 1) + ".\r\n";
+  EXPECT_EQ(Call(kLoad, {{"RETR", {"+OK\r\n" + allowed}}}), kBackEndSuccess);
+  for (const auto* const value : {"0", "-1", "much"}) {
+    world.configuration.WriteString("Internet", "MaximumMessageSize", value);
+    EXPECT_EQ(Call(kLoad, {{"RETR", {"+OK\r\n" + Times(line, 50000) + ".\r\n"}}}), kBackEndSuccess);
   }
 }
 
