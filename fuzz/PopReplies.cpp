@@ -28,6 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
   }
+  // Of this session, as long as it lasts; looked for by its identifier else.
+  const quillon::MessageKey key{1, engine.POPSession(), "a", 1};
   quillon::SplitSettings split;
   split.directory = "/dir";
   split.maximumBodyLines = size % 4;
@@ -36,14 +38,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   {
     quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split, "",
                                       [size] { return size; });
-    const auto result = fuzz.Run(engine.LoadMessage(settings, 1, message));
+    const auto result = fuzz.Run(engine.LoadMessage(settings, key, message));
     Require(result != 0);
     Require(message.Message().body.size() <= 2 * size + 2);
     Require(result != -1 || message.Message().attachments.size() == attachments.files.size());
     if (result == -1) attachments.files.clear();
   }
   Require(attachments.files.empty());
-  Require(fuzz.Run(engine.DeleteMessage(settings, 1)) != 0);
+  Require(fuzz.Run(engine.DeleteMessage(settings, key)) != 0);
   fuzz.Run(engine.LogoutPOP());
   Require(!engine.POPLoginStatus());
   const bool logged = fuzz.Dump().find(settings.password) != std::string::npos;

@@ -7,6 +7,13 @@
 
 namespace quillon {
 
+namespace {
+
+// Of the lines that a connection brings without having been asked, and the pieces of long ones.
+constexpr int kMostUnasked = 5;
+
+}  // namespace
+
 // Closes the connection when the frame that holds it goes, unless the session is kept.
 class MailSession::Closing {
  public:
@@ -138,6 +145,7 @@ void MailSession::Say(std::string_view line, std::string_view logged) {
 }
 
 void MailSession::SayMore(std::string_view line, std::string_view logged) {
+  if (!socket_.IsOpen()) throw ConnectionLost();
   if (!writer_.WriteCommand(line)) throw SessionFailure{internet_error::kConnectionLost};
   Log(name_ + " Tx: ", logged.empty() ? line : logged);
 }
@@ -190,6 +198,7 @@ void MailSession::CloseConnection() {
   if (socket_.IsOpen()) Log(name_ + " socket closed.");
   socket_.Close();
   loggedIn_ = inLongLine_ = false;
+  unasked_ = 0;
 }
 
 template <typename Failure>
@@ -202,19 +211,22 @@ void MailSession::OnSilence() {
   Fail(SessionFailure{internet_error::kTimedOut});
 }
 
-// A line that nobody waits for is not interpreted. A reply line that is longer than the socket's
-// buffer is read by its begin.
+// A reply line that is longer than the socket's buffer is read by its begin.
 void MailSession::OnLine(std::string_view text, bool complete) {
   dataRate_.WaitEnds();
   answered_ = true;
   const bool starts = !std::exchange(inLongLine_, !complete);
-  if (wait_ == nullptr || wait_->Is(Wait::For::Connection)) {
-    if (starts) Log(name_ + " Bogus RX: ", text);
-    return;
-  }
+  if (wait_ == nullptr || wait_->Is(Wait::For::Connection)) return OnUnasked(text, starts);
   if (!starts && !wait_->Is(Wait::For::Data)) return;
   heard_ = {Heard::What::Line, text, starts, complete};
   wait_->End();
+}
+
+// What nobody waits for is not interpreted. A server that goes on with it would fill the log, and
+// keep the process busy, for as long as it likes.
+void MailSession::OnUnasked(std::string_view text, bool starts) {
+  if (starts) Log(name_ + " Bogus RX: ", text);
+  if (++unasked_ == kMostUnasked) CloseConnection();
 }
 
 bool MailSession::TakeData() {

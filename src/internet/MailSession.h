@@ -168,6 +168,7 @@ class MailSession : private LineSocket::Handler {
   void OnUnfinishedLine(std::string_view text) override;
   void OnSendReady() override { writer_.OnSendReady(); }
   void OnClosed(int error) override;
+  void OnUnasked(std::string_view text, bool starts);
   void OnSilence();
   // Ends the wait that is on, if any, with an exception.
   template <typename Failure>
@@ -190,6 +191,7 @@ class MailSession : private LineSocket::Handler {
   std::optional<bool> written_;  // how the writing has ended, until somebody has waited for that
   bool inLongLine_ = false;
   bool loggedIn_ = false;
+  int unasked_ = 0;        // lines of this connection that nobody waited for
   bool answered_ = false;  // the server has said something since the dialogue began
 };
 

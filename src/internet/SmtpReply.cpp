@@ -10,6 +10,7 @@ constexpr std::size_t kCodeLength = 3;
 
 // Far more than any reply has; a server could go on for ever.
 constexpr std::size_t kMostBytes = 64U * 1024;
+constexpr std::size_t kMostHeard = 1024U * 1024;
 
 }  // namespace
 
@@ -25,7 +26,11 @@ bool SmtpReply::AddLine(std::string_view line) {
   }
   lines_.emplace_back(line.substr(0, kMostBytes));
   size_ += lines_.back().size();
-  return line.size() <= kCodeLength || line[kCodeLength] != '-';
+  heard_ += line.size() + 2;
+  if (line.size() <= kCodeLength || line[kCodeLength] != '-') return true;
+  if (heard_ <= kMostHeard) return false;
+  code_ = 0;
+  return true;
 }
 
 std::string_view SmtpReply::Text() const {

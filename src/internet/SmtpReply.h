@@ -9,10 +9,12 @@ namespace quillon {
 
 class SmtpReply {
  public:
-  // Takes the next line; true when it was the last one of the reply.
+  // Takes the next line; true when it was the last one of the reply, or there have been so many
+  // that none will be.
   bool AddLine(std::string_view line);
 
-  // The number that the first three characters of the last line begin with; 0 when there is none.
+  // The number that the first three characters of the last line begin with; 0 when there is none,
+  // or the reply has no end.
   int Code() const noexcept { return code_; }
   // 250, or 251: what was asked for has been done.
   bool IsPositive() const noexcept { return code_ == 250 || code_ == 251; }
@@ -23,6 +25,7 @@ class SmtpReply {
 
  private:
   int code_ = 0;
+  std::size_t heard_ = 0;  // bytes
   std::vector<std::string> lines_;
   std::size_t size_ = 0;  // of the lines
 };

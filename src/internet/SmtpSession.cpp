@@ -19,6 +19,9 @@ using Connection = SessionFailure::Connection;
 // A server that forwards for ever would keep the session for ever.
 constexpr int kMostForwards = 10;
 
+// So often a server may answer to RSET with a greeting or a refusal.
+constexpr int kMostEvasions = 5;
+
 // What HELO may hold: a host name has no other characters (RFC 5321, 4.1.2).
 std::string HostNameText(std::string name) {
   std::erase_if(name, [](char c) {
@@ -93,7 +96,7 @@ Task<SmtpReply> SmtpSession::Hello() {
 // A refusal is no answer, and a server that greets is asked again.
 Task<> SmtpSession::Reset() {
   Say("RSET");
-  for (;;) {
+  for (int evasions = 0; evasions < kMostEvasions; ++evasions) {
     const auto reply = co_await Reply();
     if (reply.IsPositive()) co_return;
     if (reply.Code() == 220) {
@@ -102,6 +105,7 @@ Task<> SmtpSession::Reset() {
       Unexpected(reply);
     }
   }
+  TalksWithoutEnd();
 }
 
 // RFC 5321, 3.3.
@@ -251,15 +255,21 @@ Task<SmtpReply> SmtpSession::Reply() {
 // what it says to that answers nothing. The wait for an answer goes on, so that it comes to its
 // end; this never returns.
 Task<> SmtpSession::GreetedAgain() {
-  for (;;) {
-    SayMore("RSET");
-    SmtpReply reply;
-    do {
-      reply = co_await Reply();
-      const bool answersReset = reply.IsPositive() || IsRefusal(reply);
-      if (!answersReset && reply.Code() != 220) Unexpected(reply);
-    } while (reply.Code() != 220);
+  SayMore("RSET");
+  for (int evasions = 0; evasions < kMostEvasions; ++evasions) {
+    const auto reply = co_await Reply();
+    if (reply.Code() == 220) {
+      SayMore("RSET");
+    } else if (!reply.IsPositive() && !IsRefusal(reply)) {
+      Unexpected(reply);
+    }
   }
+  TalksWithoutEnd();
+}
+
+void SmtpSession::TalksWithoutEnd() {
+  Log("SMTP: ", "the server says something else than what it is asked, again and again.");
+  throw SessionFailure{internet_error::kInvalidSmtpReply};
 }
 
 void SmtpSession::Unexpected(const SmtpReply& reply) {

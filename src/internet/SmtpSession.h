@@ -68,6 +68,7 @@ class SmtpSession final : private MailSession {
   void Enter(Phase phase);
   // Ends the operation for a reply that the command has no use for.
   [[noreturn]] void Unexpected(const SmtpReply& reply);
+  [[noreturn]] void TalksWithoutEnd();
   [[noreturn]] void Invalid(std::string_view reason, std::string_view line = {});
 
   std::string sender_;

@@ -7,6 +7,7 @@
 
 #include "InternetWorld.h"
 #include "Peers.h"
+#include "core/WholeFile.h"
 #include "support/ProcessMemory.h"
 
 namespace quillon::testing {
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t kMiB = 1024 * 1024;
 
-// An obliging POP3 server, but for some commands.
+// An obliging server, but for some commands, and for the greeting.
 class HostilePeer final : public LinePeer {
  public:
   // What follows, over and over; the argument counts from 1. Empty: nothing more.
@@ -27,34 +28,45 @@ class HostilePeer final : public LinePeer {
   };
   using Answers = std::map<std::string, Answer>;
 
-  explicit HostilePeer(Answers answers) : answers_(std::move(answers)) {}
+  explicit HostilePeer(Answers answers, bool isPop = true)
+      : answers_(std::move(answers)), usual_(isPop ? "+OK\r\n" : "250 ok\r\n") {
+    answers_.try_emplace("greeting", Answer{isPop ? usual_ : "220 ready\r\n"});
+  }
 
-  void OnConnected() override { Say("+OK ready\r\n"); }
+  void OnConnected() override { OnLine("greeting "); }
+  void OnClientClosed() override { clientGone = true; }
 
   void OnDrained() override {
     if (!flood_) return;
-    const auto piece = flood_(++pieces_);
+    const auto piece = flood_(++pieces);
     if (piece.empty()) flood_ = nullptr;
     if (gap_ != 0) Wait(gap_);
     Say(piece);
   }
 
+  bool clientGone = false;
+  std::uint64_t pieces = 0;
+
  private:
   void OnLine(std::string_view line) override {
     const auto answer = answers_.find(std::string(line.substr(0, line.find_first_of(" \r"))));
-    flood_ = nullptr;
-    if (answer == answers_.end()) return Say("+OK\r\n");
+    if (answer == answers_.end()) {
+      if (!flood_) Say(usual_);
+      return;
+    }
     flood_ = answer->second.then;
     gap_ = answer->second.gap;
-    pieces_ = 0;
+    pieces = 0;
     Say(answer->second.first);
   }
 
-  const Answers answers_;
+  Answers answers_;
+  const std::string usual_;
   Flood flood_;
   TickCount gap_ = 0;
-  std::uint64_t pieces_ = 0;
 };
+
+const HostilePeer::Answer kKnown{"+OK 1 u\r\n"};  // its identifier
 
 HostilePeer::Answer Always(const std::string& piece, TickCount gap = 0) {
   return {"+OK\r\n", [piece](std::uint64_t) { return piece; }, gap};
@@ -73,13 +85,10 @@ class HostileServerTest : public ::testing::Test {
 
   // The number that a call comes to. The one after it works, with a better server.
   std::int32_t Call(Operation operation, HostilePeer::Answers answers) {
-    answers.try_emplace("UIDL", HostilePeer::Answer{"+OK 1 u\r\n"});
+    answers.try_emplace("UIDL", kKnown);
     std::shared_ptr<FakePeer> peer = std::make_shared<HostilePeer>(std::move(answers));
     world.network.accept = [&] { return peer; };
-    world.shared.headers.assign(1, HeaderRecord());
-    world.shared.headers[0].number = "1";
-    world.shared.headers[0].uniqueId = "u";
-    world.shared.headerOrigin.mailbox = "joe@POP.EXAMPLE:110";
+    KnowMessage();
     const auto number = (world.backEnd.*operation)(world.request).number;
     EXPECT_TRUE(number == kBackEndSuccess || world.received.Names().empty());
     world.network.accept = [] { return std::make_shared<ObligingPeer>(true); };
@@ -88,6 +97,16 @@ class HostileServerTest : public ::testing::Test {
     world.backEnd.Logout(world.request);
     return number;
   }
+
+  // A message that LoadMessage can ask for.
+  void KnowMessage() {
+    world.shared.headers.assign(1, HeaderRecord());
+    world.shared.headers[0].number = "1";
+    world.shared.headers[0].uniqueId = "u";
+    world.shared.headerOrigin.mailbox = "joe@POP.EXAMPLE:110";
+  }
+
+  std::string Log() { return ContentOf(*world.files, world.folder.Path("POPDUMP.TXT")); }
 
   InternetWorld world;
 };
@@ -175,10 +194,9 @@ TEST_F(HostileServerTest, ASlowClientDoesNotMakeTheServerSlow) {
   };
   world.network.accept = [&] {
     return std::make_shared<HostilePeer>(
-        HostilePeer::Answers{{"RETR", {"+OK\r\n", message, 1000}}});
+        HostilePeer::Answers{{"UIDL", kKnown}, {"RETR", {"+OK\r\n", message, 1000}}});
   };
-  world.shared.headers.resize(1);
-  world.shared.headers[0].number = "1";
+  KnowMessage();
   world.backEnd.LoadMessage(world.request);
   world.network.RunUntil([this] { return !world.notifier.InProgress(); }, kNoDeadline);
   EXPECT_EQ(object->result, kBackEndSuccess);
@@ -198,6 +216,66 @@ TEST_F(HostileServerTest, AMessageMayBeOnlySoLong) {
   for (const auto* const value : {"0", "-1", "much"}) {
     world.configuration.WriteString("Internet", "MaximumMessageSize", value);
     EXPECT_EQ(Call(kLoad, {{"RETR", {"+OK\r\n" + Times(line, 50000) + ".\r\n"}}}), kBackEndSuccess);
+  }
+}
+
+// What comes when nothing was asked: the connection is closed before the log grows, and the next
+// call makes a new one.
+TEST_F(HostileServerTest, WhoTalksWithoutBeingAskedIsNotListenedTo) {
+  const struct {
+    bool isPop;
+    const char* after;
+    const char* answer;
+    std::string talk;
+  } kCases[] = {
+      {true, "PASS", "+OK\r\n", "+OK I am still here\r\n"},
+      {true, "PASS", "+OK\r\n", "-ERR\r\n+OK\r\n"},
+      {true, "PASS", "+OK\r\n", std::string(100'000, 'x')},
+      {false, "RSET", "250 ok\r\n", "220 ready\r\n"},
+      {false, "RSET", "250 ok\r\n", std::string(200, '2')},
+  };
+  for (const auto& test : kCases) {
+    const auto system = test.isPop ? mail_system::kPop3 : mail_system::kSmtp;
+    const auto most = [&](std::uint64_t piece) { return piece < 10000 ? test.talk : ""; };
+    const auto peer = std::make_shared<HostilePeer>(
+        HostilePeer::Answers{{test.after, {test.answer, most}}}, test.isPop);
+    world.network.accept = [&] { return peer; };
+    world.instance.mailSystem = system;
+    world.log.Start();
+    EXPECT_EQ(world.backEnd.Login(world.request).number, kBackEndSuccess);
+    world.network.RunPending();
+    EXPECT_TRUE(peer->clientGone);
+    EXPECT_LT(peer->pieces * test.talk.size(), kMiB) << test.talk;
+    world.log.Stop();
+    EXPECT_LT(Log().size(), 100'000U) << test.talk;
+
+    world.network.accept = [&] { return std::make_shared<ObligingPeer>(test.isPop); };
+    world.instance.mailSystem = mail_system::kInternet;
+    const auto next = test.isPop ? kHeaders : &InternetBackEnd::Send;
+    EXPECT_EQ((world.backEnd.*next)(world.request).number, kBackEndSuccess);
+    world.backEnd.Logout(world.request);
+  }
+}
+
+// A server that never gives the answer that is waited for.
+TEST_F(HostileServerTest, EndlessEvasionsEndTheCall) {
+  const struct {
+    const char* command;
+    const char* evasion;
+  } kCases[] = {
+      {"greeting", "220 ready\r\n"}, {"greeting", "220-ready\r\n"}, {"RSET", "220 ready\r\n"},
+      {"RSET", "500 no\r\n"},        {"MAIL", "220 ready\r\n"},     {"RCPT", "250-more\r\n"},
+  };
+  for (const auto& test : kCases) {
+    const auto evade = [&](std::uint64_t piece) { return piece < 1'000'000 ? test.evasion : ""; };
+    const auto peer = std::make_shared<HostilePeer>(
+        HostilePeer::Answers{{test.command, {test.evasion, evade}}}, false);
+    world.network.accept = [&] { return peer; };
+    world.log.Start();
+    EXPECT_EQ(world.backEnd.Send(world.request).number, 3) << test.command << test.evasion;
+    world.log.Stop();
+    EXPECT_TRUE(peer->clientGone);
+    EXPECT_LT(Log().size(), 5 * kMiB) << test.command << test.evasion;
   }
 }
 
