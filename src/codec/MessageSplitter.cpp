@@ -125,6 +125,7 @@ bool MessageSplitter::BoundaryLine(std::string_view line) {
 // A multipart in which no part has begun is kept as text.
 void MessageSplitter::CloseContainer(ContentEnd end) {
   auto container = stack_.Pop();
+  if (container.rendering != nullptr) container.rendering->Keep();
   if (container.hasParts) return;
   if (end == ContentEnd::Boundary && container.preamble.ends_with(kLineEnd)) {
     container.preamble.resize(container.preamble.size() - kLineEnd.size());
@@ -190,10 +191,9 @@ void MessageSplitter::OpenContent(clsMIMEPart part) {
   const auto role = RoleOf(part);
   if (role == Role::Body) {
     if (hasBody_) body_.SeparateFromNext();
-    hasBody_ = true;
-    if (search == UuSearch::AtStart) search = UuSearch::Anywhere;
-    text_ =
-        std::make_unique<TextPart>(files_, settings_, attachments_, body_, part.encoding, search);
+    OpenText(part, body_, search);
+  } else if (role == Role::Rendering) {
+    OpenText(part, *GroupOf(stack_.TopOfStackObject())->rendering, search);
   } else if (role != Role::Discard) {
     OpenFile(part, role, search);
   }
@@ -207,17 +207,23 @@ MessageSplitter::Role MessageSplitter::RoleOf(const clsMIMEPart& part) {
   const bool unnamedText =
       part.MType == mime_type::kText && part.Name.empty() && !header_.IsAttachment();
   auto* const group = stack_.Count() > 0 ? GroupOf(stack_.TopOfStackObject()) : nullptr;
-  if (group != nullptr && unnamedText) {
-    // Without files for alternatives the first rendering is the body, whatever its type.
-    if (!group->groupHasBody && (IsPlainText(part) || settings_.suppressAlternatives)) {
-      group->groupHasBody = true;
-      return Role::Body;
-    }
-    const bool discard = settings_.suppressAlternatives || settings_.suppressAttachments;
-    return discard ? Role::Discard : Role::Alternative;
-  }
+  if (group != nullptr && unnamedText) return RoleInGroup(part, *group);
   if (unnamedText && (IsPlainText(part) || !hasBody_)) return Role::Body;
   return settings_.suppressAttachments ? Role::Discard : Role::Attachment;
+}
+
+MessageSplitter::Role MessageSplitter::RoleInGroup(const clsMIMEPart& part, Container& group) {
+  if (IsPlainText(part) && !group.hasBody) {
+    group.hasBody = true;
+    if (group.rendering != nullptr && group.rendering->IsKept()) group.rendering->Keep();
+    group.rendering.reset();
+    return Role::Body;
+  }
+  if (!settings_.suppressAlternatives && !settings_.suppressAttachments) return Role::Alternative;
+  // Without files the first rendering is the body, should there be no plain one.
+  if (group.hasBody || group.rendering != nullptr) return Role::Discard;
+  group.rendering = std::make_unique<HeldRendering>(body_, settings_.maximumBodyBytes);
+  return Role::Rendering;
 }
 
 std::string MessageSplitter::NameOf(const clsMIMEPart& part, Role role) const {
@@ -231,6 +237,12 @@ std::string MessageSplitter::NameOf(const clsMIMEPart& part, Role role) const {
   }
   if (role == Role::Alternative) return AlternativeName(part.contentType);
   return "NONAME." + (extension.empty() ? "DAT" : extension);
+}
+
+void MessageSplitter::OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search) {
+  hasBody_ = true;
+  if (search == UuSearch::AtStart) search = UuSearch::Anywhere;
+  text_ = std::make_unique<TextPart>(files_, settings_, attachments_, sink, part.encoding, search);
 }
 
 void MessageSplitter::OpenFile(const clsMIMEPart& part, Role role, UuSearch search) {

@@ -15,6 +15,7 @@
 
 #include "codec/BodyCollector.h"
 #include "codec/FilePart.h"
+#include "codec/HeldRendering.h"
 #include "codec/PartFile.h"
 #include "codec/PartHeader.h"
 #include "codec/TextPart.h"
@@ -52,14 +53,15 @@ class MessageSplitter {
 
  private:
   enum class State { Header, Preamble, Content, Epilogue };
-  enum class Role { Body, Alternative, Attachment, Discard };
+  enum class Role { Body, Rendering, Alternative, Attachment, Discard };
 
   // A multipart whose parts are being read.
   struct Container {
     clsMIMEPart part;
     std::size_t group =
         0;  // the alternative group it belongs to: its level, counted from 1; 0 for none
-    bool groupHasBody = false;  // of an alternative: one of its renderings is the body
+    bool hasBody = false;                      // of an alternative: its plain rendering is the body
+    std::unique_ptr<HeldRendering> rendering;  // the body without a plain one
     bool hasParts = false;
     std::string preamble;        // kept until the first part comes: without any it is the content
     bool preambleBegun = false;  // in the body: it was too long to be kept
@@ -86,8 +88,10 @@ class MessageSplitter {
   void ContentLine(std::string_view line, bool endsLine);
 
   Role RoleOf(const clsMIMEPart& part);
+  Role RoleInGroup(const clsMIMEPart& part, Container& group);
   Container* GroupOf(const Container& container);
   std::string NameOf(const clsMIMEPart& part, Role role) const;
+  void OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search);
   void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
 
   FileSystem& files_;

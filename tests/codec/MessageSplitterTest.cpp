@@ -300,7 +300,15 @@ TEST_F(MessageSplitterTest, WhatIsSuppressedIsNotWritten) {
        "Content-Type: image/png\n\nx"});
   settings_.suppressAlternatives = true;
   EXPECT_EQ("hi[NONAME.PNG|NONAME.PNG] x", Split(message));
-  EXPECT_EQ("<b>", Split(Multipart("alternative", {"Content-Type: text/html\n\n<b>"})));
+  const std::string page = "Content-Type: text/html\n\n<b>";
+  const std::string enriched = "Content-Type: text/enriched\n\ne";
+  EXPECT_EQ("<b>", Split(Multipart("alternative", {page, enriched})));
+  EXPECT_EQ("hi", Split(Multipart("alternative", {page, "\nhi", enriched})));
+  EXPECT_EQ("hi\r\n<b>\r\nbye",
+            Split(Multipart("mixed", {"\nhi", Multipart("alternative", {page}, "a"), "\nbye"})));
+  settings_.maximumBodyBytes = 2;
+  EXPECT_NE(std::string::npos, Split(Multipart("alternative", {page, "\nhi"})).find("<b>\r\nhi"));
+  settings_.maximumBodyBytes = SplitSettings().maximumBodyBytes;
   const auto named = Multipart("alternative", {"\nhi", "Content-Type: text/html; name=n.htm\n\n<b>",
                                                "Content-Type: text/html\n\n<i>"});
   EXPECT_EQ("hi[n.htm|n.htm] <b>", Split(named));
