@@ -225,7 +225,7 @@ void MailSession::OnLine(std::string_view text, bool complete) {
 // What nobody waits for is not interpreted. A server that goes on with it would fill the log, and
 // keep the process busy, for as long as it likes.
 void MailSession::OnUnasked(std::string_view text, bool starts) {
-  if (starts) Log(name_ + " Bogus RX: ", text);
+  if (starts) LogHeard(name_ + " Bogus RX: ", text);
   if (++unasked_ == kMostUnasked) CloseConnection();
 }
 
@@ -249,7 +249,7 @@ void MailSession::OnLinesRead() {
 // its end counts as not said.
 void MailSession::OnUnfinishedLine(std::string_view text) {
   answered_ = true;
-  Log(name_ + " cut off: ", text);
+  LogHeard(name_ + " cut off: ", text);
 }
 
 void MailSession::OnClosed(int error) {

@@ -26,6 +26,7 @@
 #include "internet/DataRate.h"
 #include "internet/InternetError.h"
 #include "internet/ProtocolLog.h"
+#include "internet/ServerWords.h"
 #include "internet/SessionListener.h"
 #include "net/LineSocket.h"
 #include "net/SocketConnect.h"
@@ -140,6 +141,13 @@ class MailSession : private LineSocket::Handler {
   void Log(std::string_view prefix, std::string_view text = {}) {
     ports_.log.WriteDebug(prefix, text);
   }
+  // What the server has said.
+  void LogHeard(std::string_view prefix, std::string_view text) {
+    if (ports_.log.IsOpen()) Log(prefix, WithoutSecrets(text));
+  }
+  // What no log and no error text may hold, also when the server says it.
+  void KeepSecret(std::string_view secret) { secret_ = secret; }
+  std::string WithoutSecrets(std::string_view text) const { return WithoutSecret(text, secret_); }
   // With the current date and time in front.
   void LogMilestone(std::string_view text);
   void Status(std::string_view text) { ports_.listener.OnStatus(text); }
@@ -180,6 +188,7 @@ class MailSession : private LineSocket::Handler {
   SessionPorts ports_;
   std::string name_;
   SessionSettings settings_;
+  std::string secret_;
   SocketConnect connect_;
   LineSocket socket_;
   SocketWriter writer_;

@@ -58,6 +58,7 @@ Task<SessionResult> PopSession::OnAccount(PopSettings settings, Dialogue dialogu
   if (isOther) TakeLeave();
   loginName_ = settings.loginName;
   password_ = settings.password;
+  KeepSecret(password_);
   co_return co_await Converse(std::move(settings), std::move(dialogue));
 }
 
@@ -69,7 +70,7 @@ void PopSession::BeforeConnecting() {
 Task<> PopSession::LogIn() {
   auto reply = co_await Reply();
   if (!reply.positive) {
-    Log("The server port is not a POP server.  Here is the server response:", reply.words);
+    LogHeard("The server port is not a POP server.  Here is the server response:", reply.words);
     Refused(internet_error::kNotPop, reply, Connection::TakesLeave);
   }
   reply = co_await Command("USER " + loginName_);
@@ -289,7 +290,7 @@ Task<PopReply> PopSession::Command(std::string line) {
 
 Task<PopReply> PopSession::Reply() {
   const auto& heard = co_await NextLine();
-  Log("", heard.text);
+  LogHeard("", heard.text);
   StopWaiting();
   co_return PopReply(heard.text);
 }
@@ -297,7 +298,7 @@ Task<PopReply> PopSession::Reply() {
 // RFC 1939, 3. A message may hold bare line feeds, between which a dot is just a dot: if it ended
 // the message, the rest of that would be taken for the server's words.
 bool PopSession::IsContent(Heard& line) {
-  Log("", line.text);
+  LogHeard("", line.text);
   if (!line.starts) return true;
   if (line.completes && line.text == ".") return !Socket().IsBetweenCrLfs();
   if (line.text.starts_with('.')) line.text.remove_prefix(1);
@@ -305,8 +306,8 @@ bool PopSession::IsContent(Heard& line) {
 }
 
 void PopSession::Refused(std::int32_t number, const PopReply& reply, Connection connection) {
-  lastError_ = reply.words;
-  throw SessionFailure{number, connection, reply.words};
+  lastError_ = ServerWords(WithoutSecrets(reply.words));
+  throw SessionFailure{number, connection, lastError_};
 }
 
 }  // namespace quillon

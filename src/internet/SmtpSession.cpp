@@ -195,7 +195,7 @@ Task<> SmtpSession::Write(TerminatedMessage& message) {
   SmtpReply early;
   const auto* heard = &co_await WriteAll(message);
   while (heard->what == Heard::What::Line) {
-    Log("SMTP Rx: ", heard->text);
+    LogHeard("SMTP Rx: ", heard->text);
     if (early.AddLine(heard->text)) {
       if (early.Code() == 220 && message.CurrentPhase() == Phase::Terminator) {
         AwaitReply();
@@ -229,7 +229,7 @@ void SmtpSession::Enter(Phase phase) {
 Task<> SmtpSession::Verify(const std::string& name) {
   const auto reply = co_await Command("VRFY " + name);
   if (reply.IsPositive()) {
-    resolved_ = reply.Text();
+    resolved_ = ServerWords(reply.Text());
   } else if (reply.Code() < 400 && reply.Code() != 252) {
     Unexpected(reply);
   }
@@ -246,7 +246,7 @@ Task<SmtpReply> SmtpSession::Reply() {
   SmtpReply reply;
   for (;;) {
     const auto& heard = co_await NextLine();
-    Log("SMTP Rx: ", heard.text);
+    LogHeard("SMTP Rx: ", heard.text);
     if (reply.AddLine(heard.text)) co_return reply;
   }
 }
@@ -282,7 +282,7 @@ void SmtpSession::Unexpected(const SmtpReply& reply) {
 }
 
 void SmtpSession::Invalid(std::string_view reason, std::string_view line) {
-  Log(reason, line);
+  LogHeard(reason, line);
   Leave(internet_error::kInvalidSmtpReply);
 }
 

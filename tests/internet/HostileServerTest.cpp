@@ -279,6 +279,47 @@ TEST_F(HostileServerTest, EndlessEvasionsEndTheCall) {
   }
 }
 
+// A server that repeats the password, and sends what would upset a terminal or a box.
+TEST_F(HostileServerTest, WhatAServerSaysIsCleanedBeforeItIsShown) {
+  using std::string_literals::operator""s;
+  const auto words = "no \x1B[2Jway with secret\0\a"s + std::string(65000, 'w') + "\r\n";
+  const struct {
+    HostilePeer::Answers answers;
+    std::string text;
+  } kCases[] = {
+      {{{"PASS", {"-ERR wrong: secretsecret\r\n"}}}, "wrong: ********"},
+      {{{"USER", {"-ERR" + words}}}, "no  [2Jway with **** "},
+      {{{"greeting", {words}}},
+       "The server port is not a POP server.  Server response: no  [2Jway with **** "},
+      {{{"PASS", {"+OK secret\r\nand secret again\r\n"}}, {"STAT", {"-ERR secret\r\n"}}},
+       "The POP STAT command failed."},
+      {{{"STAT", {"+OK 1 1\r\n"}}, {"TOP", {"+OK\r\nSubject: secret\r\n.\r\n"}}}, ""},
+  };
+  world.instance.errorDisplay = kTrue;
+  for (const auto& test : kCases) {
+    world.network.accept = [&] { return std::make_shared<HostilePeer>(test.answers); };
+    world.log.Start();
+    auto result = world.backEnd.LoadMessageHeaders(world.request);
+    world.network.RunPending();
+    EXPECT_EQ(result.text.substr(0, test.text.size()), test.text);
+    EXPECT_LE(result.text.size(), 600U);
+    world.backEnd.Logout(world.request);
+    world.log.Stop();
+    EXPECT_EQ(Log().find("secret"), std::string::npos) << Log().substr(0, 2000);
+  }
+  for (const auto& shown : world.box.shown) {
+    EXPECT_EQ(shown.find("secret"), std::string::npos);
+    EXPECT_LE(shown.size(), 700U);
+  }
+
+  std::string resolved;
+  const HostilePeer::Answers answers = {{"VRFY", {"250 Ann\x1B <ann@x>" + words}}};
+  world.network.accept = [&] { return std::make_shared<HostilePeer>(answers, false); };
+  world.backEnd.ResolveName(world.request, "ann", false, resolved);
+  EXPECT_EQ(resolved.substr(0, 13), "Ann  <ann@x>n");
+  EXPECT_LE(resolved.size(), 600U);
+}
+
 TEST_F(HostileServerTest, LongNamesOfManyFilesAreNotKept) {
   const auto part = "--b\r\nContent-Type: a/b; name=\"" + std::string(60'000, 'n') + "\"\r\n\r\n";
   const auto message = [&](std::uint64_t piece) {
