@@ -145,6 +145,11 @@ HRESULT CallFrame::TakeValue(const Parameter& parameter, Argument& argument) con
     return S_OK;
   }
   const HRESULT result = Convert(value, parameter.type, locale_, argument.owned);
+  if (FAILED(result) && parameter.type == VT_DISPATCH && !parameter.byReference) {
+    // What is no object comes as none: the members say themselves what is wrong with that.
+    V_VT(&argument.passed) = VT_DISPATCH;
+    return S_OK;
+  }
   if (FAILED(result)) return result;
   argument.before = argument.owned.Get();
   argument.passed = argument.owned.Get();
@@ -183,7 +188,7 @@ HRESULT CallFrame::Call(void* object) {
 HRESULT CallFrame::HandBack() {
   for (std::size_t i = 0; i < arguments_.size(); ++i) {
     const Parameter& parameter = function_.parameters[i];
-    if (!parameter.byReference) continue;
+    if (!parameter.handedBack) continue;
     const HRESULT result = HandBackOne(parameter, arguments_[i]);
     if (FAILED(result)) return result;
   }

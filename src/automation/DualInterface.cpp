@@ -100,10 +100,12 @@ void DualInterface::ReadFunctions(ITypeInfo* vtableInfo) {
     for (UINT i = 0; i < static_cast<UINT>(described->cParams); ++i) {
       const ELEMDESC& element = described->lprgelemdescParam[i];
       Parameter parameter = ReadType(element.tdesc);
-      if ((element.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) != 0) {
+      const auto flags = element.paramdesc.wParamFlags;
+      if ((flags & PARAMFLAG_FRETVAL) != 0) {
         function.result = parameter.type;
         continue;
       }
+      parameter.handedBack = parameter.byReference && (flags & PARAMFLAG_FOUT) != 0;
       if (i + 1 < names.size()) parameter.name = Folded(names[i + 1]);
       function.parameters.push_back(std::move(parameter));
     }

@@ -8,10 +8,6 @@ namespace quillon {
 
 namespace {
 
-bool IsUtf8(std::string_view bytes) {
-  return Utf8FromUtf16(Utf16FromUtf8(bytes)) == bytes;
-}
-
 std::string FromLatin1(std::string_view bytes) {
   std::u16string units;
   units.reserve(bytes.size());

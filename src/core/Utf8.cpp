@@ -69,6 +69,17 @@ char32_t TakeUtf8(std::string_view& text) {
   return length == 0 ? kReplacement : point;
 }
 
+bool IsUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto byte = static_cast<unsigned char>(bytes[0]);
+    const auto [point, length] = byte < 0x80 ? Decoded{byte, 1} : DecodeSequence(bytes);
+    const bool isHalf = IsHighSurrogate(point) || IsLowSurrogate(point);
+    if (length == 0 || isHalf) return false;
+    bytes.remove_prefix(length);
+  }
+  return true;
+}
+
 std::string Utf8FromUtf16(std::u16string_view units) {
   std::string text;
   text.reserve(units.size());

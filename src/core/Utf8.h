@@ -13,6 +13,9 @@ void AppendUtf8(std::string& text, char32_t character);
 // U+FFFD.
 char32_t TakeUtf8(std::string_view& text);
 
+// Whether the bytes are UTF-8 throughout (RFC 3629).
+bool IsUtf8(std::string_view bytes);
+
 std::string Utf8FromUtf16(std::u16string_view units);
 
 // Bytes that are not UTF-8 become U+FFFD, one for each.

@@ -244,7 +244,7 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
       Bytes(request.instance.dateFormat), [this] { return MostMessageBytes(); });
   auto settings = Pop(request);
   auto key = CurrentMessage(request, settings, ports_.codePage);
-  auto loading = Engine().LoadMessage(std::move(settings), std::move(key), *collector);
+  auto loading = OfListed(Engine().LoadMessage(std::move(settings), std::move(key), *collector));
   return runner_.Perform(call,
                          NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
                                   "Failed to load the message."),
@@ -255,6 +255,12 @@ std::uint64_t InternetBackEnd::MostMessageBytes() const {
   const auto megabytes =
       ports_.configuration.ReadNumber("Internet", "MaximumMessageSize", kMostMessageMegabytes);
   return (megabytes > 0 ? static_cast<std::uint64_t>(megabytes) : kMostMessageMegabytes) << 20U;
+}
+
+Task<SessionResult> InternetBackEnd::OfListed(Task<SessionResult> work) {
+  auto result = co_await work;
+  if (result.number == error_code::kNoHeaders) throw ServerError(error_code::kNoHeaders);
+  co_return result;
 }
 
 Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
@@ -273,7 +279,7 @@ MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
   login_.PreparePop(request);
   auto settings = Pop(request);
   auto key = CurrentMessage(request, settings, ports_.codePage);
-  auto deleting = Engine().DeleteMessage(std::move(settings), std::move(key));
+  auto deleting = OfListed(Engine().DeleteMessage(std::move(settings), std::move(key)));
   return runner_.Perform(call,
                          NewOrder(request, "DeleteMessage", asynch_operation::kDeleteMessage,
                                   "Failed to delete the message."),

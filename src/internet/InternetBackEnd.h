@@ -88,6 +88,8 @@ class InternetBackEnd final : public BackEnd {
   static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
                                            std::unique_ptr<HeaderUpdate> update);
   std::uint64_t MostMessageBytes() const;
+  // Of a message of the table: 532 is the server's own number.
+  static Task<SessionResult> OfListed(Task<SessionResult> work);
   Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
                                     std::unique_ptr<MessageCollector> collector,
                                     SharedState& shared);

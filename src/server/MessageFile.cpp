@@ -25,11 +25,6 @@ std::string DecodeUtf16(std::string_view bytes, bool littleEndian) {
   return Utf8FromUtf16(units);
 }
 
-bool StartsWithMark(std::string_view bytes) {
-  return bytes.starts_with(kUtf8Mark) || bytes.starts_with(kUtf16LittleMark) ||
-         bytes.starts_with(kUtf16BigMark);
-}
-
 }  // namespace
 
 std::string DecodeMessageFile(std::span<const std::uint8_t> bytes, CodePage& codePage) {
@@ -37,16 +32,17 @@ std::string DecodeMessageFile(std::span<const std::uint8_t> bytes, CodePage& cod
   if (text.starts_with(kUtf8Mark)) return std::string(text.substr(kUtf8Mark.size()));
   if (text.starts_with(kUtf16LittleMark)) return DecodeUtf16(text.substr(2), true);
   if (text.starts_with(kUtf16BigMark)) return DecodeUtf16(text.substr(2), false);
-  return codePage.ToText(text);
+  // Text in an ANSI code page is hardly ever that by chance.
+  return IsUtf8(text) ? std::string(text) : codePage.ToText(text);
 }
 
 std::vector<std::uint8_t> EncodeMessageFile(const std::string& text, CodePage& codePage) {
-  auto bytes = codePage.ToBytes(text);
-  // ANSI bytes that look like a byte-order mark would be read back as something else.
-  if (codePage.ToText(bytes) != text || StartsWithMark(bytes)) {
-    bytes = std::string(kUtf8Mark) + text;
-  }
-  return {bytes.begin(), bytes.end()};
+  const auto ansi = codePage.ToBytes(text);
+  std::vector<std::uint8_t> bytes(ansi.begin(), ansi.end());
+  // What looks like a mark or like UTF-8 would be read back as something else.
+  if (DecodeMessageFile(bytes, codePage) == text) return bytes;
+  const auto marked = std::string(kUtf8Mark) + text;
+  return {marked.begin(), marked.end()};
 }
 
 }  // namespace quillon

@@ -129,6 +129,9 @@ ShowMailDialog         | mail.ShowMailDialog                                  | 
 ShowMailSystemDialog   | mail.ShowMailSystemDialog                            | 530
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 1, 0, 0              | 542
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 0, 2, 0              | 542
+AsynchObjectRegister   | mail.AsynchObjectRegister 5, 0, 1, 0                 | 542
+AsynchObjectRegister   | mail.AsynchObjectRegister "text", 0, 1, 0            | 542
+AsynchObjectRegister   | mail.AsynchObjectRegister Nothing, 0, 1, 0           | 542
 AsynchObjectUnregister | mail.AsynchObjectUnregister mail, 0                  | 0
 AsynchAbort            | mail.AsynchAbort                                     | 538
 GetInterfaceString     | text = mail.GetInterfaceString(41)                   | 0

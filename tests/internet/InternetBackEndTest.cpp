@@ -128,8 +128,8 @@ TEST_F(InternetBackEndTest, AMessageIsFoundAgainInAnotherSession) {
     world.instance.messageIndex = 2;
     EXPECT_TRUE(backEnd.DeleteMessage(request).Succeeded());
     world.instance.messageIndex = 0;
-    EXPECT_EQ(backEnd.LoadMessage(request).number, 532);
-    EXPECT_EQ(backEnd.DeleteMessage(request).number, 532);
+    EXPECT_EQ(CodeOf([&] { backEnd.LoadMessage(request); }), 532);
+    EXPECT_EQ(CodeOf([&] { backEnd.DeleteMessage(request); }), 532);
     EXPECT_TRUE(backEnd.Logout(request).Succeeded());
     ASSERT_EQ(mailbox->messages.size(), 2U);
     EXPECT_EQ(mailbox->messages[0].identifier + mailbox->messages[1].identifier, "u2u4");
@@ -141,7 +141,7 @@ TEST_F(InternetBackEndTest, AMessageIsFoundAgainInAnotherSession) {
     EXPECT_EQ(world.network.connects, connects);
     world.instance.loginName = "joe";
     mailbox->knowsIdentifiers = false;  // any more
-    EXPECT_EQ(backEnd.DeleteMessage(request).number, identified ? 532 : kBackEndSuccess);
+    EXPECT_EQ(CodeOf([&] { backEnd.DeleteMessage(request); }), identified ? 532 : 0);
     backEnd.Logout(request);
   }
 }

@@ -156,6 +156,7 @@ TEST(Composition, AnyTextSurvivesMessageFiles) {
       "\xED\xA0\x80 alone",
       "",
       "\xC3\xAF\xC2\xBB\xC2\xBF looks like a mark",
+      "\xC3\x83\xC2\xA9 looks like UTF-8",
   };
   for (const auto& text : kTexts) {
     server->Put(Property::Message, text);
@@ -172,6 +173,10 @@ TEST(Composition, AnyTextSurvivesMessageFiles) {
                              BytesOf(std::string_view("\xFE\xFF\0A\xD8\x3D\xDE\x00", 8))));
   server->LoadMessageFromFile(path);
   EXPECT_EQ("A\xF0\x9F\x98\x80", Text(server->Get(Property::Message)));
+
+  ASSERT_TRUE(WriteWholeFile(*world.files, path, BytesOf("caf\xC3\xA9")));  // without a mark
+  server->LoadMessageFromFile(path);
+  EXPECT_EQ("caf\xC3\xA9", Text(server->Get(Property::Message)));
 }
 
 TEST(Composition, MessageFilesFailClearly) {
