@@ -40,7 +40,11 @@ Sub GoesOn(what)
   Same what & ", the next Send", "0", CStr(outcome)
 End Sub
 
+' Deletions of the conversation before that were lost with its connection are told here.
 Sub Begin(smtpPort, popPort)
+  On Error Resume Next
+  mail.Logout
+  On Error Goto 0
   If FileCount(received) > 0 Then fso.DeleteFile received & "\*"
   NewMessage
   mail.SMTPPort = smtpPort
