@@ -70,8 +70,12 @@ std::string BareAddress(std::string_view text) {
 }
 
 bool IsSenderAddress(std::string_view bareAddress) {
+  return bareAddress.find('@') != std::string_view::npos && IsRecipientAddress(bareAddress);
+}
+
+bool IsRecipientAddress(std::string_view bareAddress) {
   const auto at = bareAddress.rfind('@');
-  if (at == std::string_view::npos || at == 0 || at + 1 == bareAddress.size()) return false;
+  if (bareAddress.empty() || at == 0 || at == bareAddress.size() - 1) return false;
   return std::none_of(bareAddress.begin(), bareAddress.end(), [](char c) {
     return (static_cast<unsigned char>(c) <= ' ') || c == '<' || c == '>' || c == '\x7F';
   });

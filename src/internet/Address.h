@@ -15,6 +15,10 @@ std::string BareAddress(std::string_view text);
 // or controls.
 bool IsSenderAddress(std::string_view bareAddress);
 
+// Whether the text can stand in RCPT TO: as a sender's, or a name that the server itself knows, as
+// "postmaster" is (RFC 5321, 4.1.1.3). A blank or bracket would add a parameter to the command.
+bool IsRecipientAddress(std::string_view bareAddress);
+
 // The envelope of the lists: each entry split at "," (outside quotes, brackets and names) into bare
 // addresses. In "Doe, John <john@example.com>" the comma belongs to the name.
 std::vector<std::string> FormatSMTPRecipients(const std::vector<std::string>& whoTo,

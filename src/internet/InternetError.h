@@ -19,6 +19,7 @@ inline constexpr std::int32_t kOverflow = 30;
 // Of SMTP.
 inline constexpr std::int32_t kInvalidSmtpReply = 3;
 inline constexpr std::int32_t kNoRecipients = 9;
+inline constexpr std::int32_t kBadRecipient = 10;
 inline constexpr std::int32_t kTextFailed = 11;
 inline constexpr std::int32_t kAttachmentsFailed = 12;
 inline constexpr std::int32_t kTerminatorFailed = 13;

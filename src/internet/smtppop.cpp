@@ -1,5 +1,6 @@
 #include "internet/smtppop.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "internet/Address.h"
@@ -27,6 +28,11 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
   for (const auto* list : {&message.whoTo, &message.cc, &message.bcc}) {
     for (const auto& recipient : *list) RequireWireSafe(recipient, "A recipient");
   }
+}
+
+bool CanBeOffered(const Envelope& envelope) {
+  if (!envelope.override.empty()) return IsRecipientAddress(envelope.override);
+  return std::all_of(envelope.recipients.begin(), envelope.recipients.end(), IsRecipientAddress);
 }
 
 // An operation that no session needs to take up.
@@ -94,6 +100,7 @@ Task<SessionResult> smtppop::Send(SmtpSettings settings, OutgoingMessage message
   if (envelope.recipients.empty() && envelope.override.empty()) {
     return EndedWith(internet_error::kNoRecipients);
   }
+  if (!CanBeOffered(envelope)) return EndedWith(internet_error::kBadRecipient);
   return ComposeAndSend(std::move(settings), std::move(envelope),
                         std::make_unique<MessageComposer>(ports_, composing, std::move(message)));
 }

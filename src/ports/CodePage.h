@@ -14,7 +14,8 @@ class CodePage {
   // has one byte per character.
   virtual std::string ToText(std::string_view bytes) const = 0;
 
-  // What the code page does not hold becomes its replacement character ('?').
+  // What the code page does not hold becomes its replacement character ('?'), never another one
+  // that looks like it.
   virtual std::string ToBytes(std::string_view text) const = 0;
 };
 

@@ -270,6 +270,8 @@ void Playing::CheckNextCall() {
   world_.disk.writeBudget = world_.disk.readBudget = std::numeric_limits<uint64_t>::max();
   world_.shared.message.from = "joe@example.org";
   world_.shared.message.to = {"ann@example.org"};
+  world_.shared.message.cc.clear();
+  world_.shared.message.bcc.clear();
   world_.shared.internet = {};
   abortAfter_ = 0;
   Call(conversation_.isPop ? "headers" : "send");

@@ -164,6 +164,7 @@ TEST(Address, TheEnvelopeTakesBareAddresses) {
   for (const auto* const bad : {"", "joe", "@b", "a@", "a b@c", "a@b>", "a@\tb"}) {
     EXPECT_FALSE(IsSenderAddress(bad)) << bad;
   }
+  EXPECT_TRUE(IsRecipientAddress("postmaster"));
 }
 
 }  // namespace

@@ -22,11 +22,17 @@ class AnsiCodePage final : public CodePage {
     const std::wstring wide = WideFromUtf8(text);
     const int size = static_cast<int>(wide.size());
     const int length =
-        ::WideCharToMultiByte(CP_ACP, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
+        ::WideCharToMultiByte(CP_ACP, flags_, wide.data(), size, nullptr, 0, nullptr, nullptr);
     std::string bytes(static_cast<std::size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, wide.data(), size, bytes.data(), length, nullptr, nullptr);
+    ::WideCharToMultiByte(CP_ACP, flags_, wide.data(), size, bytes.data(), length, nullptr,
+                          nullptr);
     return bytes;
   }
+
+ private:
+  // A fullwidth bracket or comma is text. Were it made the plain one that it looks like, it would
+  // end an address. UTF-8 holds everything, and knows no such flag.
+  const DWORD flags_ = ::GetACP() == CP_UTF8 ? 0 : WC_NO_BEST_FIT_CHARS;
 };
 
 }  // namespace
