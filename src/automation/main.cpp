@@ -27,6 +27,7 @@
 #include "mail/AsynchNotifier.h"
 #include "mail/INIUtilities.h"
 #include "platform/Platform.h"
+#include "platform/win32/LibrarySearch.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32MessageBox.h"
 #include "platform/win32/Win32ProgressDisplay.h"
@@ -193,6 +194,7 @@ int Start() {
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
   try {
+    quillon::SearchLibrariesSafely();
     return quillon::Start();
   } catch (const quillon::HresultError& error) {
     quillon::Complain(L"The server could not start: " +

@@ -16,11 +16,13 @@ class Workstation {
  public:
   virtual ~Workstation() = default;
 
-  // Whether the library can be loaded; it is freed again at once. A directory that is not empty is
-  // the current one meanwhile, so that the library's companions are found there.
+  // Whether the library can be loaded; it is freed again at once. It is looked for beside the
+  // program, in the system's directory and along the path, or else in the directory given (in
+  // full), which is the current one meanwhile, so that the library's companions are found there.
+  // Otherwise the current directory is never looked at.
   virtual bool LibraryLoads(const std::string& name, const std::string& directory) = 0;
 
-  // The version record of a library on the search path; no value when there is no such library.
+  // The version record of a library, looked for in the same way; no value when there is none.
   virtual std::optional<LibraryInfo> DescribeLibrary(const std::string& name) = 0;
 
   virtual bool ObjectCreates(const std::string& progId) = 0;

@@ -5,31 +5,13 @@
 #include <vector>
 
 #include "platform/win32/ComPtr.h"
+#include "platform/win32/LibrarySearch.h"
 #include "platform/win32/Variant.h"
 #include "platform/win32/WideText.h"
 
 namespace quillon {
 
 namespace {
-
-// Makes a directory the current one for the life of the object.
-class CurrentDirectory {
- public:
-  explicit CurrentDirectory(const std::string& directory) {
-    if (directory.empty()) return;
-    std::wstring previous(GetCurrentDirectoryW(0, nullptr), L'\0');
-    previous.resize(GetCurrentDirectoryW(static_cast<DWORD>(previous.size()), previous.data()));
-    if (SetCurrentDirectoryW(WideFromUtf8(directory).c_str()) != FALSE) previous_ = previous;
-  }
-  CurrentDirectory(const CurrentDirectory&) = delete;
-  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
-  ~CurrentDirectory() {
-    if (!previous_.empty()) SetCurrentDirectoryW(previous_.c_str());
-  }
-
- private:
-  std::wstring previous_;
-};
 
 ComPtr<IDispatch> CreateObject(const std::string& progId) {
   CLSID clsid;
@@ -82,22 +64,23 @@ std::string FileVersion(const std::vector<std::uint8_t>& record) {
 }  // namespace
 
 bool Win32Workstation::LibraryLoads(const std::string& name, const std::string& directory) {
-  const CurrentDirectory current(directory);
-  const auto path = directory.empty() ? name : directory + "\\" + name;
-  const HMODULE library = LoadLibraryW(WideFromUtf8(path).c_str());
+  const LibraryDirectory place(WideFromUtf8(directory));
+  const auto wideName = WideFromUtf8(name);
+  const auto path = directory.empty() ? FindLibrary(wideName) : place.Find(wideName);
+  if (path.empty()) return false;
+  // With the directory of the library itself as the first one for what it needs.
+  const HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (library == nullptr) return false;
   FreeLibrary(library);
   return true;
 }
 
 std::optional<LibraryInfo> Win32Workstation::DescribeLibrary(const std::string& name) {
-  std::array<wchar_t, 1024> path{};
-  const auto length = SearchPathW(nullptr, WideFromUtf8(name).c_str(), nullptr,
-                                  static_cast<DWORD>(path.size()), path.data(), nullptr);
-  if (length == 0 || length >= path.size()) return std::nullopt;
+  const auto path = FindLibrary(WideFromUtf8(name));
+  if (path.empty()) return std::nullopt;
   DWORD ignored = 0;
-  std::vector<std::uint8_t> record(GetFileVersionInfoSizeW(path.data(), &ignored));
-  if (record.empty() || GetFileVersionInfoW(path.data(), 0, static_cast<DWORD>(record.size()),
+  std::vector<std::uint8_t> record(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+  if (record.empty() || GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(record.size()),
                                             record.data()) == FALSE) {
     return LibraryInfo{};
   }
