@@ -50,5 +50,6 @@ if(server_main AND idl_present)
     OBJECT_DEPENDS "${generated}/quillon.tlb;${PROJECT_SOURCE_DIR}/cmake/quillon.exe.manifest")
   target_include_directories(quillon PRIVATE "${generated}" cmake)
   target_link_libraries(quillon PRIVATE quillon_options quillon_automation)
-  target_link_options(quillon PRIVATE -municode -s)
+  # The map tells what an address in a crash report was, which the stripped program cannot.
+  target_link_options(quillon PRIVATE -municode -s "-Wl,-Map=${PROJECT_BINARY_DIR}/quillon.map")
 endif()

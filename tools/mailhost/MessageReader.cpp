@@ -95,7 +95,7 @@ std::uint64_t MessageReader::WireSize(int file, std::uint64_t fileSize) {
     afterCr = bytes.back() == '\r';
   }
   char last = '\n';
-  if (fileSize > 0) static_cast<void>(pread(file, &last, 1, static_cast<off_t>(fileSize - 1)));
+  if (fileSize == 0 || pread(file, &last, 1, static_cast<off_t>(fileSize - 1)) != 1) last = '\n';
   return fileSize + bareLineFeeds + (last == '\n' ? 0 : 2);
 }
 
