@@ -7,15 +7,27 @@
 
 namespace quillon {
 
-enum class StartMode { Serve, Register, Unregister, RegisterPerUser, UnregisterPerUser };
+enum class StartMode {
+  Serve,
+  Register,
+  Unregister,
+  RegisterPerUser,
+  UnregisterPerUser,
+  ShowHelp,
+  ShowVersion,
+  Refuse,
+};
 
 struct CommandLine {
   StartMode mode = StartMode::Serve;
-  std::vector<std::wstring> rest;  // what is no switch of ours, in order
+  std::wstring unknown;            // what is refused
+  std::vector<std::wstring> rest;  // from the first argument on that is no switch
 };
 
 // Switches begin with '-' or '/' and may be written in any case: -RegServer, -UnregServer,
-// -RegServerPerUser, -UnregServerPerUser. -Embedding and -Automation, which COM adds, say nothing.
+// -RegServerPerUser, -UnregServerPerUser, -Version, -?. One that nobody knows is refused, lest a
+// typing error starts a server that waits for clients. -Embedding and -Automation, which COM adds
+// anywhere, say nothing.
 CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
 
 }  // namespace quillon

@@ -79,10 +79,25 @@ void AddTypeLibrary(std::vector<RegistryRow>& rows, const std::wstring& program,
                           });
 }
 
+// What stands between the quotes of a LocalServer32 command.
+std::wstring ProgramOf(const std::wstring& command) {
+  if (!command.starts_with(L'"')) return command;
+  return command.substr(1, command.find(L'"', 1) - 1);
+}
+
+// Not merely out of reach, as on a server that does not answer.
+bool IsGone(const std::wstring& file) {
+  if (file.empty() || GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+  const DWORD error = GetLastError();
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 }  // namespace
 
 Registration::Registration(const std::wstring& program, std::span<const PublicClass> classes)
-    : serverKey_(ServerKey(classes.front())), serverCommand_(L"\"" + program + L"\"") {
+    : classes_(classes),
+      serverKey_(ServerKey(classes.front())),
+      serverCommand_(L"\"" + program + L"\"") {
   const std::size_t nameStart = program.find_last_of(L'\\') + 1;
   const std::wstring directory = program.substr(0, nameStart == 0 ? 0 : nameStart - 1);
   AddTypeLibrary(rows_, program, directory);
@@ -109,11 +124,18 @@ LSTATUS Registration::Register(const Place& place) const {
 
 LSTATUS Registration::Unregister(const Place& place) const {
   RegistryKey server;
-  if (server.Open(place.root, place.classes + L"\\" + serverKey_) == ERROR_SUCCESS &&
-      server.Text(nullptr) != serverCommand_) {
-    return ERROR_SUCCESS;
+  if (server.Open(place.root, place.classes + L"\\" + serverKey_) == ERROR_SUCCESS) {
+    const auto command = server.Text(nullptr).value_or(L"");
+    server.Close();
+    if (command != serverCommand_) {
+      const auto program = ProgramOf(command);
+      return IsGone(program) ? Registration(program, classes_).TakeOut(place) : ERROR_SUCCESS;
+    }
   }
-  server.Close();
+  return TakeOut(place);
+}
+
+LSTATUS Registration::TakeOut(const Place& place) const {
   LSTATUS outcome = ERROR_SUCCESS;
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     const std::wstring path = place.classes + L"\\" + row->key;

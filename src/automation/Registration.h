@@ -31,17 +31,22 @@ class Registration {
   static Place PerMachine() { return {HKEY_LOCAL_MACHINE, L"Software\\Classes"}; }
   static Place PerUser() { return {HKEY_CURRENT_USER, L"Software\\Classes"}; }
 
-  // `program` is the full path of the executable, which serves the classes (at least one).
+  // `program` is the full path of the executable, which serves the classes: at least one, which
+  // live longer than this object.
   Registration(const std::wstring& program, std::span<const PublicClass> classes);
 
   // Both return a Win32 error number. A failed registration takes back what it wrote.
   LSTATUS Register(const Place& place) const;
 
   // Takes out what Register writes, and the keys that are empty then. What another copy of the
-  // program has registered, and what somebody else has added, stays.
+  // program has registered stays while that copy is there, and what somebody else has added in any
+  // case.
   LSTATUS Unregister(const Place& place) const;
 
  private:
+  LSTATUS TakeOut(const Place& place) const;
+
+  std::span<const PublicClass> classes_;
   std::vector<RegistryRow> rows_;
   std::wstring serverKey_;
   std::wstring serverCommand_;

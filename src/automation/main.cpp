@@ -17,6 +17,7 @@
 #include "automation/PublicClass.h"
 #include "automation/Registration.h"
 #include "automation/ServerObject.h"
+#include "automation/StartNotice.h"
 #include "automation/TypeLibrary.h"
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 #include "backends/mapi/MapiMailSystem.h"
@@ -146,29 +147,30 @@ LSTATUS ChangeRegistration(StartMode mode) {
       return registration.Register(user);
     case StartMode::UnregisterPerUser:
       return registration.Unregister(user);
-    case StartMode::Serve:
-      break;
+    default:
+      return ERROR_INVALID_PARAMETER;
   }
-  return ERROR_SUCCESS;
 }
 
-std::wstring SystemText(DWORD error) {
-  wchar_t text[256] = {};
-  FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
-                 text, 256, nullptr);
-  return text;
-}
+constexpr wchar_t kHelp[] =
+    L"Quillon, a mail server for programs\r\n"
+    L"\r\n"
+    L"quillon.exe [SWITCH]\r\n"
+    L"\r\n"
+    L"  /RegServer           registers it for everybody, or for you when only that is allowed\r\n"
+    L"  /RegServerPerUser    registers it for you\r\n"
+    L"  /UnregServer         takes both registrations out\r\n"
+    L"  /UnregServerPerUser  takes yours out\r\n"
+    L"  /version             tells the version\r\n"
+    L"  /?                   tells this\r\n"
+    L"\r\n"
+    L"Windows starts it by itself, without a switch, when a program needs it.";
 
-// Tells whoever started the program: on the error stream when there is one, else in a box.
-void Complain(const std::wstring& text) {
-  const HANDLE stream = GetStdHandle(STD_ERROR_HANDLE);
-  DWORD written = 0;
-  const std::string line = "quillon: " + Utf8FromWide(text) + "\r\n";
-  if (stream != nullptr && stream != INVALID_HANDLE_VALUE &&
-      WriteFile(stream, line.data(), static_cast<DWORD>(line.size()), &written, nullptr) != FALSE) {
-    return;
-  }
-  MessageBoxW(nullptr, text.c_str(), L"Quillon", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
+int Register(StartMode mode) {
+  const LSTATUS result = ChangeRegistration(mode);
+  if (result == ERROR_SUCCESS) return 0;
+  Complain(L"The registration could not be changed: " + SystemText(static_cast<DWORD>(result)));
+  return 1;
 }
 
 std::vector<std::wstring> Arguments() {
@@ -182,11 +184,21 @@ std::vector<std::wstring> Arguments() {
 
 int Start() {
   const CommandLine line = ParseCommandLine(Arguments());
-  if (line.mode == StartMode::Serve) return Serve();
-  const LSTATUS result = ChangeRegistration(line.mode);
-  if (result == ERROR_SUCCESS) return 0;
-  Complain(L"The registration could not be changed: " + SystemText(static_cast<DWORD>(result)));
-  return 1;
+  switch (line.mode) {
+    case StartMode::Serve:
+      return Serve();
+    case StartMode::ShowHelp:
+      Inform(kHelp);
+      return 0;
+    case StartMode::ShowVersion:
+      Inform(L"Quillon " + WideFromUtf8(QUILLON_VERSION_TEXT));
+      return 0;
+    case StartMode::Refuse:
+      Complain(L"There is no switch " + line.unknown + L"; /? tells which there are.");
+      return 1;
+    default:
+      return Register(line.mode);
+  }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "AutomationWorld.h"
@@ -29,14 +30,31 @@ TEST(CommandLineTest, SwitchesAreKnownInAnyCaseWithEitherSign) {
       {{L"-unregserver"}, StartMode::Unregister, {}},
       {{L"/regserverPERUSER"}, StartMode::RegisterPerUser, {}},
       {{L"-UnregServerPerUser"}, StartMode::UnregisterPerUser, {}},
-      {{L"Embedding", L"/other", L"LN=joe"},
+      {{L"/?"}, StartMode::ShowHelp, {}},
+      {{L"-Version"}, StartMode::ShowVersion, {}},
+      {{L"Embedding", L"/other", L"-Embedding", L"LN=joe"},
        StartMode::Serve,
        {L"Embedding", L"/other", L"LN=joe"}},
+      {{L"PW=", L"-RegServer"}, StartMode::Serve, {L"PW=", L"-RegServer"}},
   };
   for (const Case& c : cases) {
     const CommandLine line = ParseCommandLine(c.given);
     EXPECT_EQ(line.mode, c.mode);
     EXPECT_EQ(line.rest, c.rest);
+  }
+}
+
+TEST(CommandLineTest, ASwitchOfNobodysIsNamed) {
+  using Arguments = std::vector<std::wstring>;
+  for (const auto& [given, named] :
+       std::vector<std::pair<Arguments, std::wstring>>{{{L"/RegSevrer"}, L"/RegSevrer"},
+                                                       {{L"-"}, L"-"},
+                                                       {{L"--version"}, L"--version"},
+                                                       {{L"/RegServer", L"/PerUser"}, L"/PerUser"},
+                                                       {{L"/what", L"/RegServer"}, L"/what"}}) {
+    const CommandLine line = ParseCommandLine(given);
+    EXPECT_EQ(line.mode, StartMode::Refuse);
+    EXPECT_EQ(line.unknown, named);
   }
 }
 

@@ -6,6 +6,7 @@
 #include "automation/Registration.h"
 #include "platform/win32/RegistryKey.h"
 #include "platform/win32/WideText.h"
+#include "support/TempFolder.h"
 
 namespace quillon::testing {
 namespace {
@@ -115,12 +116,19 @@ TEST_F(RegistrationTest, NothingOfOursStaysBehindAndNothingElseGoes) {
   EXPECT_EQ(left.size(), 4U);
 }
 
-TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistration) {
-  const Registration other(L"D:\\Other\\quillon.exe", kPublicClasses);
+TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistrationWhileItIsThere) {
+  const TempFolder folder;
+  const auto program = WideFromUtf8(folder.Path("other.exe"));
+  ASSERT_NE(CopyFileW(L"C:\\windows\\system32\\kernel32.dll", program.c_str(), FALSE), FALSE);
+  const Registration other(program, kPublicClasses);
   ASSERT_EQ(other.Register(place_), ERROR_SUCCESS);
   const auto before = Below();
   EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
   EXPECT_EQ(Below(), before);
+
+  ASSERT_NE(DeleteFileW(program.c_str()), FALSE);
+  EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+  EXPECT_LE(Below().size(), 1U);
 }
 
 TEST_F(RegistrationTest, AFailedRegistrationTakesBackWhatItWrote) {

@@ -113,6 +113,22 @@ class SeveralClients(RegisteredServer):
             time.sleep(0.05)
 
 
+class CommandLine(unittest.TestCase):
+    def test_a_switch_is_answered_or_refused_in_one_line(self):
+        wine = self.enterContext(winetest.WinePrefix())
+        for arguments, status, expected in (
+                (["/RegSevrer"], 1, "^quillon: [^\n]*/RegSevrer[^\n]*\n$"),
+                (["/RegServer", "-peruser"], 1, "^quillon: [^\n]*-peruser[^\n]*\n$"),
+                (["/version"], 0, r"^Quillon \d+\.\d+\.\d+\n$"),
+                (["-?"], 0, "/UnregServerPerUser")):
+            with self.subTest(arguments):
+                done = wine.run(winetest.SERVER, *arguments, timeout=20)
+                self.assertEqual(status, done.returncode, done.output)
+                self.assertRegex(done.output, expected)
+        self.assertNotIn("QuillonInterface",
+                         wine.run("reg", "query", r"HKLM\Software\Classes").output)
+
+
 class Registration(unittest.TestCase):
     def setUp(self):
         self.wine = self.enterContext(winetest.WinePrefix())
