@@ -25,6 +25,7 @@
 #include "backends/vim/VimMailSystem.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
+#include "internet/TemporaryFolder.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/INIUtilities.h"
 #include "platform/Platform.h"
@@ -120,6 +121,7 @@ int Serve() {
   });
   lifetime.Serve([&classes] { classes.Revoke(); });
   ThrowIfFailed(CoResumeClassObjects());
+  RemoveAbandonedFolders(*application.files, application.files->TempDirectory());
   lifetime.Run(*application.loop, [&application](const std::string& text) {
     application.protocolLog.WriteDebug("Unexpected failure: ", text);
     OutputDebugStringW(WideFromUtf8("Quillon: unexpected failure: " + text + "\n").c_str());

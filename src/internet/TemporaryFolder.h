@@ -1,7 +1,9 @@
 // A directory of its own for the files that one message needs while it is sent, removed with all of
-// them when this object goes.
+// them when this object goes. A file in it, open as long as the object lives, tells that it is in
+// use; a directory whose file can be had was left behind by a process that died.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,7 +31,12 @@ class TemporaryFolder {
   std::string parent_;
   bool keep_;
   std::string path_;  // with a separator; empty until it is made
+  std::unique_ptr<File> inUse_;
   std::vector<std::string> paths_;
 };
+
+// Removes the directories below `parent` that were left behind, with those of their files that such
+// a directory has. One that is kept, or of which it is not sure whose it is, stays.
+void RemoveAbandonedFolders(FileSystem& files, const std::string& parent);
 
 }  // namespace quillon

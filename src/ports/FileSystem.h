@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "ports/LocalClock.h"
 
@@ -47,6 +48,13 @@ enum class OpenMode {
   kCreate,     // for writing; an existing file is emptied
   kCreateNew,  // for writing; fails when the file exists, so that two writers never share one
   kAppend,     // for writing at the end; created when missing
+  kOwn,        // for writing; created when missing, and nobody else's while it is open: another
+               // process cannot open it so, and can again when this one has ended, however it did
+};
+
+struct DirectoryEntry {
+  std::string name;
+  bool isDirectory = false;
 };
 
 class FileSystem {
@@ -69,6 +77,17 @@ class FileSystem {
   // One level only; true when the directory exists afterwards.
   virtual bool MakeDirectory(const std::string& path) = 0;
   virtual bool RemoveEmptyDirectory(const std::string& path) = 0;
+
+  // What is in the directory and has a name that begins so. Links are left out: what is reached by
+  // them is somewhere else.
+  virtual std::vector<DirectoryEntry> List(const std::string& /*directory*/,
+                                           const std::string& /*prefix*/) {
+    return {};
+  }
+
+  // Whether a user can change the file, or what is in the directory, who is neither this one nor an
+  // administrator. True when the system does not tell.
+  virtual bool OthersCanWrite(const std::string& /*path*/) { return false; }
 
   // Whether both exist and are one file, whatever links, short names or case lead to it.
   virtual bool SameFile(const std::string& one, const std::string& other) {

@@ -16,12 +16,19 @@ bool IsWritable(FileSystem& files, const std::string& path) {
   return opened;
 }
 
+// What somebody else could have put there decides nothing, nor does what is written there tell it
+// to others.
+bool IsOurs(FileSystem& files, const std::string& directory, const std::string& path) {
+  return !files.OthersCanWrite(directory) &&
+         !(files.FileExists(path) && files.OthersCanWrite(path)) && IsWritable(files, path);
+}
+
 }  // namespace
 
 std::string ConfigurationPath(FileSystem& files, const std::string& programDirectory,
                               const std::string& userDirectory) {
   auto path = WithSeparator(files, programDirectory) + kFileName;
-  if (userDirectory.empty() || IsWritable(files, path)) return path;
+  if (userDirectory.empty() || IsOurs(files, programDirectory, path)) return path;
   const auto own = WithSeparator(files, userDirectory) + "Quillon";
   files.MakeDirectory(own);
   return WithSeparator(files, own) + kFileName;

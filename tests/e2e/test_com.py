@@ -69,6 +69,31 @@ class Lifetime(RegisteredServer):
         self.assertEqual(0, done.returncode, done.output)
 
 
+    def test_the_next_start_removes_what_a_killed_one_left(self):
+        attached = self.wine.drive_c / "attached.bin"
+        attached.write_bytes(bytes(1000))
+        with MailHost(faults="smtp at RCPT silent\n") as host:
+            client = self.wine.start("cscript", "//nologo", COM / "hanging.vbs", host.smtp, attached)
+            self.await_true(lambda: "RCPT TO" in host.log.read_text(), "Send has not begun")
+            self.assertEqual(["1.UUE"], self.temporary_files())
+            self.wine.kill(SERVER)
+            client.kill()
+        self.wine.reset_com()
+        self.assertEqual(["1.UUE"], self.temporary_files())
+        self.addCleanup(self.wine.start(winetest.SERVER, "/Embedding").kill)
+        self.await_true(lambda: not self.temporary_files(), "the files are still there")
+
+    def temporary_files(self):
+        """The names of the encoded files of all messages."""
+        return [file.name for file in self.wine.drive_c.glob("users/**/QUILLON.*/*.UUE")]
+
+    def await_true(self, condition, trouble):
+        deadline = time.monotonic() + 30
+        while not condition():
+            self.assertLess(time.monotonic(), deadline, trouble)
+            time.sleep(0.05)
+
+
 class SeveralClients(RegisteredServer):
     def test_clients_at_once_share_one_server(self):
         keeper = self.wine.start("cscript", "//nologo", self.keep())

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
 
 #include "core/WholeFile.h"
@@ -26,6 +27,30 @@ class FileSystemTest : public ::testing::Test {
   TempFolder folder_;
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
 };
+
+TEST_F(FileSystemTest, AnOwnFileIsNobodyElses) {
+  const std::string path = folder_.Path("mine");
+  auto mine = files_->Open(path, OpenMode::kOwn);
+  ASSERT_TRUE(mine);
+  EXPECT_TRUE(mine->Write(BytesOf("text")));
+  EXPECT_EQ(files_->Open(path, OpenMode::kOwn), nullptr);
+  mine.reset();
+  EXPECT_NE(files_->Open(path, OpenMode::kOwn), nullptr);
+  EXPECT_EQ(ContentOf(*files_, path), "text");
+}
+
+TEST_F(FileSystemTest, ListsWhatBeginsSo) {
+  ASSERT_TRUE(files_->MakeDirectory(folder_.Path("a.directory")));
+  ASSERT_TRUE(Write(folder_.Path("a.\u00e9"), OpenMode::kCreate, "x"));
+  ASSERT_TRUE(Write(folder_.Path("b.x"), OpenMode::kCreate, "x"));
+  std::map<std::string, bool> found;
+  for (const auto& entry : files_->List(folder_.Path(), "a.")) {
+    found[entry.name] = entry.isDirectory;
+  }
+  EXPECT_EQ(found, (std::map<std::string, bool>{{"a.directory", true}, {"a.\u00e9", false}}));
+  EXPECT_EQ(files_->List(folder_.Path(), "").size(), 3U);
+  EXPECT_TRUE(files_->List(folder_.Path("missing"), "").empty());
+}
 
 TEST_F(FileSystemTest, OpenModes) {
   const std::string path = folder_.Path("a");

@@ -2,6 +2,7 @@
 
 #include "core/WholeFile.h"
 #include "server/ConfigurationFile.h"
+#include "support/FaultyFileSystem.h"
 #include "support/TestWorld.h"
 
 namespace quillon {
@@ -126,6 +127,20 @@ TEST(ConfigurationFile, LivesWhereItCanBeWritten) {
   clsINIUtilities ini(files, path);
   EXPECT_TRUE(ini.WriteString("S", "k", "v"));
   EXPECT_NE(std::string::npos, path.find("Quillon"));
+}
+
+TEST(ConfigurationFile, IsNotWhereOtherUsersCanWrite) {
+  TestWorld world;
+  testing::FaultyFileSystem files(*world.files);
+  const auto beside = world.folder.Path("quillon.ini");
+  const auto user = world.folder.Path("user");
+  ASSERT_TRUE(files.MakeDirectory(user));
+  ASSERT_TRUE(WriteWholeFile(files, beside, {}));
+  EXPECT_EQ(beside, ConfigurationPath(files, world.folder.Path(), user));
+  for (const auto& open : {world.folder.Path(), beside}) {
+    files.openToOthers = open;
+    EXPECT_NE(beside, ConfigurationPath(files, world.folder.Path(), user));
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ports/FileSystem.h"
 
@@ -19,6 +20,8 @@ class FaultyFileSystem final : public FileSystem {
   uint64_t writeBudget = std::numeric_limits<uint64_t>::max();
   uint64_t readBudget = std::numeric_limits<uint64_t>::max();
   bool closeFails = false;
+  // What other users can write, beside what they really can.
+  std::string openToOthers;
   // Calls of Read and Write since the start.
   uint64_t calls = 0;
 
@@ -39,6 +42,13 @@ class FaultyFileSystem final : public FileSystem {
   bool MakeDirectory(const std::string& path) override { return real_.MakeDirectory(path); }
   bool RemoveEmptyDirectory(const std::string& path) override {
     return real_.RemoveEmptyDirectory(path);
+  }
+  std::vector<DirectoryEntry> List(const std::string& directory,
+                                   const std::string& prefix) override {
+    return real_.List(directory, prefix);
+  }
+  bool OthersCanWrite(const std::string& path) override {
+    return path == openToOthers || real_.OthersCanWrite(path);
   }
   bool SameFile(const std::string& one, const std::string& other) override {
     return real_.SameFile(one, other);

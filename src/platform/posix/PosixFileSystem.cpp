@@ -4,9 +4,11 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "core/WholeFile.h"
 #include "platform/Platform.h"
@@ -80,6 +82,8 @@ int OpenFlags(OpenMode mode) {
       return O_WRONLY | O_CREAT | O_EXCL;
     case OpenMode::kAppend:
       return O_WRONLY | O_CREAT | O_APPEND;
+    case OpenMode::kOwn:
+      return O_WRONLY | O_CREAT;
   }
   return O_RDONLY;
 }
@@ -104,6 +108,7 @@ class PosixFileSystem final : public FileSystem {
     auto file = std::make_unique<PosixFile>(descriptor);
     struct stat info {};
     if (::fstat(descriptor, &info) != 0 || S_ISDIR(info.st_mode)) return nullptr;
+    if (mode == OpenMode::kOwn && ::flock(descriptor, LOCK_EX | LOCK_NB) != 0) return nullptr;
     return file;
   }
 
@@ -141,6 +146,25 @@ class PosixFileSystem final : public FileSystem {
 
   bool RemoveEmptyDirectory(const std::string& path) override {
     return IsUsable(path) && ::rmdir(path.c_str()) == 0;
+  }
+
+  std::vector<DirectoryEntry> List(const std::string& directory,
+                                   const std::string& prefix) override {
+    std::vector<DirectoryEntry> entries;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+      auto name = entry.path().filename().string();
+      if (entry.is_symlink(error) || !name.starts_with(prefix)) continue;
+      entries.push_back({std::move(name), entry.is_directory(error)});
+    }
+    return entries;
+  }
+
+  bool OthersCanWrite(const std::string& path) override {
+    struct stat info {};
+    if (!IsUsable(path) || ::stat(path.c_str(), &info) != 0) return true;
+    const bool ours = info.st_uid == 0 || info.st_uid == ::geteuid();
+    return !ours || (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
   }
 
   bool SameFile(const std::string& one, const std::string& other) override {

@@ -1,9 +1,11 @@
 // FileSystem over the Windows calls.
 #include <windows.h>
 #include <algorithm>
+#include <utility>
 
 #include "core/WholeFile.h"
 #include "platform/Platform.h"
+#include "platform/win32/FileRights.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32LocalTime.h"
 #include "ports/FileSystem.h"
@@ -122,6 +124,8 @@ OpenArguments ArgumentsFor(OpenMode mode) {
       return {GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
     case OpenMode::kAppend:
       return {FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS};
+    case OpenMode::kOwn:
+      return {GENERIC_WRITE, 0, OPEN_ALWAYS};
   }
   // A document that is open in its own program can still be sent.
   return {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING};
@@ -166,6 +170,31 @@ class Win32FileSystem final : public FileSystem {
 
   bool RemoveEmptyDirectory(const std::string& path) override {
     return RemoveDirectoryW(SystemPath(path).c_str()) != 0;
+  }
+
+  std::vector<DirectoryEntry> List(const std::string& directory,
+                                   const std::string& prefix) override {
+    std::vector<DirectoryEntry> entries;
+    WIN32_FIND_DATAW found{};
+    const auto pattern = WithSeparator(*this, directory) + prefix + "*";
+    const HANDLE search = FindFirstFileW(SystemPath(pattern).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return entries;
+    do {
+      auto name = Utf8FromWide(found.cFileName);
+      const DWORD attributes = found.dwFileAttributes;
+      // Short names match the pattern as well.
+      if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 || name == "." || name == ".." ||
+          !name.starts_with(prefix)) {
+        continue;
+      }
+      entries.push_back({std::move(name), (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0});
+    } while (FindNextFileW(search, &found) != FALSE);
+    FindClose(search);
+    return entries;
+  }
+
+  bool OthersCanWrite(const std::string& path) override {
+    return OthersMayChange(SystemPath(path));
   }
 
   bool SameFile(const std::string& one, const std::string& other) override {

@@ -8,4 +8,5 @@ mail.TimeoutProtocol = 5000
 mail.NewMessage
 mail.from = "joe@example.com"
 mail.AddRecipientTo "ann@example.com"
+If WScript.Arguments.Count > 1 Then mail.AddAttachment WScript.Arguments(1)
 mail.Send
