@@ -1,6 +1,7 @@
 """The registered server as other processes use it: calls, lifetime, several clients, the registry."""
 
 import pathlib
+import subprocess
 import time
 import unittest
 
@@ -82,6 +83,19 @@ class Lifetime(RegisteredServer):
         self.assertEqual(["1.UUE"], self.temporary_files())
         self.addCleanup(self.wine.start(winetest.SERVER, "/Embedding").kill)
         self.await_true(lambda: not self.temporary_files(), "the files are still there")
+
+    def test_a_pipe_behind_dev_wine_ends_with_the_program(self):
+        """Not with the server, which the script leaves alive."""
+        script = self.wine.drive_c / "leaving.vbs"
+        script.write_text('Set mail = CreateObject("QuillonInterface.Server")\n'
+                          'WScript.Echo "done"\nWScript.Quit 7\n')
+        command = [winetest.TOP / "dev", "wine", "cscript", "//nologo", script]
+        with subprocess.Popen(command, env=self.wine.environment(), stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
+            self.addCleanup(process.kill)
+            self.assertEqual(b"done\r\n", process.communicate(timeout=60)[0])
+        self.assertEqual(7, process.returncode)
+        self.assertTrue(self.wine.processes(SERVER))
 
     def temporary_files(self):
         """The names of the encoded files of all messages."""

@@ -24,4 +24,11 @@ for argument in "$@"; do
   arguments+=("$argument")
 done
 wine_environment
-exec "$wine_root/usr/lib/wine/wine" "${arguments[@]}"
+# A server that the program starts has its streams, and lives on: a pipe would not close.
+between=()
+for stream in 1 2; do
+  if [ -p /dev/fd/$stream ] || [ -S /dev/fd/$stream ]; then
+    between=(python3 "$wine_tools/relay.py")
+  fi
+done
+exec "${between[@]}" "$wine_root/usr/lib/wine/wine" "${arguments[@]}"
