@@ -167,6 +167,7 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
                                    switches.blockSize};
   auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
                                composing, Bytes(switches.envelopeRecipient));
+  LogUnprotected(request.instance);
   auto order = NewOrder(request, "Send", asynch_operation::kSend, "Failed to send the message.");
   order.whenOver = [this, &message] {
     for (const auto& recipient : Engine().RefusedRecipients()) {
@@ -175,6 +176,12 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
   };
   return runner_.Perform(call, std::move(order),
                          Sent(std::move(sending), request.instance.smtpServer));
+}
+
+// An option that a mail system does not know is no failure, but this one somebody may rely on.
+void InternetBackEnd::LogUnprotected(const InstanceState& instance) {
+  if (instance.signedMessage == kFalse && instance.encrypt == kFalse) return;
+  ports_.log.WriteDebug("The message is neither signed nor encrypted: Internet mail does neither.");
 }
 
 Task<SessionResult> InternetBackEnd::Sent(Task<SessionResult> sending, std::string host) {

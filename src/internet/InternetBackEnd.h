@@ -84,6 +84,7 @@ class InternetBackEnd final : public BackEnd {
   // The work of a call: the engine's, and what is done with its result. The call may have returned
   // by then, and its Server may be gone.
   static Task<SessionResult> LoginAll(Logins logins);
+  void LogUnprotected(const InstanceState& instance);
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
   static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
                                            std::unique_ptr<HeaderUpdate> update);

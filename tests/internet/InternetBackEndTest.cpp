@@ -309,13 +309,15 @@ TEST_F(InternetBackEndTest, TheLogTellsWhatAMessageIsMadeOf) {
   ASSERT_TRUE(WriteWholeFile(*world.files, page, BytesOf("<p>")));
   world.shared.message.alternatives = {{page, "text/html"}};
   world.shared.message.attachments = {{page, "page.htm"}};
+  world.instance.encrypt = kTrue;
   world.log.Start();
   EXPECT_EQ(backEnd.Send(request).number, kBackEndSuccess);
   world.log.Stop();
   const auto log = ContentOf(*world.files, world.folder.Path("POPDUMP.TXT"));
   std::size_t at = 0;
   for (const auto* const line :
-       {"--- Starting SMTP Send Method 2026-11-01 08:05:09 ---", "Encoding alternatives... ",
+       {"--- Starting SMTP Send Method 2026-11-01 08:05:09 ---",
+        "The message is neither signed nor encrypted", "Encoding alternatives... ",
         "Encoding attachments... ", "Attempting to connect... ", "Sending message... ",
         "Sending alternatives... ", "Sending attachments... ", "Sending terminator... ",
         "Message sent successfully! "}) {
