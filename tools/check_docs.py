@@ -1,6 +1,6 @@
 """Checks the documents: every public member of the IDL has its entry with an example in
-docs/reference/, no entry describes a member that is not there, and every relative link leads
-somewhere."""
+docs/reference/, no entry describes a member that is not there, every relative link leads
+somewhere, and what is named as a path of this tree is one."""
 
 import collections
 import pathlib
@@ -17,6 +17,7 @@ MEMBER = re.compile(r"\[([^\[\]]*\bid\([^)]*\)[^\[\]]*)\]\s*[\w* ]+?\s+\**(\w+)\
 ENTRY = re.compile(r"^### `(\w+)`")
 HEADING = re.compile(r"^(#{1,6})\s+(.*?)\s*#*\s*$")
 LINK = re.compile(r"!?\[[^\]]*\]\(([^()\s]+(?:\([^()]*\))?)[^()]*\)")
+PATH = re.compile(r"`((?:bench|cmake|docs|examples|fuzz|src|tests|tools)/[\w./-]*)`")
 
 
 def idl_members(path):
@@ -117,8 +118,19 @@ def check_links():
                     yield f"{where}: there is no heading for {target}"
 
 
+def check_paths():
+    """What a document names as a path of this tree is there."""
+    for page in sorted(TOP.rglob("*.md")):
+        if page.relative_to(TOP).parts[0] == "build":
+            continue
+        for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
+            for name in PATH.findall(line):
+                if not (TOP / name).exists():
+                    yield f"{page.relative_to(TOP)}:{number}: there is no {name}"
+
+
 def main():
-    problems = [*check_reference(), *check_links()]
+    problems = [*check_reference(), *check_links(), *check_paths()]
     for problem in problems:
         print(problem)
     return 1 if problems else 0
