@@ -11,7 +11,7 @@ set -euo pipefail
 
 target=$1
 work=$target.partial
-mirror=${QUILLON_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+release=bookworm
 
 say() { printf 'wine: %s\n' "$*"; }
 die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
@@ -19,6 +19,18 @@ die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
 # wine32 is the loader, fonts-wine is for windows, libgnutls30 gives Schannel, libwine-dev holds the
 # IDL files that widl imports.
 packages=(wine wine32 fonts-wine libgnutls30 libwine-dev)
+
+# Where this machine has its own packages of the release from, unless QUILLON_DEBIAN_MIRROR says
+# otherwise. The release may stand there under its code name or another one.
+find_mirror() {
+  mirror=${QUILLON_DEBIAN_MIRROR:-}
+  [ -n "$mirror" ] || mirror=$(apt-get indextargets \
+    --format '$(RELEASE)|$(CODENAME)|$(COMPONENT)|$(REPO_URI)' 'Created-By: Packages' \
+    | awk -F '|' -v release="$release" \
+      '($1 == release || $2 == release) && $3 == "main" && !found { print $4; found = 1 }')
+  [ -n "$mirror" ] \
+    || die "this machine's package sources do not have $release main: set QUILLON_DEBIAN_MIRROR"
+}
 
 # Resolves against an empty machine of architecture i386: own lists, own cache, own status. Only the
 # release's main index is used; the others can be out of step between architectures.
@@ -39,7 +51,7 @@ download() {
   : > "$work/apt/status"
   local keyring=/usr/share/keyrings/debian-archive-keyring.gpg
   [ -r "$keyring" ] || die "missing $keyring (package debian-archive-keyring)"
-  echo "deb [arch=i386 signed-by=$keyring] $mirror bookworm main" > "$work/apt/sources.list"
+  echo "deb [arch=i386 signed-by=$keyring] $mirror $release main" > "$work/apt/sources.list"
   say "reading the i386 package index of $mirror"
   private_apt update || die "the package index of $mirror cannot be read (is the network up?)"
   say "downloading Wine and what it needs (about 150 MB)"
@@ -69,10 +81,15 @@ mend() {
   cp "$root/usr/i686-w64-mingw32/lib/zlib1.dll" "$dlls/"
 }
 
-# A complete Wine laid out by this very script needs nothing.
-recipe=$(sha256sum < "${BASH_SOURCE[0]}")
-[ "$(cat "$target/recipe" 2>/dev/null)" != "$recipe" ] || exit 0
+# A complete Wine laid out in this very way needs nothing, wherever its packages came from. The
+# first recipe was written another way, and laid out the same.
+recipe=$({ echo "$release ${packages[*]}"; declare -f private_apt unpack mend; } | sha256sum)
+first_recipe='d52296426fa0df13630b20028d90abd1ee3fb2c48990e2e54311795953f77af1  -'
+case $(cat "$target/recipe" 2>/dev/null) in
+  "$recipe" | "$first_recipe") exit 0 ;;
+esac
 mkdir -p "$work"
+find_mirror
 download
 unpack
 mend
