@@ -1,11 +1,14 @@
 """What the tests with scripts share: a mail host with a mailbox, and scripts that must say that
 they came to their end."""
 
+import contextlib
+import os
 import pathlib
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
@@ -111,6 +114,50 @@ def prefix_with_server():
     directory.mkdir()
     wine.register(shutil.copy(winetest.SERVER, directory))
     return wine
+
+
+def register_sleeper(wine):
+    """What server_running needs."""
+    if wine.run(winetest.CLIENTS / "Sleeper.exe", "/register").returncode != 0:
+        raise RuntimeError("Sleeper.exe cannot be registered")
+
+
+class ServerProcess:
+    """The running server, which is to have one process only, as the system sees it."""
+
+    def __init__(self, wine):
+        [pid] = wine.processes("quillon.exe")
+        self._folder = pathlib.Path("/proc", str(pid))
+
+    def peak(self):
+        """The most bytes that were resident at once since `forget`."""
+        [line] = [line for line in (self._folder / "status").read_text().splitlines()
+                  if line.startswith("VmHWM:")]
+        return int(line.split()[1]) * 1024
+
+    def forget(self):
+        (self._folder / "clear_refs").write_text("5")  # proc(5): resets the peak
+
+    def seconds(self):
+        """The processor's time that it has taken."""
+        times = (self._folder / "stat").read_text().rpartition(")")[2].split()[11:13]
+        return sum(map(int, times)) / os.sysconf("SC_CLK_TCK")
+
+
+@contextlib.contextmanager
+def server_running(wine, scratch):
+    """The server runs from the beginning to the end."""
+    enough = scratch / "enough"
+    script = scratch / "hold.js"
+    script.write_text("var mail;\n" + (MAIL_SCRIPTS / "hold.js").read_text() + ENDINGS["js"])
+    holding = wine.start("cscript", "//nologo", script, enough)
+    try:
+        while holding.poll() is None and "held" not in holding.output():
+            time.sleep(0.01)
+        yield ServerProcess(wine)
+    finally:
+        enough.touch()
+        holding.wait()
 
 
 class MailTest(ScriptTest):

@@ -8,13 +8,12 @@ import poplib
 import random
 import subprocess
 import tempfile
-import time
 import unittest
 import urllib.parse
 
 import realservers
 from scripting import (ENDINGS, MAIL_SCRIPTS, SCRIPTS, MailTest, literal, prefix_with_server,
-                       run_script)
+                       register_sleeper, run_script, server_running)
 import winetest
 
 MIB = 1 << 20
@@ -22,26 +21,7 @@ MIB = 1 << 20
 
 def setUpModule():
     RealServers.wine = prefix_with_server()
-    sleeper = winetest.CLIENTS / "Sleeper.exe"
-    if RealServers.wine.run(sleeper, "/register").returncode != 0:
-        raise RuntimeError("Sleeper.exe cannot be registered")
-
-
-class ServerMemory:
-    """The memory of the running server, which is to have one process only."""
-
-    def __init__(self, wine):
-        [pid] = wine.processes("quillon.exe")
-        self._folder = pathlib.Path("/proc", str(pid))
-
-    def peak(self):
-        """The most bytes that were resident at once since `forget`."""
-        [line] = [line for line in (self._folder / "status").read_text().splitlines()
-                  if line.startswith("VmHWM:")]
-        return int(line.split()[1]) * 1024
-
-    def forget(self):
-        (self._folder / "clear_refs").write_text("5")  # proc(5): resets the peak
+    register_sleeper(RealServers.wine)
 
 
 @unittest.skipIf(realservers.missing(), f"{realservers.missing()} is not installed")
@@ -145,7 +125,7 @@ class RealServers(MailTest, unittest.TestCase):
         with open(self.files / "big.bin", "wb") as file:
             for _ in range(200):
                 file.write(source.randbytes(MIB))
-        with realservers.RealServers() as servers, self.server_running() as memory:
+        with realservers.RealServers() as servers, server_running(self.wine, self.scratch) as memory:
             idle = memory.peak()
             peaks = {}
             self.send(servers, "A text.")
@@ -156,21 +136,6 @@ class RealServers(MailTest, unittest.TestCase):
             peaks["loading"] = memory.peak()
         for what, peak in peaks.items():
             self.assertLess(peak, idle + 100 * MIB, what)
-
-    @contextlib.contextmanager
-    def server_running(self):
-        """The server runs from the beginning to the end."""
-        enough = self.scratch / "enough"
-        script = self.scratch / "hold.js"
-        script.write_text("var mail;\n" + (MAIL_SCRIPTS / "hold.js").read_text() + ENDINGS["js"])
-        holding = self.wine.start("cscript", "//nologo", script, enough)
-        try:
-            while holding.poll() is None and "held" not in holding.output():
-                time.sleep(0.01)
-            yield ServerMemory(self.wine)
-        finally:
-            enough.touch()
-            holding.wait()
 
 
 if __name__ == "__main__":

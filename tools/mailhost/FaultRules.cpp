@@ -96,6 +96,13 @@ void ParseGarbage(std::string_view& rest, FaultAction& action) {
   if (action.lines) rest = {};
 }
 
+void ParseFlood(std::string_view& rest, FaultAction& action) {
+  action.number = TakeCount(rest, "flood", 1);
+  if (rest.empty()) Fail("flood needs a text");
+  action.text = Unescape(rest);
+  rest = {};
+}
+
 void ParseNothing(std::string_view& /*rest*/, FaultAction& /*action*/) {}
 
 struct ActionRow {
@@ -114,6 +121,7 @@ constexpr ActionRow kActions[] = {
     {"garbage", Kind::kGarbage, ParseGarbage},
     {"stall", Kind::kStall, ParseNothing},
     {"truncate", Kind::kTruncate, ParseTruncate},
+    {"flood", Kind::kFlood, ParseFlood},
 };
 
 FaultAction ParseAction(std::string_view rest) {

@@ -30,11 +30,12 @@ struct FaultAction {
     kDropMid,
     kDropAfter,
     kTruncate,
+    kFlood,
   };
 
   Kind kind{};
-  std::string text{};        // of kReply
-  std::uint64_t number = 0;  // bytes of kGarbage and kTruncate, milliseconds of kDelay
+  std::string text{};        // of kReply, a line of kFlood
+  std::uint64_t number = 0;  // bytes of kGarbage and kTruncate, milliseconds of kDelay, lines
   bool lines = false;        // kGarbage: with line ends
   Shape shape{};             // of kSplit
 

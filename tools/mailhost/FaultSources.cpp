@@ -41,4 +41,20 @@ char GarbageSource::Next() {
   }
 }
 
+bool FloodSource::Read(std::string& out) {
+  constexpr std::size_t kChunk = 64 * 1024;
+  for (const std::size_t end = out.size() + kChunk; made_ < count_ && out.size() < end;) {
+    const std::string number = std::to_string(++made_);
+    for (const char c : line_) {
+      if (c == '#') {
+        out += number;
+      } else {
+        out += c;
+      }
+    }
+    out += "\r\n";
+  }
+  return made_ < count_;
+}
+
 }  // namespace mailhost

@@ -6,6 +6,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "Outbox.h"
 
@@ -41,6 +42,19 @@ class GarbageSource : public ByteSource {
   std::uint64_t made_ = 0;
   // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the same bytes every time are wanted.
   std::mt19937 random_{1};
+};
+
+// A line many times over, with its number in place of each "#".
+class FloodSource : public ByteSource {
+ public:
+  FloodSource(std::string line, std::uint64_t count) : line_(std::move(line)), count_(count) {}
+
+  bool Read(std::string& out) override;
+
+ private:
+  const std::string line_;
+  const std::uint64_t count_;
+  std::uint64_t made_ = 0;
 };
 
 }  // namespace mailhost

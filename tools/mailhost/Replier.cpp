@@ -50,6 +50,9 @@ bool Replier::Apply(const FaultAction& action) {
     case FaultAction::Kind::kTruncate:
       changes_.truncate = action.number;
       return true;
+    case FaultAction::Kind::kFlood:
+      changes_.flood = &action;
+      return true;
     case FaultAction::Kind::kReply:
       Reply(action.text);
       return false;
@@ -71,10 +74,15 @@ bool Replier::Apply(const FaultAction& action) {
 void Replier::Reply(std::string text) {
   if (changes_.multiline) text = AsMultiline(protocol_, text);
   SendCut(std::move(text) + "\r\n");
+  if (changes_.flood != nullptr) Flood();
 }
 
 void Replier::ReplyLines(std::string head, const std::string& body) {
   head += "\r\n";
+  if (changes_.flood != nullptr) {
+    connection_.Out().Text(std::move(head));
+    return Flood();
+  }
   if (changes_.truncate) {
     const std::uint64_t size = std::min<std::uint64_t>(*changes_.truncate, body.size());
     connection_.Out().Text(head + body.substr(0, static_cast<std::size_t>(size)));
@@ -87,6 +95,7 @@ void Replier::ReplyLines(std::string head, const std::string& body) {
 void Replier::ReplyContent(std::string head, std::unique_ptr<ByteSource> body) {
   Outbox& out = connection_.Out();
   out.Text(std::move(head) + "\r\n");
+  if (changes_.flood != nullptr) return Flood();
   if (changes_.truncate || changes_.dropMid) {
     out.Content(std::make_unique<CutSource>(std::move(body), changes_.truncate));
     out.Close();
@@ -94,6 +103,11 @@ void Replier::ReplyContent(std::string head, std::unique_ptr<ByteSource> body) {
   }
   out.Content(std::move(body));
   SendCut(".\r\n");
+}
+
+void Replier::Flood() {
+  const FaultAction& flood = *changes_.flood;
+  connection_.Out().Content(std::make_unique<FloodSource>(flood.text, flood.number));
 }
 
 void Replier::SendCut(std::string text) {

@@ -41,11 +41,13 @@ class Replier {
     bool dropMid = false;
     bool dropAfter = false;
     std::optional<std::uint64_t> truncate{};
+    const FaultAction* flood = nullptr;
   };
 
   // False when the action has taken the step's place.
   bool Apply(const FaultAction& action);
   void SendCut(std::string text);
+  void Flood();
 
   Connection& connection_;
   const Protocol protocol_;
