@@ -33,7 +33,7 @@ struct PopSettings : SessionSettings {
 struct MessageKey {
   std::uint32_t number = 0;    // in that session
   std::uint64_t session = 0;   // which one
-  std::string uniqueId;        // as UIDL has told, if it has been asked
+  std::string uniqueId;        // as UIDL has told, where there is no identity
   std::uint64_t identity = 0;  // HeaderRecord::identity
 };
 

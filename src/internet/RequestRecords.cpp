@@ -100,7 +100,7 @@ SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
 }
 
 std::string MailboxOf(const PopSettings& settings) {
-  return settings.loginName + "@" + UpperAscii(settings.host) + ":" + std::to_string(settings.port);
+  return settings.loginName + "@" + UpperAscii(settings.host);
 }
 
 MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
@@ -116,8 +116,10 @@ MessageKey CurrentMessage(const MailRequest& request, const PopSettings& setting
   const auto number = TakeNumber(text);
   if (!number || *number > std::numeric_limits<std::uint32_t>::max())
     throw ServerError(error_code::kBadMessageIndex);
-  return {static_cast<std::uint32_t>(*number), origin.session, codePage.ToBytes(record.uniqueId),
-          record.identity};
+  MessageKey key{static_cast<std::uint32_t>(*number), origin.session, {}, record.identity};
+  // What a header says of identifiers is the sender's word.
+  if (key.identity == 0) key.uniqueId = codePage.ToBytes(record.uniqueId);
+  return key;
 }
 
 void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage) {

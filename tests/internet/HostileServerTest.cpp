@@ -103,7 +103,7 @@ class HostileServerTest : public ::testing::Test {
     world.shared.headers.assign(1, HeaderRecord());
     world.shared.headers[0].number = "1";
     world.shared.headers[0].uniqueId = "u";
-    world.shared.headerOrigin.mailbox = "joe@POP.EXAMPLE:110";
+    world.shared.headerOrigin.mailbox = "joe@POP.EXAMPLE";
   }
 
   std::string Log() { return ContentOf(*world.files, world.folder.Path("POPDUMP.TXT")); }

@@ -1,4 +1,4 @@
-' A mailbox of one, and a server that hangs up whenever a call is over.
+' A mailbox of one, and a server that hangs up when a call is over.
 Dim turn
 NewServer WScript.Arguments(0), WScript.Arguments(1)
 mail.AddRecipientTo "bob@example.com"

@@ -69,4 +69,4 @@ NewServer WScript.Arguments(0), WScript.Arguments(1)
 mail.AddRecipientTo "bob@example.com"
 mail.SMTPServer = ""
 mail.Send
-Ended "through the remembered server", 0, ""
+Lacking "the remembered server, which is only offered"

@@ -4,7 +4,7 @@ NewServer WScript.Arguments(0), WScript.Arguments(1)
 On Error Resume Next
 mail.LoadMessageHeaders
 Ended "TOP", 6024, "The POP TOP command failed."
-Same "no headers", 0, CInt(mail.messageCount)
+Same "headers that came", 1, CInt(mail.messageCount)
 mail.LoadMessageHeaders
 Ended "TOP again", 0, ""
 mail.messageIndex = 2
