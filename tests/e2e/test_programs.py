@@ -12,7 +12,7 @@ import socket
 import threading
 import unittest
 
-from scripting import ENDED, ENDINGS, MailHost, prefix_with_server
+from scripting import ENDED, ENDINGS, MailHost, prefix_with_server, run_script
 import winetest
 
 PROGRAM = pathlib.Path(__file__).resolve().parent / "programs" / "program.js"
@@ -78,7 +78,56 @@ class Impatient:
                         said = (said + data)[-64:]
 
 
+# An object for each customer, without NewMessage.
+CUSTOMERS = """
+Dim number
+For number = 1 To 3
+  Set mail = CreateObject("QuillonInterface.Server")
+  mail.mailSystem = 7
+  mail.SMTPServer = "127.0.0.1"
+  mail.SMTPPort = WScript.Arguments(0)
+  mail.from = "ann@example.com"
+  mail.AddRecipientTo "customer" & number & "@example.com"
+  mail.AddRecipientBcc "secret" & number & "@example.com"
+  mail.AddAttachment WScript.ScriptFullName
+  mail.subject = "bill " & number
+  mail.Message = "The bill of customer " & number
+  mail.AddXHeader "Customer", number
+  mail.undocumented1 = "|ONLY_RECIP|"
+  mail.Send
+  mail.undocumented1 = "|ONLY_RECIP|boss@example.com"
+  Set mail = Nothing
+Next
+"""
+STRANGER = """
+Dim mail
+Set mail = CreateObject("QuillonInterface.Server")
+WScript.Echo mail.subject & mail.Message & mail.GetMessageItemString(1) & mail.GetMessageItemString(3) & "."
+mail.mailSystem = 7
+mail.SMTPServer = "127.0.0.1"
+mail.SMTPPort = WScript.Arguments(0)
+mail.from = "bob@example.com"
+mail.AddRecipientTo "eve@example.com"
+mail.Send
+"""
+
+
 class Programs(unittest.TestCase):
+    def test_a_new_client_finds_nothing_of_the_last_one(self):
+        with MailHost() as host:
+            for script, lines in ((CUSTOMERS, []), (STRANGER, ["."])):
+                self.assertEqual((True, lines), run_script(self.wine, script + ENDINGS["vbs"],
+                                                           host.smtp))
+            # The first one's process served the second one too.
+            self.assertEqual(1, len(self.wine.processes("quillon.exe")))
+            messages = host.received()
+            log = host.log.read_text()
+        self.assertEqual([f"{kind}{number}" for number in (1, 2, 3)
+                          for kind in ("customer", "secret")] + ["eve"],
+                         re.findall(r"RCPT TO: ?<(\w+)@", log))
+        self.assertEqual([1, 1, 1, 0], [message.count(b"filename=") for message in messages])
+        self.assertEqual([1, 1, 1, 0], [message.count(b"X-Customer: ") for message in messages])
+
     def test_every_message_arrives_once(self):
         script = self.wine.drive_c / "program.js"
         text = PROGRAM.read_text() + ENDINGS["js"]
