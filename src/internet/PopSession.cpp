@@ -246,14 +246,11 @@ Task<std::uint32_t> PopSession::NumberByIdentifier(std::uint32_t likely, std::st
   co_return found;
 }
 
-// What was deleted elsewhere has moved the message to the front, if anywhere.
+// What was deleted elsewhere has moved the message to the front; nothing moves it to the back.
 Task<std::uint32_t> PopSession::NumberByHeader(std::uint32_t likely, std::uint64_t identity) {
   if (co_await HasHeader(likely, identity)) co_return likely;
   const auto last = co_await Statistics();
   for (auto number = std::min(likely - 1, last); number > 0; --number) {
-    if (co_await HasHeader(number, identity)) co_return number;
-  }
-  for (auto number = likely + 1; number <= last; ++number) {
     if (co_await HasHeader(number, identity)) co_return number;
   }
   co_return 0;
