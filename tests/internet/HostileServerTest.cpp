@@ -66,7 +66,10 @@ class HostilePeer final : public LinePeer {
   TickCount gap_ = 0;
 };
 
-const HostilePeer::Answer kKnown{"+OK 1 u\r\n"};  // its identifier
+// The identifier of the message that is wanted.
+HostilePeer::Answer Known() {
+  return {"+OK 1 u\r\n"};
+}
 
 HostilePeer::Answer Always(const std::string& piece, TickCount gap = 0) {
   return {"+OK\r\n", [piece](std::uint64_t) { return piece; }, gap};
@@ -85,7 +88,7 @@ class HostileServerTest : public ::testing::Test {
 
   // The number that a call comes to. The one after it works, with a better server.
   std::int32_t Call(Operation operation, HostilePeer::Answers answers) {
-    answers.try_emplace("UIDL", kKnown);
+    answers.try_emplace("UIDL", Known());
     std::shared_ptr<FakePeer> peer = std::make_shared<HostilePeer>(std::move(answers));
     world.network.accept = [&] { return peer; };
     KnowMessage();
@@ -194,7 +197,7 @@ TEST_F(HostileServerTest, ASlowClientDoesNotMakeTheServerSlow) {
   };
   world.network.accept = [&] {
     return std::make_shared<HostilePeer>(
-        HostilePeer::Answers{{"UIDL", kKnown}, {"RETR", {"+OK\r\n", message, 1000}}});
+        HostilePeer::Answers{{"UIDL", Known()}, {"RETR", {"+OK\r\n", message, 1000}}});
   };
   KnowMessage();
   world.backEnd.LoadMessage(world.request);
@@ -237,7 +240,7 @@ TEST_F(HostileServerTest, WhoTalksWithoutBeingAskedIsNotListenedTo) {
   for (const auto& test : kCases) {
     const auto system = test.isPop ? mail_system::kPop3 : mail_system::kSmtp;
     const auto most = [&](std::uint64_t piece) { return piece < 10000 ? test.talk : ""; };
-    const auto peer = std::make_shared<HostilePeer>(
+    auto peer = std::make_shared<HostilePeer>(
         HostilePeer::Answers{{test.after, {test.answer, most}}}, test.isPop);
     world.network.accept = [&] { return peer; };
     world.instance.mailSystem = system;
@@ -268,7 +271,7 @@ TEST_F(HostileServerTest, EndlessEvasionsEndTheCall) {
   };
   for (const auto& test : kCases) {
     const auto evade = [&](std::uint64_t piece) { return piece < 1'000'000 ? test.evasion : ""; };
-    const auto peer = std::make_shared<HostilePeer>(
+    auto peer = std::make_shared<HostilePeer>(
         HostilePeer::Answers{{test.command, {test.evasion, evade}}}, false);
     world.network.accept = [&] { return peer; };
     world.log.Start();
