@@ -152,14 +152,21 @@ Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
   const auto reply = co_await Command("UIDL");
   if (!reply.positive) Refused(internet_error::kIdentifiersFailed, reply, Connection::Stays);
   sink.OnBegin();
+  co_await ReadIdentifierList([&](std::uint32_t number, std::string_view identifier) {
+    sink.OnIdentifier(number, identifier);
+  });
+  Status("Identifiers loaded successfully.");
+}
+
+// RFC 1939, 7. Lines that are none are left out.
+Task<> PopSession::ReadIdentifierList(std::function<void(std::uint32_t, std::string_view)> take) {
   co_await ReadList([&](const Heard& line) {
     if (!line.starts) return;
     auto identifier = line.text;
     const auto number = TakeNumber(identifier).value_or(0);
     if (number == 0 || number > std::numeric_limits<std::uint32_t>::max()) return;
-    sink.OnIdentifier(static_cast<std::uint32_t>(number), identifier);
+    take(static_cast<std::uint32_t>(number), identifier);
   });
-  Status("Identifiers loaded successfully.");
 }
 
 Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
@@ -237,11 +244,8 @@ Task<std::uint32_t> PopSession::NumberByIdentifier(std::uint32_t likely, std::st
   const auto all = co_await Command("UIDL");
   if (!all.positive) co_return 0;
   std::uint32_t found = 0;
-  co_await ReadList([&](const Heard& line) {
-    auto identifier = line.text;
-    const auto number = TakeNumber(identifier).value_or(0);
-    const bool isNumber = number <= std::numeric_limits<std::uint32_t>::max();
-    if (isNumber && identifier == uniqueId) found = static_cast<std::uint32_t>(number);
+  co_await ReadIdentifierList([&](std::uint32_t number, std::string_view identifier) {
+    if (identifier == uniqueId) found = number;
   });
   co_return found;
 }

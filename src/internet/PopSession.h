@@ -99,6 +99,8 @@ class PopSession final : private MailSession {
   Task<> ReadHeaders(HeaderRequest request, HeaderSink& sink);
   Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
+  // Each message's number and identifier, behind UIDL.
+  Task<> ReadIdentifierList(std::function<void(std::uint32_t, std::string_view)> take);
   // Each line of a header or a list, which may only be so large.
   Task<> ReadList(std::function<void(const Heard&)> take);
   Task<> ReadMessage(MessageKey key, MessageSink& sink);

@@ -1,5 +1,5 @@
-// A Server object for a mail host of the test. The process may still hold what the script before
-// this one has written.
+// A Server object for a mail host of the test, and a message of its own: another object of the
+// script may have written one.
 function newServer(smtpPort, popPort) {
   mail = new ActiveXObject("QuillonInterface.Server");
   mail.mailSystem = 10;
