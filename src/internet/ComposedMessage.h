@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "internet/MessageData.h"
-#include "internet/TemporaryFolder.h"
+#include "mail/TemporaryFolder.h"
 #include "ports/FileSystem.h"
 
 namespace quillon {

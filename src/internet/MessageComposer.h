@@ -12,11 +12,11 @@
 #include <utility>
 
 #include "codec/FileEncoder.h"
-#include "internet/AttachmentPacking.h"
 #include "internet/ComposedMessage.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/ProtocolLog.h"
-#include "internet/TemporaryFolder.h"
+#include "mail/AttachmentPacking.h"
+#include "mail/TemporaryFolder.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"

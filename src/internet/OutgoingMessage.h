@@ -12,13 +12,6 @@
 
 namespace quillon {
 
-// Flags of the property attachmentEncoding; others have no meaning here.
-namespace attachment_encoding {
-inline constexpr std::int16_t kMime = 2;           // else uuencode
-inline constexpr std::int16_t kOneArchive = 64;    // all files packed into one
-inline constexpr std::int16_t kArchiveEach = 128;  // each into one of its own; the one for all wins
-}  // namespace attachment_encoding
-
 struct OutgoingMessage {
   std::string from;  // with or without a display name
   std::vector<std::string> whoTo;

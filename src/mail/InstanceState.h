@@ -12,9 +12,16 @@ namespace quillon {
 
 inline constexpr float kUtcOffsetNotSet = -50.0F;
 
+// A session with a mail system, as one Server sees it.
+struct MailSessionSlot {
+  std::int32_t handle = 0;
+  bool loggedIn = false;
+  bool isClients = false;  // handed in by the client, who ends it himself
+};
+
 struct InstanceState {
   MailSystemId mailSystem = mail_system::kNone;
-  std::int32_t sessionHandle = 0;  // of the current mail system
+  MailSessionSlot session;  // with the current mail system
 
   std::string loginName;
   std::string password;

@@ -10,23 +10,23 @@ namespace quillon {
 Dispatch::Dispatch(InstanceState& state, Environment& environment)
     : state_(state), environment_(environment) {}
 
-void Dispatch::SaveHandle() {
+void Dispatch::SaveSession() {
   const auto* const system = environment_.mailSystems.Find(state_.mailSystem);
   if (system != nullptr && system->KeepsHandle()) {
-    handles_[system->Family()] = state_.sessionHandle;
+    sessions_[system->Family()] = state_.session;
   }
 }
 
-std::int32_t Dispatch::SavedHandle(MailFamily family) const {
-  const auto found = handles_.find(family);
-  return found != handles_.end() ? found->second : 0;
+MailSessionSlot Dispatch::SavedSession(MailFamily family) const {
+  const auto found = sessions_.find(family);
+  return found != sessions_.end() ? found->second : MailSessionSlot();
 }
 
 void Dispatch::SelectSystem(std::int32_t system) {
   if (!IsMailSystemId(system)) throw ServerError(error_code::kInvalidValue);
-  SaveHandle();
+  SaveSession();
   state_.mailSystem = static_cast<MailSystemId>(system);
-  state_.sessionHandle = SavedHandle(FamilyOf(state_.mailSystem));
+  state_.session = SavedSession(FamilyOf(state_.mailSystem));
 }
 
 bool Dispatch::Query(MailSystemId system) {

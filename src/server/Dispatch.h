@@ -26,7 +26,7 @@ class Dispatch {
  public:
   Dispatch(InstanceState& state, Environment& environment);
 
-  // Changes the mail system and puts its family's session handle in place of the old one's; throws
+  // Changes the mail system and puts its family's session in place of the old one's; throws
   // 529 for an identifier that is none.
   void SelectSystem(std::int32_t system);
 
@@ -52,11 +52,11 @@ class Dispatch {
     if (!result.Succeeded()) Fail(system, result);
   }
 
-  // The handle kept for a family while another mail system is current.
-  std::int32_t SavedHandle(MailFamily family) const;
+  // The session kept for a family while another mail system is current.
+  MailSessionSlot SavedSession(MailFamily family) const;
 
-  // Keeps the current handle under its family.
-  void SaveHandle();
+  // Keeps the current session under its family.
+  void SaveSession();
 
  private:
   BackEnd& CurrentBackEnd() const;
@@ -66,7 +66,7 @@ class Dispatch {
   InstanceState& state_;
   Environment& environment_;
   std::map<MailFamily, bool> presence_;
-  std::map<MailFamily, std::int32_t> handles_;
+  std::map<MailFamily, MailSessionSlot> sessions_;
 };
 
 }  // namespace quillon

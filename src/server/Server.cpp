@@ -84,9 +84,9 @@ Server::~Server() {
     environment_.notifier.StartAnew();
     shared = SharedState();
     const auto starts = log.Starts();
-    dispatch_.SaveHandle();
+    dispatch_.SaveSession();
     environment_.mailSystems.Shutdown(
-        [this](MailFamily family) { return dispatch_.SavedHandle(family); },
+        [this](MailFamily family) { return dispatch_.SavedSession(family).handle; },
         [&shared] { return shared.instanceCount == 0; });
     if (log.Starts() == starts) log.Stop();
   } catch (const std::exception&) {

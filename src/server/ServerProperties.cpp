@@ -205,10 +205,10 @@ std::int32_t Server::UnreadCount() {
 std::int32_t Server::SessionHandle() {
   if (environment_.mailSystems.BackEndOf(state_.mailSystem) != nullptr) {
     dispatch_.Run([&](BackEnd& backEnd, MailRequest& request) {
-      return backEnd.GetSessionHandle(request, state_.sessionHandle);
+      return backEnd.GetSessionHandle(request, state_.session.handle);
     });
   }
-  return state_.sessionHandle;
+  return state_.session.handle;
 }
 
 void Server::PutSessionHandle(std::int32_t handle) {
@@ -222,7 +222,7 @@ void Server::PutSessionHandle(std::int32_t handle) {
   } catch (const ServerError&) {
     Reject("Could not set session handle.");
   }
-  state_.sessionHandle = handle;
+  state_.session = {handle, handle != 0, handle != 0};
 }
 
 void Server::SwitchLog() {

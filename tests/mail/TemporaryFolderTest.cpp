@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "core/WholeFile.h"
-#include "internet/TemporaryFolder.h"
+#include "mail/TemporaryFolder.h"
 #include "platform/Platform.h"
 #include "support/TempFolder.h"
 

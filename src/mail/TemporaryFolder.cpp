@@ -1,4 +1,4 @@
-#include "internet/TemporaryFolder.h"
+#include "mail/TemporaryFolder.h"
 
 #include <utility>
 

@@ -1,9 +1,8 @@
-#include "internet/AttachmentPacking.h"
+#include "mail/AttachmentPacking.h"
 
 #include <utility>
 
 #include "codec/ZipClass.h"
-#include "internet/OutgoingMessage.h"
 
 namespace quillon {
 
