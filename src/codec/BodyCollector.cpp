@@ -33,7 +33,7 @@ std::string_view BodyCollector::WithinLines(std::string_view bytes) {
 void BodyCollector::Put(std::string_view bytes) {
   if (bytes.empty()) return;
   if (file_ == nullptr && text_.size() + bytes.size() > settings_.maximumBodyBytes) {
-    file_ = std::make_unique<PartFile>(files_, settings_, kFileName, list_, true);
+    file_ = std::make_unique<PartFile>(settings_, kFileName, list_, true);
     file_->Append(text_);
     text_ = std::string();
   }

@@ -32,8 +32,7 @@ void FilePart::Append(std::string_view bytes) {
 }
 
 void FilePart::Open() {
-  file_ = std::make_unique<PartFile>(files_, settings_, content_.HasFiles() ? kNameOfText : name_,
-                                     list_);
+  file_ = std::make_unique<PartFile>(settings_, content_.HasFiles() ? kNameOfText : name_, list_);
 }
 
 void FilePart::Finish(ContentEnd end) {

@@ -22,7 +22,7 @@ struct HeaderRecord {
   std::string originator;
   std::string to;
   std::string cc;
-  std::string status;  // as the "Status" field says
+  std::string status;  // as the "Status" field says; kStatusRead, kStatusUnread
   std::string messageId;
   std::string replyAddress;
   std::string contentLength;  // as the "Content-Length" field says
@@ -35,6 +35,10 @@ struct HeaderRecord {
   // By which the back end knows the message again where it has no unique identifier; 0: not at all.
   std::uint64_t identity = 0;
 };
+
+// What back ends put into the status that know it as a flag.
+inline constexpr const char* kStatusRead = "R";
+inline constexpr const char* kStatusUnread = "U";
 
 // The members that come from the mail.
 inline constexpr std::array kHeaderTexts = {

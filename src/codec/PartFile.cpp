@@ -33,11 +33,19 @@ AttachmentList::~AttachmentList() {
   for (const auto& path : paths_) files_.RemoveFile(path);
 }
 
-void AttachmentList::Add(std::string path, std::string listedPath, std::string displayName,
-                         bool first) {
-  paths_.push_back(std::move(path));
+std::unique_ptr<File> AttachmentList::NewFile(const SplitSettings& settings, std::string_view name,
+                                              std::string& path, bool first) {
+  auto created = CreateAttachmentFile(files_, settings.directory, name, settings.returnShortPaths,
+                                      RandomLetters);
+  if (created.file == nullptr) {
+    Fail();
+    return nullptr;
+  }
+  path = created.path;
+  paths_.push_back(std::move(created.path));
   const auto place = first ? attachments_.begin() : attachments_.end();
-  attachments_.insert(place, {std::move(listedPath), std::move(displayName)});
+  attachments_.insert(place, {std::move(created.listedPath), DisplayName(name)});
+  return std::move(created.file);
 }
 
 std::vector<Attachment> AttachmentList::Keep() {
@@ -45,17 +53,11 @@ std::vector<Attachment> AttachmentList::Keep() {
   return std::exchange(attachments_, {});
 }
 
-PartFile::PartFile(FileSystem& files, const SplitSettings& settings, std::string_view name,
-                   AttachmentList& list, bool first)
+PartFile::PartFile(const SplitSettings& settings, std::string_view name, AttachmentList& list,
+                   bool first)
     : list_(list) {
-  auto created = CreateAttachmentFile(files, settings.directory, name, settings.returnShortPaths,
-                                      RandomLetters);
-  if (created.file == nullptr) {
-    list_.Fail();
-    return;
-  }
-  file_ = std::move(created.file);
-  list_.Add(std::move(created.path), std::move(created.listedPath), DisplayName(name), first);
+  std::string path;
+  file_ = list_.NewFile(settings, name, path, first);
 }
 
 PartFile::~PartFile() {

@@ -46,8 +46,10 @@ class AttachmentList {
   void Fail() noexcept { failed_ = true; }
   bool Failed() const noexcept { return failed_; }
 
-  // Adds a file; `first` puts it before the others.
-  void Add(std::string path, std::string listedPath, std::string displayName, bool first);
+  // Makes a file under a cleaned name that no other file has; `first` puts it before the others.
+  // Null when the directory takes none, which fails the list.
+  std::unique_ptr<File> NewFile(const SplitSettings& settings, std::string_view name,
+                                std::string& path, bool first = false);
 
   std::vector<Attachment> Keep();
 
@@ -58,12 +60,11 @@ class AttachmentList {
   bool failed_ = false;
 };
 
-// A file of the list that is being written, under a cleaned name that no other file has. Its
-// failures fail the list.
+// A file of the list that is being written. Its failures fail the list.
 class PartFile final : public ByteSink {
  public:
-  PartFile(FileSystem& files, const SplitSettings& settings, std::string_view name,
-           AttachmentList& list, bool first = false);
+  PartFile(const SplitSettings& settings, std::string_view name, AttachmentList& list,
+           bool first = false);
   ~PartFile() override;
 
   void Append(std::string_view bytes) override;

@@ -119,7 +119,7 @@ void TextPart::OpenFile() {
   if (settings_.suppressAttachments) return;
   auto name = first && !firstName_.empty() ? firstName_ : begin_->fileName;
   if (name.empty()) name = kDefaultName;
-  file_ = std::make_unique<PartFile>(files_, settings_, name, list_);
+  file_ = std::make_unique<PartFile>(settings_, name, list_);
 }
 
 void TextPart::FlushData() {

@@ -29,6 +29,17 @@ class GroupEnds {
 
 }  // namespace
 
+std::size_t LastBracket(std::string_view text) {
+  auto open = std::string_view::npos;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '<') open = at;
+    if (text[at] != '"' || !BeginsWord(text, at)) continue;
+    const auto end = text.find('"', at + 1);
+    if (end != std::string_view::npos) at = end;
+  }
+  return open;
+}
+
 std::vector<std::string> SplitRecipients(std::string_view text, std::string_view delimiter,
                                          std::string_view brackets) {
   std::vector<std::string> recipients;

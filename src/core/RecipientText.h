@@ -14,6 +14,9 @@ namespace quillon {
 std::vector<std::string> SplitRecipients(std::string_view text, std::string_view delimiter,
                                          std::string_view brackets);
 
+// Where the last "<" outside quotes stands, which begins the address; npos when there is none.
+std::size_t LastBracket(std::string_view text);
+
 // Whether a quoted name (RFC 5322, section 3.2.4) may begin here: at the start, or behind a blank.
 constexpr bool BeginsWord(std::string_view text, std::size_t at) noexcept {
   return at == 0 || text[at - 1] == ' ' || text[at - 1] == '\t';

@@ -12,18 +12,6 @@ namespace {
 
 constexpr std::size_t kLongestLine = 998;
 
-// The last "<" outside quotes.
-std::size_t LastBracket(std::string_view text) {
-  auto open = std::string_view::npos;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '<') open = at;
-    if (text[at] != '"' || !BeginsWord(text, at)) continue;
-    const auto end = text.find('"', at + 1);
-    if (end != std::string_view::npos) at = end;
-  }
-  return open;
-}
-
 // A name as RFC 5322, section 3.2.4, quotes it.
 std::string Quoted(std::string_view name) {
   std::string quoted = "\"";

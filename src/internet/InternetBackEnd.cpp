@@ -8,6 +8,7 @@
 
 #include "core/ErrorCode.h"
 #include "internet/InternetErrorText.h"
+#include "mail/ReceivedFiles.h"
 
 namespace quillon {
 

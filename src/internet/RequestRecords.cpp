@@ -12,6 +12,7 @@
 #include "core/Text.h"
 #include "internet/Address.h"
 #include "internet/PopReply.h"
+#include "mail/LoadedMessage.h"
 
 namespace quillon {
 
@@ -84,21 +85,6 @@ OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& pro
   return message;
 }
 
-SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
-  const auto& instance = request.instance;
-  const auto& switches = request.shared.switches;
-  SplitSettings settings;
-  settings.directory = instance.attachmentDirectory;
-  if (settings.directory.empty()) settings.directory = switches.temporaryDirectory;
-  if (settings.directory.empty()) settings.directory = files.TempDirectory();
-  settings.suppressAttachments = instance.suppressAttachments != kFalse;
-  settings.suppressAlternatives = request.shared.internet.suppressAlternatives != kFalse;
-  settings.returnShortPaths = instance.returnShortFilespecs != kFalse;
-  settings.headersInBody = instance.headersInMessage != kFalse;
-  settings.maximumBodyLines = static_cast<std::size_t>(switches.maximumBodyLines);
-  return settings;
-}
-
 std::string MailboxOf(const PopSettings& settings) {
   return settings.loginName + "@" + UpperAscii(settings.host);
 }
@@ -124,18 +110,16 @@ MessageKey CurrentMessage(const MailRequest& request, const PopSettings& setting
 
 void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage) {
   const auto& fields = collector.Fields();
-  auto& message = shared.message;
-  message.to = SplitRecipients(codePage.ToText(fields.to), ",", "<>");
-  message.cc = SplitRecipients(codePage.ToText(fields.cc), ",", "<>");
-  message.bcc.clear();
-  message.alternatives.clear();
-  message.xHeaders.clear();
-  message.attachments = std::move(collector.Message().attachments);
-  message.from = codePage.ToText(fields.originator);
-  message.subject = codePage.ToText(fields.subject);
-  message.dateSent = codePage.ToText(fields.dateText);
-  message.rawHeaders = codePage.ToText(collector.RawHeaders());
-  message.body = codePage.ToText(collector.Message().body);
+  LoadedMessage loaded;
+  loaded.to = SplitRecipients(codePage.ToText(fields.to), ",", "<>");
+  loaded.cc = SplitRecipients(codePage.ToText(fields.cc), ",", "<>");
+  loaded.attachments = std::move(collector.Message().attachments);
+  loaded.from = codePage.ToText(fields.originator);
+  loaded.subject = codePage.ToText(fields.subject);
+  loaded.dateText = codePage.ToText(fields.dateText);
+  loaded.rawHeaders = codePage.ToText(collector.RawHeaders());
+  loaded.body = codePage.ToText(collector.Message().body);
+  MakeCurrent(shared.message, std::move(loaded));
 }
 
 HeaderTable TextTable(HeaderTable table, const CodePage& codePage) {

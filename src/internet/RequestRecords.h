@@ -12,7 +12,6 @@
 #include "internet/SmtpSession.h"
 #include "mail/BackEnd.h"
 #include "ports/CodePage.h"
-#include "ports/FileSystem.h"
 
 namespace quillon {
 
@@ -26,10 +25,6 @@ SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage
 PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage);
 OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
                           const CodePage& codePage);
-
-// How a message is received. Without a directory of their own attachments go where temporary files
-// go.
-SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files);
 
 // The mailbox that the login data leads to.
 std::string MailboxOf(const PopSettings& settings);
