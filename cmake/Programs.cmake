@@ -53,16 +53,17 @@ if(WIN32)
       RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/clients")
   endforeach()
 
-  # tests/doubles/<name>/ -> doubles/<name>.dll, found by a program that runs with that directory's
-  # library in place of the real one.
+  # tests/doubles/<name>/ -> doubles/<name>.dll: a stand-in for a library of another maker, a face of
+  # the desk.
   file(GLOB doubles CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/doubles/*/*.cpp")
+  list(FILTER doubles EXCLUDE REGEX "/doubles/desk/")
   list(TRANSFORM doubles REPLACE "/[^/]*$" "")
   list(REMOVE_DUPLICATES doubles)
   foreach(directory IN LISTS doubles)
     cmake_path(GET directory FILENAME name)
     file(GLOB sources CONFIGURE_DEPENDS "${directory}/*.cpp" "${directory}/*.def")
     add_library(double_${name} SHARED ${sources})
-    target_link_libraries(double_${name} PRIVATE quillon_options quillon_core)
+    target_link_libraries(double_${name} PRIVATE quillon_options quillon_desk quillon_platform)
     set_target_properties(double_${name} PROPERTIES PREFIX "" OUTPUT_NAME "${name}"
       RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/doubles")
   endforeach()

@@ -41,6 +41,13 @@ function(quillon_test layer)
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}" PROPERTIES TIMEOUT 120 LABELS "${layer}")
 endfunction()
 
+# The store that the doubles of other mail systems are faces of.
+quillon_sources(desk_sources "${PROJECT_SOURCE_DIR}/tests/doubles/desk")
+add_library(quillon_desk STATIC ${desk_sources})
+target_include_directories(quillon_desk PUBLIC "${PROJECT_SOURCE_DIR}/tests/doubles")
+target_link_libraries(quillon_desk PRIVATE quillon_options PUBLIC quillon_core)
+quillon_test(desk quillon_desk)
+
 foreach(layer core codec mail net platform internet backends addressbook dialer dialogs server)
   quillon_test(${layer})
 endforeach()
