@@ -20,6 +20,7 @@
 #include "automation/StartNotice.h"
 #include "automation/TypeLibrary.h"
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
+#include "backends/mapi/MapiBackEnd.h"
 #include "backends/mapi/MapiMailSystem.h"
 #include "backends/notes/NotesMailSystem.h"
 #include "backends/vim/VimMailSystem.h"
@@ -30,6 +31,7 @@
 #include "mail/TemporaryFolder.h"
 #include "platform/Platform.h"
 #include "platform/win32/LibrarySearch.h"
+#include "platform/win32/VbaMap32.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32MessageBox.h"
 #include "platform/win32/Win32ProgressDisplay.h"
@@ -55,6 +57,11 @@ std::string UserDirectory() {
   wchar_t path[MAX_PATH] = {};
   SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path);
   return Utf8FromWide(path);
+}
+
+std::unique_ptr<SimpleMapi> MakeSimpleMapi(const CodePage& codePage) {
+  if (VbaMap32::IsInstalled()) return std::make_unique<VbaMap32>(codePage);
+  return std::make_unique<Mapi32>(codePage);
 }
 
 // Everything below the COM skin, one of each for the process.
@@ -87,7 +94,9 @@ struct Application {
                                    configuration, protocolLog, notifier, progress},
                                   {version, {}}};
   InternetMailSystem internet{internetBackEnd};
-  MapiMailSystem mapi{workstation};
+  std::unique_ptr<SimpleMapi> mapiLibrary = MakeSimpleMapi(*codePage);
+  MapiBackEnd mapiBackEnd{{*mapiLibrary, *files, messageBox, loginPrompt, configuration}};
+  MapiMailSystem mapi{workstation, &mapiBackEnd};
   VimMailSystem vim{workstation};
   ActiveMessagingMailSystem activeMessaging{workstation};
   NotesMailSystem notes{workstation};

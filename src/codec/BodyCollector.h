@@ -12,8 +12,8 @@ namespace quillon {
 
 class BodyCollector final : public ByteSink {
  public:
-  BodyCollector(FileSystem& files, const SplitSettings& settings, AttachmentList& list)
-      : files_(files), settings_(settings), list_(list) {}
+  BodyCollector(const SplitSettings& settings, AttachmentList& list)
+      : settings_(settings), list_(list) {}
 
   void Append(std::string_view bytes) override;
 
@@ -30,7 +30,6 @@ class BodyCollector final : public ByteSink {
   std::string_view WithinLines(std::string_view bytes);
   void Put(std::string_view bytes);
 
-  FileSystem& files_;
   const SplitSettings& settings_;
   AttachmentList& list_;
   std::string text_;

@@ -14,14 +14,12 @@ bool IsBlank(std::string_view bytes) {
 
 }  // namespace
 
-FilePart::FilePart(FileSystem& files, const SplitSettings& settings, AttachmentList& list,
-                   std::string name, const std::string& ownName, std::int16_t encoding,
-                   UuSearch search)
-    : files_(files),
-      settings_(settings),
+FilePart::FilePart(const SplitSettings& settings, AttachmentList& list, std::string name,
+                   const std::string& ownName, std::int16_t encoding, UuSearch search)
+    : settings_(settings),
       list_(list),
       name_(std::move(name)),
-      content_(files, settings, list, *this, encoding, search, ownName) {}
+      content_(settings, list, *this, encoding, search, ownName) {}
 
 void FilePart::Append(std::string_view bytes) {
   if (file_ == nullptr) {

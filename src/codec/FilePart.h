@@ -17,7 +17,7 @@ class FilePart final : private ByteSink {
  public:
   // `name` is that of the file; `ownName` the one that the sender gave, if any, which is that of
   // the first uuencoded file, too.
-  FilePart(FileSystem& files, const SplitSettings& settings, AttachmentList& list, std::string name,
+  FilePart(const SplitSettings& settings, AttachmentList& list, std::string name,
            const std::string& ownName, std::int16_t encoding, UuSearch search);
 
   void Line(std::string_view line, bool endsLine) { content_.Line(line, endsLine); }
@@ -27,7 +27,6 @@ class FilePart final : private ByteSink {
   void Append(std::string_view bytes) override;
   void Open();
 
-  FileSystem& files_;
   const SplitSettings& settings_;
   AttachmentList& list_;
   const std::string name_;

@@ -36,11 +36,10 @@ bool HasExtension(const std::string& name) {
 
 MessageSplitter::MessageSplitter(FileSystem& files, const CodePage& codePage,
                                  const SplitSettings& settings)
-    : files_(files),
-      codePage_(codePage),
+    : codePage_(codePage),
       settings_(settings),
       attachments_(files),
-      body_(files, settings_, attachments_) {}
+      body_(settings_, attachments_) {}
 
 bool MessageSplitter::Line(std::string_view line, bool endsLine) {
   const bool whole = atLineStart_ && endsLine;
@@ -242,11 +241,11 @@ std::string MessageSplitter::NameOf(const clsMIMEPart& part, Role role) const {
 void MessageSplitter::OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search) {
   hasBody_ = true;
   if (search == UuSearch::AtStart) search = UuSearch::Anywhere;
-  text_ = std::make_unique<TextPart>(files_, settings_, attachments_, sink, part.encoding, search);
+  text_ = std::make_unique<TextPart>(settings_, attachments_, sink, part.encoding, search);
 }
 
 void MessageSplitter::OpenFile(const clsMIMEPart& part, Role role, UuSearch search) {
-  file_ = std::make_unique<FilePart>(files_, settings_, attachments_, NameOf(part, role), part.Name,
+  file_ = std::make_unique<FilePart>(settings_, attachments_, NameOf(part, role), part.Name,
                                      part.encoding, search);
 }
 

@@ -94,7 +94,6 @@ class MessageSplitter {
   void OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search);
   void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
 
-  FileSystem& files_;
   const CodePage& codePage_;
   const SplitSettings settings_;
 

@@ -27,10 +27,9 @@ bool IsBlankLine(std::string_view line) {
 
 }  // namespace
 
-TextPart::TextPart(FileSystem& files, const SplitSettings& settings, AttachmentList& list,
-                   ByteSink& rest, std::int16_t encoding, UuSearch search, std::string firstName)
-    : files_(files),
-      settings_(settings),
+TextPart::TextPart(const SplitSettings& settings, AttachmentList& list, ByteSink& rest,
+                   std::int16_t encoding, UuSearch search, std::string firstName)
+    : settings_(settings),
       list_(list),
       text_(encoding, rest),
       search_(search),

@@ -30,7 +30,7 @@ class TextPart {
  public:
   // `rest` takes what is no file. The first file is called `firstName`, unless that is empty; the
   // others, and then the first too, have the name of their "begin " line.
-  TextPart(FileSystem& files, const SplitSettings& settings, AttachmentList& list, ByteSink& rest,
+  TextPart(const SplitSettings& settings, AttachmentList& list, ByteSink& rest,
            std::int16_t encoding, UuSearch search, std::string firstName = {});
 
   void Line(std::string_view line, bool endsLine);
@@ -55,7 +55,6 @@ class TextPart {
   void LeaveFile();
   void TextLine(std::string_view line, bool endsLine);
 
-  FileSystem& files_;
   const SplitSettings& settings_;
   AttachmentList& list_;
   ContentDecoder text_;
