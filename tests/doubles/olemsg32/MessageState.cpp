@@ -1,0 +1,122 @@
+#include "olemsg32/MessageState.h"
+
+#include <windows.h>
+#include <atomic>
+#include <filesystem>
+
+#include "olemsg32/Errors.h"
+#include "olemsg32/TheStore.h"
+
+namespace desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+template <class Record, class From>
+Parts<Record> PartsOf(std::vector<From>& records) {
+  Parts<Record> parts;
+  for (From& record : records) {
+    parts.push_back(std::make_shared<Part<Record>>());
+    static_cast<From&>(parts.back()->record) = std::move(record);
+  }
+  records.clear();
+  return parts;
+}
+
+template <class Record, class To>
+void AddRecords(const Parts<Record>& parts, std::vector<To>& records) {
+  for (const auto& part : parts) records.push_back(part->record);
+}
+
+template <class Record>
+void Let(Parts<Record>& parts) {
+  for (const auto& part : parts) part->gone = true;
+  parts.clear();
+}
+
+void TakeMessage(MessageState& state, Message message) {
+  state.recipients = PartsOf<Recipient>(message.recipients);
+  state.attachments = PartsOf<TakenAttachment>(message.attachments);
+  state.fields = PartsOf<Field>(message.fields);
+  state.record = std::move(message);
+}
+
+}  // namespace
+
+class TakenFile {
+ public:
+  explicit TakenFile(const fs::path& from) {
+    static std::atomic<unsigned> number{0};
+    const std::string name =
+        "taken-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
+    path_ = TheStore().Where() / "making" / name;
+    std::error_code failure;
+    if (!fs::copy_file(from, path_, failure)) throw MemberError(MapiError::kNotFound);
+  }
+  TakenFile(const TakenFile&) = delete;
+  TakenFile& operator=(const TakenFile&) = delete;
+  ~TakenFile() {
+    std::error_code ignored;
+    fs::remove(path_, ignored);
+  }
+
+  const fs::path& Path() const noexcept { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+MessageStatePtr ReadState(const std::string& mailbox, const std::string& id) {
+  std::optional<Message> message = TheStore().Read(mailbox, id);
+  if (!message) throw MemberError(MapiError::kNotFound);
+  auto state = std::make_shared<MessageState>();
+  state->mailbox = mailbox;
+  TakeMessage(*state, std::move(*message));
+  return state;
+}
+
+MessageStatePtr NewState(const Folder& folder, Message draft) {
+  MessageStatePtr state = ReadState(folder.mailbox, TheStore().Add(folder, draft));
+  state->unsaved = true;
+  return state;
+}
+
+Message WholeMessage(const MessageState& state) {
+  Message message = state.record;
+  AddRecords(state.recipients, message.recipients);
+  AddRecords(state.attachments, message.attachments);
+  AddRecords(state.fields, message.fields);
+  const std::optional<Message> stored = TheStore().Read(state.mailbox, message.id);
+  if (!stored) throw MemberError(MapiError::kObjectDeleted);
+  message.richText = stored->richText;
+  return message;
+}
+
+void SaveState(MessageState& state) {
+  const Message message = WholeMessage(state);
+  if (!TheStore().Change(state.mailbox, message)) throw MemberError(MapiError::kObjectDeleted);
+  state.unsaved = false;
+  // The bytes of its attachments are in the store now.
+  const std::optional<Message> stored = TheStore().Read(state.mailbox, message.id);
+  if (!stored || stored->attachments.size() != state.attachments.size()) return;
+  for (std::size_t i = 0; i < stored->attachments.size(); ++i) {
+    state.attachments[i]->record.path = stored->attachments[i].path;
+    state.attachments[i]->record.taken.reset();
+  }
+}
+
+void ReloadState(MessageState& state) {
+  std::optional<Message> message = TheStore().Read(state.mailbox, state.record.id);
+  if (!message) throw MemberError(MapiError::kObjectDeleted);
+  Let(state.recipients);
+  Let(state.attachments);
+  Let(state.fields);
+  TakeMessage(state, std::move(*message));
+}
+
+void TakeFile(TakenAttachment& attachment, const std::string& path) {
+  attachment.taken = std::make_shared<TakenFile>(PathFromUtf8(path));
+  attachment.path = attachment.taken->Path();
+}
+
+}  // namespace desk

@@ -1,0 +1,129 @@
+#include "olemsg32/Values.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+#include "olemsg32/Errors.h"
+#include "platform/win32/Bstr.h"
+
+namespace desk {
+namespace {
+
+Variant Converted(const VARIANT& value, VARTYPE type) {
+  Variant converted;
+  // The locale is fixed, so that a test reads the same figures on every machine.
+  const LCID english = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
+  const HRESULT result =
+      VariantChangeTypeEx(&converted.Get(), const_cast<VARIANT*>(&value), english, 0, type);
+  if (result == E_OUTOFMEMORY || result == DISP_E_OVERFLOW) throw CallError(result);
+  if (FAILED(result)) throw CallError(DISP_E_TYPEMISMATCH);
+  return converted;
+}
+
+}  // namespace
+
+Variant FromText(std::string_view text) {
+  Variant value;
+  V_BSTR(&value.Get()) = quillon::Bstr(text).Detach();
+  V_VT(&value.Get()) = VT_BSTR;
+  return value;
+}
+
+Variant FromNumber(long number) {
+  Variant value;
+  V_I4(&value.Get()) = number;
+  V_VT(&value.Get()) = VT_I4;
+  return value;
+}
+
+Variant FromFlag(bool flag) {
+  Variant value;
+  V_BOOL(&value.Get()) = flag ? VARIANT_TRUE : VARIANT_FALSE;
+  V_VT(&value.Get()) = VT_BOOL;
+  return value;
+}
+
+Variant FromObject(ComPtr<IDispatch> object) {
+  Variant value;
+  V_DISPATCH(&value.Get()) = object.Detach();
+  V_VT(&value.Get()) = VT_DISPATCH;
+  return value;
+}
+
+Variant Nothing() {
+  return FromObject({});
+}
+
+Variant CopyOf(const VARIANT& value) {
+  Variant copy;
+  if (FAILED(VariantCopyInd(&copy.Get(), const_cast<VARIANT*>(&value))))
+    throw CallError(DISP_E_TYPEMISMATCH);
+  return copy;
+}
+
+std::optional<Variant> FromDateText(const std::string& text) {
+  SYSTEMTIME time = {};
+  if (std::sscanf(text.c_str(), "%4hu/%2hu/%2hu %2hu:%2hu", &time.wYear, &time.wMonth, &time.wDay,
+                  &time.wHour, &time.wMinute) != 5) {
+    return {};
+  }
+  Variant value;
+  if (SystemTimeToVariantTime(&time, &V_DATE(&value.Get())) == FALSE) return {};
+  V_VT(&value.Get()) = VT_DATE;
+  return value;
+}
+
+std::string DateTextOf(double date) {
+  SYSTEMTIME time = {};
+  if (VariantTimeToSystemTime(date, &time) == FALSE) throw CallError(DISP_E_OVERFLOW);
+  std::array<char, 48> text{};
+  std::snprintf(text.data(), text.size(), "%04u/%02u/%02u %02u:%02u", time.wYear, time.wMonth,
+                time.wDay, time.wHour, time.wMinute);
+  return text.data();
+}
+
+const VARIANT& Dereferenced(const VARIANT& value) {
+  return V_VT(&value) == (VT_BYREF | VT_VARIANT) ? *V_VARIANTREF(&value) : value;
+}
+
+bool SaysNothing(const VARIANT& value) {
+  switch (V_VT(&value)) {
+    case VT_EMPTY:
+    case VT_NULL:
+      return true;
+    case VT_ERROR:
+      return V_ERROR(&value) == DISP_E_PARAMNOTFOUND;
+    case VT_DISPATCH:
+      return V_DISPATCH(&value) == nullptr;
+    default:
+      return false;
+  }
+}
+
+std::string TextOf(const VARIANT& value) {
+  return quillon::Utf8FromBstr(V_BSTR(&Converted(value, VT_BSTR).Get()));
+}
+long NumberOf(const VARIANT& value) {
+  return V_I4(&Converted(value, VT_I4).Get());
+}
+bool FlagOf(const VARIANT& value) {
+  return V_BOOL(&Converted(value, VT_BOOL).Get()) != VARIANT_FALSE;
+}
+double DateOf(const VARIANT& value) {
+  return V_DATE(&Converted(value, VT_DATE).Get());
+}
+
+std::string Shown(const VARIANT& value) {
+  const VARTYPE type = V_VT(&value);
+  if (type == VT_DISPATCH) return V_DISPATCH(&value) == nullptr ? "Nothing" : "(object)";
+  if (SaysNothing(value)) return "-";
+  if (type == VT_BOOL) return FlagOf(value) ? "True" : "False";
+  try {
+    return TextOf(value);
+  } catch (const CallError&) {
+    return "(value)";
+  }
+}
+
+}  // namespace desk
