@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/ServerError.h"
+#include "mail/BusyGate.h"
 #include "platform/win32/Bstr.h"
 #include "platform/win32/ComPtr.h"
 
@@ -41,6 +42,8 @@ HRESULT TranslateCurrentException(const wchar_t* errorSource) noexcept {
     const bool overflow = error.Why() == ConversionError::Reason::Overflow;
     return overflow ? Report(errorSource, DISP_E_OVERFLOW, "The value is out of range.")
                     : Report(errorSource, DISP_E_TYPEMISMATCH, "The value has the wrong type.");
+  } catch (const MailSystemBusy&) {
+    return RPC_E_SERVERCALL_RETRYLATER;
   } catch (const HresultError& error) {
     return error.Number();
   } catch (const std::bad_alloc&) {

@@ -3,6 +3,7 @@
 //
 //   ServerError        0x80040000 + code, its text
 //   ConversionError    DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW
+//   MailSystemBusy     RPC_E_SERVERCALL_RETRYLATER
 //   HresultError       its number
 //   std::bad_alloc     E_OUTOFMEMORY
 //   anything else      E_UNEXPECTED with the exception's text

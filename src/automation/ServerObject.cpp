@@ -4,6 +4,7 @@
 
 #include "automation/ItemsObject.h"
 #include "automation/NotificationCall.h"
+#include "platform/win32/Win32AutomationObject.h"
 
 namespace quillon {
 
@@ -139,10 +140,11 @@ HRESULT STDMETHODCALLTYPE ServerObject::AsynchObjectUnregister(IDispatch* /*asyn
   return Run(&Server::AsynchObjectUnregister, objectType);
 }
 
-HRESULT ServerObject::ActiveMessagingObject(void (Server::*member)(), IDispatch** value) {
+HRESULT ServerObject::ActiveMessagingObject(AutomationObjectPtr (Server::*member)(),
+                                            IDispatch** value) {
   return Call([&] {
     Output(value) = nullptr;
-    (Below().*member)();
+    *value = DispatchOf((Below().*member)()).Detach();
   });
 }
 
@@ -150,8 +152,8 @@ HRESULT STDMETHODCALLTYPE ServerObject::get_SessionObject(IDispatch** value) {
   return ActiveMessagingObject(&Server::SessionObject, value);
 }
 
-HRESULT STDMETHODCALLTYPE ServerObject::put_SessionObject(IDispatch* /*newValue*/) {
-  return Run(&Server::SessionObject);
+HRESULT STDMETHODCALLTYPE ServerObject::put_SessionObject(IDispatch* newValue) {
+  return Call([&] { Below().PutSessionObject(AutomationObjectOf(newValue)); });
 }
 
 HRESULT STDMETHODCALLTYPE ServerObject::putref_SessionObject(IDispatch* newValue) {

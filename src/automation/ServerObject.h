@@ -81,7 +81,7 @@ class ServerObject final : public PublicObject<IServer, Server> {
 
  private:
   IDispatch* MakeItems(std::vector<std::string> texts);
-  HRESULT ActiveMessagingObject(void (Server::*member)(), IDispatch** value);
+  HRESULT ActiveMessagingObject(AutomationObjectPtr (Server::*member)(), IDispatch** value);
 
   const ServerTypes& types_;
 };

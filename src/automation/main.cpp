@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Version.h"
+#include "automation/BusyFilter.h"
 #include "automation/ClassObjects.h"
 #include "automation/ComCall.h"
 #include "automation/CommandLine.h"
@@ -101,12 +102,18 @@ struct Application {
   ActiveMessagingMailSystem activeMessaging{workstation};
   NotesMailSystem notes{workstation};
   MailSystems mailSystems;
-  Environment environment{
-      shared,        *files,
-      *codePage,     workstation,
-      messageBox,    mailSystems,
-      configuration, protocolLog,
-      notifier,      {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
+  BusyGate busy;
+  Environment environment{shared,
+                          *files,
+                          *codePage,
+                          workstation,
+                          messageBox,
+                          mailSystems,
+                          configuration,
+                          protocolLog,
+                          notifier,
+                          busy,
+                          {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
 };
 
 class ComApartment {
@@ -121,6 +128,7 @@ int Serve() {
   auto apartment = std::make_unique<ComApartment>();
   const std::wstring program = ProgramPath();
   Application application(DirectoryOf(Utf8FromWide(program)));
+  BusyFilter::Install(application.busy);
   ClassObjects classes;
   ProcessLifetime lifetime;
   const TypeLibrary library(program);

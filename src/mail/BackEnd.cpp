@@ -68,6 +68,19 @@ MailResult BackEnd::Post(MailRequest&) {
   Unsupported();
 }
 
+AutomationObjectPtr BackEnd::SessionObject() {
+  Unsupported();
+}
+void BackEnd::SetSessionObject(AutomationObjectPtr) {
+  Unsupported();
+}
+AutomationObjectPtr BackEnd::MessageObject() {
+  Unsupported();
+}
+AutomationObjectPtr BackEnd::FolderObject() {
+  Unsupported();
+}
+
 void BackEnd::SetErrorDisplay(bool) {}
 void BackEnd::Shutdown(std::int32_t) {}
 

@@ -17,6 +17,7 @@
 #include "mail/InstanceState.h"
 #include "mail/MailResult.h"
 #include "mail/SharedState.h"
+#include "ports/AutomationObject.h"
 
 namespace quillon {
 
@@ -56,6 +57,13 @@ class BackEnd {
                                    std::vector<std::string>& folders);
   virtual MailResult FolderExists(MailRequest& request, const std::string& folder, bool& exists);
   virtual MailResult Post(MailRequest& request);
+
+  // The objects behind the session, and behind the message and the folder of the last operation;
+  // null when there is none. A session that a client hands in is used as it is, and stays his.
+  virtual AutomationObjectPtr SessionObject();
+  virtual void SetSessionObject(AutomationObjectPtr session);
+  virtual AutomationObjectPtr MessageObject();
+  virtual AutomationObjectPtr FolderObject();
 
   virtual void SetErrorDisplay(bool on);
 

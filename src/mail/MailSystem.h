@@ -23,6 +23,12 @@ class MailSystem {
   MailFamily Family() const noexcept { return family_; }
   BackEnd* BackEndOrNull() const noexcept { return backEnd_; }
 
+  // The back end that works for it now, where that is not always its own.
+  virtual BackEnd* Serving() { return backEnd_; }
+
+  // Whether it is another program's, which works on one call at a time.
+  bool IsForeign() const noexcept { return family_ != MailFamily::Internet; }
+
   // Looks whether the workstation has it.
   virtual bool IsPresent() = 0;
 

@@ -1,11 +1,18 @@
 #include "server/Dispatch.h"
 
+#include "mail/INIUtilities.h"
 #include "mail/MailSystemKeyword.h"
-#include "server/Environment.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 
 namespace quillon {
+
+namespace {
+
+constexpr const char* kConfigurationSection = "Server";
+constexpr const char* kSystemKey = "MailSystem";
+
+}  // namespace
 
 Dispatch::Dispatch(InstanceState& state, Environment& environment)
     : state_(state), environment_(environment) {}
@@ -35,14 +42,24 @@ bool Dispatch::Query(MailSystemId system) {
   if (known == nullptr) return false;
   const auto found = presence_.find(known->Family());
   if (found != presence_.end()) return found->second;
+  environment_.busy.Pass();
+  const BusyGate::Hold alone(environment_.busy, true);
   const bool present = known->IsPresent();
   presence_[known->Family()] = present;
   return present;
 }
 
 void Dispatch::Detect() {
+  const auto isUsable = [this](MailSystemId candidate) {
+    return environment_.mailSystems.BackEndOf(candidate) != nullptr && Query(candidate);
+  };
+  const auto wanted = environment_.configuration.ReadMailSystem(kConfigurationSection, kSystemKey);
+  if (wanted != mail_system::kNone && isUsable(wanted)) {
+    SelectSystem(wanted);
+    return;
+  }
   for (const auto candidate : mail_system::kDetectionOrder) {
-    if (environment_.mailSystems.BackEndOf(candidate) != nullptr && Query(candidate)) {
+    if (isUsable(candidate)) {
       SelectSystem(candidate);
       return;
     }
@@ -55,9 +72,15 @@ void Dispatch::EnsureSystem() {
 }
 
 BackEnd& Dispatch::CurrentBackEnd() const {
-  auto* const backEnd = environment_.mailSystems.BackEndOf(state_.mailSystem);
+  auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+  auto* const backEnd = system != nullptr ? system->Serving() : nullptr;
   if (backEnd == nullptr) throw ServerError(error_code::kNotSupported);
   return *backEnd;
+}
+
+BusyGate::Hold Dispatch::HoldForeign() const {
+  const auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+  return {environment_.busy, system != nullptr && system->IsForeign()};
 }
 
 MailRequest Dispatch::Request() const {

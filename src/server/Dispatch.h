@@ -5,15 +5,14 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <utility>
 
 #include "core/ServerError.h"
 #include "mail/BackEnd.h"
+#include "mail/BusyGate.h"
+#include "server/Environment.h"
 
 namespace quillon {
-
-struct Environment;
 
 // A failure that a back end has reported: folded into the public numbers, and already shown to the
 // user by the back end when error display is on.
@@ -33,19 +32,23 @@ class Dispatch {
   // Whether a mail system is present; each family is probed once in the life of the instance.
   bool Query(MailSystemId system);
 
-  // Selects the first mail system that is present and that this build can serve; none leaves the
-  // choice as it was.
+  // Selects the mail system that the configuration file names ("MailSystem" in section "Server"),
+  // or else the first one in the order of detection, of those that are present and that this build
+  // can serve; none leaves the choice as it was.
   void Detect();
 
   // Detects when no mail system is chosen yet; throws 515 when there is none.
   void EnsureSystem();
 
   // Calls an operation of the current back end as call(backEnd, request) and raises what it
-  // reports; throws 530 when this build cannot work with the mail system.
+  // reports; throws 530 when this build cannot work with the mail system, MailSystemBusy while a
+  // foreign one works on another call.
   template <typename Call>
   void Run(Call&& call) {
+    environment_.busy.Pass();
     EnsureSystem();
     const auto system = state_.mailSystem;
+    const BusyGate::Hold alone = HoldForeign();
     auto& backEnd = CurrentBackEnd();
     MailRequest request = Request();
     const MailResult result = std::forward<Call>(call)(backEnd, request);
@@ -60,6 +63,7 @@ class Dispatch {
 
  private:
   BackEnd& CurrentBackEnd() const;
+  BusyGate::Hold HoldForeign() const;
   MailRequest Request() const;
   [[noreturn]] static void Fail(MailSystemId system, const MailResult& result);
 

@@ -10,6 +10,7 @@
 namespace quillon {
 
 class AsynchNotifier;
+class BusyGate;
 class CodePage;
 class FileSystem;
 class MessageBoxPort;
@@ -34,6 +35,7 @@ struct Environment {
   clsINIUtilities& configuration;
   ProtocolLog& protocolLog;
   AsynchNotifier& notifier;
+  BusyGate& busy;
   ProductInfo product;
 };
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "core/ServerError.h"
+#include "mail/BusyGate.h"
 
 namespace quillon {
 
@@ -30,6 +31,8 @@ class ErrorFrame {
       throw;  // the caller's fault, answered with the standard automation codes
     } catch (const std::bad_alloc&) {
       throw;
+    } catch (const MailSystemBusy&) {
+      throw;  // the call has not begun
     } catch (const ServerError& error) {
       Raise(member, kind, error);
     } catch (const std::exception&) {

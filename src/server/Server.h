@@ -100,10 +100,11 @@ class Server {
   std::string GetInterfaceString(std::int16_t itemType);
   DecodedError DecodeError(std::int32_t errNumberIn);
 
-  // The Active Messaging objects: raise 530 in a build without that back end.
-  void SessionObject();
-  void MessageObject();
-  void FolderObject();
+  // The objects of Active Messaging; null when there is none.
+  AutomationObjectPtr SessionObject();
+  void PutSessionObject(AutomationObjectPtr session);
+  AutomationObjectPtr MessageObject();
+  AutomationObjectPtr FolderObject();
 
  private:
   using Recipients = std::vector<std::string> MessageBuffers::*;
@@ -122,6 +123,8 @@ class Server {
   std::string Resolve(const char* member, const std::string& name, bool withAddress);
   std::vector<std::string> Folders(const char* member, const std::string& parent,
                                    std::int16_t returnSpecs, std::int16_t allCategories);
+
+  AutomationObjectPtr ObjectOf(const char* member, AutomationObjectPtr (BackEnd::*object)());
 
   // A member that is one call of a back end.
   template <typename Call>

@@ -259,19 +259,36 @@ DecodedError Server::DecodeError(std::int32_t errNumberIn) {
   });
 }
 
-void Server::SessionObject() {
-  frame_.Run("SessionObject", MemberKind::Property,
-             [&] { throw ServerError(error_code::kNotSupported); });
+AutomationObjectPtr Server::ObjectOf(const char* member, AutomationObjectPtr (BackEnd::*object)()) {
+  return frame_.Run(member, MemberKind::Property, [&] {
+    AutomationObjectPtr found;
+    dispatch_.Run([&](BackEnd& backEnd, MailRequest&) {
+      found = (backEnd.*object)();
+      return MailResult();
+    });
+    return found;
+  });
 }
 
-void Server::MessageObject() {
-  frame_.Run("MessageObject", MemberKind::Property,
-             [&] { throw ServerError(error_code::kNotSupported); });
+AutomationObjectPtr Server::SessionObject() {
+  return ObjectOf("SessionObject", &BackEnd::SessionObject);
 }
 
-void Server::FolderObject() {
-  frame_.Run("FolderObject", MemberKind::Property,
-             [&] { throw ServerError(error_code::kNotSupported); });
+AutomationObjectPtr Server::MessageObject() {
+  return ObjectOf("MessageObject", &BackEnd::MessageObject);
+}
+
+AutomationObjectPtr Server::FolderObject() {
+  return ObjectOf("FolderObject", &BackEnd::FolderObject);
+}
+
+void Server::PutSessionObject(AutomationObjectPtr session) {
+  frame_.Run("SessionObject", MemberKind::Property, [&] {
+    dispatch_.Run([&](BackEnd& backEnd, MailRequest&) {
+      backEnd.SetSessionObject(std::move(session));
+      return MailResult();
+    });
+  });
 }
 
 }  // namespace quillon

@@ -17,6 +17,7 @@
 #include "internet/ProtocolLog.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
+#include "mail/BusyGate.h"
 #include "mail/INIUtilities.h"
 #include "platform/Platform.h"
 #include "ports/CodePage.h"
@@ -139,11 +140,18 @@ struct TestWorld {
   clsINIUtilities configuration{*files, folder.Path("quillon.ini")};
   ProtocolLog log{*files, folder.Path()};
   AsynchNotifier notifier;
-  Environment environment{shared,        *files,
-                          *codePage,     workstation,
-                          messageBox,    mailSystems,
-                          configuration, log,
-                          notifier,      {"1.0", "1.0.0.0", "C:\\Program Files\\Quillon"}};
+  BusyGate busy;
+  Environment environment{shared,
+                          *files,
+                          *codePage,
+                          workstation,
+                          messageBox,
+                          mailSystems,
+                          configuration,
+                          log,
+                          notifier,
+                          busy,
+                          {"1.0", "1.0.0.0", "C:\\Program Files\\Quillon"}};
 };
 
 // What a failing member leaves with: the code, a blank and the text; empty when it does not fail.

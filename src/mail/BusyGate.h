@@ -1,0 +1,45 @@
+// Shut while a library of another maker works. Such a library may show windows and let calls of
+// other clients in meanwhile, but takes none itself: whoever comes then is told to try again.
+#pragma once
+
+#include <exception>
+
+namespace quillon {
+
+// Not an error of the client's: the call has not begun and can be made again.
+class MailSystemBusy : public std::exception {
+ public:
+  const char* what() const noexcept override { return "The mail system is busy."; }
+};
+
+class BusyGate {
+ public:
+  bool Shut() const noexcept { return shut_; }
+
+  // Throws MailSystemBusy.
+  void Pass() const {
+    if (shut_) throw MailSystemBusy();
+  }
+
+  // Keeps the gate shut for as long as it lives, where that is `needed`.
+  class Hold {
+   public:
+    Hold(BusyGate& gate, bool needed) noexcept : gate_(gate), needed_(needed) {
+      if (needed_) gate_.shut_ = true;
+    }
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+    ~Hold() {
+      if (needed_) gate_.shut_ = false;
+    }
+
+   private:
+    BusyGate& gate_;
+    const bool needed_;
+  };
+
+ private:
+  bool shut_ = false;
+};
+
+}  // namespace quillon
