@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -42,6 +43,12 @@ Parameters ParametersOf(const MemberFacts& member) {
     }
   }
   return parameters;
+}
+
+// The store is for one thread at a time, and each apartment of a program has a thread.
+std::recursive_mutex& StoreMutex() {
+  static std::recursive_mutex mutex;
+  return mutex;
 }
 
 void FillException(EXCEPINFO* exception, HRESULT number, std::string_view text) {
@@ -165,6 +172,7 @@ HRESULT STDMETHODCALLTYPE Object::Invoke(DISPID id, REFIID iid, LCID /*locale*/,
   if (arguments == nullptr) return E_POINTER;
   if (result != nullptr) VariantInit(result);
   const ComPtr<IDispatch> stay(this);
+  const std::scoped_lock oneAtATime(StoreMutex());
   try {
     return Run(id, flags, *arguments, result);
   } catch (const CallError& e) {

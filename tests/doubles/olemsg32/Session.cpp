@@ -113,6 +113,10 @@ Folder Session::FindFolder(const std::string& folderId, const std::string& store
 
 Variant Session::Logon(const Arguments& arguments) {
   if (user_) throw MemberError(MapiError::kSessionLimit);
+  // There is nothing to show or to share, but a wrong type is one here too.
+  arguments.Flag(2, true);
+  arguments.Flag(3, false);
+  arguments.Number(4, 0);
   const Login login = LoginOf(arguments);
   const std::optional<Account> account = TheStore().FindAccount(login.mailbox);
   if (!account || (account->password != login.password && !login.anonymous)) {
