@@ -12,6 +12,7 @@ import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+import desk
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "scripts"
@@ -114,6 +115,12 @@ def prefix_with_server():
     directory.mkdir()
     wine.register(shutil.copy(winetest.SERVER, directory))
     return wine
+
+
+def install_desk(wine, faces=desk.FACES):
+    """Puts the stand-ins for other mail systems into the prefix; returns their store. Programs that
+    are running keep the libraries they have."""
+    return desk.install(wine.run, wine.drive_c, faces)
 
 
 def register_sleeper(wine):
