@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -37,7 +38,10 @@ struct AutomationValue
 
 // One argument of a call, by position or by name. Those by name follow the others.
 struct AutomationArgument {
-  AutomationArgument(AutomationValue argument) : value(std::move(argument)) {}
+  template <class Argument>
+  requires(!std::is_same_v<std::decay_t<Argument>, AutomationArgument>)
+      AutomationArgument(Argument&& argument)
+      : value(std::forward<Argument>(argument)) {}
   AutomationArgument(std::string argumentName, AutomationValue argument)
       : name(std::move(argumentName)), value(std::move(argument)) {}
 

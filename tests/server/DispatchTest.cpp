@@ -36,6 +36,69 @@ TEST(Dispatch, DetectionTakesTheFirstPresentSystemThatCanBeServed) {
   EXPECT_EQ(Value(std::int16_t{2}), MailSystemOf(*other));
 }
 
+TEST(Dispatch, TheConfigurationFileNamesWhatIsDetectedFirst) {
+  TestWorld world;
+  FakeBackEnd internet;
+  FakeMailSystem internetSystem(MailFamily::Internet, internet);
+  FakeBackEnd vim;
+  VimMailSystem vimSystem(world.workstation, &vim);
+  world.mailSystems.Add(internetSystem);
+  world.mailSystems.Add(vimSystem);
+  world.workstation.libraries = {"vim32.dll"};
+  const auto detected = [&](const char* keyword) {
+    world.configuration.WriteString("Server", "MailSystem", keyword);
+    const auto server = world.NewServer();
+    server->SetNativeSystem();
+    return MailSystemOf(*server);
+  };
+  EXPECT_EQ(Value(std::int16_t{10}), detected("Internet"));
+  EXPECT_EQ(Value(std::int16_t{2}), detected("Auto-Detect"));
+  EXPECT_EQ(Value(std::int16_t{2}), detected("Notes"));  // is no keyword
+  EXPECT_EQ(Value(std::int16_t{2}), detected("9"));      // is not there
+}
+
+// While a foreign mail system works, other calls find it busy, of whatever mail system they are;
+// what needs none is answered.
+TEST(Dispatch, OneCallAtATimeWorksInAForeignMailSystem) {
+  TestWorld world;
+  FakeBackEnd internet;
+  FakeMailSystem internetSystem(MailFamily::Internet, internet);
+  FakeBackEnd vim;
+  VimMailSystem vimSystem(world.workstation, &vim);
+  world.mailSystems.Add(internetSystem);
+  world.mailSystems.Add(vimSystem);
+  const auto first = world.NewServer();
+  first->Put(Property::mailSystem, std::int16_t{2});
+  const auto other = world.NewServer();
+  other->Put(Property::mailSystem, std::int16_t{10});
+  int busy = 0;
+  vim.during = [&] {
+    const auto nested = [&](auto&& call) {
+      try {
+        call();
+      } catch (const MailSystemBusy&) {
+        ++busy;
+      }
+    };
+    nested([&] { other->Login(); });
+    nested([&] { other->Get(Property::UnreadCount); });
+    nested([&] { other->QueryMailSystem(1); });
+    nested([&] { other->SessionObject(); });
+    EXPECT_EQ(Value(std::string()), other->Get(Property::subject));
+  };
+  first->Login();
+  EXPECT_EQ(4, busy);
+  EXPECT_TRUE(internet.calls.empty());
+  // A failure opens the gate too, and the own engine keeps nobody out.
+  vim.result = {3, {}};
+  EXPECT_EQ("4003 Undetermined", FailureOf([&] { first->Login(); }));
+  vim.during = nullptr;
+  vim.result = {};
+  internet.during = [&] { first->Login(); };
+  other->Login();
+  EXPECT_EQ(3U, vim.calls.size());
+}
+
 TEST(Dispatch, EachFamilyIsProbedOncePerInstance) {
   TestWorld world;
   world.workstation.libraries = {"mapi32.dll"};

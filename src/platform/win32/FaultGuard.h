@@ -16,7 +16,8 @@ bool RunGuarded(void (*function)(void*), void* context) noexcept;
 template <class Call>
 bool Guarded(Call&& call) noexcept {
   using Callable = std::remove_reference_t<Call>;
-  return RunGuarded([](void* context) { (*static_cast<Callable*>(context))(); }, &call);
+  return RunGuarded([](void* context) { (*static_cast<Callable*>(context))(); },
+                    const_cast<std::remove_const_t<Callable>*>(&call));
 }
 
 }  // namespace quillon

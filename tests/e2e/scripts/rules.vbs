@@ -63,7 +63,7 @@ mail.mailSystem = 0
 mail.SetNativeSystem
 Raised "detection", 0
 On Error GoTo 0
-Same "the system found", CInt(10), mail.mailSystem
+Same "the system found", CInt(5), mail.mailSystem
 Same "a system without a back end", CInt(0), mail.QueryMailSystem(20)
 Same "a system that is always there", CInt(-1), mail.QueryMailSystem(30)
 Same "no system", CInt(0), mail.QueryMailSystem(99)
