@@ -44,8 +44,8 @@ auto Arguments::At(std::size_t place, Convert convert) const {
   }
 }
 
-std::string Arguments::Text(std::size_t place, std::string otherwise) const {
-  return Given(place) ? At(place, TextOf) : otherwise;
+std::string Arguments::Text(std::size_t place, std::string_view otherwise) const {
+  return Given(place) ? At(place, TextOf) : std::string(otherwise);
 }
 long Arguments::Number(std::size_t place, long otherwise) const {
   return Given(place) ? At(place, NumberOf) : otherwise;

@@ -18,7 +18,7 @@ class Arguments {
   const VARIANT& PutValue() const { return put_.value; }
 
   // A left-out one is the default.
-  std::string Text(std::size_t place, std::string otherwise = {}) const;
+  std::string Text(std::size_t place, std::string_view otherwise = {}) const;
   long Number(std::size_t place, long otherwise) const;
   bool Flag(std::size_t place, bool otherwise) const;
 

@@ -1,12 +1,18 @@
-// What every call passes: it is written to the store's log, and fails when the store's faults say
-// so.
+// What every call passes: it is written to the store's log as "Class.Member", or "Class.Member="
+// when a property is put, and the store's faults of that name decide what becomes of it. Their
+// words:
+//
+//   0x80040607   the number that the call fails with; any other number too
+//   nothing      the call gives no object, and does nothing
+//
+// and those of desk/win32/Trouble.h, after which it goes on.
 #pragma once
 
 #include <string>
 
 namespace desk {
 
-// Throws MemberError for a fault with a number; false when the call is to give nothing.
+// Throws MemberError for a number; false when the call is to give nothing.
 bool EnterCall(const std::string& call, const std::string& arguments);
 
 }  // namespace desk

@@ -33,7 +33,7 @@ std::string NewBytes() {
   if (FAILED(CoCreateGuid(&unique))) throw MemberError(MapiError::kCallFailed);
   char bytes[sizeof unique];
   std::memcpy(bytes, &unique, sizeof unique);
-  return std::string(bytes, sizeof bytes);
+  return {bytes, sizeof bytes};
 }
 
 }  // namespace

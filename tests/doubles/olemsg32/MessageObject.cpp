@@ -101,10 +101,16 @@ Variant MessageObject::Update(const Arguments& arguments) {
 
 void MessageObject::AskUser() {
   constexpr std::string_view kSubject = "change subject ";
+  constexpr std::string_view kAdd = "add ";
   const std::string word = TheStore().Dialog().value_or("cancel");
-  if (word == "send") return;
-  if (!word.starts_with(kSubject)) throw MemberError(MapiError::kUserCancel);
-  state_->record.subject = word.substr(kSubject.size());
+  if (word.starts_with(kSubject)) {
+    state_->record.subject = word.substr(kSubject.size());
+  } else if (word.starts_with(kAdd)) {
+    state_->recipients.push_back(
+        std::make_shared<Part<Recipient>>(Part<Recipient>{{1, word.substr(kAdd.size()), ""}}));
+  } else if (word != "send") {
+    throw MemberError(MapiError::kUserCancel);
+  }
 }
 
 // SaveCopy, ShowDialog, ParentWindow
@@ -114,7 +120,7 @@ Variant MessageObject::Send(const Arguments& arguments) {
     PostMessage(Owner().User(), *state_);
   } else {
     if (state_->recipients.empty()) throw MemberError(MapiError::kNoRecipients);
-    for (const auto& part : state_->recipients) ResolveRecipient(part->record);
+    for (const auto& part : state_->recipients) ResolveRecipient(part->record, false);
     if (state_->record.conversationTopic.empty()) {
       state_->record.conversationTopic = state_->record.subject;
     }

@@ -66,16 +66,20 @@ class TakenFile {
   fs::path path_;
 };
 
-MessageStatePtr ReadState(const std::string& mailbox, const std::string& id) {
-  std::optional<Message> message = TheStore().Read(mailbox, id);
-  if (!message) throw MemberError(MapiError::kNotFound);
+MessageStatePtr StateOf(const std::string& mailbox, Message message) {
   auto state = std::make_shared<MessageState>();
   state->mailbox = mailbox;
-  TakeMessage(*state, std::move(*message));
+  TakeMessage(*state, std::move(message));
   return state;
 }
 
-MessageStatePtr NewState(const Folder& folder, Message draft) {
+MessageStatePtr ReadState(const std::string& mailbox, const std::string& id) {
+  std::optional<Message> message = TheStore().Read(mailbox, id);
+  if (!message) throw MemberError(MapiError::kNotFound);
+  return StateOf(mailbox, std::move(*message));
+}
+
+MessageStatePtr NewState(const Folder& folder, const Message& draft) {
   MessageStatePtr state = ReadState(folder.mailbox, TheStore().Add(folder, draft));
   state->unsaved = true;
   return state;

@@ -36,11 +36,13 @@ struct MessageState {
 };
 using MessageStatePtr = std::shared_ptr<MessageState>;
 
+MessageStatePtr StateOf(const std::string& mailbox, Message message);
+
 // Throws kNotFound.
 MessageStatePtr ReadState(const std::string& mailbox, const std::string& id);
 
 // A draft in the folder: it is in the store from the beginning.
-MessageStatePtr NewState(const Folder& folder, Message draft);
+MessageStatePtr NewState(const Folder& folder, const Message& draft);
 
 // What is to be written. Rich text is what the store has by now, since another writes it there.
 Message WholeMessage(const MessageState& state);

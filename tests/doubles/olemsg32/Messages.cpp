@@ -68,7 +68,7 @@ Variant MessagesObject::Add(const Arguments& arguments) {
   draft.text = arguments.Text(1);
   draft.messageClass = arguments.Text(2, draft.messageClass);
   if (arguments.Given(3)) draft.importance = ImportanceOf(arguments.At(3));
-  return MakeResult<MessageObject>(*this, NewState(Present(), std::move(draft)));
+  return MakeResult<MessageObject>(*this, NewState(Present(), draft));
 }
 
 Variant MessagesObject::Delete() {
@@ -106,8 +106,9 @@ Variant MessagesObject::Walk(Step step) {
     const std::optional<std::size_t> place = (cursor_.*step)(walked_.size());
     if (!place) return Nothing();
     // One that has gone since the walk began is passed over.
-    if (TheStore().Has(Present(), walked_[*place])) {
-      return MakeResult<MessageObject>(*this, ReadState(folder_.mailbox, walked_[*place]));
+    std::optional<Message> message = TheStore().Read(folder_.mailbox, walked_[*place]);
+    if (message && message->folderId == folder_.id) {
+      return MakeResult<MessageObject>(*this, StateOf(folder_.mailbox, std::move(*message)));
     }
     if (step == &Cursor::First) step = &Cursor::Next;
     if (step == &Cursor::Last) step = &Cursor::Previous;

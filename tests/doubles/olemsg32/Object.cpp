@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <mutex>
 #include <new>
 #include <vector>
 
@@ -45,12 +44,6 @@ Parameters ParametersOf(const MemberFacts& member) {
   return parameters;
 }
 
-// The store is for one thread at a time, and each apartment of a program has a thread.
-std::recursive_mutex& StoreMutex() {
-  static std::recursive_mutex mutex;
-  return mutex;
-}
-
 void FillException(EXCEPINFO* exception, HRESULT number, std::string_view text) {
   if (exception == nullptr) return;
   *exception = {};
@@ -67,10 +60,7 @@ std::atomic<long>& LiveObjects() {
 }
 
 Object::Object(Session* session, Object* parent)
-    : session_(session),
-      sessionReference_(parent == nullptr ? nullptr : session),
-      parent_(parent),
-      parentReference_(parent) {
+    : session_(session), sessionReference_(parent == nullptr ? nullptr : session), parent_(parent) {
   ++LiveObjects();
 }
 
@@ -172,7 +162,6 @@ HRESULT STDMETHODCALLTYPE Object::Invoke(DISPID id, REFIID iid, LCID /*locale*/,
   if (arguments == nullptr) return E_POINTER;
   if (result != nullptr) VariantInit(result);
   const ComPtr<IDispatch> stay(this);
-  const std::scoped_lock oneAtATime(StoreMutex());
   try {
     return Run(id, flags, *arguments, result);
   } catch (const CallError& e) {
@@ -219,6 +208,7 @@ Variant Object::Get(std::size_t index, const DISPPARAMS& given) {
   const Arguments arguments(given, parameters.names.size(), parameters.required, false);
   if (!Enter(member, false, arguments)) return Nothing();
   if (index >= MemberCount()) return ReadCommon(index - MemberCount());
+  const std::scoped_lock oneAtATime(StoreMutex());
   if (!AlwaysAnswers(index)) CheckUsable();
   return Read(index, arguments);
 }
@@ -228,6 +218,7 @@ void Object::Put(std::size_t index, const DISPPARAMS& given) {
   const Parameters parameters = ParametersOf(member);
   const Arguments arguments(given, parameters.names.size(), parameters.required, true);
   if (!Enter(member, true, arguments)) return;
+  const std::scoped_lock oneAtATime(StoreMutex());
   CheckUsable();
   const Variant value = CopyOf(arguments.PutValue());
   Write(index, arguments, value.Get());
@@ -253,7 +244,7 @@ Variant Object::ReadCommon(std::size_t index) const {
     case 0:
       return FromText("Desk");
     case 1:
-      return given(parentReference_.Get());
+      return given(parent_.Get());
     case 2:
       return given(sessionReference_ ? sessionReference_.Get() : const_cast<Object*>(this));
     default:

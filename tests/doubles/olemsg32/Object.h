@@ -20,11 +20,15 @@ class Session;
 std::atomic<long>& LiveObjects();
 
 struct MemberFacts {
+  constexpr MemberFacts(std::string_view memberName, DISPID memberId,
+                        std::string_view parameterNames, bool canBePut = false)
+      : name(memberName), id(memberId), parameters(parameterNames), writable(canBePut) {}
+
   std::string_view name;
   DISPID id;
   // Names with a blank between them; those in front of a "|" cannot be left out.
   std::string_view parameters;
-  bool writable = false;
+  bool writable;
 };
 
 class Object : public IDispatch {
@@ -79,8 +83,7 @@ class Object : public IDispatch {
   ULONG references_ = 1;
   Session* session_;
   ComPtr<IDispatch> sessionReference_;  // none for the session itself
-  Object* parent_;
-  ComPtr<IDispatch> parentReference_;
+  ComPtr<IDispatch> parent_;
 };
 
 // A row of the table of class T. A method is a property that is only read.
@@ -91,7 +94,7 @@ struct MemberOf : MemberFacts {
 
   MemberOf(std::string_view memberName, DISPID memberId, std::string_view parameterNames,
            Getter getter, Putter putter = nullptr)
-      : MemberFacts{memberName, memberId, parameterNames, putter != nullptr},
+      : MemberFacts(memberName, memberId, parameterNames, putter != nullptr),
         get(getter),
         put(putter) {}
   // Answers always.

@@ -17,15 +17,26 @@ std::string Typed(const std::string& address) {
   return address.empty() ? address : TypeOfAddress(address) + ":" + WithoutType(address);
 }
 
+// "pick 2" is a user who takes the second; without a display nobody is asked.
+const Entry& Chosen(const std::vector<Entry>& entries, bool dialog) {
+  constexpr std::string_view kPick = "pick ";
+  const std::optional<std::string> word = dialog ? TheStore().Dialog() : std::nullopt;
+  if (!word) throw MemberError(MapiError::kAmbiguousRecipient);
+  if (!word->starts_with(kPick)) throw MemberError(MapiError::kUserCancel);
+  const std::size_t number = std::stoul(word->substr(kPick.size()));
+  if (number < 1 || number > entries.size()) throw MemberError(MapiError::kUserCancel);
+  return entries[number - 1];
+}
+
 }  // namespace
 
-void ResolveRecipient(Recipient& recipient) {
+void ResolveRecipient(Recipient& recipient, bool dialog) {
   if (!recipient.address.empty()) return;
   const std::vector<Entry> entries = TheStore().Resolve(recipient.name);
   if (entries.empty()) throw MemberError(MapiError::kNotFound);
-  if (entries.size() > 1) throw MemberError(MapiError::kAmbiguousRecipient);
-  recipient.name = entries[0].name;
-  recipient.address = entries[0].address;
+  const Entry& chosen = entries.size() > 1 ? Chosen(entries, dialog) : entries[0];
+  recipient.name = chosen.name;
+  recipient.address = chosen.address;
 }
 
 Variant RecipientsObject::Item(const VARIANT& index) {
@@ -54,11 +65,11 @@ Variant RecipientsObject::Resolved() const {
 }
 
 // As many as can be; the failure of the first that cannot.
-Variant RecipientsObject::Resolve() {
+Variant RecipientsObject::Resolve(bool dialog) {
   std::optional<MemberError> failure;
   for (const auto& part : State()->recipients) {
     try {
-      ResolveRecipient(part->record);
+      ResolveRecipient(part->record, dialog);
     } catch (const MemberError& e) {
       if (!failure) failure = e;
     }
@@ -84,7 +95,8 @@ std::span<const MemberOf<RecipientsObject>> RecipientsObject::Members() {
       {"Add", 100, "Name Address Type EntryID",
        [](Self& o, const Arguments& a) { return o.Add(a); }},
       {"Resolved", 29, "", [](Self& o, const Arguments&) { return o.Resolved(); }},
-      {"Resolve", 130, "ShowDialog", [](Self& o, const Arguments&) { return o.Resolve(); }},
+      {"Resolve", 130, "ShowDialog",
+       [](Self& o, const Arguments& a) { return o.Resolve(a.Flag(0, true)); }},
       {"Delete", 106, "", [](Self& o, const Arguments&) { return o.Delete(); }},
   };
   return members;
@@ -117,8 +129,8 @@ std::span<const MemberOf<RecipientObject>> RecipientObject::Members() {
       {"DisplayType", 56, "", [](Self&, const Arguments&) { return FromNumber(0); }},
       {"AddressEntry", 53, "", [](Self& o, const Arguments&) { return o.AddressEntry(); }},
       {"Resolve", 130, "ShowDialog",
-       [](Self& o, const Arguments&) {
-         ResolveRecipient(o.It());
+       [](Self& o, const Arguments& a) {
+         ResolveRecipient(o.It(), a.Flag(0, true));
          return Variant();
        }},
       {"Delete", 106, "",

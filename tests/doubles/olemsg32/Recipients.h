@@ -5,9 +5,9 @@
 
 namespace desk {
 
-// Gives a recipient that has no address the one that its name means. Throws kNotFound or
-// kAmbiguousRecipient.
-void ResolveRecipient(Recipient& recipient);
+// Gives a recipient that has no address the one that its name means. With a dialog the user picks
+// one of several. Throws kNotFound, kAmbiguousRecipient or kUserCancel.
+void ResolveRecipient(Recipient& recipient, bool dialog);
 
 class RecipientsObject final : public MessageChildOf<RecipientsObject> {
  public:
@@ -23,7 +23,7 @@ class RecipientsObject final : public MessageChildOf<RecipientsObject> {
   Variant Item(const VARIANT& index);
   Variant Add(const Arguments& arguments);
   Variant Resolved() const;
-  Variant Resolve();
+  Variant Resolve(bool dialog);
   Variant Delete();
 };
 

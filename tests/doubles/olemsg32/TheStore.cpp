@@ -7,4 +7,9 @@ Store& TheStore() {
   return store;
 }
 
+std::recursive_mutex& StoreMutex() {
+  static std::recursive_mutex mutex;
+  return mutex;
+}
+
 }  // namespace desk

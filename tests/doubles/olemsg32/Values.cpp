@@ -1,6 +1,7 @@
 #include "olemsg32/Values.h"
 
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <utility>
 
@@ -64,9 +65,13 @@ Variant CopyOf(const VARIANT& value) {
 
 std::optional<Variant> FromDateText(const std::string& text) {
   SYSTEMTIME time = {};
-  if (std::sscanf(text.c_str(), "%4hu/%2hu/%2hu %2hu:%2hu", &time.wYear, &time.wMonth, &time.wDay,
-                  &time.wHour, &time.wMinute) != 5) {
-    return {};
+  const std::array parts{&time.wYear, &time.wMonth, &time.wDay, &time.wHour, &time.wMinute};
+  const char* at = text.data();
+  const char* end = at + text.size();
+  for (WORD* part : parts) {
+    const auto [behind, failure] = std::from_chars(at, end, *part);
+    if (failure != std::errc()) return {};
+    at = behind == end ? end : behind + 1;
   }
   Variant value;
   if (SystemTimeToVariantTime(&time, &V_DATE(&value.Get())) == FALSE) return {};

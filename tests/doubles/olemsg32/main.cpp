@@ -16,8 +16,6 @@ constexpr CLSID kSessionClass = {
 constexpr wchar_t kProgIdKey[] = L"Software\\Classes\\MAPI.Session";
 constexpr wchar_t kClassKey[] = L"Software\\Classes\\CLSID\\{3FA7DEB3-6438-101B-ACC1-00AA00423326}";
 
-HINSTANCE module = nullptr;
-
 class Factory final : public IClassFactory {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
@@ -56,11 +54,6 @@ HRESULT SetText(const std::wstring& path, const wchar_t* name, const std::wstrin
 
 extern "C" {
 
-BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
-  if (reason == DLL_PROCESS_ATTACH) module = instance;
-  return TRUE;
-}
-
 HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID wanted, REFIID iid, LPVOID* object) {
   static Factory factory;
   if (object == nullptr) return E_POINTER;
@@ -74,6 +67,12 @@ HRESULT STDAPICALLTYPE DllCanUnloadNow() {
 }
 
 HRESULT STDAPICALLTYPE DllRegisterServer() {
+  HMODULE module = nullptr;
+  if (GetModuleHandleExW(
+          GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+          kClassKey, &module) == FALSE) {
+    return E_FAIL;
+  }
   std::array<wchar_t, MAX_PATH> path{};
   const DWORD length = GetModuleFileNameW(module, path.data(), MAX_PATH);
   if (length == 0 || length == MAX_PATH) return E_FAIL;

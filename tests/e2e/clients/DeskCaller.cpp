@@ -59,8 +59,8 @@ struct Call {
   std::string text;  // of the error record
   UINT argument = 99;
 
-  Call(IDispatch* object, const wchar_t* name, std::vector<Variant> positional = {},
-       std::vector<Named> named = {}, WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET) {
+  Call(IDispatch* object, const wchar_t* name, const std::vector<Variant>& positional = {},
+       const std::vector<Named>& named = {}, WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET) {
     std::vector<LPOLESTR> names{const_cast<LPOLESTR>(name)};
     for (const Named& each : named) names.push_back(const_cast<LPOLESTR>(each.name));
     std::vector<DISPID> ids(names.size());
@@ -68,6 +68,7 @@ struct Call {
                                    ids.data());
     if (FAILED(result)) return;
     std::vector<VARIANT> values;
+    values.reserve(named.size() + positional.size());
     for (const Named& each : named) values.push_back(each.value.Get());
     for (auto each = positional.rbegin(); each != positional.rend(); ++each) {
       values.push_back(each->Get());
@@ -188,8 +189,10 @@ void CheckLifetime() {
       const ComPtr<IDispatch> message = NewMessage(session.Get());
       const ComPtr<IDispatch> list = Call(message.Get(), L"Recipients").Object();
       recipient = Call(list.Get(), L"Add", List(Text("bob"))).Object();
-      Call(Call(message.Get(), L"Fields").Object().Get(), L"Add", List(Text("a"), Number(8)));
-      Call(Call(list.Get(), L"Session").Object().Get(), L"InfoStores");
+      const ComPtr<IDispatch> fields = Call(message.Get(), L"Fields").Object();
+      Expect("field", S_OK, Call(fields.Get(), L"Add", List(Text("a"), Number(8))).result);
+      const ComPtr<IDispatch> again = Call(list.Get(), L"Session").Object();
+      Expect("stores", S_OK, Call(again.Get(), L"InfoStores").result);
     }
     session = {};
     Expect("alone", S_OK, Call(recipient.Get(), L"Resolve").result);
@@ -202,13 +205,13 @@ void CheckLifetime() {
 
 void StoreRichText(const char* text) {
   using WriteRtf = int(__stdcall*)(char*, char*, char*, char*);
-  const HMODULE library = LoadLibraryW(L"C:\\Desk\\mapirtf.dll");
+  const HMODULE library = LoadLibraryW(L"mapirtf.dll");
   const auto write =
       reinterpret_cast<WriteRtf>(reinterpret_cast<void*>(GetProcAddress(library, "writertf")));
   if (write == nullptr) return Expect("writertf", S_OK, E_NOINTERFACE);
   const ComPtr<IDispatch> session = LoggedOn();
   const ComPtr<IDispatch> message = NewMessage(session.Get());
-  Call(message.Get(), L"Update");
+  Expect("first update", S_OK, Call(message.Get(), L"Update").result);
   std::string id = Call(message.Get(), L"ID").String();
   std::string store = Call(message.Get(), L"StoreID").String();
   std::string body = text;

@@ -3,6 +3,7 @@
 // records have. So what it reads, and what it says it sent, owes nothing to the desk's records.
 //
 //   MailFaces mapi|vba FILE...   ann sends the files to bob, who reads them and deletes the message
+//   MailFaces send|read FILE...  one half of it, through mapi32.dll
 //   MailFaces wide SUBJECT       ann sends to bob and to a stranger in UTF-16
 //   MailFaces number CALL        prints what a call of mapi32.dll ends with that cannot succeed
 //
@@ -189,6 +190,16 @@ void UseMapi(const std::vector<std::string>& paths) {
   Expect(mapi.logoff(ann, 0, 0, 0) == SUCCESS_SUCCESS, "MAPILogoff");
   Expect(mapi.logoff(bob, 0, 0, 0) == SUCCESS_SUCCESS, "MAPILogoff");
   Expect(mapi.logoff(bob, 0, 0, 0) == MAPI_E_INVALID_SESSION, "a session ends once");
+}
+
+void SendOnly(const std::vector<std::string>& paths) {
+  const Mapi mapi;
+  SendByMapi(mapi, mapi.LogOn("ann"), paths);
+}
+
+void ReadOnly(const std::vector<std::string>& paths) {
+  const Mapi mapi;
+  ReadByMapi(mapi, mapi.LogOn("bob"), paths);
 }
 
 // --- vbamap32.dll
@@ -458,6 +469,8 @@ int main(int count, char** arguments) {
   const std::string_view face = arguments[1];
   const std::vector<std::string> words(arguments + 2, arguments + count);
   if (face == "mapi") UseMapi(words);
+  if (face == "send") SendOnly(words);
+  if (face == "read") ReadOnly(words);
   if (face == "vba") UseVba(words);
   if (face == "wide") SendWide(words[0]);
   if (face == "number") PrintNumber(words[0]);
