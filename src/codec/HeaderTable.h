@@ -5,11 +5,22 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "core/ShortBool.h"
 
 namespace quillon {
+
+// What some mail systems know besides of a message.
+struct MessageDetails {
+  std::string type;  // as "IPM.Note"
+  std::string conversationTopic;
+  std::string conversationIndex;  // as the property ConversationIndex takes it
+  ShortBool deliveryReport = kFalse;
+  std::int32_t attachments = 0;
+  std::int32_t recipients = 0;
+};
 
 // All texts. While a back end reads headers they hold the bytes of the wire; what stands in
 // SharedState::headers is UTF-8 text.
@@ -34,6 +45,7 @@ struct HeaderRecord {
   std::int16_t priority = 3;  // 1 (highest) to 5
   // By which the back end knows the message again where it has no unique identifier; 0: not at all.
   std::uint64_t identity = 0;
+  std::shared_ptr<const MessageDetails> details;  // null when the mail system does not know them
 };
 
 // What back ends put into the status that know it as a flag.

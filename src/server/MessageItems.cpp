@@ -70,6 +70,16 @@ Items FieldItem(const HeaderRecord& header) {
   return TextItem(header.*Field);
 }
 
+template <std::string MessageDetails::*Field>
+Items DetailText(const HeaderRecord& header) {
+  return header.details != nullptr ? TextItem((*header.details).*Field) : Items{};
+}
+
+template <auto Field>
+Items DetailNumber(const HeaderRecord& header) {
+  return header.details != nullptr ? Items{std::to_string((*header.details).*Field)} : Items{};
+}
+
 constexpr std::array kHeaderItems{
     HeaderItemRow{1, [](const HeaderRecord& h) { return AddressItems(h.to); }},
     HeaderItemRow{2, [](const HeaderRecord& h) { return AddressItems(h.cc); }},
@@ -89,6 +99,12 @@ constexpr std::array kHeaderItems{
                   [](const HeaderRecord& h) { return Items{std::to_string(h.receiptRequested)}; }},
     HeaderItemRow{28, FieldItem<&HeaderRecord::contentType>},
     HeaderItemRow{29, FieldItem<&HeaderRecord::mailer>},
+    HeaderItemRow{30, DetailText<&MessageDetails::type>},
+    HeaderItemRow{31, DetailText<&MessageDetails::conversationTopic>},
+    HeaderItemRow{32, DetailText<&MessageDetails::conversationIndex>},
+    HeaderItemRow{33, DetailNumber<&MessageDetails::deliveryReport>},
+    HeaderItemRow{34, DetailNumber<&MessageDetails::attachments>},
+    HeaderItemRow{35, DetailNumber<&MessageDetails::recipients>},
 };
 
 template <typename Rows, typename Source>

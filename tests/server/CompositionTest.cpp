@@ -133,6 +133,17 @@ TEST(Composition, HeaderItemsReadTheCurrentHeader) {
   EXPECT_EQ("-1", server->GetHeaderItemString(27));
   EXPECT_TRUE(server->GetHeaderItems(10).empty());
   EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->HeaderItems(5); }));
+  const auto details = [&] {
+    std::vector<std::string> items;
+    for (std::int16_t type = 30; type <= 35; ++type) {
+      items.push_back(Join(server->GetHeaderItems(type), ","));
+    }
+    return Join(items, "|");
+  };
+  EXPECT_EQ("|||||", details());
+  header.details =
+      std::make_shared<MessageDetails>(MessageDetails{"IPM.Note", "Topic", "0101", kTrue, 2, 3});
+  EXPECT_EQ("IPM.Note|Topic|0101|-1|2|3", details());
 }
 
 TEST(Composition, WebFormsAreReadFromTheLoadedText) {
