@@ -1,0 +1,96 @@
+#include "backends/activemsg/ActiveMessagingBackEnd.h"
+
+#include <utility>
+
+#include "backends/RecipientParts.h"
+#include "backends/activemsg/ActiveMessagingErrorText.h"
+#include "backends/activemsg/ActiveMessagingNumber.h"
+#include "backends/activemsg/Collections.h"
+#include "backends/activemsg/StepFailure.h"
+#include "core/AutomationValues.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kBoxTitle = "ActiveMessaging Mail Error";
+constexpr const char* kLogonFailed = "Failed to Logon to mail system (OLE Logon)";
+constexpr const char* kLogoffFailed = "Failed to logoff (OLE Logoff)";
+
+}  // namespace
+
+ActiveMessagingBackEnd::ActiveMessagingBackEnd(const ActiveMessagingPorts& ports)
+    : ports_(ports),
+      session_(ports.library, ports.loginPrompt, ports.configuration),
+      diagnostic_(ports.messageBox, kBoxTitle, ActiveMessagingErrorText) {}
+
+MailResult ActiveMessagingBackEnd::Run(const MailRequest& request, const std::string& context,
+                                       const std::function<void()>& operation) {
+  try {
+    operation();
+    return {};
+  } catch (const UserAbort&) {
+    return {active_messaging::kUserAbort, ActiveMessagingErrorText(active_messaging::kUserAbort)};
+  } catch (const StepFailure& failure) {
+    return diagnostic_.Fail(request, failure.what(), failure.Number());
+  } catch (const AutomationError& error) {
+    return diagnostic_.Fail(request, context, ActiveMessagingNumber(error.Number()));
+  }
+}
+
+AutomationObjectPtr ActiveMessagingBackEnd::LogOn(MailRequest& request) {
+  return InContext(kLogonFailed, [&] {
+    session_.LogonOnDemand(request);
+    return session_.Object();
+  });
+}
+
+MailResult ActiveMessagingBackEnd::Login(MailRequest& request) {
+  return Run(request, kLogonFailed, [&] { session_.Logon(request); });
+}
+
+MailResult ActiveMessagingBackEnd::Logout(MailRequest& request) {
+  message_ = nullptr;
+  folder_ = nullptr;
+  return Run(request, kLogoffFailed, [&] { session_.Logoff(); });
+}
+
+void ActiveMessagingBackEnd::Shutdown(std::int32_t) {
+  message_ = nullptr;
+  folder_ = nullptr;
+  session_.End();
+  ports_.library.Release();
+}
+
+AutomationObjectPtr ActiveMessagingBackEnd::SessionObject() {
+  try {
+    return session_.Object();
+  } catch (const AutomationError&) {
+    return nullptr;
+  }
+}
+
+void ActiveMessagingBackEnd::SetSessionObject(AutomationObjectPtr session) {
+  message_ = nullptr;
+  folder_ = nullptr;
+  session_.Use(std::move(session));
+}
+
+// An address book answers for the recipients of a message only, so there is one for the moment.
+MailResult ActiveMessagingBackEnd::ResolveName(MailRequest& request, const std::string& name,
+                                               bool withAddress, std::string& resolved) {
+  return Run(request, "Error resolving name (OLE Resolve)", [&] {
+    resolved.clear();
+    const auto session = LogOn(request);
+    const auto outbox = RequireObject(session->Get("Outbox"));
+    const MessageDraft draft(*RequireObject(outbox->Get("Messages")));
+    const auto recipients = RequireObject(draft->Get("Recipients"));
+    const auto recipient = RequireObject(recipients->Call("Add", Arguments({name})));
+    recipient->Call("Resolve", Arguments({request.instance.nativeMailDialog != kFalse}));
+    auto found = TextOf(recipient->Get("Name"));
+    if (withAddress) found = FormatRecipient(found, TextOf(recipient->Get("Address")));
+    resolved = std::move(found);
+  });
+}
+
+}  // namespace quillon
