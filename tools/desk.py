@@ -122,6 +122,10 @@ class Store:
         place = dict(self.folders(mailbox))[folder]
         return [Message(directory) for directory in sorted((place / "messages").iterdir())]
 
+    def remove(self, message):
+        [place] = self.place.glob(f"mailboxes/**/messages/{message.id}")
+        shutil.rmtree(place)
+
     def calls(self):
         """The calls of all faces so far, as "MAPILogoff session=4097 flags=0"."""
         log = self.place / "calls.txt"
