@@ -34,10 +34,9 @@ void WriteFolder(const Folder& folder) {
   ReplacePlainFile(folder.path / "folder.txt", file);
 }
 
-bool IsBelow(const Folder& folder, const Folder& above) {
-  const auto [end, ignored] =
-      std::mismatch(above.path.begin(), above.path.end(), folder.path.begin(), folder.path.end());
-  return end == above.path.end();
+bool IsIn(const fs::path& inner, const fs::path& outer) {
+  const auto [end, ignored] = std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end());
+  return end == outer.end();
 }
 
 }  // namespace
@@ -109,7 +108,7 @@ std::string Store::CheckedName(const Folder& parent, std::string_view name) cons
 }
 
 Folder Store::MakeFolder(const fs::path& path, const Folder& parent, std::string_view name) {
-  const Folder folder{parent.mailbox, NewId(), parent.id, std::string(name), path};
+  Folder folder{parent.mailbox, NewId(), parent.id, std::string(name), path};
   fs::create_directories(path / "messages");
   fs::create_directories(path / "folders");
   WriteFolder(folder);
@@ -132,7 +131,7 @@ Folder Store::RenameFolder(const Folder& folder, std::string_view name) {
 }
 
 Folder Store::MoveFolder(const Folder& folder, const Folder& parent, std::string_view name) {
-  if (folder.parentId.empty() || IsBelow(parent, folder)) {
+  if (folder.parentId.empty() || IsIn(parent.path, folder.path)) {
     throw StoreError("a folder cannot move into itself");
   }
   Folder moved = folder;
@@ -151,8 +150,8 @@ void Store::CopyContents(const Folder& from, const Folder& to) {
 }
 
 Folder Store::CopyFolder(const Folder& folder, const Folder& parent, std::string_view name) {
-  if (IsBelow(parent, folder)) throw StoreError("a folder cannot be copied into itself");
-  const Folder copy = AddFolder(parent, name.empty() ? folder.name : name);
+  if (IsIn(parent.path, folder.path)) throw StoreError("a folder cannot be copied into itself");
+  Folder copy = AddFolder(parent, name.empty() ? folder.name : name);
   CopyContents(folder, copy);
   return copy;
 }

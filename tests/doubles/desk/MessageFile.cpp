@@ -38,12 +38,13 @@ void TakeLine(const fs::path& directory, const PlainFile::Line& line, Message& m
   }
 }
 
-// The file that holds an attachment's bytes in the directory: the one it has there, or a copy.
-std::string StoredFile(const fs::path& directory, const Attachment& attachment) {
+// The file that holds an attachment's bytes in the directory: the one it has there, or a copy, for
+// which names from `number` on may be free.
+std::string StoredFile(const fs::path& directory, const Attachment& attachment, int& number) {
   if (attachment.path.empty()) return {};
   if (attachment.path.parent_path() == directory) return attachment.path.filename().string();
-  for (int number = 1;; ++number) {
-    const std::string name = std::to_string(number) + ".file";
+  for (;; ++number) {
+    std::string name = std::to_string(number) + ".file";
     if (fs::exists(directory / name)) continue;
     fs::copy_file(attachment.path, directory / name);
     return name;
@@ -100,8 +101,9 @@ void WriteMessage(const fs::path& directory, const Message& message) {
   file.AddUnlessEmpty("conversation topic", message.conversationTopic);
   AddRecipients(message, file);
   std::set<std::string> kept;
+  int number = 1;
   for (const Attachment& attachment : message.attachments) {
-    const std::string stored = StoredFile(directory, attachment);
+    const std::string stored = StoredFile(directory, attachment, number);
     kept.insert(stored);
     file.AddColumns("attachment", {attachment.name, stored, std::to_string(attachment.position),
                                    std::to_string(attachment.type), attachment.source});

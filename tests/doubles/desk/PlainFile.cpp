@@ -117,12 +117,12 @@ std::vector<std::string> Columns(std::string_view value, std::size_t count) {
 }
 
 std::filesystem::path PathFromUtf8(std::string_view text) {
-  return std::filesystem::path(std::u8string(text.begin(), text.end()));
+  return {std::u8string(text.begin(), text.end())};
 }
 
 std::string Utf8FromPath(const std::filesystem::path& path) {
   const std::u8string text = path.u8string();
-  return std::string(text.begin(), text.end());
+  return {text.begin(), text.end()};
 }
 
 std::optional<std::string> ReadBytes(const std::filesystem::path& path) {

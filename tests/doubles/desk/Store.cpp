@@ -142,7 +142,7 @@ std::optional<std::string> Store::Word(std::string_view name) const {
   const std::string text = ReadBytes(place_ / "faults.txt").value_or("");
   for (const std::string& line : quillon::Split(text, "\n")) {
     const std::string_view trimmed =
-        quillon::Trim(std::string_view(line).substr(0, line.find_last_not_of("\r") + 1));
+        quillon::Trim(std::string_view(line).substr(0, line.find_last_not_of('\r') + 1));
     const std::size_t blank = trimmed.find(' ');
     if (trimmed.substr(0, blank) != name) continue;
     return blank == std::string_view::npos ? "" : quillon::TrimmedCopy(trimmed.substr(blank));

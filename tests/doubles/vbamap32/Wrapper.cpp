@@ -53,9 +53,9 @@ std::map<ULONG, ReadMail>& Waiting() {
 
 ULONG Get(const CMail& native, VbMail& mail, SAFEARRAY** parties, SAFEARRAY** files,
           VbParty& originator) {
-  VbParty* const vbParties =
+  auto* const vbParties =
       ArrayOf<VbParty>(parties, static_cast<std::int32_t>(native.recipientCount));
-  VbFile* const vbFiles = ArrayOf<VbFile>(files, static_cast<std::int32_t>(native.fileCount));
+  auto* const vbFiles = ArrayOf<VbFile>(files, static_cast<std::int32_t>(native.fileCount));
   if ((native.recipientCount != 0 && vbParties == nullptr) ||
       (native.fileCount != 0 && vbFiles == nullptr)) {
     return desk::kMapiFailure;

@@ -22,12 +22,15 @@
 
 namespace {
 
-int failures = 0;
+int& Failures() {
+  static int failures = 0;
+  return failures;
+}
 
 void Expect(bool holds, const std::string& what) {
   if (holds) return;
   std::printf("%s\n", what.c_str());
-  ++failures;
+  ++Failures();
 }
 
 void ExpectText(std::string_view wanted, const char* found, const std::string& what) {
@@ -49,7 +52,7 @@ Function Find(const wchar_t* library, const char* name) {
 
 std::string BytesOf(const char* path) {
   std::ifstream file(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 std::string NameIn(const std::string& path) {
@@ -232,7 +235,7 @@ class VbRecord {
     BSTR text = nullptr;
     std::memcpy(&text, bytes_ + at, sizeof text);
     if (text == nullptr) return {};
-    return std::string(reinterpret_cast<const char*>(text), SysStringByteLen(text));
+    return {reinterpret_cast<const char*>(text), SysStringByteLen(text)};
   }
 
  private:
@@ -474,5 +477,5 @@ int main(int count, char** arguments) {
   if (face == "vba") UseVba(words);
   if (face == "wide") SendWide(words[0]);
   if (face == "number") PrintNumber(words[0]);
-  return failures == 0 ? 0 : 1;
+  return Failures() == 0 ? 0 : 1;
 }
