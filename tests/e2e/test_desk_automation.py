@@ -110,6 +110,7 @@ Same "importance", CLng(2), message.Importance
 Same "sensitivity", CLng(2), message.Fields(&H00360003).Value
 Same "report", True, message.Fields.Item(&H0C08000B).Value
 Same "own field", "blue", message.Fields("room").Value
+Same "its tag", CLng(&H0C08000B), message.Fields(&H0C08000B).ID
 Same "topic", "Report", message.ConversationTopic
 Same "date", True, Abs(Now - message.TimeSent) < 1
 Same "sender", "Ann Archer", message.Sender.Name
@@ -265,7 +266,7 @@ Same "not same", False, work.IsSameAs(copy)
 work.Name = "Play"
 Same "not yet", "Copy;Flat;", NamesIn(inbox.Folders)
 work.Update
-Set deep = deep.MoveTo(root.ID)
+Set deep = deep.MoveTo(root.ID, root.StoreID, "")
 Same "moved", "Deep \ one: <*>;Deleted Items;Inbox;Outbox;Play;Sent Items;", NamesIn(root.Folders)
 Same "with it", "in deep;", Subjects(deep.Messages)
 On Error Resume Next
@@ -526,8 +527,8 @@ Same "mailbox", "bob", session.Name
 message.Subject = "y"
 Failed "of another logon", "80040108"
 Set other = CreateObject("MAPI.Session")
-other.Logon , "secret", , , , , "server" & vbLf & "ann"
-Failed "without a profile", "0"
+other.Logon "joe", "secret", , , , , "server" & vbLf & "ann"
+Failed "in place of a profile", "0"
 Same "both", "annbob", other.Name & session.Name
 other.Logoff
 other.Logon , "secret", , , , , "ann"

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include "core/Text.h"
@@ -206,6 +207,11 @@ std::span<const MemberOf<FieldObject>> FieldObject::Members() {
   static const std::vector<Row> members{
       {"Name", 23, "", [](Self& o, const Arguments&) { return FromText(o.It().name); }},
       {"Type", 17, "", [](Self& o, const Arguments&) { return FromNumber(o.It().type); }},
+      {"ID", 14, "",
+       [](Self& o, const Arguments&) {
+         // That of a name is none that means anything elsewhere.
+         return FromNumber(static_cast<long>(std::strtoul(o.It().name.c_str(), nullptr, 0)));
+       }},
       {"Index", 19, "",
        [](Self& o, const Arguments&) { return FromNumber(o.IndexIn(o.State()->fields)); }},
       {"Value", 43, "", [](Self& o, const Arguments&) { return ValueOf(o.It()); },

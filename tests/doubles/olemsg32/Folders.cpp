@@ -133,7 +133,8 @@ Variant FolderObject::Delete() {
 Variant FolderObject::Transfer(const Arguments& arguments, bool copy) {
   Find();
   const Folder target = Owner().FindFolder(arguments.Text(0), arguments.Text(1));
-  const std::string name = arguments.Text(2, folder_.name);
+  const std::string given = arguments.Text(2);
+  const std::string name = given.empty() ? folder_.name : given;
   CheckOutside(target, folder_);
   CheckNameFree(target, name);
   if (!copy) {

@@ -23,7 +23,7 @@ struct Login {
 // "server", the mailbox, and perhaps "anon", one below the other, take the place of a profile.
 Login LoginOf(const Arguments& arguments) {
   Login login{arguments.Text(0), arguments.Text(1)};
-  if (!arguments.Given(6)) return login;
+  if (arguments.Text(6).empty()) return login;
   const std::vector<std::string> lines = quillon::Split(arguments.Text(6), "\n");
   const bool anonymous = lines.size() == 3 && lines[2] == "anon";
   if (lines[0].empty() || lines.size() < 2 || (lines.size() > 2 && !anonymous)) {
