@@ -20,6 +20,7 @@
 #include "automation/ServerObject.h"
 #include "automation/StartNotice.h"
 #include "automation/TypeLibrary.h"
+#include "backends/activemsg/ActiveMessagingBackEnd.h"
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 #include "backends/mapi/MapiBackEnd.h"
 #include "backends/mapi/MapiMailSystem.h"
@@ -34,8 +35,10 @@
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/VbaMap32.h"
 #include "platform/win32/WideText.h"
+#include "platform/win32/Win32AutomationObject.h"
 #include "platform/win32/Win32MessageBox.h"
 #include "platform/win32/Win32ProgressDisplay.h"
+#include "platform/win32/Win32RichTextLibrary.h"
 #include "platform/win32/Win32Workstation.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
@@ -99,7 +102,13 @@ struct Application {
   MapiBackEnd mapiBackEnd{{*mapiLibrary, *files, messageBox, loginPrompt, configuration}};
   MapiMailSystem mapi{workstation, &mapiBackEnd};
   VimMailSystem vim{workstation};
-  ActiveMessagingMailSystem activeMessaging{workstation};
+  Win32AutomationObjects automationObjects;
+  Win32RichTextLibrary richText{*codePage};
+  ActiveMessagingLibrary activeMessagingLibrary{automationObjects};
+  ActiveMessagingBackEnd activeMessagingBackEnd{
+      {activeMessagingLibrary, richText, *files, *clock, messageBox, loginPrompt, configuration}};
+  ActiveMessagingMailSystem activeMessaging{activeMessagingLibrary, &activeMessagingBackEnd,
+                                            &mapiBackEnd};
   NotesMailSystem notes{workstation};
   MailSystems mailSystems;
   BusyGate busy;

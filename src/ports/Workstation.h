@@ -27,9 +27,6 @@ class Workstation {
 
   virtual bool ObjectCreates(const std::string& progId) = 0;
 
-  // The number in a new object's "version" property; no value when object or property is missing.
-  virtual std::optional<double> ObjectVersion(const std::string& progId) = 0;
-
   // A value of the user's WIN.INI, or the empty text.
   virtual std::string ProfileValue(const std::string& section, const std::string& key) = 0;
 

@@ -55,6 +55,19 @@ TEST(ActiveMessagingLibraryTest, IsNotThereWithoutItsObject) {
   EXPECT_THROW(library.Session(), AutomationError);
 }
 
+TEST(ActiveMessagingLibraryTest, WithoutItAnotherBackEndServes) {
+  FakeBackEnd own;
+  FakeBackEnd fallback;
+  FakeMessaging program;
+  ActiveMessagingLibrary present(program.objects);
+  EXPECT_EQ(ActiveMessagingMailSystem(present, &own, &fallback).Serving(), &own);
+  program.session->properties["version"] = 1.0;
+  ActiveMessagingLibrary old(program.objects);
+  ActiveMessagingMailSystem system(old, &own, &fallback);
+  EXPECT_FALSE(system.IsPresent());
+  EXPECT_EQ(system.Serving(), &fallback);
+}
+
 // Every published error with a row of its own has a text; nothing becomes a success by its number.
 TEST(ActiveMessagingNumberTest, PublishedErrorsReachTheRowsOfTheTable) {
   int mapped = 0;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "backends/activemsg/ActiveMessagingLibrary.h"
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 #include "backends/mapi/MapiMailSystem.h"
 #include "backends/notes/NotesMailSystem.h"
@@ -27,6 +28,7 @@
 #include "server/Environment.h"
 #include "server/MailSystems.h"
 #include "server/Server.h"
+#include "support/RecordingAutomation.h"
 #include "support/TempFolder.h"
 
 namespace quillon::testing {
@@ -51,11 +53,6 @@ class FakeWorkstation final : public Workstation {
     return LibraryInfo{"Maker of " + name, "1.2.3.4"};
   }
   bool ObjectCreates(const std::string& progId) override { return objects.contains(progId); }
-  std::optional<double> ObjectVersion(const std::string& progId) override {
-    const auto found = objects.find(progId);
-    if (found == objects.end()) return std::nullopt;
-    return found->second;
-  }
   std::string ProfileValue(const std::string& section, const std::string& key) override {
     return profile[section + "/" + key];
   }
@@ -67,6 +64,24 @@ class FakeWorkstation final : public Workstation {
   std::map<std::string, double> objects;
   std::map<std::string, std::string> profile;
   int probes = 0;
+};
+
+// Makes the objects that the workstation has; they know their version and nothing else.
+class WorkstationObjects final : public AutomationObjects {
+ public:
+  explicit WorkstationObjects(const FakeWorkstation& workstation) : workstation_(workstation) {}
+
+  AutomationObjectPtr Create(const std::string& progId) override {
+    const auto found = workstation_.objects.find(progId);
+    if (found == workstation_.objects.end()) throw AutomationError(-2147221005, progId);
+    auto object = std::make_shared<RecordingObject>(record_, progId);
+    object->properties["version"] = found->second;
+    return object;
+  }
+
+ private:
+  const FakeWorkstation& workstation_;
+  AutomationRecord record_;
 };
 
 // Answers each operation it has with `result`, and records what was asked.
@@ -134,7 +149,9 @@ struct TestWorld {
   FakeWorkstation workstation;
   MapiMailSystem mapi{workstation};
   VimMailSystem vim{workstation};
-  ActiveMessagingMailSystem activeMessaging{workstation};
+  WorkstationObjects objects{workstation};
+  ActiveMessagingLibrary activeMessagingLibrary{objects};
+  ActiveMessagingMailSystem activeMessaging{activeMessagingLibrary};
   NotesMailSystem notes{workstation};
   MailSystems mailSystems;
   clsINIUtilities configuration{*files, folder.Path("quillon.ini")};

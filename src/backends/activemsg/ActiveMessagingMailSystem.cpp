@@ -1,28 +1,15 @@
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 
 #include "backends/activemsg/ActiveMessagingErrorText.h"
-#include "ports/Workstation.h"
 
 namespace quillon {
 
-namespace {
-
-constexpr const char* kObject = "MAPI.Session";
-constexpr const char* kLibrary = "olemsg32.dll";
-constexpr float kVersion = 1.1F;  // from this one on
-
-}  // namespace
-
-ActiveMessagingMailSystem::ActiveMessagingMailSystem(Workstation& workstation, BackEnd* backEnd)
-    : MailSystem(MailFamily::ActiveMessaging, backEnd), workstation_(workstation) {}
-
-bool ActiveMessagingMailSystem::IsPresent() {
-  const auto version = workstation_.ObjectVersion(kObject);
-  return version && static_cast<float>(*version) >= kVersion;
-}
+ActiveMessagingMailSystem::ActiveMessagingMailSystem(ActiveMessagingLibrary& library,
+                                                     BackEnd* backEnd, BackEnd* fallback)
+    : MailSystem(MailFamily::ActiveMessaging, backEnd), library_(library), fallback_(fallback) {}
 
 std::string ActiveMessagingMailSystem::Library() const {
-  return kLibrary;
+  return "olemsg32.dll";
 }
 
 std::string ActiveMessagingMailSystem::ErrorText(MailSystemId, std::int32_t number) const {

@@ -6,7 +6,6 @@
 
 #include "platform/win32/ComPtr.h"
 #include "platform/win32/LibrarySearch.h"
-#include "platform/win32/Variant.h"
 #include "platform/win32/WideText.h"
 
 namespace quillon {
@@ -89,26 +88,6 @@ std::optional<LibraryInfo> Win32Workstation::DescribeLibrary(const std::string& 
 
 bool Win32Workstation::ObjectCreates(const std::string& progId) {
   return static_cast<bool>(CreateObject(progId));
-}
-
-std::optional<double> Win32Workstation::ObjectVersion(const std::string& progId) {
-  const auto object = CreateObject(progId);
-  if (!object) return std::nullopt;
-  std::wstring name = L"version";
-  LPOLESTR names = name.data();
-  DISPID id = DISPID_UNKNOWN;
-  if (FAILED(object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id))) {
-    return std::nullopt;
-  }
-  DISPPARAMS none{};
-  Variant version;
-  // The text "1.1" is read with a full stop whatever the user's locale.
-  if (FAILED(object->Invoke(id, IID_NULL, LOCALE_INVARIANT, DISPATCH_PROPERTYGET, &none,
-                            version.Put(), nullptr, nullptr)) ||
-      FAILED(VariantChangeTypeEx(&version.Get(), &version.Get(), LOCALE_INVARIANT, 0, VT_R8))) {
-    return std::nullopt;
-  }
-  return V_R8(&version.Get());
 }
 
 std::string Win32Workstation::ProfileValue(const std::string& section, const std::string& key) {
