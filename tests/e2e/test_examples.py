@@ -5,7 +5,7 @@ import email.policy
 import re
 import unittest
 
-from scripting import MailHost
+from scripting import MailHost, install_desk
 import winetest
 
 EXAMPLES = winetest.TOP / "examples"
@@ -76,6 +76,22 @@ class ExamplePrograms(unittest.TestCase):
                              self.run_example("new_mail.js", *login, seen, host.pop))
             self.assertEqual(["0 new message(s)"],
                              self.run_example("new_mail.js", *login, seen, host.pop))
+
+    def test_the_mail_program_of_the_workstation(self):
+        store = install_desk(self.wine)
+        self.assertEqual([], self.run_example("office.vbs", 1, "bob", "secret"))
+        file = EXAMPLES / "README.md"
+        self.assertEqual(["Sent."], self.run_example(
+            "office.vbs", 1, "ann", "secret", "Bob Baker,Joe <joe@example.com>", "Lunch", "At noon?",
+            winetest.windows_path(file)))
+        [received] = store.messages("bob")
+        self.assertEqual(("Lunch", "At noon?"), (received.subject, received.text))
+        self.assertEqual([file.read_bytes()], [each.content for each in received.attachments])
+        self.assertEqual("joe@example.com", store.messages("Outside", "")[0].recipients[1][2])
+        [line] = self.run_example("office.vbs", 1, "bob", "secret")
+        self.assertTrue(line.endswith("  Ann Archer  Lunch"), line)
+        [line] = self.run_example("office.vbs", 1, "bob", "wrong", status=1)
+        self.assertEqual("Failed: Login failed (-2147219501)", line)
 
 
 if __name__ == "__main__":

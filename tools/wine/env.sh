@@ -28,7 +28,7 @@ wineserver() { (wine_environment; exec "$wine_root/usr/lib/wine/wineserver" "$@"
 wine_copy_prefix() {
   [ -f "$wine_template/recipe" ] || wine_die "the private Wine is missing: run ./dev setup"
   rm -rf "$1.partial"
-  cp -a --reflink=auto "$wine_template" "$1.partial"
+  cp -a --reflink=auto "$wine_template/." "$1.partial"  # which may be a link
   mv "$1.partial" "$1"
 }
 
