@@ -325,6 +325,19 @@ Same "left", "late;", Subjects(messages)
 Same "last", "late", messages.GetLast.Subject
 Same "none before", True, messages.GetPrevious Is Nothing
 Same "again", "late", messages.GetNext.Subject
+seen = ""
+messages.Add "later"
+For Each message In messages
+  seen = seen & message.Subject
+  messages.Add "after"
+  message.Delete
+Next
+Same "for each", "latelater", seen
+Same "what came meanwhile", "after;after;", Subjects(messages)
+For Each folder In ann.GetFolder("").Folders
+  seen = seen & folder.Name
+Next
+Same "folders, too", "latelaterDeleted ItemsInboxOutboxSent Items", seen
 """)
 
 

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <vector>
 
 #include "core/Text.h"
 #include "olemsg32/CallGate.h"
+#include "olemsg32/Enumerator.h"
 #include "olemsg32/Session.h"
+#include "olemsg32/TheStore.h"
 #include "platform/win32/Bstr.h"
 
 namespace desk {
@@ -179,7 +182,34 @@ HRESULT STDMETHODCALLTYPE Object::Invoke(DISPID id, REFIID iid, LCID /*locale*/,
   }
 }
 
+// What "For Each" asks a collection for.
+Variant Object::AllItems() {
+  const std::size_t count = IndexOf("Count");
+  const std::size_t item = IndexOf("Item");
+  if (count == kNone || item == kNone) throw CallError(DISP_E_MEMBERNOTFOUND);
+  if (!EnterCall(std::string(ClassName()) + "._NewEnum", "")) return Nothing();
+  const std::scoped_lock oneAtATime(StoreMutex());
+  CheckUsable();
+  const std::size_t parameters = ParametersOf(FactsOf(item)).names.size();
+  std::vector<Variant> items;
+  const long last = NumberOf(Read(count, Arguments({}, 0, 0, false)).Get());
+  for (long number = 1; number <= last; ++number) {
+    Variant place = FromNumber(number);
+    const DISPPARAMS given = {&place.Get(), nullptr, 1, 0};
+    items.push_back(Read(item, Arguments(given, parameters, 1, false)));
+  }
+  Variant all;
+  V_UNKNOWN(&all.Get()) = Enumerate(std::move(items)).Detach();
+  V_VT(&all.Get()) = VT_UNKNOWN;
+  return all;
+}
+
 HRESULT Object::Run(DISPID id, WORD flags, const DISPPARAMS& given, VARIANT* result) {
+  if (id == DISPID_NEWENUM) {
+    Variant all = AllItems();
+    if (result != nullptr) *result = all.Detach();
+    return S_OK;
+  }
   const std::size_t index = IndexOf(id);
   if (index == kNone) return DISP_E_MEMBERNOTFOUND;
   if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) {

@@ -76,6 +76,7 @@ class Object : public IDispatch {
   std::size_t IndexOf(DISPID id) const;
   HRESULT Run(DISPID id, WORD flags, const DISPPARAMS& given, VARIANT* result);
   Variant Get(std::size_t index, const DISPPARAMS& given);
+  Variant AllItems();
   void Put(std::size_t index, const DISPPARAMS& given);
   Variant ReadCommon(std::size_t index) const;
   bool Enter(const MemberFacts& member, bool put, const Arguments& arguments) const;
