@@ -128,6 +128,8 @@ Same "position", CLng(4), file.Position
 Same "type", CLng(1), file.Type
 Same "index", CLng(2), file.Index
 file.WriteToFile "C:\files\read two"
+message.Attachments(1).WriteToFile "C:\files\read two"
+file.WriteToFile "C:\files\read two"
 message.Attachments(1).WriteToFile "C:\files\read one"
 message.Unread = False
 Same "not said yet", True, bob.GetMessage(message.ID).Unread
@@ -182,6 +184,12 @@ Failed "no file", "8004010F"
 Same "no half file", CLng(0), message.Attachments.Count
 message.Attachments.Add "x", 0, 3
 Failed "an object", "80040102"
+message.Attachments.Add("x", 0, 1, "C:\windows\win.ini").WriteToFile "C:\none\x"
+Failed "no folder", "80040116"
+message.Attachments.Add.WriteToFile "C:\files\x"
+Failed "no bytes", "8004010F"
+message.Attachments(1).ReadFromFile "C:\windows"
+Failed "a folder", "8004010F"
 Set message = Nothing
 On Error GoTo 0
 Same "still there", "never sent;", Subjects(ann.Outbox.Messages)

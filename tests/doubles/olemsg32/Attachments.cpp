@@ -8,8 +8,6 @@
 namespace desk {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int kFileData = 1;
 constexpr int kFileLink = 2;
 
@@ -69,9 +67,11 @@ std::span<const MemberOf<AttachmentsObject>> AttachmentsObject::Members() {
 
 Variant AttachmentObject::WriteToFile(const std::string& path) {
   if (It().path.empty()) throw MemberError(MapiError::kNotFound);
-  std::error_code failure;
-  fs::copy_file(It().path, PathFromUtf8(path), fs::copy_options::overwrite_existing, failure);
-  if (failure) throw MemberError(MapiError::kDiskError);
+  // std::filesystem::copy_file takes every two files for one here, and overwrites none.
+  const std::filesystem::path target = PathFromUtf8(path);
+  if (CopyFileW(It().path.c_str(), target.c_str(), FALSE) == FALSE) {
+    throw MemberError(MapiError::kDiskError);
+  }
   return {};
 }
 
