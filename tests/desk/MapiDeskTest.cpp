@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "desk/MapiDesk.h"
+#include "support/TempFolder.h"
 
 namespace desk {
 namespace {
@@ -12,14 +13,10 @@ namespace fs = std::filesystem;
 class MapiDeskTest : public testing::Test {
  protected:
   MapiDeskTest()
-      : place_(fs::path(testing::TempDir()) /
-               ("mapi-" +
-                std::string(testing::UnitTest::GetInstance()->current_test_info()->name()))) {
-    fs::remove_all(place_);
-    desk_.emplace(place_, [this](std::string_view word) { trouble_ += word; });
+      : place_(folder_.Path("store")),
+        desk_(std::in_place, place_, [this](std::string_view word) { trouble_ += word; }) {
     EXPECT_EQ(0U, desk_->Logon("bob", "secret", 0, session_));
   }
-  ~MapiDeskTest() override { fs::remove_all(place_); }
 
   void File(const std::string& name, const std::string& bytes) {
     ReplaceBytes(place_ / name, bytes);
@@ -43,7 +40,8 @@ class MapiDeskTest : public testing::Test {
     return found + std::to_string(number);
   }
 
-  fs::path place_;
+  quillon::testing::TempFolder folder_;
+  const fs::path place_;
   std::optional<MapiDesk> desk_;
   std::string trouble_;
   std::uint32_t session_ = 0;

@@ -1,8 +1,11 @@
 // The desk's store: what one face puts in, another finds, whole.
 #include <algorithm>
+#include <atomic>
+#include <future>
 #include <gtest/gtest.h>
 
 #include "desk/Store.h"
+#include "support/TempFolder.h"
 
 namespace desk {
 namespace {
@@ -11,14 +14,7 @@ namespace fs = std::filesystem;
 
 class StoreTest : public testing::Test {
  protected:
-  StoreTest()
-      : place_(fs::path(testing::TempDir()) /
-               ("desk-" +
-                std::string(testing::UnitTest::GetInstance()->current_test_info()->name()))) {
-    fs::remove_all(place_);
-    store_.emplace(place_);
-  }
-  ~StoreTest() override { fs::remove_all(place_); }
+  StoreTest() : place_(folder_.Path("store")), store_(place_) {}
 
   fs::path File(const std::string& name, const std::string& bytes) {
     ReplaceBytes(place_ / name, bytes);
@@ -34,7 +30,8 @@ class StoreTest : public testing::Test {
     return messages;
   }
 
-  fs::path place_;
+  quillon::testing::TempFolder folder_;
+  const fs::path place_;
   std::optional<Store> store_;
 };
 
@@ -163,6 +160,38 @@ TEST_F(StoreTest, MessagesMoveAndGo) {
   EXPECT_TRUE(store_->Remove("bob", first));
   EXPECT_FALSE(store_->Remove("bob", first));
   for (const char* none : {"", "..", "../..", "00", "x"}) EXPECT_FALSE(store_->Read("bob", none));
+}
+
+TEST_F(StoreTest, SeveralProgramsUseItAtOnce) {
+  constexpr int kEach = 40;
+  const fs::path file = File("one", std::string(5000, 'x'));
+  std::atomic<int> sending = 2;
+  const auto send = [&](const char* profile) {
+    Store own(place_);
+    Message message;
+    message.recipients = {{1, "bob", ""}};
+    message.attachments = {{"one", file, -1, 1, ""}};
+    for (int i = 0; i < kEach; ++i) own.Send(own.FindAccount(profile).value(), message);
+    --sending;
+  };
+  const auto ann = std::async(std::launch::async, send, "ann");
+  const auto bob = std::async(std::launch::async, send, "bob");
+  const Folder inbox = store_->KnownFolder("bob", kInbox);
+  int taken = 0;
+  while (sending > 0 || !store_->MessageIds(inbox).empty()) {
+    for (const std::string& id : store_->MessageIds(inbox)) {
+      std::optional<Message> message = store_->Read("bob", id);
+      ASSERT_TRUE(message) << "nobody else takes it";
+      ASSERT_EQ(5000U, ReadBytes(message->attachments.at(0).path).value().size()) << "half of it";
+      message->unread = false;
+      ASSERT_TRUE(store_->Change("bob", *message));
+      ASSERT_TRUE(store_->Remove("bob", id));
+      ++taken;
+    }
+  }
+  EXPECT_EQ(2 * kEach, taken);
+  EXPECT_EQ(static_cast<std::size_t>(kEach), In("ann", kSentItems).size());
+  EXPECT_TRUE(fs::is_empty(place_ / "making"));
 }
 
 TEST_F(StoreTest, ResolvesNames) {

@@ -79,19 +79,23 @@ class ExamplePrograms(unittest.TestCase):
 
     def test_the_mail_program_of_the_workstation(self):
         store = install_desk(self.wine)
-        self.assertEqual([], self.run_example("office.vbs", 1, "bob", "secret"))
         file = EXAMPLES / "README.md"
-        self.assertEqual(["Sent."], self.run_example(
-            "office.vbs", 1, "ann", "secret", "Bob Baker,Joe <joe@example.com>", "Lunch", "At noon?",
-            winetest.windows_path(file)))
-        [received] = store.messages("bob")
-        self.assertEqual(("Lunch", "At noon?"), (received.subject, received.text))
-        self.assertEqual([file.read_bytes()], [each.content for each in received.attachments])
-        self.assertEqual("joe@example.com", store.messages("Outside", "")[0].recipients[1][2])
-        [line] = self.run_example("office.vbs", 1, "bob", "secret")
-        self.assertTrue(line.endswith("  Ann Archer  Lunch"), line)
-        [line] = self.run_example("office.vbs", 1, "bob", "wrong", status=1)
-        self.assertEqual("Failed: Login failed (-2147219501)", line)
+        for system, refused in (1, 2003), (9, 8003):
+            with self.subTest(system=system):
+                subject = f"Lunch {system}"
+                self.assertEqual(["Sent."], self.run_example(
+                    "office.vbs", system, "ann", "secret", "Bob Baker,Joe <joe@example.com>",
+                    subject, "At noon?", winetest.windows_path(file)))
+                received = store.messages("bob")[-1]
+                self.assertEqual((subject, "At noon?"), (received.subject, received.text))
+                self.assertEqual([file.read_bytes()],
+                                 [each.content for each in received.attachments])
+                outside = store.messages("Outside", "")[-1].recipients[1]
+                self.assertEqual("joe@example.com", outside[2].removeprefix("SMTP:"))
+                line = self.run_example("office.vbs", system, "bob", "secret")[-1]
+                self.assertRegex(line, "  Ann Archer.*  " + subject)
+                [line] = self.run_example("office.vbs", system, "bob", "wrong", status=1)
+                self.assertEqual(f"Failed: Login failed ({refused - 0x7FFC0000})", line)
 
 
 if __name__ == "__main__":
