@@ -32,7 +32,7 @@ If Right(received, 2) = vbCrLf Then received = Left(received, Len(received) - 2)
 Same "text", "First line" & vbCrLf & "second line", received
 Same "files", CLng(2), mail.GetMessageItemCount(6)
 Same "names", "one.bin, two.txt", mail.GetMessageItemString(7)
-Same "to", "Ann Archer <", Left(mail.GetMessageItemString(1), 12)
-Same "cc", "Bob Baker <", Left(mail.GetMessageItemString(2), 11)
+Same "to", "Ann Archer", Left(mail.GetMessageItemString(1), 10)
+Same "cc", "Bob Baker", Left(mail.GetMessageItemString(2), 9)
 mail.DeleteMessage
 mail.Logout
