@@ -116,7 +116,14 @@ TEST_F(MapiDeskTest, FilesAreFreshCopiesOrNone) {
     EXPECT_EQ("1", ReadBytes(file.path));
     EXPECT_TRUE(fs::remove(file.path)) << "the caller's to remove";
   }
+  MapiDesk other(place_);
+  Mail others;
+  std::uint32_t session = 0;
+  other.Logon("bob", "secret", 0, session);
   ASSERT_EQ(0U, desk_->ReadMail(session_, id, 0, mail)) << "and the store still has them";
+  ASSERT_EQ(0U, other.ReadMail(session, id, 0, others));
+  EXPECT_NE(mail.files[0].path, others.files[0].path);
+  for (const MailFile& file : others.files) fs::remove(file.path);
   for (const MailFile& file : mail.files) fs::remove(file.path);
 
   mail = To("bob");

@@ -57,6 +57,12 @@ Mail MailOf(const Message& message, bool withText) {
   return mail;
 }
 
+// The temporary files of a mail that is not handed out after all.
+void RemoveFiles(const Mail& mail) {
+  std::error_code ignored;
+  for (const MailFile& file : mail.files) fs::remove(file.path, ignored);
+}
+
 // What the user does to a mail in the dialog; false when it is closed.
 bool ChangeInDialog(const std::optional<std::string>& word, Mail& mail) {
   constexpr std::string_view kSubject = "change subject ";
@@ -190,11 +196,12 @@ std::uint32_t MapiDesk::WriteFiles(const Message& message, Mail& mail) {
   for (std::size_t index = 0; index < mail.files.size(); ++index) {
     if (message.attachments[index].path.empty()) continue;  // a link
     fs::path file;
-    do {
+    do {  // until there is a name that no other program has
       file = directory / ("desk" + std::to_string(++lastFile_) + ".tmp");
-    } while (fs::exists(file));
-    if (!fs::copy_file(message.attachments[index].path, file, error) || error) {
-      for (MailFile& written : mail.files) fs::remove(written.path, error);
+      fs::copy_file(message.attachments[index].path, file, error);
+    } while (error == std::errc::file_exists);
+    if (error) {
+      RemoveFiles(mail);
       return kMapiAttachmentWriteFailure;
     }
     mail.files[index].path = file;
@@ -215,7 +222,12 @@ std::uint32_t MapiDesk::ReadMail(std::uint32_t session, const std::string& id, s
     }
     if ((flags & kMapiPeek) == 0 && message->unread) {
       message->unread = false;
-      store_.Change(known->account.profile, *message);
+      try {
+        store_.Change(known->account.profile, *message);
+      } catch (...) {
+        RemoveFiles(mail);
+        throw;
+      }
     }
     return kMapiSuccess;
   });
