@@ -173,11 +173,11 @@ TEST_F(ActiveMessagingReadTest, UnreadMessagesAndTypesAreFiltered) {
   message.properties["Unread"] = false;
   program.AddMessage(*program.inbox, "unread").properties["Unread"] = true;
   std::int32_t unread = 0;
+  instance.messageType = "IPM.Order";
   EXPECT_TRUE(world.backEnd.UnreadCount(world.request, unread).Succeeded());
   EXPECT_EQ(unread, 1);
   EXPECT_TRUE(Headers().empty());
   instance.unreadOnly = kTrue;
-  instance.messageType = "IPM.Order";
   EXPECT_TRUE(Load().Succeeded());
   ASSERT_EQ(Headers().size(), 1U);
   EXPECT_EQ(Headers()[0].subject, "unread");

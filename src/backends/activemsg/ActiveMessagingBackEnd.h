@@ -84,9 +84,10 @@ class ActiveMessagingBackEnd final : public BackEnd {
   AutomationObjectPtr LogOn(MailRequest& request);
   FolderTree Folders(MailRequest& request);
 
-  // The messages of the folder that headers come from; `storeId` is that of its store, empty for
-  // the inbox.
-  AutomationObjectPtr MessagesToRead(MailRequest& request, bool unreadOnly, std::string& storeId);
+  // The messages of the folder that headers come from, those of one type or of every type;
+  // `storeId` is that of its store, empty for the inbox.
+  AutomationObjectPtr MessagesToRead(MailRequest& request, bool unreadOnly, const std::string& type,
+                                     std::string& storeId);
   AutomationObjectPtr FolderToRead(MailRequest& request, std::string& storeId);
   // The message of the header at messageIndex.
   AutomationObjectPtr CurrentMessage(MailRequest& request, const std::string& context);

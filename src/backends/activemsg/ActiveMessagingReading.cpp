@@ -47,17 +47,18 @@ AutomationObjectPtr ActiveMessagingBackEnd::FolderToRead(MailRequest& request,
 }
 
 AutomationObjectPtr ActiveMessagingBackEnd::MessagesToRead(MailRequest& request, bool unreadOnly,
+                                                           const std::string& type,
                                                            std::string& storeId) {
   folder_ = nullptr;
-  const auto& instance = request.instance;
   auto folder = FolderToRead(request, storeId);
   auto messages = RequireObject(folder->Get("Messages"));
-  messages->Call("Sort", instance.dateSort != kFalse ? Arguments({kAscending, kDeliveryTime})
-                                                     : Arguments({kUnsorted}));
-  if (unreadOnly || !instance.messageType.empty()) {
+  messages->Call("Sort", request.instance.dateSort != kFalse
+                             ? Arguments({kAscending, kDeliveryTime})
+                             : Arguments({kUnsorted}));
+  if (unreadOnly || !type.empty()) {
     const auto filter = RequireObject(messages->Get("Filter"));
     if (unreadOnly) filter->Put("Unread", true);
-    if (!instance.messageType.empty()) filter->Put("Type", instance.messageType);
+    if (!type.empty()) filter->Put("Type", type);
   }
   folder_ = std::move(folder);
   return messages;
@@ -68,7 +69,8 @@ MailResult ActiveMessagingBackEnd::LoadMessageHeaders(MailRequest& request) {
     const auto& instance = request.instance;
     auto& shared = request.shared;
     std::string storeId;
-    const auto messages = MessagesToRead(request, instance.unreadOnly != kFalse, storeId);
+    const auto messages =
+        MessagesToRead(request, instance.unreadOnly != kFalse, instance.messageType, storeId);
     shared.headers.clear();
     shared.headerOrigin = {std::string(kMailbox) + storeId};
     // What has been read before a failure stays.
@@ -85,7 +87,7 @@ MailResult ActiveMessagingBackEnd::UnreadCount(MailRequest& request, std::int32_
   return Run(request, kHeadersFailed, [&] {
     count = 0;
     std::string storeId;
-    const auto messages = MessagesToRead(request, true, storeId);
+    const auto messages = MessagesToRead(request, true, {}, storeId);
     ForEachInTurn(*messages, kMostUnread, [&](const AutomationObjectPtr&) {
       ++count;
       return true;
