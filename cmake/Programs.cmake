@@ -62,7 +62,8 @@ if(WIN32)
   add_custom_target(doubles)
   foreach(directory IN LISTS doubles)
     cmake_path(GET directory FILENAME name)
-    file(GLOB sources CONFIGURE_DEPENDS "${directory}/*.cpp" "${directory}/*.def")
+    file(GLOB sources CONFIGURE_DEPENDS
+      "${directory}/*.cpp" "${directory}/*.def" "${directory}/*.rc")
     add_library(double_${name} SHARED ${sources})
     target_link_libraries(double_${name} PRIVATE quillon_options quillon_desk quillon_platform)
     set_target_properties(double_${name} PROPERTIES PREFIX "" OUTPUT_NAME "${name}"
