@@ -323,6 +323,14 @@ TEST_F(ActiveMessagingSendTest, APostTakesItsPlaceInAConversation) {
     EXPECT_EQ(RealOf(posted.properties["TimeReceived"]), 46348.75);
     EXPECT_EQ(TextOf(world.backEnd.FolderObject()->Get("Name")), "News");
   }
+  // It goes to nobody but the folder, where it is; other failures count.
+  record.failing = {{"Message.Send", static_cast<std::int32_t>(0x80040607U)}};
+  EXPECT_TRUE(Post().Succeeded());
+  EXPECT_EQ(Count("call Message.Delete"), 0U);
+  record.failing = {{"Message.Send", static_cast<std::int32_t>(0x80070005U)}};
+  EXPECT_EQ(Post().number, 131);
+  EXPECT_EQ(Count("call Message.Delete"), 1U);
+  record.failing.clear();
   instance.folder = "Public\\None";
   EXPECT_EQ(Post().number, 50);
   EXPECT_EQ(world.messageBox.shown.back(),

@@ -95,9 +95,9 @@ class ActiveMessagingBackEnd final : public BackEnd {
 
   void SendMessage(MailRequest& request);
   void PostMessage(MailRequest& request);
-  // Saves the message of `messages` and sends it on its way.
-  void Finish(const MailRequest& request, AutomationObject& session, AutomationObject& messages,
-              MessageDraft& draft);
+  // Saves the message of `messages`, with its body as rich text where it is such.
+  void Save(const MailRequest& request, AutomationObject& session, AutomationObject& messages,
+            MessageDraft& draft);
 
   ActiveMessagingPorts ports_;
   ActiveMessagingSession session_;

@@ -15,6 +15,7 @@ inline constexpr std::int32_t kInvalidRecipients = 25;
 inline constexpr std::int32_t kBadFolderName = 50;
 inline constexpr std::int32_t kCollision = 108;
 inline constexpr std::int32_t kEndOfSession = 114;
+inline constexpr std::int32_t kNoRecipients = 132;
 inline constexpr std::int32_t kNotInitialized = 141;
 inline constexpr std::int32_t kNoFolder = 170;
 

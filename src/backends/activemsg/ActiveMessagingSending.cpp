@@ -38,6 +38,15 @@ void CallSend(AutomationObject& message, bool showDialog) {
   }
 }
 
+// A post is in its folder since it was saved. That it goes to nobody else is no failure.
+void CallSendOfPost(AutomationObject& message, bool showDialog) {
+  try {
+    CallSend(message, showDialog);
+  } catch (const AutomationError& error) {
+    if (ActiveMessagingNumber(error.Number()) != active_messaging::kNoRecipients) throw;
+  }
+}
+
 AutomationDate DateOf(const LocalTime& time) {
   return AutomationDateOf({time.year, time.month, time.day, time.hour, time.minute, time.second});
 }
@@ -45,6 +54,8 @@ AutomationDate DateOf(const LocalTime& time) {
 void PutPostProperties(AutomationObject& message, const MailRequest& request,
                        const LocalTime& now) {
   const auto& subject = request.shared.message.subject;
+  const auto& type = request.instance.messageType;
+  if (!type.empty()) message.Put("Type", type);
   PutText(message, request.shared.message);
   message.Put("ConversationIndex", request.instance.conversationIndex);
   message.Put("conversationTopic", ConversationTopic(subject));
@@ -75,7 +86,9 @@ void ActiveMessagingBackEnd::SendMessage(MailRequest& request) {
   PutOptions(*draft, request);
   AddRecipients(*draft, request);
   AddAttachments(*draft, ports_.files, attachments.List(), kNoAttachment);
-  Finish(request, *session, *messages, draft);
+  Save(request, *session, *messages, draft);
+  CallSend(*draft, request.instance.nativeMailDialog != kFalse);
+  message_ = draft.Release();
 }
 
 MailResult ActiveMessagingBackEnd::Post(MailRequest& request) {
@@ -96,20 +109,19 @@ void ActiveMessagingBackEnd::PostMessage(MailRequest& request) {
   MessageDraft draft(*messages);
   PutPostProperties(*draft, request, ports_.clock.Now());
   AddAttachments(*draft, ports_.files, attachments.List(), kNoPostAttachment);
-  Finish(request, *session, *messages, draft);
+  Save(request, *session, *messages, draft);
+  CallSendOfPost(*draft, request.instance.nativeMailDialog != kFalse);
+  message_ = draft.Release();
 }
 
-void ActiveMessagingBackEnd::Finish(const MailRequest& request, AutomationObject& session,
-                                    AutomationObject& messages, MessageDraft& draft) {
+void ActiveMessagingBackEnd::Save(const MailRequest& request, AutomationObject& session,
+                                  AutomationObject& messages, MessageDraft& draft) {
   draft->Call("Update");
   const auto& body = request.shared.message.body;
   if (IsRichText(body)) {
     StoreRichText({ports_.richText, ports_.messageBox}, session, ProfileOf(request, session),
                   messages, draft, body);
   }
-  CallSend(*draft, request.instance.nativeMailDialog != kFalse);
-  message_ = draft.Object();
-  draft.Release();
 }
 
 }  // namespace quillon

@@ -16,7 +16,6 @@ class MessageDraft {
   MessageDraft(const MessageDraft&) = delete;
   MessageDraft& operator=(const MessageDraft&) = delete;
 
-  const AutomationObjectPtr& Object() const noexcept { return message_; }
   AutomationObject* operator->() const noexcept { return message_.get(); }
   AutomationObject& operator*() const noexcept { return *message_; }
 
@@ -24,7 +23,7 @@ class MessageDraft {
   void Refetched(AutomationObjectPtr message) { message_ = std::move(message); }
 
   // It has left, and is nobody's draft any more.
-  void Release() noexcept { message_ = nullptr; }
+  AutomationObjectPtr Release() noexcept { return std::exchange(message_, nullptr); }
 
  private:
   AutomationObjectPtr message_;
