@@ -20,7 +20,7 @@ class DeskTest(ScriptTest):
         self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="am-")))
         self.store.forget_calls()
         self.addCleanup(self.store.faults)
-        for message in self.store.messages("ann"):
+        for message in self.store.messages("ann") + self.store.messages("bob"):
             self.store.remove(message)
 
     def run_text(self, text, *arguments):
