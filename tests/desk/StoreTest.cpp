@@ -149,6 +149,15 @@ TEST_F(StoreTest, FoldersMoveAndAreCopiedWithTheirContents) {
   EXPECT_FALSE(store_->FindFolder("ann", deep.id));
 }
 
+TEST_F(StoreTest, AFolderInThePlaceOfARemovedOneIsAnother) {
+  for (int round = 0; round < 2; ++round) {
+    const Folder folder = store_->AddFolder(store_->Root("ann"), "Ideas");
+    const std::string id = store_->Add(folder, Message());
+    EXPECT_EQ(folder.id, store_->Read("ann", id).value().folderId);
+    store_->RemoveFolder(folder);
+  }
+}
+
 TEST_F(StoreTest, MessagesMoveAndGo) {
   const Folder inbox = store_->KnownFolder("bob", kInbox);
   const std::string first = store_->Add(inbox, Message());

@@ -57,8 +57,15 @@ bool Store::Has(const Folder& folder, std::string_view id) const {
          fs::exists(folder.path / "messages" / id);
 }
 
+// A folder of the same name may have come where another was.
+bool Store::IsStillThere(const Folder& folder) {
+  const std::optional<PlainFile> file = ReadPlainFile(folder.path / "folder.txt");
+  return file && file->Value("id") == folder.id;
+}
+
 std::optional<Store::Found> Store::Find(std::string_view mailbox, std::string_view id) const {
-  if (!lastFolder_ || lastFolder_->mailbox != mailbox || !Has(*lastFolder_, id)) {
+  if (!lastFolder_ || lastFolder_->mailbox != mailbox || !Has(*lastFolder_, id) ||
+      !IsStillThere(*lastFolder_)) {
     std::vector<Folder> folders{Root(mailbox)};
     lastFolder_.reset();
     while (!folders.empty() && !lastFolder_) {

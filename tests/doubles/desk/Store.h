@@ -180,6 +180,7 @@ class Store {
   std::filesystem::path FreePlace(const Folder& parent, std::string_view name) const;
   std::string CheckedName(const Folder& parent, std::string_view name) const;
   void CopyContents(const Folder& from, const Folder& to);
+  static bool IsStillThere(const Folder& folder);
   std::optional<Found> Find(std::string_view mailbox, std::string_view id) const;
   std::string NewId();
   void Deliver(const Message& message, std::string_view mailbox);
