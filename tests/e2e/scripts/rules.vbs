@@ -84,6 +84,9 @@ mail.SaveMessageToFile "C:\none\file"
 RaisedText "a file that cannot be written", "Undetermined error in SaveMessageToFile method."
 mail.mailSystem = 1
 mail.LoadMessageHeaders
+RaisedText "a mail program without login data", "Insufficient login information."
+mail.mailSystem = 2
+mail.LoadMessageHeaders
 RaisedText "a system without a back end", "Operation not supported by this mail system."
 mail.mailSystem = 6
 mail.AddRecipientTo "a@x"
