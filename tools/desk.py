@@ -22,6 +22,7 @@ PLACE = "QuillonDesk"  # on drive C:
 # Under Windows\system32 each; those that exist are installed.
 FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf")
 SELF_REGISTERING = ("olemsg32",)
+KNOWN_FOLDERS = ("Inbox", "Outbox", "Sent Items", "Deleted Items")
 # mapi32.dll hands Simple MAPI on to DLLPath; only a DLLPathEx gets MAPIFreeBuffer too.
 REGISTRY = """REGEDIT4
 
@@ -106,6 +107,17 @@ class Store:
             found.append((file.parent.name, values["name"], values["address"]))
         return found
 
+    def add_account(self, profile, name, address, password="secret"):
+        """One more account, with the folders that every account has."""
+        mailbox = self.place / "mailboxes" / profile
+        for path in ("", *KNOWN_FOLDERS):
+            place = mailbox / "folders" / (pathlib.Path("folders", path) if path else "")
+            for inner in ("messages", "folders"):
+                (place / inner).mkdir(parents=True)
+            (place / "folder.txt").write_text(f"name: {path or profile}\nid: {self._new_id()}\n")
+        (mailbox / "account.txt").write_text(
+            f"name: {name}\naddress: {address}\npassword: {password}\n", encoding="utf-8")
+
     def folders(self, mailbox, place=None, path=""):
         """The path of each folder of a mailbox, "" its root, and the directory it is in."""
         place = place or self.place / "mailboxes" / mailbox / "folders"
@@ -149,8 +161,7 @@ class Store:
                     date="2024/05/06 07:08", recipients=(), attachments=()):
         """Puts a message into a folder, as if it had arrived; returns its identifier.
         `attachments` are (name, bytes)."""
-        self._last = max(time.time_ns() // 1000, getattr(self, "_last", 0) + 1)
-        name = f"{self._last:014X}FFF"
+        name = self._new_id()
         making = self.place / "making" / name
         making.mkdir()
         lines = ["subject: " + on_one_line(subject), "class: " + message_class]
@@ -167,6 +178,10 @@ class Store:
                                             newline="")
         making.rename(dict(self.folders(mailbox))[folder] / "messages" / name)
         return name
+
+    def _new_id(self):
+        self._last = max(time.time_ns() // 1000, getattr(self, "_last", 0) + 1)
+        return f"{self._last:014X}FFF"
 
     def _put(self, name, text):
         if text:

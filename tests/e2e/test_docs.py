@@ -1,13 +1,14 @@
 """The VBScript examples of the documents do what the documents say, and errors have their texts.
 
 Every ```vbs block of README.md and docs/ is run against the registered server, on the object that
-the reference's first page describes, with a mailbox behind it. A block fails when it raises an
-error, or when a line with a comment `' -> text` does not print that text."""
+the reference's first page describes, with a mailbox behind it on every mail system: a mail host,
+and the desk for the systems of other makers. A block fails when it raises an error, or when a line
+with a comment `' -> text` does not print that text."""
 
 import re
 import unittest
 
-from scripting import ENDED, ENDINGS, MailHost, run_script
+from scripting import ENDED, ENDINGS, MailHost, install_desk, run_script
 import winetest
 
 PAGES = [winetest.TOP / "README.md", *sorted((winetest.TOP / "docs").rglob("*.md"))]
@@ -34,6 +35,15 @@ MESSAGES = [
     b"Soup.\r\n"
     b"--part--\r\n",
 ] + [b"From: robot@example.com\r\nSubject: Report\r\n\r\nAll well.\r\n"] * 6
+
+# The same in the inbox of joe, who is the user of the desk in these tests.
+DESK_MESSAGES = [
+    dict(subject="Lunch", text="Shall we meet at noon?", sender=("Ann", "SMTP:ann@example.com"),
+         date="2026/03/06 14:30", attachments=[("menu.txt", b"Soup.\r\n")],
+         recipients=[("to", "Joe Smith", "SMTP:joe@example.com"),
+                     ("to", "Bob Baker", "SMTP:bob@desk.example")]),
+] + [dict(subject="Report", text="All well.", sender=("robot", "SMTP:robot@example.com"),
+          date="2026/03/07 08:00")] * 6
 
 
 class Block:
@@ -67,8 +77,7 @@ def script_of(blocks, preamble):
                   "On Error Resume Next",
                   f"Block{number}",
                   'If Not came Then WScript.Echo "@raised " & Err.Number & " " & Err.Description',
-                  "mail.mailSystem = 10",
-                  "mail.Logout",
+                  *(f"mail.mailSystem = {system} : mail.Logout" for system in (1, 9, 10)),
                   "Set mail = Nothing",
                   "On Error GoTo 0"]
     return "\n".join(lines + ["Set keeper = Nothing"]) + ENDINGS["vbs"]
@@ -104,6 +113,10 @@ class Examples(unittest.TestCase):
         cls.wine = cls.enterClassContext(winetest.WinePrefix())
         cls.wine.register(winetest.SERVER)
         cls.host = cls.enterClassContext(MailHost(MESSAGES))
+        store = install_desk(cls.wine)
+        store.add_account("joe", "Joe Smith", "SMTP:joe@example.com")
+        for message in DESK_MESSAGES:
+            store.add_message("joe", **message)
         folder = cls.wine.drive_c / "Mail"
         folder.mkdir()
         for name, content in FILES.items():
@@ -152,7 +165,9 @@ class Examples(unittest.TestCase):
         self.assertEqual({code: f"0x{0x80040000 + code:08X}" for code in own.numbers}, own.numbers)
         for before, last, table in (
                 ("", 551, own), ("mail.mailSystem = 7 : mail.Login", 6556, Table("SMTP", 6000)),
-                ("mail.mailSystem = 6 : mail.Login", 6030, Table("POP3", 6000))):
+                ("mail.mailSystem = 6 : mail.Login", 6030, Table("POP3", 6000)),
+                ("", 2050, Table("Simple MAPI", 2000)),
+                ("", 8171, Table("Active Messaging", 8000))):
             self.assertIn(last, table.texts)
             self.assertEqual(table.texts, self.decoded(before, table.texts))
 
