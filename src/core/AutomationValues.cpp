@@ -78,7 +78,9 @@ AutomationObjectPtr ObjectOf(const AutomationValue& value) {
 }
 
 AutomationArguments Arguments(std::initializer_list<AutomationValue> values) {
-  return AutomationArguments(values.begin(), values.end());
+  AutomationArguments arguments;
+  arguments.assign(values.begin(), values.end());
+  return arguments;
 }
 
 }  // namespace quillon
