@@ -100,7 +100,7 @@ struct Application {
   InternetMailSystem internet{internetBackEnd};
   std::unique_ptr<SimpleMapi> mapiLibrary = MakeSimpleMapi(*codePage);
   MapiBackEnd mapiBackEnd{{*mapiLibrary, *files, messageBox, loginPrompt, configuration}};
-  MapiMailSystem mapi{workstation, &mapiBackEnd};
+  MapiMailSystem mapi{workstation, *files, &mapiBackEnd};
   VimMailSystem vim{workstation};
   Win32AutomationObjects automationObjects;
   Win32RichTextLibrary richText{*codePage};

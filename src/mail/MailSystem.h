@@ -38,6 +38,10 @@ class MailSystem {
   // The library that serves it, as a name to look up on the workstation; empty when there is none.
   virtual std::string Library() const { return {}; }
 
+  // Which of several programs serves it, in numbers of the mail system's own; 0 when that is not
+  // known.
+  virtual int Kind() { return 0; }
+
   // What its tables say to a number of its interface; empty when they have no text.
   virtual std::string ErrorText(MailSystemId system, std::int32_t number) const = 0;
 

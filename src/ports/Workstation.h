@@ -27,6 +27,10 @@ class Workstation {
 
   virtual bool ObjectCreates(const std::string& progId) = 0;
 
+  // In full.
+  virtual std::string WindowsDirectory() = 0;
+  virtual std::string SystemDirectory() = 0;
+
   // A value of the user's WIN.INI, or the empty text.
   virtual std::string ProfileValue(const std::string& section, const std::string& key) = 0;
 

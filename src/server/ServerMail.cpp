@@ -14,6 +14,7 @@ namespace {
 constexpr std::int16_t kInterfaceKeyword = 40;
 constexpr std::int16_t kInterfaceLibrary = 41;
 constexpr std::int16_t kInterfaceFile = 42;
+constexpr std::int16_t kInterfaceKind = 43;
 
 constexpr const char* kOwnMaker = "Quillon";
 
@@ -228,13 +229,17 @@ void Server::AsynchAbort() {
 
 std::string Server::GetInterfaceString(std::int16_t itemType) {
   return frame_.Run("GetInterfaceString", MemberKind::Method, [&]() -> std::string {
-    const auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+    auto* const system = environment_.mailSystems.Find(state_.mailSystem);
     auto library = system != nullptr ? system->Library() : std::string();
     switch (itemType) {
       case kInterfaceKeyword:
         return MailSystemKeyword(state_.mailSystem);
       case kInterfaceFile:
         return library;
+      case kInterfaceKind: {
+        const int kind = system != nullptr ? system->Kind() : 0;
+        return kind != 0 ? std::to_string(kind) : std::string();
+      }
       case kInterfaceLibrary:
         break;
       default:

@@ -66,7 +66,7 @@ class MapiBackEndTest : public ::testing::Test {
   RecordingMapi library;
   AnsweringPrompt prompt;
   MapiBackEnd backEnd{{library, *world.files, world.messageBox, prompt, world.configuration}};
-  MapiMailSystem mapi{world.workstation, &backEnd};
+  MapiMailSystem mapi{world.workstation, *world.files, &backEnd};
   std::unique_ptr<Server> server;
 };
 
@@ -322,6 +322,24 @@ TEST_F(MapiBackEndTest, AsksForWhatIsMissing) {
   server->Login();
   EXPECT_EQ("Logon 99 asked  4098", library.calls.back());
   EXPECT_EQ(3, prompt.questions);
+}
+
+TEST_F(MapiBackEndTest, TheOldLibraryIsKnownByItsSize) {
+  EXPECT_EQ("", server->GetInterfaceString(43));
+  world.workstation.windows = world.folder.Path();
+  ASSERT_TRUE(world.files->MakeDirectory(world.folder.Path("system")));
+  ASSERT_TRUE(world.files->MakeDirectory(world.folder.Path("SYSTEM32")));
+  const std::map<std::size_t, const char*> kKinds{
+      {19000, "1"}, {20000, "1"}, {98500, "2"},  {54300, "3"},  {54500, "3"}, {54299, "4"},
+      {54000, "4"}, {53999, "6"}, {400000, "6"}, {400001, "5"}, {0, "6"}};
+  for (const auto& [bytes, kind] : kKinds) {
+    WriteFile("system/MAPI.DLL", std::string(bytes, 'x'));
+    EXPECT_EQ(kind, server->GetInterfaceString(43)) << bytes;
+  }
+  WriteFile("SYSTEM32/MAPI.DLL", std::string(19500, 'x'));
+  EXPECT_EQ("1", server->GetInterfaceString(43));
+  server->Put(Property::mailSystem, std::int16_t{9});
+  EXPECT_EQ("", server->GetInterfaceString(43));
 }
 
 // Each number of each call, at each step.

@@ -101,7 +101,7 @@ TEST(ServerProperty, InstancesShareTheMessageAndResetTheInternetSettings) {
 TEST(ServerProperty, SessionHandlesStayWithTheirFamilies) {
   TestWorld world;
   testing::FakeBackEnd mapi;
-  MapiMailSystem mapiSystem(world.workstation, &mapi);
+  MapiMailSystem mapiSystem(world.workstation, *world.files, &mapi);
   world.mailSystems.Add(mapiSystem);
   auto server = world.NewServer();
   EXPECT_EQ("529 Could not set session handle, MailSystem property must be set first.",

@@ -53,6 +53,8 @@ class FakeWorkstation final : public Workstation {
     return LibraryInfo{"Maker of " + name, "1.2.3.4"};
   }
   bool ObjectCreates(const std::string& progId) override { return objects.contains(progId); }
+  std::string WindowsDirectory() override { return windows; }
+  std::string SystemDirectory() override { return windows + "/system"; }
   std::string ProfileValue(const std::string& section, const std::string& key) override {
     return profile[section + "/" + key];
   }
@@ -63,6 +65,7 @@ class FakeWorkstation final : public Workstation {
   std::set<std::string> libraries;
   std::map<std::string, double> objects;
   std::map<std::string, std::string> profile;
+  std::string windows = "/nowhere";
   int probes = 0;
 };
 
@@ -147,7 +150,7 @@ struct TestWorld {
   SharedState shared;
   RecordingMessageBox messageBox;
   FakeWorkstation workstation;
-  MapiMailSystem mapi{workstation};
+  MapiMailSystem mapi{workstation, *files};
   VimMailSystem vim{workstation};
   WorkstationObjects objects{workstation};
   ActiveMessagingLibrary activeMessagingLibrary{objects};

@@ -1,6 +1,7 @@
 #include "backends/mapi/MapiMailSystem.h"
 
 #include "backends/mapi/MapiErrorText.h"
+#include "backends/mapi/MapiKind.h"
 #include "ports/Workstation.h"
 
 namespace quillon {
@@ -11,8 +12,8 @@ constexpr const char* kLibrary = "mapi32.dll";
 
 }  // namespace
 
-MapiMailSystem::MapiMailSystem(Workstation& workstation, BackEnd* backEnd)
-    : MailSystem(MailFamily::SimpleMapi, backEnd), workstation_(workstation) {}
+MapiMailSystem::MapiMailSystem(Workstation& workstation, FileSystem& files, BackEnd* backEnd)
+    : MailSystem(MailFamily::SimpleMapi, backEnd), workstation_(workstation), files_(files) {}
 
 bool MapiMailSystem::IsPresent() {
   return workstation_.LibraryLoads(kLibrary, {});
@@ -20,6 +21,10 @@ bool MapiMailSystem::IsPresent() {
 
 std::string MapiMailSystem::Library() const {
   return kLibrary;
+}
+
+int MapiMailSystem::Kind() {
+  return FindMapiKind(files_, workstation_);
 }
 
 std::string MapiMailSystem::ErrorText(MailSystemId, std::int32_t number) const {

@@ -5,19 +5,22 @@
 
 namespace quillon {
 
+class FileSystem;
 class Workstation;
 
 class MapiMailSystem final : public MailSystem {
  public:
-  explicit MapiMailSystem(Workstation& workstation, BackEnd* backEnd = nullptr);
+  MapiMailSystem(Workstation& workstation, FileSystem& files, BackEnd* backEnd = nullptr);
 
   bool IsPresent() override;
   bool KeepsHandle() const override { return true; }
   std::string Library() const override;
+  int Kind() override;
   std::string ErrorText(MailSystemId system, std::int32_t number) const override;
 
  private:
   Workstation& workstation_;
+  FileSystem& files_;
 };
 
 }  // namespace quillon

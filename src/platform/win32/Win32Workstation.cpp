@@ -90,6 +90,16 @@ bool Win32Workstation::ObjectCreates(const std::string& progId) {
   return static_cast<bool>(CreateObject(progId));
 }
 
+std::string Win32Workstation::WindowsDirectory() {
+  std::array<wchar_t, MAX_PATH> path{};
+  return Utf8FromWide({path.data(), GetWindowsDirectoryW(path.data(), MAX_PATH)});
+}
+
+std::string Win32Workstation::SystemDirectory() {
+  std::array<wchar_t, MAX_PATH> path{};
+  return Utf8FromWide({path.data(), GetSystemDirectoryW(path.data(), MAX_PATH)});
+}
+
 std::string Win32Workstation::ProfileValue(const std::string& section, const std::string& key) {
   std::array<wchar_t, 1024> value{};
   const auto length = GetProfileStringW(WideFromUtf8(section).c_str(), WideFromUtf8(key).c_str(),
