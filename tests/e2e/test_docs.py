@@ -55,6 +55,8 @@ class Block:
         text = text.replace("mail.example.com", "127.0.0.1")
         self.expected = [line.strip() for line in EXPECTED.findall(text)]
         self.swallows_errors = "On Error Resume Next" in text
+        # A post office would be a server of Active Messaging itself.
+        self.before = 'mail.postOffice = ""' if "mailSystem = 9" in text else ""
         ports = rf"\1\n\2.SMTPPort = {host.smtp} : \2.POPPort = {host.pop}"
         self.text = CREATION.sub(ports, text)
 
@@ -72,6 +74,7 @@ def script_of(blocks, preamble):
                   f'WScript.Echo "@begin {number}"',
                   "came = False",
                   preamble,
+                  block.before,
                   "mail.NewMessage",
                   'mail.replyTo = ""',
                   "On Error Resume Next",
