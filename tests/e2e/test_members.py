@@ -135,7 +135,8 @@ AsynchObjectRegister   | mail.AsynchObjectRegister Nothing, 0, 1, 0           | 
 AsynchObjectUnregister | mail.AsynchObjectUnregister mail, 0                  | 0
 AsynchAbort            | mail.AsynchAbort                                     | 538
 GetInterfaceString     | text = mail.GetInterfaceString(41)                   | 0
-GetInterfaceString     | text = mail.GetInterfaceString(43)                   | 529
+GetInterfaceString     | text = mail.GetInterfaceString(43)                   | 0
+GetInterfaceString     | text = mail.GetInterfaceString(44)                   | 529
 DecodeError            | mail.DecodeError 0, count, a, b, text                | 0
 undocumented1          | text = mail.undocumented1                            | 0
 undocumented1          | mail.undocumented1 = "TEMPDIR"                       | 529
