@@ -94,6 +94,7 @@ class MapiTest(ScriptTest, unittest.TestCase):
         self.assertEqual([("to", "Carl Example", "SMTP:carl@elsewhere.example"),
                           ("bcc", "Bob Baker", "SMTP:bob@desk.example")], sent.recipients)
         self.assertTrue(sent.receipt)
+        self.assertEqual(1, sum("flags=9" in call.split() for call in self.called("MAPISendMail")))
         # One session, which was ended, and two that were refused.
         self.assertEqual(3, len(self.called("MAPILogon")))
         self.assertEqual(1, len(self.called("MAPILogoff")))
@@ -101,6 +102,15 @@ class MapiTest(ScriptTest, unittest.TestCase):
         left = [file for file in self.wine.drive_c.glob("users/*/Temp/**/*") if file.is_file()]
         self.assertEqual([], left)
         self.assertNotIn("secret", "\n".join(self.store.calls()))
+
+    def test_no_more_than_a_thousand_are_counted(self):
+        for number in range(1500):
+            self.store.add_message("ann", subject=f"subject {number}")
+        self.run_checks(self.wine, (SCRIPTS / "session.vbs").read_text() + """
+NewServer 1
+Same "unread", CLng(1000), mail.UnreadCount
+Same "headers", CLng(0), mail.messageCount
+""")
 
     def test_a_library_that_fails_badly(self):
         for trouble in ("crash", "raise"):

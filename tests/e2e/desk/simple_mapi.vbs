@@ -61,8 +61,10 @@ Raised "unknown", 2014
 mail.ResolveName "nobody at all"
 RaisedText "unknown", "Bad addressee"
 
-' The mail program's own dialog, which the user closes.
+' The mail program's own dialog, which can ask for recipients, and which the user closes.
 mail.NativeMailDialog = True
+mail.ClearMessageItems 1
+mail.AddRecipientCc "bob"
 mail.Send
 Raised "closed", 2001
 mail.NativeMailDialog = False
