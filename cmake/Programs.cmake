@@ -15,11 +15,12 @@ if(NOT WIN32)
     LINK quillon_codec quillon_platform)
 endif()
 
-# bench/support is shared by the benchmarks. Table is for both systems; the rest compares the native
-# engine with its peers.
+# bench/support is shared by the benchmarks. Table and Main are for both systems; the rest compares the
+# native engine with its peers.
 if(WIN32)
   quillon_programs(benches "${PROJECT_SOURCE_DIR}/bench/windows")
-  set(bench_support "${PROJECT_SOURCE_DIR}/bench/support/Table.cpp")
+  set(bench_support
+    "${PROJECT_SOURCE_DIR}/bench/support/Table.cpp" "${PROJECT_SOURCE_DIR}/bench/support/Main.cpp")
   set(bench_peers quillon_idl)
 else()
   quillon_programs(benches "${PROJECT_SOURCE_DIR}/bench")

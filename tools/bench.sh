@@ -15,14 +15,17 @@ build() {
 }
 
 # A Windows program has the server registered in a prefix of its own, so that nothing else runs
-# there and nothing stays behind.
+# there and nothing stays behind. What else it needs there is the business of bench/windows/NAME.py.
 run_windows() (
   WINEPREFIX=$(mktemp -d)/prefix
   trap 'wine_stop; rm -rf "${WINEPREFIX%/prefix}"' EXIT
   wine_copy_prefix "$WINEPREFIX"
   wine_start
   wine_register "$top/build/windows/quillon.exe"
-  wine "$1" < /dev/null | tr -d '\r'
+  if [ -f "bench/windows/$1.py" ]; then
+    QUILLON_WINE_STARTED=1 python3 "bench/windows/$1.py" >&2 || exit
+  fi
+  wine "build/windows/bench_$1.exe" < /dev/null | tr -d '\r'
 )
 
 run() {
@@ -32,9 +35,9 @@ run() {
     echo "bench: $name" >&2
     "build/native/bench_$name"
   elif [ -f "bench/windows/$name.cpp" ]; then
-    build windows quillon "bench_$name" || return
+    build windows quillon doubles "bench_$name" || return
     echo "bench: $name" >&2
-    run_windows "build/windows/bench_$name.exe"
+    run_windows "$name"
   else
     echo "bench: there is no benchmark '$name'" >&2
     return 1

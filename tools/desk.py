@@ -247,7 +247,7 @@ def show_message(directory):
         print("\nRich text:\n" + message.rich_text)
 
 
-def installed_in_wine():
+def installed_in_wine(faces=FACES):
     wine = str(TOP / "tools" / "wine" / "run.sh")
     prefix = _wine_prefix()
 
@@ -256,7 +256,7 @@ def installed_in_wine():
                        env={**os.environ, "WINEPREFIX": str(prefix)})
 
     run("cmd", "/c", "exit")  # makes the prefix when there is none
-    return install(run, prefix / "drive_c")
+    return install(run, prefix / "drive_c", faces)
 
 
 def _wine_prefix():
