@@ -64,7 +64,8 @@ def sources_of(preset):
         made_from[head.split(":")[0]] = [pathlib.Path(os.path.normpath(build / f.strip()))
                                          for f in files]
     commands = json.loads((build / "compile_commands.json").read_text())
-    ours = [c for c in commands if pathlib.Path(c["file"]).is_relative_to(TOP)
+    ours = [c for c in commands if c["file"].endswith(".cpp")  # resources are compiled too
+            and pathlib.Path(c["file"]).is_relative_to(TOP)
             and not pathlib.Path(c["file"]).is_relative_to(TOP / "build")]
     return {source.path: source for source in (Source(preset, c, made_from) for c in ours)}
 

@@ -71,7 +71,7 @@ MailResult BackEnd::Post(MailRequest&) {
 AutomationObjectPtr BackEnd::SessionObject() {
   Unsupported();
 }
-void BackEnd::SetSessionObject(AutomationObjectPtr) {
+void BackEnd::SetSessionObject(const AutomationObjectPtr&) {
   Unsupported();
 }
 AutomationObjectPtr BackEnd::MessageObject() {

@@ -61,7 +61,7 @@ class BackEnd {
   // The objects behind the session, and behind the message and the folder of the last operation;
   // null when there is none. A session that a client hands in is used as it is, and stays his.
   virtual AutomationObjectPtr SessionObject();
-  virtual void SetSessionObject(AutomationObjectPtr session);
+  virtual void SetSessionObject(const AutomationObjectPtr& session);
   virtual AutomationObjectPtr MessageObject();
   virtual AutomationObjectPtr FolderObject();
 

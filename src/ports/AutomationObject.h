@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -33,15 +32,15 @@ struct AutomationValue
     : std::variant<std::monostate, AutomationMissing, bool, std::int32_t, double, AutomationDate,
                    std::string, AutomationObjectPtr, std::vector<AutomationValue>> {
   using variant::variant;
-  AutomationValue(const char* text) : variant(std::string(text)) {}  // else it would be a bool
+  // Else it would be a bool.
+  // NOLINTNEXTLINE(google-explicit-constructor): a text is a value, as with the other kinds.
+  AutomationValue(const char* text) : variant(std::string(text)) {}
 };
 
 // One argument of a call, by position or by name. Those by name follow the others.
 struct AutomationArgument {
-  template <class Argument>
-  requires(!std::is_same_v<std::decay_t<Argument>, AutomationArgument>)
-      AutomationArgument(Argument&& argument)
-      : value(std::forward<Argument>(argument)) {}
+  // NOLINTNEXTLINE(google-explicit-constructor): a value by itself is an argument by position.
+  AutomationArgument(AutomationValue argument) : value(std::move(argument)) {}
   AutomationArgument(std::string argumentName, AutomationValue argument)
       : name(std::move(argumentName)), value(std::move(argument)) {}
 
@@ -71,11 +70,12 @@ class AutomationObject {
   AutomationObject(const AutomationObject&) = delete;
   AutomationObject& operator=(const AutomationObject&) = delete;
 
-  virtual AutomationValue Get(std::string_view member,
-                              const AutomationArguments& arguments = {}) = 0;
+  virtual AutomationValue Get(std::string_view member, const AutomationArguments& arguments) = 0;
   virtual void Put(std::string_view member, const AutomationValue& value) = 0;
-  virtual AutomationValue Call(std::string_view member,
-                               const AutomationArguments& arguments = {}) = 0;
+  virtual AutomationValue Call(std::string_view member, const AutomationArguments& arguments) = 0;
+
+  AutomationValue Get(std::string_view member) { return Get(member, {}); }
+  AutomationValue Call(std::string_view member) { return Call(member, {}); }
 };
 
 // Makes objects by the name of their class; throws AutomationError when there is no such class or

@@ -102,7 +102,7 @@ class Server {
 
   // The objects of Active Messaging; null when there is none.
   AutomationObjectPtr SessionObject();
-  void PutSessionObject(AutomationObjectPtr session);
+  void PutSessionObject(const AutomationObjectPtr& session);
   AutomationObjectPtr MessageObject();
   AutomationObjectPtr FolderObject();
 

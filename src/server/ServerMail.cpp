@@ -287,10 +287,10 @@ AutomationObjectPtr Server::FolderObject() {
   return ObjectOf("FolderObject", &BackEnd::FolderObject);
 }
 
-void Server::PutSessionObject(AutomationObjectPtr session) {
+void Server::PutSessionObject(const AutomationObjectPtr& session) {
   frame_.Run("SessionObject", MemberKind::Property, [&] {
     dispatch_.Run([&](BackEnd& backEnd, MailRequest&) {
-      backEnd.SetSessionObject(std::move(session));
+      backEnd.SetSessionObject(session);
       return MailResult();
     });
   });

@@ -8,7 +8,7 @@
 namespace quillon::testing {
 namespace {
 
-class AnsweringPrompt final : public LoginPrompt {
+class LogonAnswers final : public LoginPrompt {
  public:
   Answer Ask(const std::string&, LoginFields& fields) override {
     ++questions;
@@ -48,7 +48,7 @@ class MapiBackEndTest : public ::testing::Test {
   }
 
   std::string WriteFile(const std::string& name, const std::string& text) {
-    const auto path = world.folder.Path(name);
+    auto path = world.folder.Path(name);
     WriteWholeFile(*world.files, path,
                    {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
     return path;
@@ -64,7 +64,7 @@ class MapiBackEndTest : public ::testing::Test {
 
   TestWorld world;
   RecordingMapi library;
-  AnsweringPrompt prompt;
+  LogonAnswers prompt;
   MapiBackEnd backEnd{{library, *world.files, world.messageBox, prompt, world.configuration}};
   MapiMailSystem mapi{world.workstation, *world.files, &backEnd};
   std::unique_ptr<Server> server;

@@ -110,7 +110,7 @@ class MapiTest(ScriptTest, unittest.TestCase):
 NewServer 1
 Same "unread", CLng(1000), mail.UnreadCount
 Same "headers", CLng(0), mail.messageCount
-""")
+""", timeout=180)
 
     def test_a_library_that_fails_badly(self):
         for trouble in ("crash", "raise"):
@@ -118,27 +118,24 @@ Same "headers", CLng(0), mail.messageCount
             self.run_desk("broken.vbs")
 
     def test_other_clients_wait_their_turn(self):
-        self.store.add_message("ann", subject="one")
-        self.store.faults("MAPIFindNext pump 1000")
-        prelude = (SCRIPTS.parent / "scripts" / "check.vbs").read_text()
-        texts = {name: prelude + (SCRIPTS / "session.vbs").read_text() +
-                 (SCRIPTS / name).read_text() + ENDINGS["vbs"]
-                 for name in ("waiting.vbs", "meanwhile.vbs")}
-        for name, text in texts.items():
-            (self.folder / name).write_bytes(text.replace("\n", "\r\n").encode("ascii"))
+        self.store.faults("MAPIResolveName pump 3000")
+        script = self.folder / "meanwhile.vbs"
+        text = "".join((place / name).read_text() for place, name in (
+            (SCRIPTS.parent / "scripts", "check.vbs"), (SCRIPTS, "session.vbs"),
+            (SCRIPTS, "meanwhile.vbs"))) + ENDINGS["vbs"]
+        script.write_bytes(text.replace("\n", "\r\n").encode("ascii"))
         begun = self.folder / "begun"
-        waiting = self.wine.start("cscript", "//nologo", self.folder / "waiting.vbs",
-                                  winetest.windows_path(begun))
-        while waiting.poll() is None and not begun.exists():
+        other = self.wine.start("cscript", "//nologo", script, winetest.windows_path(begun))
+        while other.poll() is None and not begun.exists():
             time.sleep(0.01)
-        other = self.wine.run("cscript", "//nologo", self.folder / "meanwhile.vbs", timeout=60)
-        self.assertEqual((0, [ENDED]), (other.returncode, other.output.splitlines()))
-        done = waiting.wait(60)
+        self.run_desk("waiting.vbs")
+        done = other.wait(90)
         self.assertEqual((0, [ENDED]), (done.returncode, done.output.splitlines()))
 
 
 class VbaMapiTest(MapiTest):
     faces = ("deskmapi", "vbamap32")
+    test_no_more_than_a_thousand_are_counted = None  # that is the back end's, and takes its time
 
     def test_what_a_script_sees(self):
         super().test_what_a_script_sees()

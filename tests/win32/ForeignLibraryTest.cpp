@@ -44,6 +44,10 @@ TEST(ForeignLibrary, WhatIsMissingIsFoundOutAtTheCall) {
             kernel.Call("GetCurrentProcessId", Ticks{}, DWORD{26}, DWORD{2}));
 }
 
+AutomationValue Number(std::size_t number) {
+  return static_cast<std::int32_t>(number);
+}
+
 // The dictionary of the script library is an object of somebody else that every system has.
 class AutomationTest : public ::testing::Test {
  protected:
@@ -71,8 +75,8 @@ TEST_F(AutomationTest, ValuesOfAllKindsComeBackAsTheyWere) {
       dictionary,
       std::vector<AutomationValue>{std::int32_t{1}, std::string("two")}};
   for (std::size_t i = 0; i < values.size(); ++i) {
-    dictionary->Call("Add", {static_cast<std::int32_t>(i), values[i]});
-    const auto back = dictionary->Get("Item", {static_cast<std::int32_t>(i)});
+    dictionary->Call("Add", {Number(i), values[i]});
+    const auto back = dictionary->Get("Item", {Number(i)});
     if (std::holds_alternative<AutomationObjectPtr>(values[i])) {
       EXPECT_EQ(DispatchOf(dictionary).Get(),
                 DispatchOf(std::get<AutomationObjectPtr>(back)).Get());
@@ -81,7 +85,7 @@ TEST_F(AutomationTest, ValuesOfAllKindsComeBackAsTheyWere) {
     }
   }
   EXPECT_EQ(std::int32_t{8}, std::get<std::int32_t>(dictionary->Get("Count")));
-  const auto list = dictionary->Get("Item", {std::int32_t{7}});
+  const auto list = dictionary->Get("Item", {Number(7)});
   EXPECT_EQ("two", std::get<std::string>(std::get<std::vector<AutomationValue>>(list)[1]));
 }
 
@@ -95,8 +99,8 @@ TEST_F(AutomationTest, FailuresCarryTheNumberOfTheObject) {
     return std::int32_t{0};
   };
   EXPECT_EQ(DISP_E_UNKNOWNNAME, numberOf([&] { dictionary->Get("NoSuchMember"); }));
-  dictionary->Call("Add", {std::int32_t{1}, std::int32_t{1}});
-  EXPECT_NE(0, numberOf([&] { dictionary->Call("Add", {std::int32_t{1}, std::int32_t{1}}); }));
+  dictionary->Call("Add", {Number(1), Number(1)});
+  EXPECT_NE(0, numberOf([&] { dictionary->Call("Add", {Number(1), Number(1)}); }));
   EXPECT_EQ(CO_E_CLASSSTRING, numberOf([&] { objects.Create("No.Such.Class"); }));
   dictionary->Call("RemoveAll");
   dictionary->Put("CompareMode", std::int32_t{1});

@@ -70,10 +70,10 @@ AutomationObjectPtr ActiveMessagingBackEnd::SessionObject() {
   }
 }
 
-void ActiveMessagingBackEnd::SetSessionObject(AutomationObjectPtr session) {
+void ActiveMessagingBackEnd::SetSessionObject(const AutomationObjectPtr& session) {
   message_ = nullptr;
   folder_ = nullptr;
-  session_.Use(std::move(session));
+  session_.Use(session);
 }
 
 // An address book answers for the recipients of a message only, so there is one for the moment.

@@ -69,7 +69,7 @@ class ActiveMessagingBackEnd final : public BackEnd {
   AutomationObjectPtr SessionObject() override;
   // A client's session is used as it is, as one that is logged on, and never logged off. Null: our
   // own again.
-  void SetSessionObject(AutomationObjectPtr session) override;
+  void SetSessionObject(const AutomationObjectPtr& session) override;
   // What the last operation with a message, or with a folder, has worked with; null when it has
   // failed, or has left none.
   AutomationObjectPtr MessageObject() override { return message_; }

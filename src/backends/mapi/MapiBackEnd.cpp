@@ -169,7 +169,7 @@ MailResult MapiBackEnd::List(const MailRequest& request, const Listing& wanted) 
     if (found != mapi::kSuccess) {
       return Fail(request, "Error getting mail headers (MAPIFindNext)", found);
     }
-    const auto result = AddHeader(request, wanted, id);
+    auto result = AddHeader(request, wanted, id);
     if (!result.Succeeded()) return result;
   }
   return {};

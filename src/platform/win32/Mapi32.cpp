@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "platform/win32/MapiLayout.h"
 #include "platform/win32/WideText.h"
@@ -61,8 +62,7 @@ std::uint32_t Mapi32::FindNext(std::uint32_t session, std::uint32_t window,
       Call("MAPIFindNext", FindNextType{}, session, window, type.empty() ? nullptr : type.data(),
            before.empty() ? nullptr : before.data(), flags, 0UL, found.data());
   if (result == mapi::kSuccess) {
-    const auto end = std::find(found.begin(), found.end() - 1, '\0');
-    id = codePage_.ToText({found.data(), static_cast<std::size_t>(end - found.begin())});
+    id = codePage_.ToText({found.data(), strnlen(found.data(), kLongestId)});
   }
   return result;
 }

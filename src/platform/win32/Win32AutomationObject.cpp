@@ -76,6 +76,7 @@ class DispatchedObject final : public AutomationObject {
       if (!argument.name.empty()) names.push_back(WideFromUtf8(argument.name));
     }
     std::vector<LPOLESTR> texts;
+    texts.reserve(names.size());
     for (auto& name : names) texts.push_back(name.data());
     std::vector<DISPID> numbers(names.size());
     HRESULT result = E_FAIL;
@@ -98,6 +99,7 @@ class DispatchedObject final : public AutomationObject {
     for (auto i = arguments.size(); i-- > 0;) owned.push_back(VariantOf(arguments[i].value));
     const std::vector<DISPID> named(numbers.rbegin(), numbers.rend());
     std::vector<VARIANT> values;
+    values.reserve(owned.size());
     for (const auto& one : owned) values.push_back(one.Get());
     DISPPARAMS parameters{values.data(), const_cast<DISPID*>(named.data()),
                           static_cast<UINT>(values.size()), static_cast<UINT>(named.size())};
