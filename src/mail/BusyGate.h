@@ -24,18 +24,16 @@ class BusyGate {
   // Keeps the gate shut for as long as it lives, where that is `needed`.
   class Hold {
    public:
-    Hold(BusyGate& gate, bool needed) noexcept : gate_(gate), needed_(needed) {
-      if (needed_) gate_.shut_ = true;
+    Hold(BusyGate& gate, bool needed) noexcept : gate_(gate), before_(gate.shut_) {
+      if (needed) gate_.shut_ = true;
     }
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
-    ~Hold() {
-      if (needed_) gate_.shut_ = false;
-    }
+    ~Hold() { gate_.shut_ = before_; }
 
    private:
     BusyGate& gate_;
-    const bool needed_;
+    const bool before_;
   };
 
  private:

@@ -40,9 +40,10 @@ void MailSystems::AsynchAbort() const {
 }
 
 void MailSystems::Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle,
-                           const std::function<bool()>& unused) const {
+                           const std::function<bool()>& unused, BusyGate& busy) const {
   for (const auto& [family, system] : systems_) {
     if (!unused()) return;
+    const BusyGate::Hold alone(busy, system->IsForeign());
     if (auto* const backEnd = system->BackEndOrNull()) backEnd->Shutdown(savedHandle(family));
   }
 }

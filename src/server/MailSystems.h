@@ -7,6 +7,7 @@
 #include <string>
 
 #include "mail/BackEnd.h"
+#include "mail/BusyGate.h"
 #include "mail/MailSystem.h"
 
 namespace quillon {
@@ -30,9 +31,10 @@ class MailSystems {
   // Ends what is under way, whichever system works on it: a client that asks for it may have
   // changed its mail system meanwhile, or never had that one.
   void AsynchAbort() const;
-  // Shuts one after the other down for as long as `unused` holds: clients may come meanwhile.
+  // Shuts one after the other down for as long as `unused` holds: clients may come meanwhile, who
+  // wait while it is a foreign one's turn.
   void Shutdown(const std::function<std::int32_t(MailFamily)>& savedHandle,
-                const std::function<bool()>& unused) const;
+                const std::function<bool()>& unused, BusyGate& busy) const;
 
  private:
   std::map<MailFamily, MailSystem*> systems_;

@@ -87,7 +87,7 @@ Server::~Server() {
     dispatch_.SaveSession();
     environment_.mailSystems.Shutdown(
         [this](MailFamily family) { return dispatch_.SavedSession(family).handle; },
-        [&shared] { return shared.instanceCount == 0; });
+        [&shared] { return shared.instanceCount == 0; }, environment_.busy);
     if (log.Starts() == starts) log.Stop();
   } catch (const std::exception&) {
     // There is no caller left to hear of it.

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <utility>
 
 #include "support/TestWorld.h"
 
@@ -97,6 +98,33 @@ TEST(Dispatch, OneCallAtATimeWorksInAForeignMailSystem) {
   internet.during = [&] { first->Login(); };
   other->Login();
   EXPECT_EQ(3U, vim.calls.size());
+}
+
+// A client that comes while a foreign mail system is shut down waits as well, and going again it
+// lets nobody in.
+TEST(Dispatch, NobodyComesInWhileAForeignMailSystemIsShutDown) {
+  TestWorld world;
+  FakeBackEnd vim;
+  VimMailSystem vimSystem(world.workstation, &vim);
+  world.mailSystems.Add(vimSystem);
+  auto first = world.NewServer();
+  int refused = 0;
+  bool nested = false;
+  vim.during = [&] {
+    if (std::exchange(nested, true)) return;
+    for (int round = 0; round < 2; ++round) {
+      const auto late = world.NewServer();
+      late->Put(Property::mailSystem, std::int16_t{2});
+      try {
+        late->Login();
+      } catch (const MailSystemBusy&) {
+        ++refused;
+      }
+    }
+  };
+  first.reset();
+  EXPECT_EQ(2, refused);
+  EXPECT_FALSE(world.busy.Shut());
 }
 
 TEST(Dispatch, EachFamilyIsProbedOncePerInstance) {
