@@ -1,17 +1,24 @@
 #include "platform/win32/ForeignLibrary.h"
 
-#include "platform/win32/LibrarySearch.h"
-
 namespace quillon {
 
-FARPROC ForeignLibrary::Address(const char* function) {
-  if (module_ == nullptr) {
-    const auto path = FindLibrary(name_);
-    if (path.empty()) return nullptr;
+bool ForeignLibrary::Open(const std::wstring& path) {
+  if (module_ == nullptr && !path.empty()) {
     module_ = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (module_ == nullptr) return nullptr;
   }
-  return GetProcAddress(module_, function);
+  return module_ != nullptr;
+}
+
+bool ForeignLibrary::Load() {
+  return module_ != nullptr || Open(FindLibrary(name_));
+}
+
+bool ForeignLibrary::LoadFrom(const LibraryDirectory& place) {
+  return module_ != nullptr || Open(place.Find(name_));
+}
+
+FARPROC ForeignLibrary::Address(const char* function) {
+  return Load() ? GetProcAddress(module_, function) : nullptr;
 }
 
 }  // namespace quillon

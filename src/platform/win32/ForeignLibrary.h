@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/win32/FaultGuard.h"
+#include "platform/win32/LibrarySearch.h"
 
 namespace quillon {
 
@@ -15,6 +16,10 @@ class ForeignLibrary {
   explicit ForeignLibrary(std::wstring name) : name_(std::move(name)) {}
   ForeignLibrary(const ForeignLibrary&) = delete;
   ForeignLibrary& operator=(const ForeignLibrary&) = delete;
+
+  // Loads it now: from where libraries are looked for, or from a directory. Whether it is loaded.
+  bool Load();
+  bool LoadFrom(const LibraryDirectory& place);
 
   // Null when the library, or the function in it, is missing. A library that was missing is looked
   // for again the next time.
@@ -36,6 +41,7 @@ class ForeignLibrary {
 
  private:
   FARPROC Address(const char* function);
+  bool Open(const std::wstring& path);
 
   const std::wstring name_;
   HMODULE module_ = nullptr;
