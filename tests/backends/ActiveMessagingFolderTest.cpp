@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ActiveMessagingWorld.h"
-#include "backends/activemsg/FolderPath.h"
+#include "backends/FolderPath.h"
 
 namespace quillon::testing {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "backends/FolderPath.h"
 #include "backends/activemsg/ActiveMessagingNumber.h"
 #include "backends/activemsg/Collections.h"
-#include "backends/activemsg/FolderPath.h"
 #include "backends/activemsg/StepFailure.h"
 #include "core/AutomationValues.h"
 #include "core/Text.h"

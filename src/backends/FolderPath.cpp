@@ -1,4 +1,4 @@
-#include "backends/activemsg/FolderPath.h"
+#include "backends/FolderPath.h"
 
 #include <algorithm>
 
