@@ -4,8 +4,10 @@ Tests read it and write to it with Store; ./dev desk shows it.
     ./dev desk [STORE]                  accounts, their folders, and how many messages are in each
     ./dev desk [STORE] ACCOUNT/FOLDER   the messages of a folder
     ./dev desk [STORE] MESSAGE          one message whole; the end of its identifier will do
-    ./dev desk --install                puts the stand-ins into the Wine of ./dev wine, with a store
-                                        in its C:\\QuillonDesk, which is STORE when none is named
+    ./dev desk --install [FACE...]      puts the stand-ins into the Wine of ./dev wine, with a store
+                                        in its C:\\QuillonDesk, which is STORE when none is named;
+                                        vim32, which would be preferred to the others by programs
+                                        that choose for themselves, only when it is named
 """
 
 import os
@@ -21,6 +23,8 @@ PLACE = "QuillonDesk"  # on drive C:
 
 # Under Windows\system32 each; those that exist are installed.
 FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf")
+# Programs that look for a mail system would take one of these: installed only where asked for.
+PREFERRED_FACES = ("vim32",)
 SELF_REGISTERING = ("olemsg32",)
 KNOWN_FOLDERS = ("Inbox", "Outbox", "Sent Items", "Deleted Items")
 # mapi32.dll hands Simple MAPI on to DLLPath; only a DLLPathEx gets MAPIFreeBuffer too.
@@ -247,7 +251,7 @@ def show_message(directory):
         print("\nRich text:\n" + message.rich_text)
 
 
-def installed_in_wine(faces=FACES):
+def installed_in_wine(preferred):
     wine = str(TOP / "tools" / "wine" / "run.sh")
     prefix = _wine_prefix()
 
@@ -256,7 +260,9 @@ def installed_in_wine(faces=FACES):
                        env={**os.environ, "WINEPREFIX": str(prefix)})
 
     run("cmd", "/c", "exit")  # makes the prefix when there is none
-    return install(run, prefix / "drive_c", faces)
+    for face in set(PREFERRED_FACES) - set(preferred):
+        (prefix / "drive_c" / "windows" / "system32" / f"{face}.dll").unlink(missing_ok=True)
+    return install(run, prefix / "drive_c", (*FACES, *preferred))
 
 
 def _wine_prefix():
@@ -283,8 +289,10 @@ def show(store, what):
 
 
 def main(arguments):
-    if arguments == ["--install"]:
-        print(f"installed; its store is {installed_in_wine().place}")
+    if arguments[:1] == ["--install"]:
+        if not set(arguments[1:]) <= set(PREFERRED_FACES):
+            return __doc__
+        print(f"installed; its store is {installed_in_wine(arguments[1:]).place}")
         return 0
     place = _wine_prefix() / "drive_c" / PLACE
     if arguments and (pathlib.Path(arguments[0]) / "mailboxes").is_dir():

@@ -100,6 +100,16 @@ class Desk(unittest.TestCase):
         self.store.faults("MAPILogoff crash")
         self.assertNotEqual(0, self.wine.run(CLIENT, "number", "MAPILogoff").returncode)
 
+    def test_what_vim_refuses(self):
+        install_desk(self.wine, ("vim32",))
+        self.addCleanup((self.wine.drive_c / "windows/system32/vim32.dll").unlink)
+        for number in range(10):
+            self.store.add_message("ann", subject=f"subject {number}")
+        done = self.wine.run(winetest.CLIENTS / "VimFace.exe")
+        self.assertEqual((0, ""), (done.returncode, done.output))
+        self.assertEqual("VIMTerminate sessions=0 containers=1 messages=0 drafts=0 books=0",
+                         [call for call in self.store.calls() if "VIMTerminate" in call][0])
+
     def test_what_is_put_into_the_store_is_shown(self):
         place = str(self.store.place)
         name = self.store.add_message(

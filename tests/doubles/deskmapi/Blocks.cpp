@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "AnsiText.h"
+#include "desk/win32/AnsiText.h"
 
 namespace deskmapi {
+
+using desk::AnsiFrom;
 
 struct Blocks::Block {
   MailRecord<char> mail{};

@@ -5,16 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "AnsiText.h"
 #include "Blocks.h"
 #include "Records.h"
 #include "desk/MapiDesk.h"
+#include "desk/win32/AnsiText.h"
 #include "desk/win32/Trouble.h"
 
 namespace deskmapi {
 namespace {
 
 using desk::MapiDesk;
+using desk::Utf8From;
 
 MapiDesk& Desk() {
   static MapiDesk desk(desk::Store::Place(), desk::MakeTrouble);

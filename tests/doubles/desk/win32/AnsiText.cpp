@@ -1,11 +1,11 @@
-#include "AnsiText.h"
+#include "desk/win32/AnsiText.h"
 
 #include <windows.h>
 #include <string_view>
 
 #include "core/Utf8.h"
 
-namespace deskmapi {
+namespace desk {
 namespace {
 
 std::string Utf8FromUnits(std::wstring_view wide) {
@@ -38,4 +38,4 @@ std::string AnsiFrom(const std::string& utf8) {
   return ansi;
 }
 
-}  // namespace deskmapi
+}  // namespace desk

@@ -1,9 +1,9 @@
-// Text in the system's ANSI code page and in UTF-16, as it comes through Simple MAPI, and UTF-8.
+// Text in the ANSI code page and in UTF-16, as it comes through ANSI interfaces, and UTF-8.
 #pragma once
 
 #include <string>
 
-namespace deskmapi {
+namespace desk {
 
 // A null pointer is the empty text.
 std::string Utf8From(const char* ansi);
@@ -11,4 +11,4 @@ std::string Utf8From(const wchar_t* wide);
 
 std::string AnsiFrom(const std::string& utf8);
 
-}  // namespace deskmapi
+}  // namespace desk
