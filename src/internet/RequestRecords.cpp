@@ -12,6 +12,7 @@
 #include "core/Text.h"
 #include "internet/Address.h"
 #include "internet/PopReply.h"
+#include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
 
 namespace quillon {
@@ -91,11 +92,7 @@ std::string MailboxOf(const PopSettings& settings) {
 
 MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
                           const CodePage& codePage) {
-  const auto index = request.instance.messageIndex;
-  const auto& headers = request.shared.headers;
-  if (index < 0 || static_cast<std::size_t>(index) >= headers.size())
-    throw ServerError(error_code::kBadMessageIndex);
-  const auto& record = headers[static_cast<std::size_t>(index)];
+  const auto& record = CurrentHeader(request.shared, request.instance);
   const auto& origin = request.shared.headerOrigin;
   if (origin.mailbox != MailboxOf(settings)) throw ServerError(error_code::kNoHeaders);
   std::string_view text = record.number;

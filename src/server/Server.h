@@ -118,7 +118,6 @@ class Server {
   void SwitchLog();
 
   const HeaderRecord& CurrentHeader() const;
-  void RequireHeader() const;
   void MoveCopy(const char* member, const std::string& folder, bool copy);
   std::string Resolve(const char* member, const std::string& name, bool withAddress);
   std::vector<std::string> Folders(const char* member, const std::string& parent,

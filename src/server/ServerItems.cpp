@@ -2,6 +2,7 @@
 #include "codec/HeaderBlock.h"
 #include "codec/WebForm.h"
 #include "core/Text.h"
+#include "mail/CurrentHeader.h"
 #include "server/ErrorTable.h"
 #include "server/MessageItems.h"
 #include "server/Server.h"
@@ -15,8 +16,7 @@ constexpr const char* kItemSeparator = ", ";
 }  // namespace
 
 const HeaderRecord& Server::CurrentHeader() const {
-  RequireHeader();
-  return environment_.shared.headers[static_cast<std::size_t>(state_.messageIndex)];
+  return quillon::CurrentHeader(environment_.shared, state_);
 }
 
 std::vector<std::string> Server::GetMessageItems(std::int16_t itemType) {

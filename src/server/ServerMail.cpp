@@ -20,14 +20,6 @@ constexpr const char* kOwnMaker = "Quillon";
 
 }  // namespace
 
-void Server::RequireHeader() const {
-  const auto& headers = environment_.shared.headers;
-  if (headers.empty()) throw ServerError(error_code::kNoHeaders);
-  if (state_.messageIndex < 0 || static_cast<std::size_t>(state_.messageIndex) >= headers.size()) {
-    throw ServerError(error_code::kBadMessageIndex);
-  }
-}
-
 void Server::SetNativeSystem() {
   frame_.Run("SetNativeSystem", MemberKind::Method, [&] { dispatch_.Detect(); });
 }
@@ -73,7 +65,7 @@ void Server::LoadMessageIdentifiers() {
 
 void Server::LoadMessage() {
   frame_.Run("LoadMessage", MemberKind::Method, [&] {
-    RequireHeader();
+    CurrentHeader();
     dispatch_.Run(
         [](BackEnd& backEnd, MailRequest& request) { return backEnd.LoadMessage(request); });
   });
@@ -81,7 +73,7 @@ void Server::LoadMessage() {
 
 void Server::DeleteMessage() {
   frame_.Run("DeleteMessage", MemberKind::Method, [&] {
-    RequireHeader();
+    CurrentHeader();
     dispatch_.Run(
         [](BackEnd& backEnd, MailRequest& request) { return backEnd.DeleteMessage(request); });
   });

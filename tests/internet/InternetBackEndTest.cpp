@@ -280,7 +280,7 @@ TEST_F(InternetBackEndTest, TheLogTellsTheConversationButNoPassword) {
   world.log.Start();
   EXPECT_EQ(backEnd.LoadMessageHeaders(request).number, kBackEndSuccess);
   world.shared.headers.clear();
-  EXPECT_EQ(CodeOf([&] { backEnd.LoadMessage(request); }), 533);
+  EXPECT_EQ(CodeOf([&] { backEnd.LoadMessage(request); }), 532);
   backEnd.Shutdown(0);
   world.log.Stop();
   world.log.WriteDebug("after the stop");

@@ -9,6 +9,7 @@
 #include "core/AutomationValues.h"
 #include "core/ErrorCode.h"
 #include "core/Text.h"
+#include "mail/CurrentHeader.h"
 #include "mail/ReceivedFiles.h"
 
 namespace quillon {
@@ -98,16 +99,10 @@ MailResult ActiveMessagingBackEnd::UnreadCount(MailRequest& request, std::int32_
 AutomationObjectPtr ActiveMessagingBackEnd::CurrentMessage(MailRequest& request,
                                                            const std::string& context) {
   message_ = nullptr;
-  const auto& headers = request.shared.headers;
+  const auto& header = CurrentHeader(request.shared, request.instance);
   const auto& mailbox = request.shared.headerOrigin.mailbox;
-  if (headers.empty() || !mailbox.starts_with(kMailbox)) {
-    throw ServerError(error_code::kNoHeaders);
-  }
-  const auto index = request.instance.messageIndex;
-  if (index < 0 || static_cast<std::size_t>(index) >= headers.size()) {
-    throw ServerError(error_code::kBadMessageIndex);
-  }
-  auto arguments = Arguments({headers[static_cast<std::size_t>(index)].uniqueId});
+  if (!mailbox.starts_with(kMailbox)) throw ServerError(error_code::kNoHeaders);
+  auto arguments = Arguments({header.uniqueId});
   const auto storeId = mailbox.substr(kMailbox.size());
   if (!storeId.empty()) arguments.emplace_back(storeId);
   const auto session = LogOn(request);

@@ -8,6 +8,7 @@
 #include "core/ServerError.h"
 #include "core/Text.h"
 #include "core/WholeFile.h"
+#include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
 #include "mail/ReceivedFiles.h"
 
@@ -48,15 +49,11 @@ std::string MapiMailboxOf(const InstanceState& instance) {
 }
 
 std::string CurrentMapiMessage(const MailRequest& request) {
-  const auto& headers = request.shared.headers;
-  const auto index = request.instance.messageIndex;
-  if (index < 0 || static_cast<std::size_t>(index) >= headers.size()) {
-    throw ServerError(error_code::kBadMessageIndex);
-  }
+  const auto& header = CurrentHeader(request.shared, request.instance);
   if (request.shared.headerOrigin.mailbox != MapiMailboxOf(request.instance)) {
     throw ServerError(error_code::kNoHeaders);
   }
-  return headers[static_cast<std::size_t>(index)].uniqueId;
+  return header.uniqueId;
 }
 
 HeaderRecord HeaderOf(const MapiMessage& envelope, const InstanceState& instance) {
