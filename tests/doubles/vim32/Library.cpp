@@ -75,14 +75,17 @@ desk::Message Library::Read(Handle container, Ref reference) {
 }
 
 // The trouble is made outside the lock, because it may be that other calls are let in.
-void Enter(const char* name, const std::string& arguments) {
+void Enter(const Function& function, const std::string& arguments) {
   std::optional<std::string> word;
   bool ready = false;
   {
     Library& library = TheLibrary();
     const std::lock_guard lock(library.mutex);
-    word = library.store.Call(name, arguments);
-    ready = library.initialized > 0 || std::string_view(name) == "VIMInitialize";
+    const std::string name = function.name;
+    const std::string use = ":" + std::to_string(function.use);
+    word = library.store.Call(name, function.use == 0 ? arguments : use + " " + arguments);
+    if (!word) word = library.store.Word(name + use);
+    ready = library.initialized > 0 || name == "VIMInitialize";
   }
   if (word) {
     char* end = nullptr;

@@ -83,15 +83,23 @@ class Library {
 
 Library& TheLibrary();
 
-// Writes the call to the log and does what the fault file says. Throws a status, that of the file
-// or the one of a call that is made before VIMInitialize.
-void Enter(const char* name, const std::string& arguments);
+// A function, and the selector that says what one of several uses it is called for.
+struct Function {
+  Function(const char* nameIn, std::uint32_t useIn = 0) : name(nameIn), use(useIn) {}
+  const char* name;
+  std::uint32_t use;
+};
+
+// Writes the call to the log and does what the fault file says, for all its uses or, as in
+// "VIMSetMessageHeader:91 27", for one. Throws a status, that of the file or the one of a call that
+// is made before VIMInitialize.
+void Enter(const Function& function, const std::string& arguments);
 
 // A whole call. Nothing leaves it but a status.
 template <class Body>
-std::uint32_t Call(const char* name, const std::string& arguments, Body body) noexcept {
+std::uint32_t Call(const Function& function, const std::string& arguments, Body body) noexcept {
   try {
-    Enter(name, arguments);
+    Enter(function, arguments);
     Library& library = TheLibrary();
     const std::lock_guard lock(library.mutex);
     body(library);

@@ -126,7 +126,8 @@ std::uint32_t WINAPI VIMGetMessageHeader(Handle message, Word count, const AttrD
 std::uint32_t WINAPI VIMEnumerateMessageItems(Handle message, Ref* position, std::int32_t skip,
                                               Word* count, ItemDesc* items, std::uint32_t filter,
                                               const void* filterData, Bool* more) {
-  return Call("VIMEnumerateMessageItems", {}, [&](Library& library) {
+  const auto itemClass = filterData == nullptr ? 0 : *static_cast<const std::uint32_t*>(filterData);
+  return Call({"VIMEnumerateMessageItems", itemClass}, {}, [&](Library& library) {
     Require(items != nullptr);
     const auto& opened = library.Get<OpenMessage>(message);
     const std::vector<Ref> found = ItemsOf(opened, filter, filterData);
@@ -139,7 +140,7 @@ std::uint32_t WINAPI VIMEnumerateMessageItems(Handle message, Ref* position, std
 
 std::uint32_t WINAPI VIMGetMessageItem(Handle message, Ref item, const char* type,
                                        std::uint32_t flags, BuffFileDesc* place) {
-  return Call("VIMGetMessageItem", {}, [&](Library& library) {
+  return Call({"VIMGetMessageItem", item.second}, {}, [&](Library& library) {
     Require(place != nullptr);
     Give(BytesOf(library.Get<OpenMessage>(message), item, type, flags), *place);
   });
@@ -149,8 +150,7 @@ std::uint32_t WINAPI VIMEnumerateMessageRecipients(Handle message, std::uint32_t
                                                    Ref* position, std::int32_t skip,
                                                    Word attributeCount, const AttrDesc* attributes,
                                                    Word* count, Bool* more) {
-  const std::string told = "class=" + std::to_string(recipientClass);
-  return Call("VIMEnumerateMessageRecipients", told, [&](Library& library) {
+  return Call({"VIMEnumerateMessageRecipients", recipientClass}, {}, [&](Library& library) {
     const std::vector<desk::Recipient> recipients =
         RecipientsOf(library.Get<OpenMessage>(message).message, ClassOf(recipientClass));
     Enumerate(recipients.size(), position, skip, count, more,

@@ -106,30 +106,26 @@ std::uint32_t WINAPI VIMCreateMessage(Handle session, const char* type, Handle* 
 
 std::uint32_t WINAPI VIMSetMessageHeader(Handle message, std::uint32_t attribute, Word size,
                                          const void* data) {
-  std::string told = "attribute=" + std::to_string(attribute);
-  if (attribute != kSelSubject && data != nullptr && size >= sizeof(Word)) {
-    told += " value=" + std::to_string(*static_cast<const Word*>(data));
-  }
-  return Call("VIMSetMessageHeader", told, [&](Library& library) {
+  const bool isNumber = attribute != kSelSubject && data != nullptr && size >= sizeof(Word);
+  const std::string told = isNumber ? std::to_string(*static_cast<const Word*>(data)) : "";
+  return Call({"VIMSetMessageHeader", attribute}, told, [&](Library& library) {
     SetHeader(library.Get<Draft>(message), attribute, size, data);
   });
 }
 
 std::uint32_t WINAPI VIMSetMessageRecipient(Handle message, std::uint32_t recipientClass,
                                             const RecipientRecord* recipient) {
-  return Call("VIMSetMessageRecipient", "class=" + std::to_string(recipientClass),
-              [&](Library& library) {
-                Require(recipient != nullptr);
-                library.Get<Draft>(message).message.recipients.push_back(
-                    RecipientOf(library, ClassOf(recipientClass), *recipient));
-              });
+  return Call({"VIMSetMessageRecipient", recipientClass}, {}, [&](Library& library) {
+    Require(recipient != nullptr);
+    library.Get<Draft>(message).message.recipients.push_back(
+        RecipientOf(library, ClassOf(recipientClass), *recipient));
+  });
 }
 
 std::uint32_t WINAPI VIMSetMessageItem(Handle message, std::uint32_t itemClass, const char* type,
                                        std::uint32_t flags, const char* name,
                                        const BuffFileDesc* content) {
-  const std::string told = "class=" + std::to_string(itemClass) + " name=" + Utf8From(name);
-  return Call("VIMSetMessageItem", told, [&](Library& library) {
+  return Call({"VIMSetMessageItem", itemClass}, Utf8From(name), [&](Library& library) {
     Require(content != nullptr);
     AddItem(library.Get<Draft>(message).message, itemClass, type, flags, Utf8From(name), *content);
   });

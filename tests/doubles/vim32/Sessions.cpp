@@ -3,6 +3,8 @@
 //
 //   NoDefaultSession   nobody has logged in to the mail program yet
 //   VimProduct 63      the number of the product; 11 without it
+//
+// The words of calls are those of Library.h.
 #include <windows.h>
 
 #include "Values.h"
