@@ -26,9 +26,12 @@ inline constexpr Status kFatal = 2;
 inline constexpr Status kBadParameter = 5;
 inline constexpr Status kInsufficientMemory = 8;
 inline constexpr Status kInvalidConfiguration = 9;
+inline constexpr Status kInvalidSelector = 12;
+inline constexpr Status kNameNotFound = 15;
 inline constexpr Status kNotSupported = 16;
 inline constexpr Status kNoDefault = 18;
 inline constexpr Status kNoMatch = 19;
+inline constexpr Status kNoSuchAttribute = 21;
 inline constexpr Status kWriteFailure = 27;
 inline constexpr Status kRecipientNotUnique = 258;
 

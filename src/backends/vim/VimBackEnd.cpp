@@ -1,0 +1,47 @@
+#include "backends/vim/VimBackEnd.h"
+
+#include "backends/vim/VimErrorText.h"
+#include "backends/vim/VimFailure.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kBoxTitle = "VIM Mail Error";
+
+}  // namespace
+
+VimBackEnd::VimBackEnd(const VimPorts& ports)
+    : ports_(ports), diagnostic_(ports.messageBox, kBoxTitle, VimErrorText), sessions_(ports) {}
+
+MailResult VimBackEnd::Run(const MailRequest& request,
+                           const std::function<void()>& operation) const {
+  try {
+    operation();
+    return {};
+  } catch (const VimFailure& failure) {
+    const std::string step = failure.what();
+    auto result = diagnostic_.Fail(request, step, failure.Number());
+    if (!step.empty()) result.text = step;
+    return result;
+  }
+}
+
+MailResult VimBackEnd::Login(MailRequest& request) {
+  return Run(request, [&] { sessions_.Open(request); });
+}
+
+MailResult VimBackEnd::Logout(MailRequest& request) {
+  return Run(request, [&] { sessions_.Close(request.instance); });
+}
+
+MailResult VimBackEnd::SetSessionHandle(MailRequest& request, std::int32_t handle) {
+  sessions_.Change(request.instance, handle);
+  return {};
+}
+
+void VimBackEnd::Shutdown(std::int32_t) {
+  sessions_.End();
+}
+
+}  // namespace quillon
