@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "core/Text.h"
+#include "desk/win32/Values.h"
 #include "olemsg32/Errors.h"
-#include "olemsg32/Values.h"
 
 namespace desk {
 

@@ -33,8 +33,8 @@ constexpr std::array kNames{
 
 }  // namespace
 
-const char* NameOf(HRESULT number) noexcept {
-  const auto* row = std::ranges::find(kNames, static_cast<MapiError>(number), &Row::error);
+const char* NameOf(MapiError error) noexcept {
+  const auto* row = std::ranges::find(kNames, error, &Row::error);
   return row == kNames.end() ? "Error" : row->name;
 }
 

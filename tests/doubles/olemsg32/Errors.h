@@ -1,8 +1,7 @@
 // The numbers that members of the object tree fail with.
 #pragma once
 
-#include <windows.h>
-#include <stdexcept>
+#include "desk/win32/CallErrors.h"
 
 namespace desk {
 
@@ -28,32 +27,6 @@ enum class MapiError : unsigned long {
 };
 
 // The published name of a number, or "Error" for one that has none here.
-const char* NameOf(HRESULT number) noexcept;
-
-// What the client gets as its error record.
-class MemberError : public std::runtime_error {
- public:
-  explicit MemberError(HRESULT number) : runtime_error(NameOf(number)), number_(number) {}
-  explicit MemberError(MapiError error) : MemberError(static_cast<HRESULT>(error)) {}
-
-  HRESULT Number() const noexcept { return number_; }
-
- private:
-  HRESULT number_;
-};
-
-// A call that does not fit the member: the number is the answer itself, there is no error record.
-class CallError : public std::runtime_error {
- public:
-  explicit CallError(HRESULT number, UINT argument = 0)
-      : runtime_error("call"), number_(number), argument_(argument) {}
-
-  HRESULT Number() const noexcept { return number_; }
-  UINT Argument() const noexcept { return argument_; }  // its place in the caller's array
-
- private:
-  HRESULT number_;
-  UINT argument_;
-};
+const char* NameOf(MapiError error) noexcept;
 
 }  // namespace desk

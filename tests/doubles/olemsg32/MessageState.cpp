@@ -1,16 +1,12 @@
 #include "olemsg32/MessageState.h"
 
-#include <windows.h>
-#include <atomic>
-#include <filesystem>
+#include <utility>
 
+#include "desk/win32/TheStore.h"
 #include "olemsg32/Errors.h"
-#include "olemsg32/TheStore.h"
 
 namespace desk {
 namespace {
-
-namespace fs = std::filesystem;
 
 template <class Record, class From>
 Parts<Record> PartsOf(std::vector<From>& records) {
@@ -42,29 +38,6 @@ void TakeMessage(MessageState& state, Message message) {
 }
 
 }  // namespace
-
-class TakenFile {
- public:
-  explicit TakenFile(const fs::path& from) {
-    static std::atomic<unsigned> number{0};
-    const std::string name =
-        "taken-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
-    path_ = TheStore().Where() / "making" / name;
-    std::error_code failure;
-    if (!fs::copy_file(from, path_, failure)) throw MemberError(MapiError::kNotFound);
-  }
-  TakenFile(const TakenFile&) = delete;
-  TakenFile& operator=(const TakenFile&) = delete;
-  ~TakenFile() {
-    std::error_code ignored;
-    fs::remove(path_, ignored);
-  }
-
-  const fs::path& Path() const noexcept { return path_; }
-
- private:
-  fs::path path_;
-};
 
 MessageStatePtr StateOf(const std::string& mailbox, Message message) {
   auto state = std::make_shared<MessageState>();
@@ -119,7 +92,8 @@ void ReloadState(MessageState& state) {
 }
 
 void TakeFile(TakenAttachment& attachment, const std::string& path) {
-  attachment.taken = std::make_shared<TakenFile>(PathFromUtf8(path));
+  attachment.taken = TakenFile::Of(path);
+  if (!attachment.taken) throw MemberError(MapiError::kNotFound);
   attachment.path = attachment.taken->Path();
 }
 

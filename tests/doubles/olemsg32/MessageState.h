@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desk/Store.h"
+#include "desk/win32/TakenFile.h"
 
 namespace desk {
 
@@ -17,9 +18,6 @@ struct Part {
 };
 template <class Record>
 using Parts = std::vector<std::shared_ptr<Part<Record>>>;
-
-// A file that goes with the last attachment that names it.
-class TakenFile;
 
 struct TakenAttachment : Attachment {
   std::shared_ptr<TakenFile> taken;  // its bytes, until they are in the store

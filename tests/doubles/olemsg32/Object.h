@@ -1,143 +1,45 @@
-// What the objects of the tree have in common: members found by name in a table, the four members
-// that each of them has, and the way of a call: the log, the fault that was asked for, the check
-// that the object is usable, the member.
+// What the objects of the tree have in common: the session they belong to, and the four members
+// that each of them has.
 #pragma once
 
-#include <atomic>
-#include <span>
-#include <string>
-#include <string_view>
-
-#include "olemsg32/Arguments.h"
+#include "desk/win32/DispatchObject.h"
 #include "olemsg32/Errors.h"
-#include "olemsg32/Values.h"
 
 namespace desk {
 
 class Session;
 
-// How many objects there are: the library stays for as long as there is one.
-std::atomic<long>& LiveObjects();
-
-struct MemberFacts {
-  constexpr MemberFacts(std::string_view memberName, DISPID memberId,
-                        std::string_view parameterNames, bool canBePut = false)
-      : name(memberName), id(memberId), parameters(parameterNames), writable(canBePut) {}
-
-  std::string_view name;
-  DISPID id;
-  // Names with a blank between them; those in front of a "|" cannot be left out.
-  std::string_view parameters;
-  bool writable;
-};
-
-class Object : public IDispatch {
+class Object : public DispatchObject {
  public:
-  // The object of the tree that a client hands in; null for any other object or value.
-  static Object* In(const VARIANT& value);
-
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
-  ULONG STDMETHODCALLTYPE AddRef() override;
-  ULONG STDMETHODCALLTYPE Release() override;
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
-                                          DISPID* ids) override;
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags,
-                                   DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
-                                   UINT* argumentError) override;
-
-  // Throws MemberError when the object is no more what it was made for.
-  virtual void CheckUsable() const = 0;
   Session& Owner() const noexcept { return *session_; }
 
  protected:
   // `parent` may be null for the session, which owns itself.
-  Object(Session* session, Object* parent);
-  virtual ~Object();
+  Object(Session* session, Object* parent)
+      : session_(session),
+        sessionReference_(parent == nullptr ? nullptr : AsDispatch(session)),
+        parent_(parent) {}
 
-  // The table of the class.
-  virtual std::string_view ClassName() const = 0;
   virtual long ClassNumber() const = 0;
-  virtual std::string_view DefaultMember() const = 0;
-  virtual std::size_t MemberCount() const = 0;
-  virtual const MemberFacts& Member(std::size_t index) const = 0;
-  // Whether the member answers before there is a session, and after the object has become useless.
-  virtual bool AlwaysAnswers(std::size_t index) const = 0;
-  virtual Variant Read(std::size_t index, const Arguments& arguments) = 0;
-  virtual void Write(std::size_t index, const Arguments& arguments, const VARIANT& value) = 0;
+  const FaceFacts& Face() const override;
+  std::span<const MemberFacts> CommonMembers() const override;
+  Variant ReadCommon(std::size_t index) const override;
 
  private:
-  const MemberFacts& FactsOf(std::size_t index) const;
-  std::size_t IndexOf(std::string_view name) const;
-  std::size_t IndexOf(DISPID id) const;
-  HRESULT Run(DISPID id, WORD flags, const DISPPARAMS& given, VARIANT* result);
-  Variant Get(std::size_t index, const DISPPARAMS& given);
-  Variant AllItems();
-  void Put(std::size_t index, const DISPPARAMS& given);
-  Variant ReadCommon(std::size_t index) const;
-  bool Enter(const MemberFacts& member, bool put, const Arguments& arguments) const;
+  static IDispatch* AsDispatch(Session* session);
 
-  ULONG references_ = 1;
   Session* session_;
   ComPtr<IDispatch> sessionReference_;  // none for the session itself
   ComPtr<IDispatch> parent_;
 };
 
-// A row of the table of class T. A method is a property that is only read.
+// T has `kNumber` besides what a TableObject has.
 template <class T>
-struct MemberOf : MemberFacts {
-  using Getter = Variant (*)(T&, const Arguments&);
-  using Putter = void (*)(T&, const Arguments&, const VARIANT&);
-
-  MemberOf(std::string_view memberName, DISPID memberId, std::string_view parameterNames,
-           Getter getter, Putter putter = nullptr)
-      : MemberFacts(memberName, memberId, parameterNames, putter != nullptr),
-        get(getter),
-        put(putter) {}
-  // Answers always.
-  MemberOf Free() && {
-    free = true;
-    return *this;
-  }
-
-  Getter get;
-  Putter put;
-  bool free = false;
-};
-
-// T has `kName`, `kNumber`, `kDefault` and `Members()`.
-template <class T>
-class ObjectOf : public Object {
+class ObjectOf : public TableObject<T, Object> {
  protected:
-  using Object::Object;
-  using Row = MemberOf<T>;
+  using TableObject<T, Object>::TableObject;
 
-  std::string_view ClassName() const override { return T::kName; }
   long ClassNumber() const override { return T::kNumber; }
-  std::string_view DefaultMember() const override { return T::kDefault; }
-  std::size_t MemberCount() const override { return T::Members().size(); }
-  const MemberFacts& Member(std::size_t index) const override { return T::Members()[index]; }
-  bool AlwaysAnswers(std::size_t index) const override { return T::Members()[index].free; }
-  Variant Read(std::size_t index, const Arguments& arguments) override {
-    return T::Members()[index].get(static_cast<T&>(*this), arguments);
-  }
-  void Write(std::size_t index, const Arguments& arguments, const VARIANT& value) override {
-    T::Members()[index].put(static_cast<T&>(*this), arguments, value);
-  }
 };
-
-// A new object of the tree, and as a member's result.
-template <class T, class... Given>
-ComPtr<T> Make(Given&&... given) {
-  return ComPtr<T>::Attach(new T(std::forward<Given>(given)...));
-}
-template <class T, class... Given>
-Variant MakeResult(Given&&... given) {
-  return FromObject(ComPtr<IDispatch>(Make<T>(std::forward<Given>(given)...).Get()));
-}
 
 }  // namespace desk

@@ -3,8 +3,8 @@
 
 #include <optional>
 
+#include "desk/win32/TheStore.h"
 #include "olemsg32/Object.h"
-#include "olemsg32/TheStore.h"
 
 namespace desk {
 

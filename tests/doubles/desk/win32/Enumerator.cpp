@@ -1,11 +1,11 @@
-#include "olemsg32/Enumerator.h"
+#include "desk/win32/Enumerator.h"
 
 #include <algorithm>
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "olemsg32/Object.h"
+#include "desk/win32/DispatchObject.h"
 
 namespace desk {
 namespace {

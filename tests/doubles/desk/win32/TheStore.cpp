@@ -1,4 +1,4 @@
-#include "olemsg32/TheStore.h"
+#include "desk/win32/TheStore.h"
 
 namespace desk {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "olemsg32/Values.h"
+#include "desk/win32/Values.h"
 
 namespace desk {
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/win32/ComPtr.h"
 #include "platform/win32/Variant.h"
@@ -21,6 +22,10 @@ Variant FromFlag(bool flag);
 Variant FromObject(ComPtr<IDispatch> object);  // null is Nothing
 Variant Nothing();
 Variant CopyOf(const VARIANT& value);
+
+// An array, and the elements of one; any other value is its only element.
+Variant FromList(std::vector<Variant> values);
+std::vector<Variant> ListOf(const VARIANT& value);
 
 // A store's "YYYY/MM/DD HH:MM" as automation's date, and back; nothing for a text that is no date.
 std::optional<Variant> FromDateText(const std::string& text);

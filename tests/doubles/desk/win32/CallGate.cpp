@@ -1,14 +1,13 @@
-#include "olemsg32/CallGate.h"
+#include "desk/win32/CallGate.h"
 
 #include <cstdlib>
 
+#include "desk/win32/TheStore.h"
 #include "desk/win32/Trouble.h"
-#include "olemsg32/Errors.h"
-#include "olemsg32/TheStore.h"
 
 namespace desk {
 
-bool EnterCall(const std::string& call, const std::string& arguments) {
+bool EnterCall(const std::string& call, const std::string& arguments, FailWith failWith) {
   std::optional<std::string> fault;
   {
     // Not for longer: trouble may let other calls in.
@@ -20,7 +19,7 @@ bool EnterCall(const std::string& call, const std::string& arguments) {
   char* end = nullptr;
   const unsigned long number = std::strtoul(fault->c_str(), &end, 0);
   const bool isNumber = end != fault->c_str() && *end == '\0';
-  if (isNumber) throw MemberError(static_cast<HRESULT>(number));
+  if (isNumber) failWith(number);
   MakeTrouble(*fault);
   return true;
 }

@@ -12,7 +12,10 @@
 
 namespace desk {
 
-// Throws MemberError for a number; false when the call is to give nothing.
-bool EnterCall(const std::string& call, const std::string& arguments);
+// Throws what a number of the fault file is to the client.
+using FailWith = void (*)(unsigned long number);
+
+// False when the call is to give nothing.
+bool EnterCall(const std::string& call, const std::string& arguments, FailWith failWith);
 
 }  // namespace desk

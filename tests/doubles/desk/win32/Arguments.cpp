@@ -1,8 +1,8 @@
-#include "olemsg32/Arguments.h"
+#include "desk/win32/Arguments.h"
 
 #include <algorithm>
 
-#include "olemsg32/Errors.h"
+#include "desk/win32/CallErrors.h"
 
 namespace desk {
 

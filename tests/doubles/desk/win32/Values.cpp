@@ -1,12 +1,15 @@
-#include "olemsg32/Values.h"
+#include "desk/win32/Values.h"
 
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <new>
 #include <utility>
 
-#include "olemsg32/Errors.h"
+#include "core/Text.h"
+#include "desk/win32/CallErrors.h"
 #include "platform/win32/Bstr.h"
+#include "platform/win32/SafeArray.h"
 
 namespace desk {
 namespace {
@@ -61,6 +64,31 @@ Variant CopyOf(const VARIANT& value) {
   if (FAILED(VariantCopyInd(&copy.Get(), const_cast<VARIANT*>(&value))))
     throw CallError(DISP_E_TYPEMISMATCH);
   return copy;
+}
+
+Variant FromList(std::vector<Variant> values) {
+  quillon::SafeArray array = quillon::SafeArray::Make(VT_VARIANT, values.size());
+  if (!array) throw std::bad_alloc();
+  {
+    const quillon::ArrayElements<VARIANT> elements(array.Get());
+    for (std::size_t i = 0; i < values.size(); ++i) elements.Get()[i] = values[i].Detach();
+  }
+  Variant list;
+  V_ARRAY(&list.Get()) = array.Detach();
+  V_VT(&list.Get()) = VT_ARRAY | VT_VARIANT;
+  return list;
+}
+
+std::vector<Variant> ListOf(const VARIANT& value) {
+  std::vector<Variant> values;
+  const Variant copy = CopyOf(value);
+  if (copy.Type() == (VT_ARRAY | VT_VARIANT)) {
+    const quillon::ArrayElements<VARIANT> elements(V_ARRAY(&copy.Get()));
+    for (const VARIANT& element : elements.Get()) values.push_back(CopyOf(element));
+  } else {
+    values.push_back(CopyOf(copy.Get()));
+  }
+  return values;
 }
 
 std::optional<Variant> FromDateText(const std::string& text) {
@@ -125,7 +153,10 @@ std::string Shown(const VARIANT& value) {
   if (SaysNothing(value)) return "-";
   if (type == VT_BOOL) return FlagOf(value) ? "True" : "False";
   try {
-    return TextOf(value);
+    if ((type & VT_ARRAY) == 0) return TextOf(value);
+    std::vector<std::string> texts;
+    for (const Variant& each : ListOf(value)) texts.push_back(TextOf(each.Get()));
+    return quillon::Join(texts, "; ");
   } catch (const CallError&) {
     return "(value)";
   }

@@ -5,7 +5,7 @@
 #include <oleauto.h>
 #include <vector>
 
-#include "olemsg32/Values.h"
+#include "desk/win32/Values.h"
 
 namespace desk {
 
