@@ -22,9 +22,16 @@ class Diagnostic {
   MailResult Fail(const MailRequest& request, const std::string& context,
                   std::int32_t number) const;
 
+  // The same with words of the mail system's own.
+  MailResult Fail(const MailRequest& request, const std::string& context, std::int32_t number,
+                  const std::string& text) const;
+
   void Show(const MailRequest& request, const std::string& context, std::int32_t number) const;
 
  private:
+  void Show(const MailRequest& request, const std::string& context, std::int32_t number,
+            const std::string& text) const;
+
   MessageBoxPort& messageBox_;
   const char* title_;
   TextOf textOf_;

@@ -36,6 +36,11 @@ class Workstation {
 
   // A text of the current user's registry, or the empty text.
   virtual std::string UserRegistryText(const std::string& key, const std::string& value) = 0;
+  // The same of the machine's, as 32-bit programs see it.
+  virtual std::string MachineRegistryText(const std::string& key, const std::string& value) = 0;
+
+  // A variable of the process's environment, or the empty text.
+  virtual std::string EnvironmentText(const std::string& name) = 0;
 };
 
 }  // namespace quillon

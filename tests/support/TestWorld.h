@@ -58,13 +58,20 @@ class FakeWorkstation final : public Workstation {
   std::string ProfileValue(const std::string& section, const std::string& key) override {
     return profile[section + "/" + key];
   }
-  std::string UserRegistryText(const std::string&, const std::string& value) override {
-    return "registry " + value;
+  std::string UserRegistryText(const std::string& key, const std::string& value) override {
+    const auto found = registry.find(key + "/" + value);
+    return found != registry.end() ? found->second : "registry " + value;
   }
+  std::string MachineRegistryText(const std::string& key, const std::string& value) override {
+    return registry["machine/" + key + "/" + value];
+  }
+  std::string EnvironmentText(const std::string& name) override { return environment[name]; }
 
   std::set<std::string> libraries;
   std::map<std::string, double> objects;
   std::map<std::string, std::string> profile;
+  std::map<std::string, std::string> registry;
+  std::map<std::string, std::string> environment;
   std::string windows = "/nowhere";
   int probes = 0;
 };

@@ -60,6 +60,23 @@ std::string FileVersion(const std::vector<std::uint8_t>& record) {
          std::to_string(LOWORD(info->dwFileVersionLS));
 }
 
+std::string RegistryText(HKEY root, const std::string& key, const std::string& value) {
+  const auto wideKey = WideFromUtf8(key);
+  const auto wideValue = WideFromUtf8(value);
+  DWORD bytes = 0;
+  if (RegGetValueW(root, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr, nullptr,
+                   &bytes) != ERROR_SUCCESS) {
+    return {};
+  }
+  std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
+  bytes = static_cast<DWORD>(text.size()) * DWORD{sizeof(wchar_t)};
+  if (RegGetValueW(root, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr, text.data(),
+                   &bytes) != ERROR_SUCCESS) {
+    return {};
+  }
+  return Utf8FromWide(text.c_str());
+}
+
 }  // namespace
 
 bool Win32Workstation::LibraryLoads(const std::string& name, const std::string& directory) {
@@ -108,20 +125,22 @@ std::string Win32Workstation::ProfileValue(const std::string& section, const std
 }
 
 std::string Win32Workstation::UserRegistryText(const std::string& key, const std::string& value) {
-  const auto wideKey = WideFromUtf8(key);
-  const auto wideValue = WideFromUtf8(value);
-  DWORD bytes = 0;
-  if (RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr,
-                   nullptr, &bytes) != ERROR_SUCCESS) {
-    return {};
-  }
-  std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
-  bytes = static_cast<DWORD>(text.size()) * DWORD{sizeof(wchar_t)};
-  if (RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideValue.c_str(), RRF_RT_REG_SZ, nullptr,
-                   text.data(), &bytes) != ERROR_SUCCESS) {
-    return {};
-  }
-  return Utf8FromWide(text.c_str());
+  return RegistryText(HKEY_CURRENT_USER, key, value);
+}
+
+std::string Win32Workstation::MachineRegistryText(const std::string& key,
+                                                  const std::string& value) {
+  return RegistryText(HKEY_LOCAL_MACHINE, key, value);
+}
+
+std::string Win32Workstation::EnvironmentText(const std::string& name) {
+  const auto wideName = WideFromUtf8(name);
+  std::wstring text(GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
+  if (text.empty()) return {};
+  const auto length =
+      GetEnvironmentVariableW(wideName.c_str(), text.data(), static_cast<DWORD>(text.size()));
+  // Longer than before when somebody else has changed it meanwhile.
+  return length < text.size() ? Utf8FromWide({text.data(), length}) : std::string();
 }
 
 }  // namespace quillon

@@ -13,6 +13,8 @@ class Win32Workstation final : public Workstation {
   std::string SystemDirectory() override;
   std::string ProfileValue(const std::string& section, const std::string& key) override;
   std::string UserRegistryText(const std::string& key, const std::string& value) override;
+  std::string MachineRegistryText(const std::string& key, const std::string& value) override;
+  std::string EnvironmentText(const std::string& name) override;
 };
 
 }  // namespace quillon
