@@ -24,8 +24,12 @@ class TemporaryFolder {
   // The path for one more file, which the caller makes; empty when there can be no directory.
   std::string NewFile(std::string_view extension);
 
+  // The same for a file that must have this name, in a directory of its own.
+  std::string NewNamedFile(std::string_view name);
+
  private:
   bool Make();
+  std::string NextPath(std::string_view extension);
 
   FileSystem& files_;
   std::string parent_;
@@ -33,6 +37,8 @@ class TemporaryFolder {
   std::string path_;  // with a separator; empty until it is made
   std::unique_ptr<File> inUse_;
   std::vector<std::string> paths_;
+  std::vector<std::string> directories_;  // of named files
+  int made_ = 0;
 };
 
 // Removes the directories below `parent` that were left behind, with those of their files that such

@@ -26,6 +26,7 @@ class TemporaryFolderTest : public ::testing::Test {
 
 TEST_F(TemporaryFolderTest, OnlyWhatIsNobodysIsRemoved) {
   Given("QUILLON.DEAD", {"IN.USE", "1.UUE", "20.ZIP"});
+  Given("QUILLON.DEAD/3.dir", {"Report of May.doc"});
   Given("QUILLON.KEPT", {"1.UUE"});                 // or its owner has come no farther yet
   Given("QUILLON.MINE", {"IN.USE", "letter.UUE"});  // somebody put something there
   Given("OTHER", {"IN.USE", "1.UUE"});
@@ -33,8 +34,11 @@ TEST_F(TemporaryFolderTest, OnlyWhatIsNobodysIsRemoved) {
     TemporaryFolder living(*files_, parent_.Path(), false);
     const auto file = living.NewFile(".UUE");
     ASSERT_TRUE(WriteWholeFile(*files_, file, BytesOf("x")));
+    const auto named = living.NewNamedFile("Report of May.doc");
+    EXPECT_EQ(FileNameOf(named), "Report of May.doc");
+    ASSERT_TRUE(WriteWholeFile(*files_, named, BytesOf("x")));
     RemoveAbandonedFolders(*files_, parent_.Path());
-    EXPECT_TRUE(files_->FileExists(file));
+    EXPECT_TRUE(files_->FileExists(file) && files_->FileExists(named));
   }
   EXPECT_EQ(parent_.Names(), (std::vector<std::string>{"OTHER", "QUILLON.KEPT", "QUILLON.MINE"}));
   EXPECT_TRUE(files_->FileExists(parent_.Path("OTHER/1.UUE")));
