@@ -24,6 +24,7 @@
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 #include "backends/mapi/MapiBackEnd.h"
 #include "backends/mapi/MapiMailSystem.h"
+#include "backends/notes/NotesBackEnd.h"
 #include "backends/notes/NotesMailSystem.h"
 #include "backends/vim/VimMailSystem.h"
 #include "internet/InternetMailSystem.h"
@@ -109,7 +110,8 @@ struct Application {
       {activeMessagingLibrary, richText, *files, *clock, messageBox, loginPrompt, configuration}};
   ActiveMessagingMailSystem activeMessaging{activeMessagingLibrary, &activeMessagingBackEnd,
                                             &mapiBackEnd};
-  NotesMailSystem notes{workstation};
+  NotesBackEnd notesBackEnd{{automationObjects, workstation, *files, messageBox}};
+  NotesMailSystem notes{workstation, &notesBackEnd};
   MailSystems mailSystems;
   BusyGate busy;
   Environment environment{shared,

@@ -58,6 +58,7 @@
 
 #include <string>
 
+#include "backends/notes/NotesIni.h"
 #include "ports/AutomationObject.h"
 #include "ports/FileSystem.h"
 #include "ports/Workstation.h"
@@ -72,19 +73,21 @@ class NotesSession {
   // The session object, made when there is none. Throws AutomationError.
   AutomationObjectPtr Object();
 
-  // The open mail database: that of the user, or the one that `postOffice` names ("server!!file",
-  // or the file alone). Throws AutomationError.
+  // The open mail database: the user's, or the one that `postOffice` names ("server!!file", or the
+  // file alone). A session that has been lost since the last call is made anew. Throws
+  // AutomationError.
   AutomationObjectPtr MailDatabase(const std::string& postOffice);
 
   // Takes a client's session; null for one of our own again.
   void Use(AutomationObjectPtr clients);
 
-  // Forgets both: there is nothing to log off from.
+  // Forgets session and database: there is nothing to log off from.
   void End();
 
  private:
-  AutomationObjectPtr OpenDatabase(const std::string& postOffice);
-  AutomationObjectPtr OpenMailFile();
+  void ForgetLostDatabase();
+  AutomationObjectPtr OpenOwnMailFile();
+  AutomationObjectPtr OpenMailFile(const NotesMailFile& mailFile);
 
   AutomationObjects& objects_;
   Workstation& workstation_;
