@@ -26,6 +26,7 @@
 #include "backends/mapi/MapiMailSystem.h"
 #include "backends/notes/NotesBackEnd.h"
 #include "backends/notes/NotesMailSystem.h"
+#include "backends/vim/VimBackEnd.h"
 #include "backends/vim/VimMailSystem.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
@@ -35,6 +36,7 @@
 #include "platform/Platform.h"
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/VbaMap32.h"
+#include "platform/win32/Vim32.h"
 #include "platform/win32/WideText.h"
 #include "platform/win32/Win32AutomationObject.h"
 #include "platform/win32/Win32MessageBox.h"
@@ -102,7 +104,9 @@ struct Application {
   std::unique_ptr<SimpleMapi> mapiLibrary = MakeSimpleMapi(*codePage);
   MapiBackEnd mapiBackEnd{{*mapiLibrary, *files, messageBox, loginPrompt, configuration}};
   MapiMailSystem mapi{workstation, *files, &mapiBackEnd};
-  VimMailSystem vim{workstation};
+  Vim32 vimLibrary{*codePage};
+  VimBackEnd vimBackEnd{{vimLibrary, workstation, *files, *clock, messageBox, loginPrompt}};
+  VimMailSystem vim{workstation, &vimBackEnd};
   Win32AutomationObjects automationObjects;
   Win32RichTextLibrary richText{*codePage};
   ActiveMessagingLibrary activeMessagingLibrary{automationObjects};
