@@ -22,10 +22,10 @@ DOUBLES = TOP / "build" / "windows" / "doubles"
 PLACE = "QuillonDesk"  # on drive C:
 
 # Under Windows\system32 each; those that exist are installed.
-FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf")
+FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf", "desknotes")
 # Programs that look for a mail system would take one of these: installed only where asked for.
 PREFERRED_FACES = ("vim32",)
-SELF_REGISTERING = ("olemsg32",)
+SELF_REGISTERING = ("olemsg32", "desknotes")
 KNOWN_FOLDERS = ("Inbox", "Outbox", "Sent Items", "Deleted Items")
 # mapi32.dll hands Simple MAPI on to DLLPath; only a DLLPathEx gets MAPIFreeBuffer too.
 REGISTRY = """REGEDIT4
@@ -152,7 +152,11 @@ class Store:
 
     def faults(self, text=""):
         """What shall go wrong from now on, a line each: "MAPISendMail 3", "MAPIReadMail#2 19" for
-        the second call in a process, "MAPIFindNext pump 500" (see desk/win32/Trouble.h)."""
+        the second call in a process, "MAPIFindNext pump 500" (see desk/win32/Trouble.h).
+        "Notes.NotesSession" takes a number of its own, "NotesDocument.Send 4060", and an HRESULT
+        that the call itself fails with, "NotesView.Name 0x80020006"; 0x800706BA ends the client,
+        for all objects that there are. "NotesUser bob" stands for no call: it tells whose client
+        it is."""
         self._put("faults.txt", text)
 
     def dialog(self, word=None):
