@@ -36,6 +36,11 @@ inline std::string Shown(const AutomationValue& value) {
   if (const auto* const object = std::get_if<AutomationObjectPtr>(&value)) {
     return *object != nullptr ? "object" : "Nothing";
   }
+  if (const auto* const list = std::get_if<std::vector<AutomationValue>>(&value)) {
+    std::string text;
+    for (const auto& element : *list) text += (text.empty() ? "[" : ", ") + Shown(element);
+    return text + "]";
+  }
   return TextOf(value);
 }
 
@@ -78,6 +83,7 @@ class RecordingObject : public AutomationObject {
     properties[std::string(member)] = value;
   }
 
+  AutomationRecord& Record() noexcept { return record_; }
   std::string Text(const std::string& property) { return TextOf(properties[property]); }
 
   std::map<std::string, AutomationValue, CaseLess> properties;

@@ -7,7 +7,7 @@
 //     GetDatabase(server, file)      a database, open or not; never Nothing
 //     AddressBooks                   list of databases, not open yet
 //   database:
-//     IsOpen, Server, FilePath       (FilePath and Server as texts)
+//     IsOpen
 //     OpenMail()                     the mail file of the user
 //     Open(server, file)             ("", "") for one of AddressBooks
 //     GetView(name)                  a view or folder; Nothing when there is none of the name
