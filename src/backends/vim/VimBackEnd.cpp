@@ -1,7 +1,9 @@
 #include "backends/vim/VimBackEnd.h"
 
+#include "backends/RecipientParts.h"
 #include "backends/vim/VimErrorText.h"
 #include "backends/vim/VimFailure.h"
+#include "backends/vim/VimNames.h"
 
 namespace quillon {
 
@@ -33,6 +35,16 @@ MailResult VimBackEnd::Login(MailRequest& request) {
 
 MailResult VimBackEnd::Logout(MailRequest& request) {
   return Run(request, [&] { sessions_.Close(request.instance); });
+}
+
+MailResult VimBackEnd::ResolveName(MailRequest& request, const std::string& name, bool withAddress,
+                                   std::string& resolved) {
+  return Run(request, [&] {
+    sessions_.OpenOnDemand(request);
+    const auto entry = FindVimName(ports_.library, VimSessions::HandleOf(request.instance), name);
+    if (!entry) throw VimFailure({}, vim::kNoMatch);
+    resolved = withAddress ? FormatRecipient(entry->name, entry->address) : entry->name;
+  });
 }
 
 MailResult VimBackEnd::SetSessionHandle(MailRequest& request, std::int32_t handle) {

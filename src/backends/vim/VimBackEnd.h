@@ -8,14 +8,19 @@
 // text).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "backends/Diagnostic.h"
+#include "backends/vim/VimHeader.h"
+#include "backends/vim/VimMessage.h"
 #include "backends/vim/VimPorts.h"
 #include "backends/vim/VimSessions.h"
 #include "mail/BackEnd.h"
+#include "mail/ReceivedFiles.h"
 
 namespace quillon {
 
@@ -25,11 +30,37 @@ class VimBackEnd final : public BackEnd {
 
   MailResult Login(MailRequest& request) override;
   MailResult Logout(MailRequest& request) override;
+  MailResult Send(MailRequest& request) override;
+  MailResult LoadMessageHeaders(MailRequest& request) override;
+  MailResult LoadMessage(MailRequest& request) override;
+  MailResult DeleteMessage(MailRequest& request) override;
+  MailResult MoveCopyMessage(MailRequest& request, const std::string& folder, bool copy) override;
+  MailResult UnreadCount(MailRequest& request, std::int32_t& count) override;
+  MailResult ResolveName(MailRequest& request, const std::string& name, bool withAddress,
+                         std::string& resolved) override;
+  MailResult Post(MailRequest& request) override;
   MailResult SetSessionHandle(MailRequest& request, std::int32_t handle) override;
   void Shutdown(std::int32_t savedHandle) override;
 
  private:
+  // The message of the header at messageIndex, and the container that it is in.
+  struct Current {
+    vim::Handle container = 0;
+    VimReference reference;
+    VimFolder folder;
+  };
+
   MailResult Run(const MailRequest& request, const std::function<void()>& operation) const;
+
+  void SendMessage(MailRequest& request);
+  std::vector<VimEnvelope> List(vim::Handle container, const VimFolder& folder, bool unreadOnly,
+                                std::size_t most) const;
+  void ReadHeaders(const MailRequest& request, vim::Handle container);
+  HeaderRecord ReadHeader(vim::Handle container, const VimEnvelope& envelope,
+                          const std::string& dateFormat) const;
+  VimMessage OpenMessage(vim::Handle container, VimReference reference, const char* step) const;
+  Current CurrentMessage(const MailRequest& request);
+  void WriteAttachments(const VimMessage& message, ReceivedFiles& files) const;
 
   VimPorts ports_;
   Diagnostic diagnostic_;

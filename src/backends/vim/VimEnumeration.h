@@ -1,0 +1,38 @@
+// Everything that an enumeration of VIM gives, piece by piece.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backends/vim/VimFailure.h"
+#include "ports/Vim.h"
+
+namespace quillon {
+
+// Of a library that never comes to an end.
+inline constexpr std::size_t kMostVimEntries = std::size_t{1} << 20U;
+
+// Calls next(position, pieces, more) until there are no more, or `most` of them. A library that
+// says there is more, but gives nothing or stays where it is, is taken for one that has come to the
+// end. Throws VimFailure.
+template <typename Piece, typename Next>
+std::vector<Piece> EnumerateVim(std::size_t most, const std::string& step, Next&& next) {
+  std::vector<Piece> all;
+  VimPosition position;
+  bool more = true;
+  while (more && all.size() < most) {
+    const auto before = position;
+    std::vector<Piece> pieces;
+    more = false;
+    CheckVim(next(position, pieces, more), step);
+    if (pieces.empty() || position == before) more = false;
+    for (auto& piece : pieces) {
+      if (all.size() < most) all.push_back(std::move(piece));
+    }
+  }
+  return all;
+}
+
+}  // namespace quillon
