@@ -71,6 +71,10 @@ class FileSystem {
   virtual bool RemoveFile(const std::string& path) = 0;
   // Replaces an existing file of the new name.
   virtual bool RenameFile(const std::string& from, const std::string& to) = 0;
+  // The same, but false when the new name is taken, so that no file is ever lost.
+  virtual bool RenameToNew(const std::string& from, const std::string& to) {
+    return !FileExists(to) && RenameFile(from, to);
+  }
   // Replaces an existing target; a copy that fails half-way leaves no target.
   virtual bool CopyWholeFile(const std::string& from, const std::string& to) = 0;
 

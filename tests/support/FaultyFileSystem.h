@@ -36,6 +36,9 @@ class FaultyFileSystem final : public FileSystem {
   bool RenameFile(const std::string& from, const std::string& to) override {
     return real_.RenameFile(from, to);
   }
+  bool RenameToNew(const std::string& from, const std::string& to) override {
+    return real_.RenameToNew(from, to);
+  }
   bool CopyWholeFile(const std::string& from, const std::string& to) override {
     return real_.CopyWholeFile(from, to);
   }

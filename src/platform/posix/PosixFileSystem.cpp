@@ -130,6 +130,15 @@ class PosixFileSystem final : public FileSystem {
     return IsUsable(from) && IsUsable(to) && std::rename(from.c_str(), to.c_str()) == 0;
   }
 
+  bool RenameToNew(const std::string& from, const std::string& to) override {
+    if (!IsUsable(from) || !IsUsable(to)) return false;
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+      return true;
+    }
+    // Not every kind of disk knows how; a second name for the file does as well.
+    return errno == EINVAL && ::link(from.c_str(), to.c_str()) == 0 && RemoveFile(from);
+  }
+
   bool CopyWholeFile(const std::string& from, const std::string& to) override {
     if (!IsUsable(from) || !IsUsable(to)) return false;
     std::error_code error;

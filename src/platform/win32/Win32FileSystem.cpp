@@ -160,6 +160,10 @@ class Win32FileSystem final : public FileSystem {
                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED) != 0;
   }
 
+  bool RenameToNew(const std::string& from, const std::string& to) override {
+    return MoveFileExW(SystemPath(from).c_str(), SystemPath(to).c_str(), 0) != 0;
+  }
+
   bool CopyWholeFile(const std::string& from, const std::string& to) override {
     return CopyFileW(SystemPath(from).c_str(), SystemPath(to).c_str(), FALSE) != 0;
   }
