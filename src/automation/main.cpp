@@ -24,6 +24,8 @@
 #include "backends/activemsg/ActiveMessagingMailSystem.h"
 #include "backends/mapi/MapiBackEnd.h"
 #include "backends/mapi/MapiMailSystem.h"
+#include "backends/mhs/MhsBackEnd.h"
+#include "backends/mhs/MhsMailSystem.h"
 #include "backends/notes/NotesBackEnd.h"
 #include "backends/notes/NotesMailSystem.h"
 #include "backends/vim/VimBackEnd.h"
@@ -76,6 +78,7 @@ struct Application {
   explicit Application(const std::string& directory) : programDirectory(directory) {
     mailSystems.Add(mapi);
     mailSystems.Add(vim);
+    mailSystems.Add(mhs);
     mailSystems.Add(activeMessaging);
     mailSystems.Add(notes);
     mailSystems.Add(internet);
@@ -107,6 +110,9 @@ struct Application {
   Vim32 vimLibrary{*codePage};
   VimBackEnd vimBackEnd{{vimLibrary, workstation, *files, *clock, messageBox, loginPrompt}};
   VimMailSystem vim{workstation, &vimBackEnd};
+  MhsAccounts mhsAccounts{*files, workstation, configuration};
+  MhsBackEnd mhsBackEnd{{mhsAccounts, *files, *clock, messageBox, loginPrompt}};
+  MhsMailSystem mhs{mhsAccounts, &mhsBackEnd};
   Win32AutomationObjects automationObjects;
   Win32RichTextLibrary richText{*codePage};
   ActiveMessagingLibrary activeMessagingLibrary{automationObjects};

@@ -21,7 +21,7 @@ constexpr const char* kOwnApplication = "MHS";
 
 std::string MhsAccounts::Volume() {
   auto volume = configuration_.ReadString(kConfigurationSection, kPostOfficeKey);
-  return volume.empty() ? workstation_.EnvironmentVariable(kVolumeVariable) : volume;
+  return volume.empty() ? workstation_.EnvironmentText(kVolumeVariable) : volume;
 }
 
 // Empty when there is none.
