@@ -111,14 +111,17 @@ class Store:
             found.append((file.parent.name, values["name"], values["address"]))
         return found
 
+    def add_folder(self, mailbox, path):
+        """One more folder, in one that is there."""
+        parent, _, name = path.rpartition("/")
+        self._make_folder(dict(self.folders(mailbox))[parent] / "folders" / name, name)
+
     def add_account(self, profile, name, address, password="secret"):
         """One more account, with the folders that every account has."""
         mailbox = self.place / "mailboxes" / profile
         for path in ("", *KNOWN_FOLDERS):
             place = mailbox / "folders" / (pathlib.Path("folders", path) if path else "")
-            for inner in ("messages", "folders"):
-                (place / inner).mkdir(parents=True)
-            (place / "folder.txt").write_text(f"name: {path or profile}\nid: {self._new_id()}\n")
+            self._make_folder(place, path or profile)
         (mailbox / "account.txt").write_text(
             f"name: {name}\naddress: {address}\npassword: {password}\n", encoding="utf-8")
 
@@ -186,6 +189,11 @@ class Store:
                                             newline="")
         making.rename(dict(self.folders(mailbox))[folder] / "messages" / name)
         return name
+
+    def _make_folder(self, place, name):
+        for inner in ("messages", "folders"):
+            (place / inner).mkdir(parents=True)
+        (place / "folder.txt").write_text(f"name: {name}\nid: {self._new_id()}\n")
 
     def _new_id(self):
         self._last = max(time.time_ns() // 1000, getattr(self, "_last", 0) + 1)

@@ -11,17 +11,14 @@ namespace {
 constexpr std::string_view kCommon = "CN=";
 constexpr std::string_view kType = "SMTP:";
 
-bool IsAccount(const std::string& address) {
-  const std::vector<Account> accounts = TheStore().Accounts();
-  return std::ranges::any_of(accounts, [&](const Account& account) {
-    return quillon::EqualsIgnoreCase(BareAddress(account.address), BareAddress(address));
-  });
-}
-
 }  // namespace
 
 std::string CanonicalName(const std::string& commonName) {
   return std::string(kCommon) + commonName + "/O=Desk";
+}
+
+std::string AbbreviatedName(const std::string& commonName) {
+  return commonName + "/Desk";
 }
 
 std::string CommonName(const std::string& name) {
@@ -32,6 +29,13 @@ std::string CommonName(const std::string& name) {
 
 std::string BareAddress(const std::string& address) {
   return address.starts_with(kType) ? address.substr(kType.size()) : address;
+}
+
+bool IsAccount(const std::string& address) {
+  const std::vector<Account> accounts = TheStore().Accounts();
+  return std::ranges::any_of(accounts, [&](const Account& account) {
+    return quillon::EqualsIgnoreCase(BareAddress(account.address), BareAddress(address));
+  });
 }
 
 std::string NotesNameOf(const std::string& name, const std::string& address) {

@@ -7,13 +7,16 @@
 
 namespace desk {
 
-// "CN=Ann Archer/O=Desk"
+// "CN=Ann Archer/O=Desk", and "Ann Archer/Desk".
 std::string CanonicalName(const std::string& commonName);
+std::string AbbreviatedName(const std::string& commonName);
 // "Ann Archer" of that, of "Ann Archer/Desk", and of itself.
 std::string CommonName(const std::string& name);
 
 // "ann@desk.example"; another type of address is part of it.
 std::string BareAddress(const std::string& address);
+
+bool IsAccount(const std::string& address);
 
 // How a message names somebody: an account by its canonical name, others with the address.
 std::string NotesNameOf(const std::string& name, const std::string& address);

@@ -17,7 +17,10 @@ std::string BookId(std::size_t place) {
 
 bool IsKeyOf(const Entry& entry, const std::string& key, bool exact) {
   std::vector<std::string> keys = quillon::Split(entry.name, " ");
-  keys.insert(keys.end(), {entry.name, CanonicalName(entry.name), BareAddress(entry.address)});
+  keys.insert(keys.end(), {entry.name, BareAddress(entry.address)});
+  if (IsAccount(entry.address)) {
+    keys.insert(keys.end(), {CanonicalName(entry.name), AbbreviatedName(entry.name)});
+  }
   if (const std::optional<Account> account = TheStore().FindAccount(key)) {
     if (account->address == entry.address) return true;
   }

@@ -55,6 +55,7 @@ Same "in two", True, IsSame(database.GetView("projects\2026").GetFirstDocument, 
 document.RemoveFromFolder "($Inbox)"
 Same "in one", True, view.GetFirstDocument Is Nothing
 database.GetView("Projects\2026").Remove
+database.GetView("Projects").Remove
 Same "folder gone", True, database.GetView("Projects\2026") Is Nothing
 Same "document still there", True, found.IsValid
 document.Remove True
