@@ -170,7 +170,7 @@ class Examples(unittest.TestCase):
                 ("", 551, own), ("mail.mailSystem = 7 : mail.Login", 6556, Table("SMTP", 6000)),
                 ("mail.mailSystem = 6 : mail.Login", 6030, Table("POP3", 6000)),
                 ("", 2050, Table("Simple MAPI", 2000)),
-                ("", 8171, Table("Active Messaging", 8000))):
+                ("", 5612, Table("MHS", 5000)), ("", 8171, Table("Active Messaging", 8000))):
             self.assertIn(last, table.texts)
             self.assertEqual(table.texts, self.decoded(before, table.texts))
 
