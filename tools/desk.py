@@ -148,7 +148,8 @@ class Store:
     def calls(self):
         """The calls of all faces so far, as "MAPILogoff session=4097 flags=0"."""
         log = self.place / "calls.txt"
-        return log.read_text(encoding="utf-8").splitlines() if log.exists() else []
+        lines = log.read_text(encoding="utf-8").splitlines() if log.exists() else []
+        return [from_one_line(line) for line in lines]
 
     def forget_calls(self):
         (self.place / "calls.txt").unlink(missing_ok=True)

@@ -1,5 +1,6 @@
 // A container is a folder of the account; a category is a folder too. A message that is put into a
-// category is copied there, and stays where it was until it is removed.
+// category is copied there, and stays where it was until it is removed; taken out of the category,
+// the copy goes, or what has no place but the category is in the inbox again.
 #include <windows.h>
 
 #include "Values.h"
@@ -10,10 +11,6 @@ namespace {
 
 using desk::Utf8From;
 
-desk::Folder Inbox(Library& library, Handle container) {
-  return library.store.KnownFolder(library.AccountOf(container).profile, desk::kInbox);
-}
-
 std::optional<desk::Folder> Category(Library& library, Handle container, const char* name) {
   Require(name != nullptr && *name != '\0');
   const desk::Folder root = library.store.Root(library.AccountOf(container).profile);
@@ -22,15 +19,11 @@ std::optional<desk::Folder> Category(Library& library, Handle container, const c
 
 // What a filter leaves, oldest first.
 std::vector<std::string> Filtered(Library& library, Handle container, std::uint32_t filter,
-                                  const void* filterData, std::uint32_t flags) {
+                                  std::uint32_t flags) {
   desk::Folder folder = library.Get<Container>(container).folder;
   const std::string mailbox = library.AccountOf(container).profile;
   if (filter == kSelSent) {
     folder = library.store.KnownFolder(mailbox, desk::kSentItems);
-  } else if (filter == kSelCategory) {
-    const auto category = Category(library, container, static_cast<const char*>(filterData));
-    if (!category) return {};
-    folder = *category;
   } else {
     Require(filter == kSelNoFilter, kInvalidSelector);
   }
@@ -76,11 +69,11 @@ std::uint32_t WINAPI VIMCloseMessageContainer(Handle container) {
 
 std::uint32_t WINAPI VIMEnumerateMessages(Handle container, Ref* position, std::int32_t skip,
                                           Word attributeCount, const AttrDesc* attributes,
-                                          Word* count, std::uint32_t filter, const void* filterData,
+                                          Word* count, std::uint32_t filter, const void*,
                                           std::uint32_t flags, Bool* more) {
   const std::string told = "filter=" + std::to_string(filter) + " flags=" + std::to_string(flags);
   return Call("VIMEnumerateMessages", told, [&](Library& library) {
-    const std::vector<std::string> ids = Filtered(library, container, filter, filterData, flags);
+    const std::vector<std::string> ids = Filtered(library, container, filter, flags);
     const std::string mailbox = library.AccountOf(container).profile;
     Enumerate(ids.size(), position, skip, count, more, [&](std::size_t number, std::size_t index) {
       const std::optional<desk::Message> message = library.store.Read(mailbox, ids[number]);
@@ -115,8 +108,8 @@ std::uint32_t WINAPI VIMMarkMessageAsRead(Handle container, Ref reference) {
 std::uint32_t WINAPI VIMQueryUnreadMailCount(Handle container, std::uint32_t* count) {
   return Call("VIMQueryUnreadMailCount", {}, [&](Library& library) {
     Require(count != nullptr);
-    *count = static_cast<std::uint32_t>(
-        Filtered(library, container, kSelNoFilter, nullptr, kUnreadOnly).size());
+    *count =
+        static_cast<std::uint32_t>(Filtered(library, container, kSelNoFilter, kUnreadOnly).size());
   });
 }
 
@@ -128,7 +121,8 @@ std::uint32_t WINAPI VIMSetMessageCategory(Handle container, Ref reference, cons
     if (!folder) {
       folder = library.store.AddFolder(library.store.Root(mailbox), Utf8From(category));
     }
-    library.store.Copy(mailbox, message.id, *folder);
+    const std::optional<std::string> copy = library.store.Copy(mailbox, message.id, *folder);
+    library.copies[message.id + folder->id] = copy.value_or("");
   });
 }
 
@@ -137,8 +131,16 @@ std::uint32_t WINAPI VIMRemoveMessageCategory(Handle container, Ref reference,
   return Call("VIMRemoveMessageCategory", Told(reference, category), [&](Library& library) {
     const desk::Message message = library.Read(container, reference);
     const std::optional<desk::Folder> folder = Category(library, container, category);
-    Require(folder && folder->id == message.folderId, kNameNotFound);
-    library.store.Move(library.AccountOf(container).profile, message.id, Inbox(library, container));
+    Require(folder.has_value(), kNameNotFound);
+    const std::string mailbox = library.AccountOf(container).profile;
+    const auto copy = library.copies.extract(message.id + folder->id);
+    if (folder->id == message.folderId) {
+      library.store.Move(mailbox, message.id, library.store.KnownFolder(mailbox, desk::kInbox));
+    } else if (copy) {
+      library.store.Remove(mailbox, copy.mapped());
+    } else {
+      throw Refusal{kNameNotFound};
+    }
   });
 }
 

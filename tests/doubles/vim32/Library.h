@@ -44,6 +44,8 @@ class Library {
   desk::Store store;
   std::mutex mutex;
   int initialized = 0;
+  // By the message and the category: what SetMessageCategory has put there.
+  std::map<std::string, std::string> copies;
 
   // The session is 0 for a session itself.
   Handle Open(Handle session, Object object);

@@ -48,7 +48,6 @@ enum Selector : std::uint32_t {
   kSelDate = 19,
   kSelDeliveryReport = 21,
   kSelEntity = 26,
-  kSelFrom = 34,
   kSelFromName = 35,
   kSelFull = 36,
   kSelLocal = 45,
@@ -68,7 +67,6 @@ enum Selector : std::uint32_t {
   kSelSent = 83,
   kSelSubject = 91,
   kSelTo = 97,
-  kSelCategory = 256,
 };
 
 inline constexpr std::uint32_t kVersion = 100;

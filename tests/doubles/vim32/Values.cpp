@@ -83,8 +83,6 @@ void PutHeader(const desk::Message& message, const Places& places, std::uint32_t
       return places.PutText(message.subject);
     case kSelFromName:
       return places.PutText(message.senderName);
-    case kSelFrom:
-      return places.Put(RecordOf(message.senderName, message.senderAddress));
     case kSelDate:
       return places.Put(DateOf(message.date));
     case kSelPriority:
