@@ -474,6 +474,7 @@ TEST_F(VimBackEndTest, MovesByCategory) {
     library.failures = {{call, 5}};
     EXPECT_EQ("4005 " + kFailed, move("", "Orders"));
   }
+  EXPECT_EQ("RemoveMessageCategory Orders", library.calls.back());  // it is in one place again
   EXPECT_EQ("4005 Cannot delete message (VIMRemoveMessage)",
             FailureOf([&] { server->DeleteMessage(); }));
   library.failures.clear();

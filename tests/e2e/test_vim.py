@@ -83,9 +83,10 @@ class VimTest(ScriptTest, unittest.TestCase):
         (self.folder / "received").mkdir()
         self.store.forget_calls()
         self.addCleanup(self.store.faults)
-        for mailbox, folder in (("ann", "Inbox"), ("ann", "Sent Items"), ("bob", "Inbox")):
-            for message in self.store.messages(mailbox, folder):
+        for folder in ("Inbox", "Sent Items"):
+            for message in self.store.messages("ann", folder) + self.store.messages("bob", folder):
                 self.store.remove(message)
+        self.addCleanup(lambda: [self.store.remove(message) for message in self.archived()])
 
     def run_vim(self, text, *arguments):
         self.run_checks(self.wine, (SCRIPTS / "session.vbs").read_text() + text, *arguments)

@@ -261,7 +261,11 @@ MailResult VimBackEnd::MoveCopyMessage(MailRequest& request, const std::string& 
     }
     CheckVim(library.SetMessageCategory(current.container, current.reference, target.container),
              kNotMoved);
-    CheckVim(library.RemoveMessage(current.container, current.reference), kNotMoved);
+    const auto removed = library.RemoveMessage(current.container, current.reference);
+    if (removed != vim::kSuccess) {  // otherwise another try would put it there twice
+      library.RemoveMessageCategory(current.container, current.reference, target.container);
+    }
+    CheckVim(removed, kNotMoved);
   });
 }
 
