@@ -19,12 +19,6 @@ std::wstring TextFrom(Call&& call) {
   }
 }
 
-// Neither relative to a directory nor to a drive.
-bool IsFullPath(std::wstring_view path) {
-  if (path.starts_with(L"\\\\")) return true;
-  return path.size() >= 3 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/');
-}
-
 std::wstring ProgramDirectory() {
   const auto path = TextFrom([](wchar_t* text, DWORD size) {
     const DWORD length = GetModuleFileNameW(nullptr, text, size);
@@ -58,6 +52,11 @@ std::wstring FindIn(const std::wstring& directories, const std::wstring& name) {
 }
 
 }  // namespace
+
+bool IsFullPath(std::wstring_view path) {
+  if (path.starts_with(L"\\\\")) return true;
+  return path.size() >= 3 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/');
+}
 
 void SearchLibrariesSafely() {
   // It takes the place of the current directory. An empty text would take that out as well, on

@@ -3,12 +3,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace quillon {
 
 // For the whole process, and for what libraries that are loaded later load themselves. The path
 // variable stays in use: mail programs find their parts by it.
 void SearchLibrariesSafely();
+
+// Neither relative to a directory nor to a drive.
+bool IsFullPath(std::wstring_view path);
 
 // The full path of the library of that name, from the program's directory, the system's, or one
 // that the path variable names in full; empty when there is none.
