@@ -55,8 +55,9 @@ class Block:
         text = text.replace("mail.example.com", "127.0.0.1")
         self.expected = [line.strip() for line in EXPECTED.findall(text)]
         self.swallows_errors = "On Error Resume Next" in text
-        # A post office would be a server of Active Messaging itself.
-        self.before = 'mail.postOffice = ""' if "mailSystem = 9" in text else ""
+        # A post office would be a server of Active Messaging itself, and a mail file of Notes.
+        own = re.search(r"mailSystem = (9|11)\b", text)
+        self.before = 'mail.postOffice = ""' if own else ""
         ports = rf"\1\n\2.SMTPPort = {host.smtp} : \2.POPPort = {host.pop}"
         self.text = CREATION.sub(ports, text)
 
@@ -80,7 +81,7 @@ def script_of(blocks, preamble):
                   "On Error Resume Next",
                   f"Block{number}",
                   'If Not came Then WScript.Echo "@raised " & Err.Number & " " & Err.Description',
-                  *(f"mail.mailSystem = {system} : mail.Logout" for system in (1, 9, 10)),
+                  *(f"mail.mailSystem = {system} : mail.Logout" for system in (1, 9, 11, 10)),
                   "Set mail = Nothing",
                   "On Error GoTo 0"]
     return "\n".join(lines + ["Set keeper = Nothing"]) + ENDINGS["vbs"]
@@ -120,6 +121,7 @@ class Examples(unittest.TestCase):
         store.add_account("joe", "Joe Smith", "SMTP:joe@example.com")
         for message in DESK_MESSAGES:
             store.add_message("joe", **message)
+        store.faults("NotesUser joe")
         folder = cls.wine.drive_c / "Mail"
         folder.mkdir()
         for name, content in FILES.items():
