@@ -394,14 +394,14 @@ TEST_F(NotesBackEndTest, PutsMessagesIntoFolders) {
 
 TEST_F(NotesBackEndTest, KnowsTheFolders) {
   for (const auto* const name :
-       {"Projects", "Projects\\2026", "Projects\\2026\\May", "Old\\1999"}) {
+       {"Projects\\2026", "Projects", "Projects\\2026\\May", "Old\\1999"}) {
     program.AddView(name, true)->properties["Remove"] = {};
   }
   program.AddView("($Hidden)", true);
   program.AddView("Calendar", false)->properties["Remove"] = {};
   EXPECT_EQ(FolderList("", false, false), (Lines{"INBOX", "Projects"}));
-  EXPECT_EQ(FolderList("\\\\", true, true), (Lines{"INBOX", "Projects", "Projects\\\\2026",
-                                                   "Projects\\\\2026\\\\May", "Old\\\\1999"}));
+  EXPECT_EQ(FolderList("\\\\", true, true), (Lines{"INBOX", "Old\\\\1999", "Projects",
+                                                   "Projects\\\\2026", "Projects\\\\2026\\\\May"}));
   EXPECT_EQ(FolderList("projects", false, false), Lines{"2026"});
   EXPECT_EQ(FolderList("Projects", true, true),
             (Lines{"Projects\\\\2026", "Projects\\\\2026\\\\May"}));
@@ -433,6 +433,7 @@ TEST_F(NotesBackEndTest, KnowsTheFolders) {
 TEST_F(NotesBackEndTest, ResolvesNamesInTheAddressBooks) {
   program.AddUser("ann", "CN=Ann Bell/O=Acme", "ann@example.com");
   program.AddUser("ann", "CN=ANN BELL/O=Acme", "ann@example.com");  // by another of her names
+  program.AddUser("ann", "", "");                                   // and what is no person
   program.AddUser("smith", "CN=Al Smith/O=Acme", "");
   program.AddUser("smith", "CN=Bo Smith/O=Acme", "");
   const struct {
@@ -502,7 +503,11 @@ TEST_F(NotesBackEndTest, SendsAMemo) {
   world.shared.message = {};
   world.shared.message.to = {"nobody"};
   EXPECT_EQ(world.backEnd.Send(world.request).number, 4294);
+  world.shared.message.attachments = {{"gone", "a.txt"}};
   instance = {};
+  EXPECT_EQ(FailureOf([&] { world.backEnd.Send(world.request); }), "535 ");
+  EXPECT_EQ(program.sent.size(), 1U);
+  world.shared.message.attachments.clear();
   ASSERT_TRUE(world.backEnd.Send(world.request).Succeeded());  // the client looks it up
   EXPECT_EQ(program.sent[1]->items.size(), 6U);
   EXPECT_FALSE(program.sent[1]->properties.contains("SignOnSend"));

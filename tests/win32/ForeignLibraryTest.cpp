@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+#include "platform/win32/AutomationVariant.h"
+#include "platform/win32/Bstr.h"
 #include "platform/win32/ForeignLibrary.h"
+#include "platform/win32/SafeArray.h"
 #include "platform/win32/Win32AutomationObject.h"
 
 namespace quillon {
@@ -87,6 +90,30 @@ TEST_F(AutomationTest, ValuesOfAllKindsComeBackAsTheyWere) {
   EXPECT_EQ(std::int32_t{8}, std::get<std::int32_t>(dictionary->Get("Count")));
   const auto list = dictionary->Get("Item", {Number(7)});
   EXPECT_EQ("two", std::get<std::string>(std::get<std::vector<AutomationValue>>(list)[1]));
+}
+
+// As some objects hand them over, instead of lists of variants.
+TEST_F(AutomationTest, ListsOfOneTypeAreRead) {
+  const auto listOf = [](VARTYPE type, auto element) {
+    auto array = SafeArray::Make(type, 2);
+    ArrayElements<decltype(element)>(array.Get()).Get()[1] = element;
+    Variant list;
+    V_ARRAY(&list.Get()) = array.Detach();
+    V_VT(&list.Get()) = static_cast<VARTYPE>(VT_ARRAY | type);
+    return ValueOf(list.Get());
+  };
+  using List = std::vector<AutomationValue>;
+  const auto dates = std::get<List>(listOf(VT_DATE, DATE{46348.5}));
+  ASSERT_EQ(dates.size(), 2U);
+  EXPECT_EQ(std::get<AutomationDate>(dates[1]).days, 46348.5);
+  const auto texts = std::get<List>(listOf(VT_BSTR, Bstr("text").Detach()));
+  ASSERT_EQ(texts.size(), 2U);
+  EXPECT_EQ(std::get<std::string>(texts[0]) + std::get<std::string>(texts[1]), "text");
+  const auto found = std::get<List>(listOf(VT_DISPATCH, DispatchOf(dictionary).Detach()));
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(std::get<AutomationObjectPtr>(found[0]), nullptr);
+  EXPECT_EQ(DispatchOf(std::get<AutomationObjectPtr>(found[1])).Get(),
+            DispatchOf(dictionary).Get());
 }
 
 TEST_F(AutomationTest, FailuresCarryTheNumberOfTheObject) {

@@ -42,11 +42,12 @@ std::optional<NotesEntry> FindInBook(AutomationObject& book, const std::string& 
   auto document = ObjectOf(matches->Call("GetFirstDocument"));
   for (std::int32_t seen = 0; document != nullptr && seen < kMostMatches; ++seen) {
     auto entry = EntryOf(*document);
-    if (found && !EqualsIgnoreCase(found->name, entry.name)) {
+    const bool isNamed = !entry.name.empty();
+    if (isNamed && found && !EqualsIgnoreCase(found->name, entry.name)) {
       throw AutomationError(notes::kAmbiguousName,
                             "Several names in the address book match: " + name);
     }
-    found = std::move(entry);
+    if (isNamed) found = std::move(entry);
     document = ObjectOf(matches->Call("GetNextDocument", Arguments({document})));
   }
   return found;

@@ -33,6 +33,12 @@ std::vector<std::string> ShownNames(AutomationObject& folder) {
   return Split(name, kNotesDelimiter);
 }
 
+bool StandsBefore(const std::vector<std::string>& one, const std::vector<std::string>& other) {
+  return std::lexicographical_compare(
+      one.begin(), one.end(), other.begin(), other.end(),
+      [](const auto& left, const auto& right) { return UpperAscii(left) < UpperAscii(right); });
+}
+
 bool BeginsWith(const std::vector<std::string>& names, const std::vector<std::string>& parent) {
   return names.size() > parent.size() && std::equal(parent.begin(), parent.end(), names.begin(),
                                                     [](const auto& one, const auto& other) {
@@ -93,15 +99,19 @@ void NotesFolders::Delete(const std::string& path) const {
 std::vector<std::string> NotesFolders::List(const std::string& parent, bool paths, bool all) const {
   const auto parentNames = NamesOf(parent);
   if (!parentNames.empty()) FindFolder(parent);
-  std::vector<std::string> list;
+  std::vector<std::vector<std::string>> found;
   for (const auto& element : ElementsOf(database_->Get("Views"))) {
     const auto view = ObjectOf(element);
     if (view == nullptr || !IsFolder(*view)) continue;
-    const auto names = ShownNames(*view);
+    auto names = ShownNames(*view);
     if (!BeginsWith(names, parentNames)) continue;
-    if (!all && names.size() != parentNames.size() + 1) continue;
-    list.push_back(paths ? Join(names, delimiter_) : names.back());
+    if (all || names.size() == parentNames.size() + 1) found.push_back(std::move(names));
   }
+  // The client has them in no order that its user knows.
+  std::sort(found.begin(), found.end(), StandsBefore);
+  std::vector<std::string> list;
+  list.reserve(found.size());
+  for (const auto& names : found) list.push_back(paths ? Join(names, delimiter_) : names.back());
   return list;
 }
 

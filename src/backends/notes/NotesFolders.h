@@ -29,7 +29,7 @@ class NotesFolders {
   void Delete(const std::string& path) const;
 
   // The folders in a folder, or, for the empty path and the delimiter alone, in none: their names,
-  // or their paths; with `all` also those in them.
+  // or their paths; with `all` also those in them, each behind the one that it is in.
   std::vector<std::string> List(const std::string& parent, bool paths, bool all) const;
 
  private:

@@ -1,5 +1,6 @@
 #include "backends/notes/NotesValues.h"
 
+#include <algorithm>
 #include <array>
 #include <variant>
 
@@ -20,10 +21,8 @@ std::string PlainText(const AutomationValue& value) {
 
 bool IsComponentTag(std::string_view tag) {
   constexpr std::array<std::string_view, 8> kTags{"CN", "OU", "O", "C", "OU1", "OU2", "OU3", "OU4"};
-  for (const auto known : kTags) {
-    if (EqualsIgnoreCase(tag, known)) return true;
-  }
-  return false;
+  return std::any_of(kTags.begin(), kTags.end(),
+                     [tag](const auto known) { return EqualsIgnoreCase(tag, known); });
 }
 
 }  // namespace

@@ -75,6 +75,16 @@ AutomationValue ListOf(const VARIANT& variant) {
         values.emplace_back(Utf8FromBstr(element));
       }
       return values;
+    case VT_DISPATCH:
+      for (auto* const element : ArrayElements<IDispatch*>(array).Get()) {
+        values.emplace_back(AutomationObjectOf(element));
+      }
+      return values;
+    case VT_DATE:
+      for (const auto element : ArrayElements<DATE>(array).Get()) {
+        values.emplace_back(AutomationDate{element});
+      }
+      return values;
     default:
       return {};
   }
