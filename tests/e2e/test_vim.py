@@ -124,6 +124,10 @@ class VimTest(ScriptTest, unittest.TestCase):
         self.assertEqual(("there and back \u20ac", text), (log.subject, log.text))
         self.assertEqual([("to", "Ann Archer"), ("cc", "Bob Baker"), ("bcc", "Carl Example")],
                          [recipient[:2] for recipient in log.recipients])
+        # A copy is saved, delivery is not reported, failure is, a receipt is asked for; urgent.
+        self.assertEqual([":91 ", ":81 1", ":21 0", ":60 1", ":79 1", ":71 2"],
+                         [call.partition(" ")[2] for call in self.store.calls()
+                          if call.startswith("VIMSetMessageHeader")][:6])
         self.assertTrue(log.receipt)
         self.assertEqual(["there and back \u20ac", "news"],
                          [message.subject for message in self.store.messages("bob")])
@@ -189,6 +193,28 @@ LoggingIn "NoDefaultSession", "C:\\windows", "bob", "", "544 Insufficient login 
                           if call.startswith("VIMOpenSession")])
         self.assertNotIn("secret", "\n".join(self.store.calls()))
         self.assert_all_closed()
+
+    def test_names_beyond_the_code_page(self):
+        """The library gets other names of the same files."""
+        sent, received = self.folder / "\u6587.bin", self.folder / "\u4e2d"
+        sent.write_bytes(b"one")
+        received.mkdir()
+        self.run_checks(self.wine, r"""
+var folder = WScript.Arguments(0) + "\\";
+mail = new ActiveXObject("QuillonInterface.Server");
+mail.mailSystem = 2;
+mail.NewMessage();
+mail.AddRecipientTo("Ann Archer");
+mail.subject = "\u6587 caf\u00e9";
+mail.AddAttachment(folder + "\u6587.bin");
+mail.Send();
+mail.AttachmentDirectory = folder + "\u4e2d";
+mail.LoadMessageHeaders();
+mail.LoadMessage();
+same("subject", "? caf\u00e9", mail.subject);
+same("name", "?.bin", mail.GetMessageItemString(7));
+""", winetest.windows_path(self.folder), engine="js")
+        self.assertEqual([b"one"], [file.read_bytes() for file in received.iterdir()])
 
     def test_a_session_of_another_server(self):
         self.store.add_message("ann", subject="one")

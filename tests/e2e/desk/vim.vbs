@@ -95,6 +95,8 @@ mail.Message = text
 mail.AddAttachment WScript.Arguments(0) & "\one.bin"
 mail.AddAttachment WScript.Arguments(0) & "\two.txt"
 mail.Certify = True
+mail.DeliveryReport = 1
+mail.Importance = 1
 mail.Send
 Raised "send", 0
 mail.LoadMessageHeaders
