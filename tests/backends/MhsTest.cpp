@@ -284,7 +284,9 @@ TEST_F(MhsTest, ListsByDateAndKnowsWhatWasRead) {
 }
 
 TEST_F(MhsTest, LoadsAndDeletesAMessageWithItsParcels) {
-  Receive("A", "Attachment: P1\r\nAttachment-name: one.text\r\nAttachment: P2.DOC", "t\x84xt");
+  Receive("A",
+          "Attachment: P1\r\nAttachment-name: one.text\r\nAttachment: P2.DOC\r\nAttachment: p1",
+          "t\x84xt");
   Write("PARCEL/P1", "one");
   Write("PARCEL/P2.DOC", "two");
   Write("PARCEL/P3", "another's");

@@ -152,6 +152,7 @@ TEST_F(FileSystemTest, APathWithANulIsNoPath) {
   EXPECT_FALSE(files_->RemoveFile(cut));
   EXPECT_FALSE(files_->CopyWholeFile(path, cut));
   EXPECT_FALSE(files_->RenameFile(path, cut));
+  EXPECT_FALSE(files_->RenameToNew(path, cut));
   EXPECT_EQ(ContentOf(*files_, path), "kept");
 }
 
@@ -165,8 +166,13 @@ TEST_F(FileSystemTest, RemovingRenamingCopying) {
   EXPECT_FALSE(files_->CopyWholeFile(a, a));
   EXPECT_FALSE(files_->CopyWholeFile(folder_.Path("none"), b));
   EXPECT_EQ(ContentOf(*files_, b), "new");
+  EXPECT_FALSE(files_->RenameToNew(a, b));
+  EXPECT_EQ(ContentOf(*files_, a), "new");
   EXPECT_TRUE(files_->RenameFile(a, b));
   EXPECT_EQ(folder_.Names(), std::vector<std::string>{"b"});
+  EXPECT_TRUE(files_->RenameToNew(b, a));
+  EXPECT_EQ(folder_.Names(), std::vector<std::string>{"a"});
+  EXPECT_TRUE(files_->RenameFile(a, b));
   EXPECT_TRUE(files_->RemoveFile(a));
   EXPECT_TRUE(files_->RemoveFile(folder_.Path("no/such")));
   EXPECT_FALSE(files_->RemoveFile(folder_.Path()));

@@ -1,5 +1,7 @@
 #include "backends/mhs/MhsBackEnd.h"
 
+#include <set>
+#include <string>
 #include <utility>
 
 #include "backends/mhs/MhsDraft.h"
@@ -40,7 +42,10 @@ const HeaderRecord& CurrentHeader(const MailRequest& request, const MhsInbox& in
 
 void SaveAttachments(FileSystem& files, const CodePage& codePage, const MhsInbox& inbox,
                      const SmfMessage& message, ReceivedFiles& received) {
+  std::set<std::string> saved;
   for (const auto& attachment : SmfAttachments(message)) {
+    // Thousands of names for one large file would fill the disk.
+    if (!saved.insert(UpperAscii(attachment.parcel)).second) continue;
     const auto parcel = inbox.ParcelPath(attachment.parcel);
     const auto& name = attachment.name.empty() ? attachment.parcel : attachment.name;
     if (received.Copy(parcel, codePage.ToText(name))) continue;
