@@ -12,6 +12,8 @@ from scripting import ENDED, ENDINGS, MailHost, install_desk, run_script
 import winetest
 
 PAGES = [winetest.TOP / "README.md", *sorted((winetest.TOP / "docs").rglob("*.md"))]
+# A workstation with VIM has it found before the others, so its page is the last one.
+VIM = winetest.TOP / "docs" / "mail-systems" / "vim.md"
 PREAMBLE = winetest.TOP / "docs" / "reference" / "README.md"
 BLOCK = re.compile(r"^```vbs\n(.*?)^```$", re.M | re.S)
 EXPECTED = re.compile(r"'\s*-> (.*)$", re.M)
@@ -121,7 +123,7 @@ class Examples(unittest.TestCase):
         store.add_account("joe", "Joe Smith", "SMTP:joe@example.com")
         for message in DESK_MESSAGES:
             store.add_message("joe", **message)
-        store.faults("NotesUser joe")
+        store.faults("NotesUser joe\nNoDefaultSession")
         folder = cls.wine.drive_c / "Mail"
         folder.mkdir()
         for name, content in FILES.items():
@@ -172,15 +174,18 @@ class Examples(unittest.TestCase):
                 ("", 551, own), ("mail.mailSystem = 7 : mail.Login", 6556, Table("SMTP", 6000)),
                 ("mail.mailSystem = 6 : mail.Login", 6030, Table("POP3", 6000)),
                 ("", 2050, Table("Simple MAPI", 2000)),
-                ("", 5612, Table("MHS", 5000)), ("", 8171, Table("Active Messaging", 8000))):
+                ("", 4500, Table("VIM", 4000)), ("", 5612, Table("MHS", 5000)),
+                ("", 8171, Table("Active Messaging", 8000))):
             self.assertIn(last, table.texts)
             self.assertEqual(table.texts, self.decoded(before, table.texts))
 
     def test_every_example(self):
-        for page in PAGES:
+        for page in sorted(PAGES, key=lambda page: page == VIM):
             blocks = blocks_of(page, self.host)
             if not blocks:
                 continue
+            if page == VIM:
+                install_desk(self.wine, ("vim32",))
             for block, output in zip(blocks, self.outputs(blocks)):
                 with self.subTest(block.place):
                     self.check(block, output)

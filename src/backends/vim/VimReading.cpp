@@ -114,7 +114,8 @@ std::vector<VimEnvelope> VimBackEnd::List(vim::Handle container, const VimFolder
                                           bool unreadOnly, std::size_t most) const {
   const auto filter = folder.isLog ? vim::kSent : vim::kNoFilter;
   return EnumerateVim<VimEnvelope>(
-      most, kNoHeaders, [&](VimPosition& position, std::vector<VimEnvelope>& messages, bool& more) {
+      std::min(most, kMostVimEntries), kNoHeaders,
+      [&](VimPosition& position, std::vector<VimEnvelope>& messages, bool& more) {
         return ports_.library.EnumerateMessages(container, position, filter, unreadOnly, messages,
                                                 more);
       });
@@ -191,8 +192,8 @@ VimBackEnd::Current VimBackEnd::CurrentMessage(const MailRequest& request) {
   const auto& [mailbox, session] = request.shared.headerOrigin;
   const auto reference = ParseVimReference(record.uniqueId);
   const bool isOurs =
-      mailbox.starts_with(kMailbox) && reference && session == sessions_.NumberOf(request.instance);
-  if (!isOurs) throw ServerError(error_code::kNoHeaders);
+      mailbox.starts_with(kMailbox) && session == sessions_.NumberOf(request.instance);
+  if (!isOurs || !reference) throw ServerError(error_code::kNoHeaders);
   const VimFolder folder(mailbox.substr(kMailbox.size()));
   return {sessions_.Container(request.instance, folder.container), *reference, folder};
 }
@@ -200,7 +201,7 @@ VimBackEnd::Current VimBackEnd::CurrentMessage(const MailRequest& request) {
 MailResult VimBackEnd::LoadMessage(MailRequest& request) {
   return Run(request, [&] {
     const auto current = CurrentMessage(request);
-    const auto& record = CurrentHeader(request.shared, request.instance);
+    const auto record = CurrentHeader(request.shared, request.instance);
     auto& library = ports_.library;
     auto message = OpenMessage(current.container, current.reference, kNoMessage);
     LoadedMessage loaded;
