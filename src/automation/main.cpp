@@ -30,6 +30,8 @@
 #include "backends/notes/NotesMailSystem.h"
 #include "backends/vim/VimBackEnd.h"
 #include "backends/vim/VimMailSystem.h"
+#include "backends/vines/VinesBackEnd.h"
+#include "backends/vines/VinesMailSystem.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
 #include "mail/AsynchNotifier.h"
@@ -37,6 +39,7 @@
 #include "mail/TemporaryFolder.h"
 #include "platform/Platform.h"
 #include "platform/win32/LibrarySearch.h"
+#include "platform/win32/ProviderLibrary.h"
 #include "platform/win32/VbaMap32.h"
 #include "platform/win32/Vim32.h"
 #include "platform/win32/WideText.h"
@@ -81,6 +84,7 @@ struct Application {
     mailSystems.Add(mhs);
     mailSystems.Add(activeMessaging);
     mailSystems.Add(notes);
+    mailSystems.Add(vines);
     mailSystems.Add(internet);
   }
 
@@ -122,6 +126,10 @@ struct Application {
                                             &mapiBackEnd};
   NotesBackEnd notesBackEnd{{automationObjects, workstation, *files, messageBox}};
   NotesMailSystem notes{workstation, &notesBackEnd};
+  ProviderLibrary providerLibrary;
+  VinesLibrary vinesLibrary{providerLibrary, configuration};
+  VinesBackEnd vinesBackEnd{{vinesLibrary, *files, messageBox, loginPrompt}};
+  VinesMailSystem vines{vinesLibrary, &vinesBackEnd};
   MailSystems mailSystems;
   BusyGate busy;
   Environment environment{shared,
