@@ -15,6 +15,22 @@ if(NOT WIN32)
     LINK quillon_codec quillon_platform)
 endif()
 
+# The sample of a provider library knows nothing of this tree but sdk/. On Windows it is what its users
+# get; elsewhere the tests link it.
+file(GLOB sample_sources CONFIGURE_DEPENDS
+  "${PROJECT_SOURCE_DIR}/examples/provider/*.cpp" "${PROJECT_SOURCE_DIR}/examples/provider/*.def")
+if(WIN32)
+  add_library(sample_provider SHARED ${sample_sources})
+  set_target_properties(sample_provider PROPERTIES PREFIX ""
+    RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/examples")
+else()
+  list(FILTER sample_sources EXCLUDE REGEX "\\.def$")
+  add_library(sample_provider STATIC ${sample_sources})
+endif()
+target_include_directories(sample_provider PRIVATE "${PROJECT_SOURCE_DIR}/sdk")
+target_compile_options(sample_provider PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+set_target_properties(sample_provider PROPERTIES CXX_STANDARD 17)
+
 # bench/support is shared by the benchmarks. Table and Main are for both systems; the rest compares the
 # native engine with its peers.
 if(WIN32)

@@ -17,7 +17,7 @@ check() {
   fi
 }
 formatting() {
-  find src tests tools fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 \
+  find src sdk examples tests tools fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 \
     | xargs -0 clang-format-14 --dry-run -Werror
 }
 

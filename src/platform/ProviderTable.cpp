@@ -1,5 +1,6 @@
 #include "platform/ProviderTable.h"
 
+#include <bit>
 #include <deque>
 #include <exception>
 #include <tuple>
@@ -31,7 +32,7 @@ QuillonText TextFrom(const std::string& text) {
 QuillonCall CallFrom(const ProviderCall& call) {
   auto record = NewRecord<QuillonCall>();
   record.session = call.session;
-  record.window = reinterpret_cast<void*>(static_cast<std::intptr_t>(call.window));
+  record.window = std::bit_cast<void*>(static_cast<std::intptr_t>(call.window));
   return record;
 }
 
