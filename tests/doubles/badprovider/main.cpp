@@ -1,20 +1,35 @@
 // badprovider.dll: a provider library that does what one must not do. QUILLON_BAD_PROVIDER in the
-// environment says what that is, whenever one of its functions is called.
+// environment says what that is, whenever one of its functions is called, or else the name of the
+// file, which may be copied for that.
 #include <windows.h>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "quillon_provider.h"
 
 namespace badprovider {
 namespace {
 
+std::string OwnName() {
+  HMODULE own = nullptr;
+  GetModuleHandleExA(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      reinterpret_cast<const char*>(&OwnName), &own);
+  std::array<char, MAX_PATH> path{};
+  GetModuleFileNameA(own, path.data(), MAX_PATH);
+  const std::string name = path.data();
+  const auto begin = name.find_last_of('\\') + 1;
+  return name.substr(begin, name.find_last_of('.') - begin);
+}
+
 bool Does(const char* what) {
   std::array<char, 40> text{};
-  GetEnvironmentVariableA("QUILLON_BAD_PROVIDER", text.data(), text.size());
-  return std::strcmp(text.data(), what) == 0;
+  const auto length = GetEnvironmentVariableA("QUILLON_BAD_PROVIDER", text.data(), text.size());
+  return (length != 0 ? std::string(text.data()) : OwnName()) == what;
 }
 
 QuillonText TextFrom(const char* text) {
@@ -23,7 +38,8 @@ QuillonText TextFrom(const char* text) {
 
 template <class Type>
 Type* Nowhere() {
-  return reinterpret_cast<Type*>(std::uintptr_t{0x10});
+  const volatile std::uintptr_t address = 0x10;  // which the compiler is not to know
+  return std::bit_cast<Type*>(std::uintptr_t{address});
 }
 
 QuillonInt32 QUILLON_CALL Login(const QuillonCall*, const QuillonLogin*, QuillonInt32* session) {
