@@ -34,7 +34,7 @@ extern "C" {
 std::uint32_t WINAPI VIMEnumerateAddressBooks(Handle session, Ref* position, std::int32_t skip,
                                               Word attributeCount, const AttrDesc* attributes,
                                               Word* count, Bool* more) {
-  return Call("VIMEnumerateAddressBooks", {}, [&](Library& library) {
+  return Call({"VIMEnumerateAddressBooks"}, {}, [&](Library& library) {
     library.Get<Session>(session);
     Enumerate(1, position, skip, count, more, [&](std::size_t, std::size_t index) {
       PutAttributes(attributeCount, attributes, index,
@@ -47,7 +47,7 @@ std::uint32_t WINAPI VIMEnumerateAddressBooks(Handle session, Ref* position, std
 }
 
 std::uint32_t WINAPI VIMOpenAddressBook(Handle session, const char* name, Handle* book) {
-  return Call("VIMOpenAddressBook", "name=" + Utf8From(name), [&](Library& library) {
+  return Call({"VIMOpenAddressBook"}, "name=" + Utf8From(name), [&](Library& library) {
     Require(book != nullptr);
     library.Get<Session>(session);
     Require(EqualsIgnoreCase(Utf8From(name), kBook), kNameNotFound);
@@ -56,7 +56,7 @@ std::uint32_t WINAPI VIMOpenAddressBook(Handle session, const char* name, Handle
 }
 
 std::uint32_t WINAPI VIMCloseAddressBook(Handle book) {
-  return Call("VIMCloseAddressBook", {}, [&](Library& library) { library.Close<Book>(book); });
+  return Call({"VIMCloseAddressBook"}, {}, [&](Library& library) { library.Close<Book>(book); });
 }
 
 std::uint32_t WINAPI VIMMatchAddressBook(Handle book, Ref subtree, const char* subtreeName,
@@ -64,7 +64,7 @@ std::uint32_t WINAPI VIMMatchAddressBook(Handle book, Ref subtree, const char* s
                                          std::uint32_t match, Ref* found, Ref* position) {
   const std::string name = Utf8From(static_cast<const char*>(data));
   const std::string told = "name=" + name + " match=" + std::to_string(match);
-  return Call("VIMMatchAddressBook", told, [&](Library& library) {
+  return Call({"VIMMatchAddressBook"}, told, [&](Library& library) {
     library.Get<Book>(book);
     RequireWholeBook(subtree, subtreeName);
     Require(attribute == kSelName, kInvalidSelector);
@@ -82,7 +82,7 @@ std::uint32_t WINAPI VIMMatchAddressBook(Handle book, Ref subtree, const char* s
 
 std::uint32_t WINAPI VIMGetABEntryAttributes(Handle book, Ref entry, const char* name, Word count,
                                              const AttrDesc* attributes) {
-  return Call("VIMGetABEntryAttributes", {}, [&](Library& library) {
+  return Call({"VIMGetABEntryAttributes"}, {}, [&](Library& library) {
     library.Get<Book>(book);
     const std::vector<desk::Entry> entries = library.store.AddressBook();
     Require(entry.second == kEntryRef && entry.first < entries.size());

@@ -48,7 +48,7 @@ extern "C" {
 
 std::uint32_t WINAPI VIMOpenMessageContainer(Handle session, const char* name, Handle* container) {
   const std::string shown = name == nullptr ? "inbox" : "name=" + Utf8From(name);
-  return Call("VIMOpenMessageContainer", shown, [&](Library& library) {
+  return Call({"VIMOpenMessageContainer"}, shown, [&](Library& library) {
     Require(container != nullptr);
     const std::string mailbox = library.Get<Session>(session).account.profile;
     std::optional<desk::Folder> folder;
@@ -63,7 +63,7 @@ std::uint32_t WINAPI VIMOpenMessageContainer(Handle session, const char* name, H
 }
 
 std::uint32_t WINAPI VIMCloseMessageContainer(Handle container) {
-  return Call("VIMCloseMessageContainer", {},
+  return Call({"VIMCloseMessageContainer"}, {},
               [&](Library& library) { library.Close<Container>(container); });
 }
 
@@ -72,7 +72,7 @@ std::uint32_t WINAPI VIMEnumerateMessages(Handle container, Ref* position, std::
                                           Word* count, std::uint32_t filter, const void*,
                                           std::uint32_t flags, Bool* more) {
   const std::string told = "filter=" + std::to_string(filter) + " flags=" + std::to_string(flags);
-  return Call("VIMEnumerateMessages", told, [&](Library& library) {
+  return Call({"VIMEnumerateMessages"}, told, [&](Library& library) {
     const std::vector<std::string> ids = Filtered(library, container, filter, flags);
     const std::string mailbox = library.AccountOf(container).profile;
     Enumerate(ids.size(), position, skip, count, more, [&](std::size_t number, std::size_t index) {
@@ -91,14 +91,14 @@ std::uint32_t WINAPI VIMEnumerateMessages(Handle container, Ref* position, std::
 }
 
 std::uint32_t WINAPI VIMRemoveMessage(Handle container, Ref reference) {
-  return Call("VIMRemoveMessage", {}, [&](Library& library) {
+  return Call({"VIMRemoveMessage"}, {}, [&](Library& library) {
     const desk::Message message = library.Read(container, reference);
     library.store.Remove(library.AccountOf(container).profile, message.id);
   });
 }
 
 std::uint32_t WINAPI VIMMarkMessageAsRead(Handle container, Ref reference) {
-  return Call("VIMMarkMessageAsRead", {}, [&](Library& library) {
+  return Call({"VIMMarkMessageAsRead"}, {}, [&](Library& library) {
     desk::Message message = library.Read(container, reference);
     message.unread = false;
     library.store.Change(library.AccountOf(container).profile, message);
@@ -106,7 +106,7 @@ std::uint32_t WINAPI VIMMarkMessageAsRead(Handle container, Ref reference) {
 }
 
 std::uint32_t WINAPI VIMQueryUnreadMailCount(Handle container, std::uint32_t* count) {
-  return Call("VIMQueryUnreadMailCount", {}, [&](Library& library) {
+  return Call({"VIMQueryUnreadMailCount"}, {}, [&](Library& library) {
     Require(count != nullptr);
     *count =
         static_cast<std::uint32_t>(Filtered(library, container, kSelNoFilter, kUnreadOnly).size());
@@ -114,7 +114,7 @@ std::uint32_t WINAPI VIMQueryUnreadMailCount(Handle container, std::uint32_t* co
 }
 
 std::uint32_t WINAPI VIMSetMessageCategory(Handle container, Ref reference, const char* category) {
-  return Call("VIMSetMessageCategory", Told(reference, category), [&](Library& library) {
+  return Call({"VIMSetMessageCategory"}, Told(reference, category), [&](Library& library) {
     const desk::Message message = library.Read(container, reference);
     const std::string mailbox = library.AccountOf(container).profile;
     std::optional<desk::Folder> folder = Category(library, container, category);
@@ -128,7 +128,7 @@ std::uint32_t WINAPI VIMSetMessageCategory(Handle container, Ref reference, cons
 
 std::uint32_t WINAPI VIMRemoveMessageCategory(Handle container, Ref reference,
                                               const char* category) {
-  return Call("VIMRemoveMessageCategory", Told(reference, category), [&](Library& library) {
+  return Call({"VIMRemoveMessageCategory"}, Told(reference, category), [&](Library& library) {
     const desk::Message message = library.Read(container, reference);
     const std::optional<desk::Folder> folder = Category(library, container, category);
     Require(folder.has_value(), kNameNotFound);

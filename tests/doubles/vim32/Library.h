@@ -87,9 +87,8 @@ Library& TheLibrary();
 
 // A function, and the selector that says what one of several uses it is called for.
 struct Function {
-  Function(const char* nameIn, std::uint32_t useIn = 0) : name(nameIn), use(useIn) {}
   const char* name;
-  std::uint32_t use;
+  std::uint32_t use = 0;
 };
 
 // Writes the call to the log and does what the fault file says, for all its uses or, as in

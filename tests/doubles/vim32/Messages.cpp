@@ -100,7 +100,7 @@ extern "C" {
 
 std::uint32_t WINAPI VIMOpenMessage(Handle container, Ref reference, const char* key,
                                     Handle* message) {
-  return Call("VIMOpenMessage", {}, [&](Library& library) {
+  return Call({"VIMOpenMessage"}, {}, [&](Library& library) {
     Require(message != nullptr && (key == nullptr || *key == '\0'));
     desk::Message read = library.Read(container, reference);
     std::vector<std::string> parts = PartsOf(read.text);
@@ -110,12 +110,12 @@ std::uint32_t WINAPI VIMOpenMessage(Handle container, Ref reference, const char*
 }
 
 std::uint32_t WINAPI VIMCloseMessage(Handle message) {
-  return Call("VIMCloseMessage", {},
+  return Call({"VIMCloseMessage"}, {},
               [&](Library& library) { library.Close<OpenMessage, Draft>(message); });
 }
 
 std::uint32_t WINAPI VIMGetMessageHeader(Handle message, Word count, const AttrDesc* attributes) {
-  return Call("VIMGetMessageHeader", {}, [&](Library& library) {
+  return Call({"VIMGetMessageHeader"}, {}, [&](Library& library) {
     const desk::Message& read = library.Get<OpenMessage>(message).message;
     PutAttributes(count, attributes, 0, [&](const Places& places, std::uint32_t attribute) {
       PutHeader(read, places, attribute);

@@ -96,7 +96,7 @@ void AddItem(desk::Message& message, std::uint32_t itemClass, const char* type, 
 extern "C" {
 
 std::uint32_t WINAPI VIMCreateMessage(Handle session, const char* type, Handle* message) {
-  return Call("VIMCreateMessage", Utf8From(type), [&](Library& library) {
+  return Call({"VIMCreateMessage"}, Utf8From(type), [&](Library& library) {
     Require(message != nullptr && type != nullptr);
     Require(std::string_view(type) == "VIM_MAIL", kUnsupType);
     library.Get<Session>(session);
@@ -133,7 +133,7 @@ std::uint32_t WINAPI VIMSetMessageItem(Handle message, std::uint32_t itemClass, 
 
 // The message is closed afterwards, however this ends.
 std::uint32_t WINAPI VIMSendMessage(Handle message, void*, void*) {
-  const std::uint32_t status = Call("VIMSendMessage", {}, [&](Library& library) {
+  const std::uint32_t status = Call({"VIMSendMessage"}, {}, [&](Library& library) {
     const auto& draft = library.Get<Draft>(message);
     Require(!draft.message.recipients.empty(), kNoRecipients);
     library.store.Send(library.AccountOf(message), draft.message, draft.keep);

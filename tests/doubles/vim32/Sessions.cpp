@@ -53,19 +53,19 @@ desk::Account LogIn(const Library& library, const char* path, const char* name,
 extern "C" {
 
 std::uint32_t WINAPI VIMInitialize() {
-  return Call("VIMInitialize", "in=" + CurrentDirectory(),
+  return Call({"VIMInitialize"}, "in=" + CurrentDirectory(),
               [](Library& library) { ++library.initialized; });
 }
 
 std::uint32_t WINAPI VIMTerminate() {
-  return Call("VIMTerminate", TheLibrary().WhatIsOpen(), [](Library& library) {
+  return Call({"VIMTerminate"}, TheLibrary().WhatIsOpen(), [](Library& library) {
     if (--library.initialized == 0) library.Forget();
   });
 }
 
 std::uint32_t WINAPI VIMGetDefaultSessionInfo(Word pathSize, char* path, Word nameSize,
                                               char* name) {
-  return Call("VIMGetDefaultSessionInfo", {}, [&](const Library& library) {
+  return Call({"VIMGetDefaultSessionInfo"}, {}, [&](const Library& library) {
     const desk::Account account = DefaultAccount(library, kNoDefault);
     PutText(path, pathSize, desk::Utf8FromPath(library.store.Where()));
     PutText(name, nameSize, account.profile);
@@ -73,7 +73,7 @@ std::uint32_t WINAPI VIMGetDefaultSessionInfo(Word pathSize, char* path, Word na
 }
 
 std::uint32_t WINAPI VIMQueryCapability(std::uint32_t capability, Word size, void* data) {
-  return Call("VIMQueryCapability", std::to_string(capability), [&](const Library& library) {
+  return Call({"VIMQueryCapability"}, std::to_string(capability), [&](const Library& library) {
     Require(capability == kSelProduct, kInvalidSelector);
     Places({capability, size, data}, 0).Put(Product(library));
   });
@@ -84,7 +84,7 @@ std::uint32_t WINAPI VIMOpenSession(const char* path, const char* name, const ch
                                     Handle* session) {
   const bool shared = path == nullptr && name == nullptr && password == nullptr;
   const std::string told = shared ? "shared" : "path=" + Utf8From(path) + " name=" + Utf8From(name);
-  return Call("VIMOpenSession", told, [&](Library& library) {
+  return Call({"VIMOpenSession"}, told, [&](Library& library) {
     Require(session != nullptr);
     Require(version == kVersion, kUnsupVersion);
     Require(characters == kSelCp1252 || characters == kSelNative, kInvalidSelector);
@@ -93,7 +93,7 @@ std::uint32_t WINAPI VIMOpenSession(const char* path, const char* name, const ch
 }
 
 std::uint32_t WINAPI VIMCloseSession(Handle session) {
-  return Call("VIMCloseSession", {}, [&](Library& library) { library.Close<Session>(session); });
+  return Call({"VIMCloseSession"}, {}, [&](Library& library) { library.Close<Session>(session); });
 }
 
 }  // extern "C"

@@ -1,6 +1,6 @@
 #include "Values.h"
 
-#include <cstdio>
+#include <sstream>
 
 #include "desk/win32/AnsiText.h"
 
@@ -31,9 +31,10 @@ Date DateOf(const std::string& date) {
   unsigned day = 0;
   unsigned hour = 0;
   unsigned minute = 0;
-  if (std::sscanf(date.c_str(), "%u/%u/%u %u:%u", &year, &month, &day, &hour, &minute) != 5) {
-    return {kSelLocal, kUnknownDate, kUnknownDate};
-  }
+  char mark = 0;
+  std::istringstream parts(date);
+  parts >> year >> mark >> month >> mark >> day >> hour >> mark >> minute;
+  if (!parts) return {kSelLocal, kUnknownDate, kUnknownDate};
   return {kSelLocal, year << 16 | month << 8 | day, hour << 24 | minute << 16};
 }
 
