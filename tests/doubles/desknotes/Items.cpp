@@ -1,6 +1,6 @@
 // The items of a document and its attachments.
 #include <windows.h>
-#include <algorithm>
+#include <cstdlib>
 
 #include "core/Text.h"
 #include "desknotes/Document.h"
@@ -12,7 +12,7 @@ constexpr long kEmbedAttachment = 1454;
 
 Variant ValueOf(const std::string& text, long type) {
   if (type == kDates) return FromDateText(text).value_or(Variant());
-  return type == kNumbers ? FromNumber(std::atol(text.c_str())) : FromText(text);
+  return type == kNumbers ? FromNumber(std::strtol(text.c_str(), nullptr, 10)) : FromText(text);
 }
 
 }  // namespace

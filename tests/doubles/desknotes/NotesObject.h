@@ -38,7 +38,7 @@ template <class T>
 class NotesObjectOf : public TableObject<T, NotesObject> {
  public:
   // The classes have no default members.
-  static constexpr std::string_view kDefault = "";
+  static constexpr std::string_view kDefault{};
 };
 
 }  // namespace desk

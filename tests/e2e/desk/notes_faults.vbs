@@ -29,6 +29,10 @@ Fault "NotesSession.UserName 0x800706BA"
 text = session.UserName
 Err.Clear
 Headers "", 0
+Set mail.SessionObject = session
+Raised "a session of the script's own", 0
+Headers "", 2002
+Headers "", 0
 Same "after all that", CLng(1), mail.messageCount
 
 ' Whatever fails while a message is put together, nothing of it is left.
