@@ -14,7 +14,7 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kHeadersFailed = "Error getting mail headers";
+constexpr const char* kOpenFailed = "Error opening the directory of the user";
 constexpr const char* kMessageFailed = "Error getting mail message";
 constexpr const char* kDeleteFailed = "Error deleting mail message";
 
@@ -56,11 +56,9 @@ std::optional<SmfMessage> ReadHead(File& file, std::string& bytes) {
 MhsInbox::MhsInbox(FileSystem& files, const MhsAccount& account) : files_(files) {
   const auto separator = files_.Separator();
   const auto user = account.directory + "USERS" + separator + account.user;
-  if (!IsDirectoryName(account.user) || !files_.DirectoryExists(user)) {
-    throw MhsFailure(kHeadersFailed, mhs::kUnknownUser);
-  }
-  if (!IsDirectoryName(account.application)) {
-    throw MhsFailure(kHeadersFailed, mhs::kUnknownUser);
+  if (!IsDirectoryName(account.user) || !IsDirectoryName(account.application) ||
+      !files_.DirectoryExists(user)) {
+    throw MhsFailure(kOpenFailed, mhs::kUnknownUser);
   }
   directory_ = user + separator + account.application + separator;
   parcels_ = account.directory + "PARCEL" + separator;
@@ -68,7 +66,9 @@ MhsInbox::MhsInbox(FileSystem& files, const MhsAccount& account) : files_(files)
 
 std::vector<std::string> MhsInbox::Names() const {
   std::vector<std::string> names;
-  for (auto& entry : files_.List(directory_, {})) {
+  auto entries = files_.List(directory_, {});
+  names.reserve(entries.size());
+  for (auto& entry : entries) {
     if (!entry.isDirectory && IsMessageName(entry.name)) names.push_back(std::move(entry.name));
   }
   return names;
