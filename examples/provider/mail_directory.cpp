@@ -146,7 +146,7 @@ void CopyInto(const fs::path& from, const fs::path& to) {
 }
 
 std::string MailDirectory::Login(const std::string& name, const std::string& password) const {
-  const std::string user = Lower(name);
+  std::string user = Lower(name);
   const fs::path home = root_ / PathFrom(Checked(user));
   if (!fs::is_directory(home)) throw Failure{kNoUser, name};
   if (fs::exists(home / "password.txt")) {
@@ -180,8 +180,7 @@ fs::path MailDirectory::FolderOf(const std::string& user, const std::string& fol
 fs::path MailDirectory::MessageAt(const std::string& user, const std::string& id) const {
   const auto slash = id.find('/');
   if (slash == std::string::npos) throw Failure{kNoMessage, id};
-  const fs::path path =
-      FolderOf(user, id.substr(0, slash)) / PathFrom(Checked(id.substr(slash + 1)));
+  fs::path path = FolderOf(user, id.substr(0, slash)) / PathFrom(Checked(id.substr(slash + 1)));
   if (!fs::is_directory(path)) throw Failure{kNoMessage, id};
   return path;
 }

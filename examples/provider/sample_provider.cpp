@@ -55,7 +55,7 @@ QuillonInt32 Run(Body&& body) noexcept {
 }
 
 std::string TextOf(const QuillonText& text) {
-  return std::string(text.bytes, text.length);
+  return {text.bytes, text.length};
 }
 
 // Good as long as the string is, and not changed.
