@@ -146,7 +146,7 @@ TEST_F(ProviderLibraryTest, AFaultEndsTheCallAndNotTheProcess) {
 
 TEST_F(ProviderLibraryTest, WhatTheCallerThrowsComesOutOfTheCall) {
   ASSERT_EQ(library.Load(Library()), provider::kSuccess);
-  const auto throws = [](ProviderHeader) -> bool { throw std::runtime_error("own"); };
+  const auto throws = [](const ProviderHeader&) -> bool { throw std::runtime_error("own"); };
   EXPECT_THROW(library.List({}, {}, throws), std::runtime_error);
   EXPECT_EQ(List(1), provider::kSuccess);
 }
