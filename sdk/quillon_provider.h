@@ -18,15 +18,16 @@
  *           QuillonProviderTable alone stays where it is as long as the library is loaded.
  * Text      UTF-8, as QuillonText: where it begins and how many bytes it has. Text from Quillon
  *           has a zero behind it, and is never a null pointer. Text from a provider needs no zero,
- *           and may be a null pointer when its length is 0, as may a list without items. Bytes that
- * are no UTF-8 arrive as U+FFFD. A text may be 64 MiB long; line ends are CR LF. Results   0 is
- * success. See "Results" below for the others. Faults    No exception may leave a function. Quillon
- * takes structured exceptions (access violations, the exceptions of Visual C++ and Delphi) for a
- * failed call, but what was half done stays so; those of GCC end the process. Records   A record
- * that begins with its size may get members at its end. Whoever makes it puts its own sizeof there;
- * whoever reads it looks at no member beyond that size, and takes what is missing for 0. A record
- * without a size never changes. Make a record with memset(&record, 0, sizeof record), so that
- * members you do not know of are 0.
+ *           and may be a null pointer when its length is 0, as may a list without items. Bytes
+ *           that are no UTF-8 arrive as U+FFFD. A text may be 64 MiB long; line ends are CR LF.
+ * Results   0 is success. See "Results" below for the others.
+ * Faults    No exception may leave a function. Quillon takes structured exceptions (access
+ *           violations, the exceptions of Visual C++ and Delphi) for a failed call, but what was
+ *           half done stays so; those of GCC end the process.
+ * Records   A record that begins with its size may get members at its end. Whoever makes it puts
+ *           its own sizeof there; whoever reads it looks at no member beyond that size, and takes
+ *           what is missing for 0. A record without a size never changes. Make a record with
+ *           memset(&record, 0, sizeof record), so that members you do not know of are 0.
  */
 #ifndef QUILLON_PROVIDER_H
 #define QUILLON_PROVIDER_H

@@ -1,29 +1,17 @@
 ' Sends a message with two files to oneself and reads it back: the mail system is all that differs.
-' Arguments: mail system, directory of the files, directory for received ones, ports of SMTP and POP3.
-Dim file, received
-Set mail = CreateObject("QuillonInterface.Server")
-mail.mailSystem = WScript.Arguments(0)
-mail.loginName = "ann"
-mail.Password = "secret"
-mail.postOffice = WScript.Arguments(3)
-mail.SMTPServer = "127.0.0.1"
-mail.SMTPPort = WScript.Arguments(4)
-mail.POPPort = WScript.Arguments(5)
-mail.NewMessage
-mail.from = "Ann Archer <ann@desk.example>"
-mail.AddRecipientTo "Ann Archer <ann@desk.example>"
-mail.AddRecipientCc "Bob Baker <bob@desk.example>"
-mail.subject = "There and back"
+' Arguments besides: directory of the files, directory for received ones.
+Dim received
+NewLetter "There and back"
 mail.Message = "First line" & vbCrLf & "second line"
-mail.AddAttachment WScript.Arguments(1) & "\one.bin"
-mail.AddAttachment WScript.Arguments(1) & "\two.txt"
+mail.AddAttachment WScript.Arguments(4) & "\one.bin"
+mail.AddAttachment WScript.Arguments(4) & "\two.txt"
 mail.Send
 
 mail.NewMessage
-mail.AttachmentDirectory = WScript.Arguments(2)
-mail.LoadMessageHeaders
-Same "messages", True, mail.messageCount >= 1
-mail.messageIndex = mail.messageCount - 1
+mail.AttachmentDirectory = WScript.Arguments(5)
+Await 1
+Same "messages", CLng(1), mail.messageCount
+mail.messageIndex = 0
 Same "subject of the header", "There and back", mail.GetHeaderItemString(4)
 mail.LoadMessage
 Same "subject", "There and back", mail.subject
