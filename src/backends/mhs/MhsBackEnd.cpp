@@ -13,6 +13,7 @@
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"
 #include "core/Text.h"
+#include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
 #include "mail/ReceivedFiles.h"
 
@@ -28,16 +29,12 @@ std::string MailboxOf(const MhsInbox& inbox) {
   return "MHS " + UpperAscii(inbox.Directory());
 }
 
-const HeaderRecord& CurrentHeader(const MailRequest& request, const MhsInbox& inbox) {
-  const auto& headers = request.shared.headers;
-  const auto index = request.instance.messageIndex;
-  if (index < 0 || static_cast<std::size_t>(index) >= headers.size()) {
-    throw ServerError(error_code::kBadMessageIndex);
-  }
+const HeaderRecord& HeaderToWorkOn(const MailRequest& request, const MhsInbox& inbox) {
+  const auto& header = CurrentHeader(request.shared, request.instance);
   if (request.shared.headerOrigin.mailbox != MailboxOf(inbox)) {
     throw ServerError(error_code::kNoHeaders);
   }
-  return headers[static_cast<std::size_t>(index)];
+  return header;
 }
 
 void SaveAttachments(FileSystem& files, const CodePage& codePage, const MhsInbox& inbox,
@@ -118,7 +115,7 @@ MailResult MhsBackEnd::LoadMessage(MailRequest& request) {
   return Run(request, [&](const MhsAccount& account) {
     const MhsInbox inbox(ports_.files, account);
     const auto& instance = request.instance;
-    const auto& header = CurrentHeader(request, inbox);
+    const auto& header = HeaderToWorkOn(request, inbox);
     const auto message = inbox.Read(header.uniqueId, header.identity);
     ReceivedFiles received(ports_.files, request);
     if (instance.suppressAttachments == kFalse) {
@@ -137,7 +134,7 @@ MailResult MhsBackEnd::LoadMessage(MailRequest& request) {
 MailResult MhsBackEnd::DeleteMessage(MailRequest& request) {
   return Run(request, [&](const MhsAccount& account) {
     const MhsInbox inbox(ports_.files, account);
-    const auto& header = CurrentHeader(request, inbox);
+    const auto& header = HeaderToWorkOn(request, inbox);
     inbox.Delete(header.uniqueId, header.identity);
   });
 }

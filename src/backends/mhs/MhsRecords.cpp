@@ -116,10 +116,9 @@ void MhsListing::Add(const std::string& name, const MhsHead& head, bool isRead) 
 }
 
 HeaderTable MhsListing::Take() {
-  const auto place = [](const Row& row) { return std::tie(row.time, row.record.uniqueId); };
-  std::sort(rows_.begin(), rows_.end(),
-            [&](const Row& left, const Row& right) { return place(left) < place(right); });
-  if (instance_.dateSort != kFalse) std::reverse(rows_.begin(), rows_.end());
+  std::sort(rows_.begin(), rows_.end(), [](const Row& left, const Row& right) {
+    return std::tie(left.time, left.record.uniqueId) < std::tie(right.time, right.record.uniqueId);
+  });
   HeaderTable table;
   for (auto& row : rows_) {
     if (table.size() >= static_cast<std::size_t>(instance_.maximumHeaders)) break;

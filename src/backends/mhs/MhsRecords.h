@@ -13,8 +13,8 @@
 
 namespace quillon {
 
-// The headers that a client has asked for: of unread messages or all, with dateSort by the dates of
-// the messages, newest first, else by those of their files, oldest first.
+// The headers that a client has asked for: of unread messages or all, the oldest first, by the date
+// of the message with dateSort, else by that of its file.
 class MhsListing {
  public:
   MhsListing(const InstanceState& instance, const CodePage& codePage)
