@@ -45,7 +45,7 @@ TEST(Smf, ReadsWhatThereIs) {
   EXPECT_EQ("To=a|x\n", shown("smf-70 \nTo:a\n \t\nx\n"));
   EXPECT_EQ("To=a|Hello there\r\n", shown("SMF-70\r\nTo: a\r\nHello there\r\n"));
   EXPECT_EQ(" a\r\n", shown("SMF-70\r\n a\r\n"));
-  EXPECT_EQ("To=a b|", shown(std::string("SMF-70\r\nTo: a\r\0\0b", 18)));
+  EXPECT_EQ("To=a b|", shown(std::string("SMF-70\r\nTo: a\r\0\0b", 17)));
   for (const auto* const other : {"", "SMF-64\r\n", "SMF-700\r\n", "From: a\r\n", "MZ"}) {
     EXPECT_EQ("none", shown(other)) << other;
   }
@@ -404,9 +404,11 @@ TEST_F(MhsTest, MarksAreTidied) {
 // Programs that send, read and delete in one directory at once, and one that moves the mail.
 TEST_F(MhsTest, SeveralProgramsAtOnceLoseNothing) {
   constexpr int kSenders = 3;
+  constexpr int kReaders = 2;
   constexpr int kEach = 40;
   const auto file = LocalFile("file.txt", "content");
   std::vector<std::jthread> programs;
+  programs.reserve(kSenders + kReaders);
   std::atomic<int> failures{0};
   std::atomic<int> loaded{0};
   for (int sender = 0; sender < kSenders; ++sender) {
@@ -423,7 +425,7 @@ TEST_F(MhsTest, SeveralProgramsAtOnceLoseNothing) {
   }
   std::mutex lock;
   std::set<std::string> deleted;
-  for (int reader = 0; reader < 2; ++reader) {
+  for (int reader = 0; reader < kReaders; ++reader) {
     programs.emplace_back([&] {
       MhsWorld own(volume.Path());
       while (loaded < kSenders * kEach && failures == 0) {
