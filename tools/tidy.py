@@ -34,6 +34,7 @@ class Source:
         self.preset = preset
         self.path = pathlib.Path(command["file"])
         self.flags = words[1:words.index("-o")]
+        self.standard = "".join(word for word in self.flags if word.startswith("-std="))
         self.files = {file for file in made_from.get(made, []) if file.is_relative_to(TOP)}
         self.files.add(self.path)
         found = ENTRY.search(self.path.read_text(encoding="utf-8"))
@@ -112,7 +113,7 @@ class Unit:
             copy.write_bytes(file.read_bytes())
         folder = STATE / "units" / files[0].parent.relative_to(TOP)
         folder.mkdir(parents=True, exist_ok=True)
-        self.file = folder / f"{first.preset}-{number}.cpp"
+        self.file = folder / f"{first.preset}{first.standard}-{number}.cpp"
         self.flags = flags
         self._hold(sources)
 
@@ -170,7 +171,7 @@ def spread(sources):
 
 
 def units_of(sources, pool, cross):
-    """The stale sources of one build and configuration, as units that compile."""
+    """The stale sources of one build, standard and configuration, as units that compile."""
     # Pairs such as -isystem FOLDER stay together.
     words = [word for s in sources for word in re.findall(r"-isystem\0[^\0]+|[^\0]+",
                                                           "\0".join(s.flags))]
@@ -212,7 +213,7 @@ def main():
     groups = {}
     for source in stale:
         texts = [file.read_text() for file in source.configuration()]
-        groups.setdefault((source.preset, *texts), []).append(source)
+        groups.setdefault((source.preset, source.standard, *texts), []).append(source)
     with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
         units = [unit for group in groups.values() for unit in units_of(group, pool, cross)]
         # Those of the tests take longest, and no processor shall wait for them at the end.

@@ -35,7 +35,9 @@ std::unique_ptr<File> MhsOutbox::Create(const std::string& extension, std::strin
   files_.MakeDirectory(parcels_);
   for (int tried = 0; tried < kTries; ++tried) {
     name = RandomMhsName();
-    const auto path = parcels_ + name + extension;
+    auto path = parcels_;
+    path += name;
+    path += extension;
     auto file = files_.Open(path, OpenMode::kCreateNew);
     if (file != nullptr) {
       made_.push_back(path);
