@@ -79,13 +79,14 @@ std::vector<std::string> Shown(const Recipients& recipients) {
 }
 
 // For a list that commas separate.
-std::string Listed(Recipients recipients) {
-  for (auto& [name, address] : recipients) {
-    if (name.find(',') == std::string::npos) continue;
-    name.insert(0, 1, '"');
-    name.push_back('"');
+std::string Listed(const Recipients& recipients) {
+  Recipients listed;
+  listed.reserve(recipients.size());
+  for (const auto& [name, address] : recipients) {
+    const bool hasComma = name.find(',') != std::string::npos;
+    listed.push_back({hasComma ? '"' + name + '"' : name, address});
   }
-  return Join(Shown(recipients), ", ");
+  return Join(Shown(listed), ", ");
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ bool IsSmfAddress(std::string_view address) {
   const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == 127; };
   return bracesMatch && !plain.empty() &&
          plain.find_first_of(",()<>\"?") == std::string_view::npos &&
-         address.find_first_of("?") == std::string_view::npos &&
+         address.find('?') == std::string_view::npos &&
          std::none_of(address.begin(), address.end(), isControl);
 }
 
