@@ -126,6 +126,7 @@ TEST_F(NotesBackEndTest, OpensTheMailDatabase) {
   const std::string ini =
       "[Notes]\r\nMailServer=CN=Mail1/O=Acme\r\nMailFile=mail\\ann\r\nDirectory=C:\\Data\r\n";
   const std::string local = "[Notes]\nMailFile=ann.nsf\nDirectory=/data\n";
+  const auto localFile = std::string("/data") + MakeFileSystem()->Separator() + "ann.nsf";
   using Prepare = std::function<void(NotesWorld&)>;
   const struct {
     Prepare prepare;
@@ -148,9 +149,9 @@ TEST_F(NotesBackEndTest, OpensTheMailDatabase) {
          w.program.hasMailFile = false;
          w.workstation.windows = w.client.Path();
          w.WriteFile(w.client, "notes.ini", local);
-         w.program.existing = "!!/data/ann.nsf";
+         w.program.existing = "!!" + localFile;
        },
-       "call Session.GetDatabase '' '/data/ann.nsf'", true},
+       "call Session.GetDatabase '' '" + localFile + "'", true},
       {[&](auto& w) {
          w.program.hasMailFile = false;
          w.workstation.registry["machine/Software\\Lotus\\Notes/Path"] = w.client.Path();

@@ -222,7 +222,7 @@ class FakeNotes {
       const auto path = TextOf(arguments.at(2).value);
       std::ifstream file(path, std::ios::binary);
       const std::string content{std::istreambuf_iterator<char>(file), {}};
-      embedded.push_back(path.substr(path.rfind('/') + 1) + "|" + content);
+      embedded.push_back(path.substr(path.find_last_of("/\\") + 1) + "|" + content);
       return AutomationObjectPtr(Make("EmbeddedObject"));
     };
     return item;
