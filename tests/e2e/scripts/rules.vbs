@@ -64,7 +64,7 @@ mail.SetNativeSystem
 Raised "detection", 0
 On Error GoTo 0
 Same "the system found", CInt(5), mail.mailSystem
-Same "a system without a back end", CInt(0), mail.QueryMailSystem(20)
+Same "a system that is not there", CInt(0), mail.QueryMailSystem(20)
 Same "a system that is always there", CInt(-1), mail.QueryMailSystem(30)
 Same "no system", CInt(0), mail.QueryMailSystem(99)
 
@@ -87,7 +87,7 @@ mail.LoadMessageHeaders
 RaisedText "a mail program without login data", "Insufficient login information."
 mail.mailSystem = 2
 mail.LoadMessageHeaders
-RaisedText "a system without a back end", "Operation not supported by this mail system."
+RaisedText "a library that is not there", "Error initializing VIM (VIMInitialize)"
 mail.mailSystem = 6
 mail.AddRecipientTo "a@x"
 mail.Send
