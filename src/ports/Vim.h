@@ -33,7 +33,6 @@ inline constexpr Status kNoDefault = 18;
 inline constexpr Status kNoMatch = 19;
 inline constexpr Status kNoSuchAttribute = 21;
 inline constexpr Status kWriteFailure = 27;
-inline constexpr Status kRecipientNotUnique = 258;
 
 inline constexpr Selector kAttach = 6;  // classes of message items
 inline constexpr Selector kNotePart = 62;
@@ -47,7 +46,6 @@ inline constexpr Selector kNondeliveryReport = 60;
 inline constexpr Selector kPriority = 71;
 inline constexpr Selector kReturnReceipt = 79;
 inline constexpr Selector kSave = 81;
-inline constexpr Selector kSensitivity = 82;
 inline constexpr Selector kSubject = 91;
 
 inline constexpr Selector kProduct = 72;  // capabilities
