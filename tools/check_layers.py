@@ -6,7 +6,7 @@ import sys
 
 # What each layer may include besides itself. core/ has functions over a port, and implements none.
 _LOWER = {"ports", "core", "codec", "mail"}
-_PARTS = ["backends", "addressbook", "dialer", "dialogs"]
+_PARTS = ["backends", "dialer", "dialogs"]
 _SERVER = _LOWER | {"net", "internet", *_PARTS}
 ALLOWED = {
     "ports": set(),
@@ -17,7 +17,8 @@ ALLOWED = {
     "internet": _LOWER | {"net"},
     **{part: set(_LOWER) for part in _PARTS},
     "server": _SERVER,
-    "automation": _SERVER | {"server"},
+    "addressbook": _SERVER | {"server"},
+    "automation": _SERVER | {"server", "addressbook"},
     "platform": {"ports", "core"},
 }
 # The program entries, which alone make what a system implements.

@@ -52,6 +52,8 @@
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"
 #include "ports/LoginPrompt.h"
+#include "ports/MailDialog.h"
+#include "ports/MailSystemDialog.h"
 #include "ports/Network.h"
 #include "server/ConfigurationFile.h"
 #include "server/Environment.h"
@@ -97,6 +99,8 @@ struct Application {
   Win32Workstation workstation;
   Win32MessageBox messageBox;
   NoLoginPrompt loginPrompt;
+  NoMailDialog mailDialog;
+  NoMailSystemDialog mailSystemDialog;
   const std::string configurationFile =
       ConfigurationPath(*files, programDirectory, UserDirectory());
   clsINIUtilities configuration{*files, configurationFile};
@@ -137,6 +141,8 @@ struct Application {
                           *codePage,
                           workstation,
                           messageBox,
+                          mailDialog,
+                          mailSystemDialog,
                           mailSystems,
                           configuration,
                           protocolLog,

@@ -21,6 +21,8 @@
 
 namespace quillon {
 
+class AddressBooks;
+
 // What one call sees of the Server that makes it. Login data may be read back into the instance.
 struct MailRequest {
   InstanceState& instance;
@@ -64,6 +66,9 @@ class BackEnd {
   virtual void SetSessionObject(const AutomationObjectPtr& session);
   virtual AutomationObjectPtr MessageObject();
   virtual AutomationObjectPtr FolderObject();
+
+  // Null where the mail system has no address books.
+  virtual AddressBooks* Books() { return nullptr; }
 
   virtual void SetErrorDisplay(bool on);
 

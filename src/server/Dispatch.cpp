@@ -66,14 +66,18 @@ void Dispatch::Detect() {
   }
 }
 
-void Dispatch::EnsureSystem() {
+void Dispatch::EnsureSystem(std::int32_t none) {
   if (state_.mailSystem == mail_system::kNone) Detect();
-  if (state_.mailSystem == mail_system::kNone) throw ServerError(error_code::kNoMailSystem);
+  if (state_.mailSystem == mail_system::kNone) throw ServerError(none);
+}
+
+BackEnd* Dispatch::BackEndOrNull() const {
+  auto* const system = environment_.mailSystems.Find(state_.mailSystem);
+  return system != nullptr ? system->Serving() : nullptr;
 }
 
 BackEnd& Dispatch::CurrentBackEnd() const {
-  auto* const system = environment_.mailSystems.Find(state_.mailSystem);
-  auto* const backEnd = system != nullptr ? system->Serving() : nullptr;
+  auto* const backEnd = BackEndOrNull();
   if (backEnd == nullptr) throw ServerError(error_code::kNotSupported);
   return *backEnd;
 }

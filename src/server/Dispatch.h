@@ -7,6 +7,7 @@
 #include <map>
 #include <utility>
 
+#include "core/ErrorCode.h"
 #include "core/ServerError.h"
 #include "mail/BackEnd.h"
 #include "mail/BusyGate.h"
@@ -37,8 +38,11 @@ class Dispatch {
   // can serve; none leaves the choice as it was.
   void Detect();
 
-  // Detects when no mail system is chosen yet; throws 515 when there is none.
-  void EnsureSystem();
+  // Detects when no mail system is chosen yet; throws 515, or the code given, when there is none.
+  void EnsureSystem(std::int32_t none = error_code::kNoMailSystem);
+
+  // Null when this build cannot work with the mail system.
+  BackEnd* BackEndOrNull() const;
 
   // Calls an operation of the current back end as call(backEnd, request) and raises what it
   // reports; throws 530 when this build cannot work with the mail system, MailSystemBusy while a

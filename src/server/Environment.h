@@ -13,6 +13,8 @@ class AsynchNotifier;
 class BusyGate;
 class CodePage;
 class FileSystem;
+class MailDialog;
+class MailSystemDialog;
 class MessageBoxPort;
 class MailSystems;
 class ProtocolLog;
@@ -31,6 +33,8 @@ struct Environment {
   CodePage& codePage;
   Workstation& workstation;
   MessageBoxPort& messageBox;
+  MailDialog& mailDialog;
+  MailSystemDialog& mailSystemDialog;
   MailSystems& mailSystems;
   clsINIUtilities& configuration;
   ProtocolLog& protocolLog;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -99,6 +100,11 @@ class Server {
   void AsynchAbort();
   std::string GetInterfaceString(std::int16_t itemType);
   DecodedError DecodeError(std::int32_t errNumberIn);
+
+  // What an AddressBook does with the mail system of this Server. Throws 752 when there is none,
+  // 753 when it has no address books.
+  using AddressBookCall = std::function<MailResult(AddressBooks& books, MailRequest& request)>;
+  void WithAddressBooks(const char* member, MemberKind kind, const AddressBookCall& call);
 
   // The objects of Active Messaging; null when there is none.
   AutomationObjectPtr SessionObject();

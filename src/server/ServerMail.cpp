@@ -256,6 +256,17 @@ DecodedError Server::DecodeError(std::int32_t errNumberIn) {
   });
 }
 
+void Server::WithAddressBooks(const char* member, MemberKind kind, const AddressBookCall& call) {
+  frame_.Run(member, kind, [&] {
+    environment_.busy.Pass();
+    dispatch_.EnsureSystem(error_code::kAddressBookNoSystem);
+    auto* const backEnd = dispatch_.BackEndOrNull();
+    auto* const books = backEnd != nullptr ? backEnd->Books() : nullptr;
+    if (books == nullptr) throw ServerError(error_code::kNoAddressBook);
+    dispatch_.Run([&](BackEnd&, MailRequest& request) { return call(*books, request); });
+  });
+}
+
 AutomationObjectPtr Server::ObjectOf(const char* member, AutomationObjectPtr (BackEnd::*object)()) {
   return frame_.Run(member, MemberKind::Property, [&] {
     AutomationObjectPtr found;

@@ -23,6 +23,8 @@
 #include "platform/Platform.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
+#include "ports/MailDialog.h"
+#include "ports/MailSystemDialog.h"
 #include "ports/MessageBox.h"
 #include "ports/Workstation.h"
 #include "server/Environment.h"
@@ -156,6 +158,8 @@ struct TestWorld {
   std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
   SharedState shared;
   RecordingMessageBox messageBox;
+  NoMailDialog mailDialog;
+  NoMailSystemDialog mailSystemDialog;
   FakeWorkstation workstation;
   MapiMailSystem mapi{workstation, *files};
   VimMailSystem vim{workstation};
@@ -173,6 +177,8 @@ struct TestWorld {
                           *codePage,
                           workstation,
                           messageBox,
+                          mailDialog,
+                          mailSystemDialog,
                           mailSystems,
                           configuration,
                           log,
