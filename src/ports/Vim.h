@@ -119,6 +119,7 @@ struct VimRecipient {
 struct VimEntry {
   std::string name;
   std::string address;
+  bool isGroup = false;  // told by the enumeration alone
 };
 
 class Vim {
@@ -190,6 +191,9 @@ class Vim {
                                        std::vector<std::string>& names, bool& more) = 0;
   virtual Status OpenAddressBook(Handle session, const std::string& name, Handle& book) = 0;
   virtual Status CloseAddressBook(Handle book) = 0;
+  // The next entries, as many as the library gives in one call; `more` when they are not all.
+  virtual Status EnumerateAddressBookEntries(Handle book, VimPosition& position,
+                                             std::vector<VimEntry>& entries, bool& more) = 0;
   // The first entry with that name: kFull, or one that begins so: kPartial.
   virtual Status MatchAddressBook(Handle book, const std::string& name, Selector match,
                                   VimReference& entry) = 0;

@@ -2,6 +2,7 @@
 
 #include "backends/vim/VimBackEnd.h"
 #include "core/WholeFile.h"
+#include "mail/AddressBooks.h"
 #include "support/RecordingVim.h"
 #include "support/TestWorld.h"
 
@@ -577,6 +578,118 @@ TEST_F(VimBackEndTest, ResolvesNames) {
     EXPECT_EQ(text, FailureOf([&] { server->ResolveName("ann"); })) << call;
     EXPECT_EQ(1U, library.open.size());
   }
+}
+
+class VimAddressBookTest : public VimBackEndTest {
+ protected:
+  VimAddressBookTest() {
+    library.books = {{"Private", {}}, {"Public", {{"ann", "ann at HQ"}, {"all", {}, true}}}};
+    for (int i = 0; i < 120; ++i) {
+      library.books[0].entries.push_back({"friend " + std::to_string(i), {}, false});
+    }
+  }
+
+  std::string OpenBook(Server& opener, const std::string& name) {
+    return FailureOf([&] {
+      opener.WithAddressBooks("OpenAddressBook", MemberKind::Method,
+                              [&](AddressBooks& books, MailRequest& request) {
+                                return books.Open(request, name, book);
+                              });
+    });
+  }
+  // How many there are then, or what has failed.
+  std::string Fetch() {
+    auto failure = FailureOf([&] {
+      server->WithAddressBooks(
+          "MoveNext", MemberKind::Method,
+          [&](AddressBooks&, MailRequest& request) { return book->Fetch(request, entries, more); });
+    });
+    return failure.empty() ? std::to_string(entries.size()) + (more ? " and more" : "") : failure;
+  }
+
+  std::unique_ptr<OpenAddressBook> book;
+  std::vector<AddressEntry> entries;
+  bool more = true;
+};
+
+TEST_F(VimAddressBookTest, EntriesComeAsTheyAreFetched) {
+  Lines names;
+  server->WithAddressBooks(
+      "BookNames", MemberKind::Property,
+      [&](AddressBooks& books, MailRequest& request) { return books.Names(request, names); });
+  EXPECT_EQ((Lines{"Private", "Public"}), names);
+  EXPECT_EQ("4015 Name not found", OpenBook(*server, "Other"));
+  EXPECT_EQ("", OpenBook(*server, ""));
+  library.calls.clear();
+  EXPECT_EQ("50 and more", Fetch());
+  EXPECT_EQ(25U, library.calls.size());
+  library.failures = {{"EnumerateAddressBookEntries", 24}};
+  EXPECT_EQ("4024 Read failure", Fetch());
+  library.failures.clear();
+  EXPECT_EQ("100 and more", Fetch());
+  EXPECT_EQ("120", Fetch());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    EXPECT_EQ("friend " + std::to_string(i), entries[i].name);
+  }
+  EXPECT_EQ("", OpenBook(*server, "Public"));
+  entries.clear();
+  EXPECT_EQ("2", Fetch());
+  EXPECT_EQ("ann at HQ", entries[0].address);
+  EXPECT_FALSE(entries[0].isGroup);
+  EXPECT_TRUE(entries[1].isGroup);
+}
+
+TEST_F(VimAddressBookTest, ALibraryThatFailsOrNeverEnds) {
+  library.books.clear();
+  EXPECT_EQ("4015 Name not found", OpenBook(*server, ""));
+  library.books = {{"Public", {{"ann", {}}, {"bob", {}}, {"eve", {}}}}};
+  for (const auto* const call : {"EnumerateAddressBooks", "OpenAddressBook"}) {
+    library.failures = {{call, 258}};
+    EXPECT_EQ("4258 Recipient not unique", OpenBook(*server, "")) << call;
+  }
+  EXPECT_EQ(1U, library.open.size());
+  library.failures.clear();
+  OpenBook(*server, "");
+  library.standsStill = true;
+  EXPECT_EQ("2", Fetch());
+  library.standsStill = false;
+  library.givesNothing = true;
+  EXPECT_EQ("2", Fetch());
+}
+
+TEST_F(VimAddressBookTest, ABookEndsWithItsSession) {
+  const std::string kClosed = "751 The Address Book is not open.";
+  OpenBook(*server, "");
+  server->Logout();
+  EXPECT_EQ((Lines{"CloseAddressBook", "CloseSession"}),
+            Lines(library.calls.end() - 2, library.calls.end()));
+  EXPECT_EQ(kClosed, Fetch());
+  server->Login();
+  EXPECT_EQ(kClosed, Fetch());
+  // One that is open when another is opened in its place; and the Server takes another session.
+  OpenBook(*server, "");
+  OpenBook(*server, "");
+  EXPECT_EQ(2U, library.open.size());
+  library.open.insert(7);
+  server->Put(Property::SessionHandleEx, std::int32_t{7});
+  EXPECT_EQ(kClosed, Fetch());
+  EXPECT_EQ(3U, library.open.size());
+  book.reset();
+  EXPECT_EQ(2U, library.open.size());
+  OpenBook(*server, "");
+  library.calls.clear();
+  server.reset();
+  EXPECT_EQ((Lines{"CloseAddressBook", "CloseSession", "Terminate"}), library.calls);
+  book.reset();
+  EXPECT_EQ(3U, library.calls.size());
+}
+
+TEST_F(VimAddressBookTest, ALogoutThatFailsHasClosedTheBook) {
+  OpenBook(*server, "");
+  library.failures = {{"CloseSession", 10}};
+  EXPECT_EQ("4010 Invalid object", FailureOf([&] { server->Logout(); }));
+  library.failures.clear();
+  EXPECT_EQ("751 The Address Book is not open.", Fetch());
 }
 
 }  // namespace

@@ -206,11 +206,18 @@ class RecordingVim final : public Vim {
   }
   Status OpenAddressBook(Handle session, const std::string& name, Handle& book) override {
     if (const auto failure = RecordIn(session, "OpenAddressBook " + name)) return failure;
+    const auto isIt = [&](const Book& each) { return each.name == name; };
+    if (std::none_of(books.begin(), books.end(), isIt)) return vim::kNameNotFound;
     Open(book);
     containers_[book] = name;
     return vim::kSuccess;
   }
   Status CloseAddressBook(Handle book) override { return Close("CloseAddressBook", book); }
+  Status EnumerateAddressBookEntries(Handle book, VimPosition& position,
+                                     std::vector<VimEntry>& entries, bool& more) override {
+    if (const auto failure = RecordIn(book, "EnumerateAddressBookEntries")) return failure;
+    return Page(BookOf(book).entries, position, entries, more);
+  }
   Status MatchAddressBook(Handle book, const std::string& name, Selector match,
                           VimReference& entry) override {
     if (const auto failure = RecordIn(book, "MatchAddressBook")) return failure;

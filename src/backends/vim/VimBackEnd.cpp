@@ -2,8 +2,8 @@
 
 #include "backends/RecipientParts.h"
 #include "backends/vim/VimErrorText.h"
-#include "backends/vim/VimFailure.h"
 #include "backends/vim/VimNames.h"
+#include "backends/vim/VimOperation.h"
 
 namespace quillon {
 
@@ -14,19 +14,14 @@ constexpr const char* kBoxTitle = "VIM Mail Error";
 }  // namespace
 
 VimBackEnd::VimBackEnd(const VimPorts& ports)
-    : ports_(ports), diagnostic_(ports.messageBox, kBoxTitle, VimErrorText), sessions_(ports) {}
+    : ports_(ports),
+      diagnostic_(ports.messageBox, kBoxTitle, VimErrorText),
+      sessions_(ports),
+      books_(ports.library, sessions_, diagnostic_) {}
 
 MailResult VimBackEnd::Run(const MailRequest& request,
                            const std::function<void()>& operation) const {
-  try {
-    operation();
-    return {};
-  } catch (const VimFailure& failure) {
-    const std::string step = failure.what();
-    auto result = diagnostic_.Fail(request, step, failure.Number());
-    if (!step.empty()) result.text = step;
-    return result;
-  }
+  return RunVim(diagnostic_, request, operation);
 }
 
 MailResult VimBackEnd::Login(MailRequest& request) {

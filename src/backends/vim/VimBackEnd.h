@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "backends/Diagnostic.h"
+#include "backends/vim/VimAddressBooks.h"
 #include "backends/vim/VimHeader.h"
 #include "backends/vim/VimMessage.h"
 #include "backends/vim/VimPorts.h"
@@ -40,6 +41,7 @@ class VimBackEnd final : public BackEnd {
                          std::string& resolved) override;
   MailResult Post(MailRequest& request) override;
   MailResult SetSessionHandle(MailRequest& request, std::int32_t handle) override;
+  AddressBooks* Books() override { return &books_; }
   void Shutdown(std::int32_t savedHandle) override;
 
  private:
@@ -65,6 +67,7 @@ class VimBackEnd final : public BackEnd {
   VimPorts ports_;
   Diagnostic diagnostic_;
   VimSessions sessions_;
+  VimAddressBooks books_;
 };
 
 }  // namespace quillon

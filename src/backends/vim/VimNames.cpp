@@ -1,7 +1,6 @@
 #include "backends/vim/VimNames.h"
 
 #include <cstddef>
-#include <vector>
 
 #include "backends/vim/VimEnumeration.h"
 #include "backends/vim/VimFailure.h"
@@ -41,13 +40,16 @@ bool MeansNoMatch(vim::Status status) {
 
 }  // namespace
 
-std::optional<VimEntry> FindVimName(Vim& library, vim::Handle session, const std::string& name) {
-  const auto names = EnumerateVim<std::string>(
+std::vector<std::string> VimBookNames(Vim& library, vim::Handle session) {
+  return EnumerateVim<std::string>(
       kMostBooks, {}, [&](VimPosition& position, std::vector<std::string>& found, bool& more) {
         return library.EnumerateAddressBooks(session, position, found, more);
       });
+}
+
+std::optional<VimEntry> FindVimName(Vim& library, vim::Handle session, const std::string& name) {
   OpenBooks books(library);
-  for (const auto& book : names) books.Open(session, book);
+  for (const auto& book : VimBookNames(library, session)) books.Open(session, book);
   for (const auto match : {vim::kFull, vim::kPartial}) {
     for (const auto book : books.List()) {
       VimReference reference;

@@ -1,5 +1,6 @@
 #include "backends/vim/VimSessions.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -46,11 +47,11 @@ void VimSessions::Open(MailRequest& request) {
   auto& instance = request.instance;
   if (!instance.session.loggedIn) {
     const auto handle = LogOn(request);
-    sessions_[handle] = {++count_, true, 0, {}};
+    sessions_[handle] = {++count_, true, 0, {}, {}};
     instance.session = {static_cast<std::int32_t>(handle), true, false};
   } else if (!sessions_.contains(HandleOf(instance))) {
     Initialize();
-    sessions_[HandleOf(instance)] = {++count_, false, 0, {}};
+    sessions_[HandleOf(instance)] = {++count_, false, 0, {}, {}};
   }
 }
 
@@ -97,6 +98,7 @@ VimLogin VimSessions::LoginData(InstanceState& instance, VimLogin defaults) {
 void VimSessions::Close(InstanceState& instance) {
   const auto found = sessions_.find(HandleOf(instance));
   if (found != sessions_.end() && (!found->second.isOurs || !instance.session.isClients)) {
+    CloseBooks(found->second);
     CloseContainer(found->second);
     if (found->second.isOurs) CheckVim(ports_.library.CloseSession(found->first));
     sessions_.erase(found);
@@ -110,9 +112,14 @@ void VimSessions::CloseContainer(Session& session) {
   if (container != 0) CheckVim(ports_.library.CloseMessageContainer(container));
 }
 
+void VimSessions::CloseBooks(Session& session) {
+  for (const auto book : std::exchange(session.books, {})) ports_.library.CloseAddressBook(book);
+}
+
 void VimSessions::ForgetClients(vim::Handle handle) {
   const auto found = sessions_.find(handle);
   if (found == sessions_.end() || found->second.isOurs) return;
+  CloseBooks(found->second);
   if (found->second.container != 0) {
     ports_.library.CloseMessageContainer(found->second.container);
   }
@@ -125,7 +132,8 @@ void VimSessions::Change(const InstanceState& instance, std::int32_t handle) {
 }
 
 void VimSessions::End() {
-  for (const auto& [handle, session] : std::exchange(sessions_, {})) {
+  for (auto& [handle, session] : std::exchange(sessions_, {})) {
+    CloseBooks(session);
     if (session.container != 0) ports_.library.CloseMessageContainer(session.container);
     if (session.isOurs) ports_.library.CloseSession(handle);
   }
@@ -140,6 +148,28 @@ vim::Handle VimSessions::Container(const InstanceState& instance, const std::str
            kNoContainer);
   session.containerName = name;
   return session.container;
+}
+
+vim::Handle VimSessions::OpenBook(const InstanceState& instance, const std::string& name) {
+  auto& session = sessions_.at(HandleOf(instance));
+  vim::Handle book = 0;
+  CheckVim(ports_.library.OpenAddressBook(HandleOf(instance), name, book));
+  session.books.push_back(book);
+  return book;
+}
+
+void VimSessions::CloseBook(std::uint64_t sessionNumber, vim::Handle book) {
+  for (auto& [handle, session] : sessions_) {
+    if (session.number != sessionNumber) continue;
+    if (std::erase(session.books, book) != 0) ports_.library.CloseAddressBook(book);
+  }
+}
+
+bool VimSessions::HasBook(const InstanceState& instance, std::uint64_t sessionNumber,
+                          vim::Handle book) const {
+  if (NumberOf(instance) != sessionNumber) return false;
+  const auto& books = sessions_.at(HandleOf(instance)).books;
+  return std::find(books.begin(), books.end(), book) != books.end();
 }
 
 std::uint64_t VimSessions::NumberOf(const InstanceState& instance) const {

@@ -1,6 +1,6 @@
 // The sessions with VIM: one for each Server that has logged in, and those that clients have handed
 // in, which are used as they are and never closed here. Each has one message container open, the
-// last one that was asked for.
+// last one that was asked for, and address books, which end with it.
 //
 // Failures are thrown: VimFailure, and ServerError 522 and 544 (login data), 546 (the post office).
 #pragma once
@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "backends/vim/VimPorts.h"
 #include "mail/BackEnd.h"
@@ -35,6 +36,13 @@ class VimSessions {
   // empty name.
   vim::Handle Container(const InstanceState& instance, const std::string& name);
 
+  // An address book, opened in the session of the instance, which is open. Closing it does nothing
+  // when it has ended with its session, and takes no notice of what VIM says to it.
+  vim::Handle OpenBook(const InstanceState& instance, const std::string& name);
+  void CloseBook(std::uint64_t sessionNumber, vim::Handle book);
+  // Whether it is open, and the instance still has the session.
+  bool HasBook(const InstanceState& instance, std::uint64_t sessionNumber, vim::Handle book) const;
+
   // Which of all sessions this is that have been worked with; 0 when there is none. A handle may be
   // used again by VIM, a number is not.
   std::uint64_t NumberOf(const InstanceState& instance) const;
@@ -50,6 +58,7 @@ class VimSessions {
     bool isOurs = false;
     vim::Handle container = 0;
     std::string containerName;
+    std::vector<vim::Handle> books;
   };
 
   void Initialize();
@@ -57,6 +66,7 @@ class VimSessions {
   vim::Handle LogOn(MailRequest& request);
   VimLogin LoginData(InstanceState& instance, VimLogin defaults);
   void CloseContainer(Session& session);
+  void CloseBooks(Session& session);
   void ForgetClients(vim::Handle handle);
 
   VimPorts ports_;

@@ -31,10 +31,12 @@ constexpr Selector kDate = 19;
 constexpr Selector kEntity = 26;
 constexpr Selector kFromName = 35;
 constexpr Selector kGmt = 37;
+constexpr Selector kGroup = 38;
 constexpr Selector kName = 53;
 constexpr Selector kNative = 55;
 constexpr Selector kRecipient = 75;
 constexpr Selector kReference = 76;
+constexpr Selector kType = 98;
 
 constexpr Dword kUnreadOnly = 1;
 constexpr vim::Status kAttachmentNotFound = 4;
@@ -78,6 +80,8 @@ using SetRecipientType = Result(WINAPI*)(Object, Selector, vim_record::Recipient
 using SetItemType = Result(WINAPI*)(Object, Selector, char*, Selector, char*, BufferOrFile*);
 using SendType = Result(WINAPI*)(Object, void*, void*);
 using BooksType = Result(WINAPI*)(Object, Ref*, std::int32_t, Word, Attribute*, Word*, Bool*);
+using EntriesType = Result(WINAPI*)(Object, Ref, char*, Ref*, std::int32_t, Word, Attribute*, Word*,
+                                    Selector, void*, Bool*);
 using MatchType = Result(WINAPI*)(Object, Ref, char*, Selector, void*, Selector, Ref*, Ref*);
 using EntryType = Result(WINAPI*)(Object, Ref, char*, Word, Attribute*);
 
@@ -484,6 +488,39 @@ vim::Status Vim32::OpenAddressBook(Handle session, const std::string& name, Hand
 
 vim::Status Vim32::CloseAddressBook(Handle book) {
   return Call("VIMCloseAddressBook", HandleType{}, Native(book));
+}
+
+// Not every entry, nor every library, has an address or a kind: then it is asked for the same entry
+// with less.
+vim::Status Vim32::EnumerateAddressBookEntries(Handle book, VimPosition& position,
+                                               std::vector<VimEntry>& entries, bool& more) {
+  const auto name = std::make_unique<TextBuffer>();
+  const auto address = std::make_unique<vim_record::Address>();
+  Selector type = 0;
+  std::array attributes{TextAttribute(kName, *name), RecordAttribute(kType, type),
+                        RecordAttribute(kAddress, *address)};
+  Ref at;
+  Word count = 0;
+  Bool left = 0;
+  auto status = vim::kNotSupported;
+  for (Word asked = 3; asked > 0; --asked) {
+    at = Native(position);
+    count = 1;
+    status = Call("VIMEnumerateAddressBookEntries", EntriesType{}, Native(book), vim_record::kRoot,
+                  static_cast<char*>(nullptr), &at, 1, asked, attributes.data(), &count,
+                  vim::kNoFilter, static_cast<void*>(nullptr), &left);
+    if (!MeansMissing(status)) break;
+    *address = {};
+    type = 0;
+  }
+  entries.clear();
+  more = left != 0;
+  position = Plain(at);
+  if (status == vim::kSuccess && count != 0) {
+    entries.push_back({Text(name->data(), name->size()),
+                       Text(address->value, sizeof address->value), type == kGroup});
+  }
+  return status;
 }
 
 vim::Status Vim32::MatchAddressBook(Handle book, const std::string& name, Selector match,

@@ -3,7 +3,7 @@
 // What of the interface is not published, and is chosen here: enumerations ask for one entry a
 // call where they give attributes, and skip 1; flags are vimBool, priorities vimWord; the
 // attributes RECIPIENT and ADDRESS are the records vimRecipient and vimAddress, DATE is a vimDate,
-// all others are texts.
+// the TYPE of an entry is a selector, all others are texts.
 #pragma once
 
 #include "platform/win32/ForeignLibrary.h"
@@ -64,6 +64,8 @@ class Vim32 final : public Vim {
                                std::vector<std::string>& names, bool& more) override;
   Status OpenAddressBook(Handle session, const std::string& name, Handle& book) override;
   Status CloseAddressBook(Handle book) override;
+  Status EnumerateAddressBookEntries(Handle book, VimPosition& position,
+                                     std::vector<VimEntry>& entries, bool& more) override;
   Status MatchAddressBook(Handle book, const std::string& name, Selector match,
                           VimReference& entry) override;
   Status GetABEntryAttributes(Handle book, VimReference reference, VimEntry& entry) override;

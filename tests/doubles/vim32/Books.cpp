@@ -21,6 +21,11 @@ bool Matches(const desk::Entry& entry, const std::string& name, std::uint32_t ma
   return EqualsIgnoreCase(std::string_view(entry.name).substr(0, name.size()), name);
 }
 
+void PutEntry(const desk::Entry& entry, const Places& places, std::uint32_t attribute) {
+  if (attribute == kSelType) return places.Put(kSelEntity);
+  PutParty(entry.name, entry.address, places, attribute);
+}
+
 // The whole book is searched, and nothing below it is known.
 void RequireWholeBook(Ref subtree, const char* subtreeName) {
   const bool whole = subtree.first == 0 && (subtree.second == 0 || subtree.second == kRoot);
@@ -51,12 +56,31 @@ std::uint32_t WINAPI VIMOpenAddressBook(Handle session, const char* name, Handle
     Require(book != nullptr);
     library.Get<Session>(session);
     Require(EqualsIgnoreCase(Utf8From(name), kBook), kNameNotFound);
-    *book = library.Open(session, Book());
+    *book = library.Open(session, Book{library.store.AddressBook()});
   });
 }
 
 std::uint32_t WINAPI VIMCloseAddressBook(Handle book) {
   return Call({"VIMCloseAddressBook"}, {}, [&](Library& library) { library.Close<Book>(book); });
+}
+
+std::uint32_t WINAPI VIMEnumerateAddressBookEntries(Handle book, Ref subtree,
+                                                    const char* subtreeName, Ref* position,
+                                                    std::int32_t skip, Word attributeCount,
+                                                    const AttrDesc* attributes, Word* count,
+                                                    std::uint32_t filter, const void*, Bool* more) {
+  return Call({"VIMEnumerateAddressBookEntries"}, {}, [&](Library& library) {
+    const std::vector<desk::Entry>& entries = library.Get<Book>(book).entries;
+    RequireWholeBook(subtree, subtreeName);
+    Require(filter == kSelNoFilter, kInvalidSelector);
+    Enumerate(entries.size(), position, skip, count, more,
+              [&](std::size_t number, std::size_t index) {
+                PutAttributes(attributeCount, attributes, index,
+                              [&](const Places& places, std::uint32_t attribute) {
+                                PutEntry(entries[number], places, attribute);
+                              });
+              });
+  });
 }
 
 std::uint32_t WINAPI VIMMatchAddressBook(Handle book, Ref subtree, const char* subtreeName,

@@ -33,7 +33,9 @@ struct Draft {
   desk::Message message;
   bool keep = true;
 };
-struct Book {};
+struct Book {
+  std::vector<desk::Entry> entries;  // as they were when it was opened
+};
 
 using Object = std::variant<Session, Container, OpenMessage, Draft, Book>;
 

@@ -67,6 +67,7 @@ enum Selector : std::uint32_t {
   kSelSent = 83,
   kSelSubject = 91,
   kSelTo = 97,
+  kSelType = 98,
 };
 
 inline constexpr std::uint32_t kVersion = 100;
