@@ -3,6 +3,7 @@
 #include "backends/notes/NotesBackEnd.h"
 #include "backends/notes/NotesNumber.h"
 #include "core/WholeFile.h"
+#include "mail/AddressBooks.h"
 #include "support/FakeNotes.h"
 #include "support/TestWorld.h"
 
@@ -560,6 +561,118 @@ TEST_F(NotesBackEndTest, RecoversFromTheFailureOfAnyCall) {
   FailEachNotesCall([](auto& w) { return w.backEnd.LoadMessage(w.request); }, kNotAuthorized);
   FailEachNotesCall([](auto& w) { return w.backEnd.MoveCopyMessage(w.request, "Old", false); },
                     kServerGone);
+  FailEachNotesCall(
+      [](auto& w) {
+        std::unique_ptr<OpenAddressBook> book;
+        return w.backEnd.Books()->Open(w.request, {}, book);
+      },
+      kServerGone);
+}
+
+class NotesAddressBookTest : public NotesBackEndTest {
+ protected:
+  std::int32_t Open(const std::string& name) {
+    return world.backEnd.Books()->Open(world.request, name, book).number;
+  }
+  // What has come, "*" before a group, or the number of the failure.
+  std::string Fetch() {
+    std::vector<AddressEntry> entries;
+    const auto result = book->Fetch(world.request, entries, more);
+    if (!result.Succeeded()) return std::to_string(result.number);
+    std::string text;
+    for (const auto& entry : entries) {
+      text += (text.empty() ? "" : "; ") + std::string(entry.isGroup ? "*" : "") + entry.name;
+      text += "|" + entry.address;
+    }
+    return text;
+  }
+
+  std::unique_ptr<OpenAddressBook> book;
+  bool more = true;
+};
+
+TEST_F(NotesAddressBookTest, BooksHaveNamesOfTheirOwn) {
+  auto& books = std::get<Values>(program.session->properties["AddressBooks"]);
+  const auto add = [&](const char* title, const char* server, const char* file) {
+    auto added = std::make_shared<RecordingObject>(record, title);
+    added->properties = {{"IsOpen", false},  {"Open", {}},
+                         {"Title", title},   {"Server", server},
+                         {"FilePath", file}, {"GetView", AutomationObjectPtr()}};
+    books.emplace_back(AutomationObjectPtr(added));
+  };
+  add("ADDRESS BOOK", "CN=Mail1/O=Acme", "names.nsf");
+  add("Directory", "", "dir.nsf");
+  add("Closed", "CN=Mail2/O=Acme", "names.nsf");
+  books.emplace_back(AutomationObjectPtr());
+  record.failing["Closed.Open"] = kNotAuthorized;
+  std::vector<std::string> names;
+  ASSERT_TRUE(world.backEnd.Books()->Names(world.request, names).Succeeded());
+  EXPECT_EQ(
+      (std::vector<std::string>{"Address Book (names.nsf)", "ADDRESS BOOK (Mail1/Acme!!names.nsf)",
+                                "Directory", "Mail2/Acme!!names.nsf"}),
+      names);
+  EXPECT_EQ(Open("Address Book"), notes::kDatabaseNotOpen);
+  EXPECT_EQ(Open("mail2/acme!!names.nsf"), 4000);
+  EXPECT_EQ(Open("directory"), notes::kFailure);  // it has no list of its names
+  EXPECT_EQ(Open("address book (names.nsf)"), kBackEndSuccess);
+  books.clear();
+  EXPECT_EQ(Open(""), notes::kDatabaseNotOpen);
+}
+
+TEST_F(NotesAddressBookTest, EachPersonAndGroupComesOnce) {
+  program.AddUser("ann", "CN=Ann Bell/O=Acme", "ann@example.com");
+  program.AddUser("all", "", "");
+  program.users->documents[1]->items = {{"ListName", "Everybody"}, {"Form", "Group"}};
+  program.users->documents[1]->properties["UniversalID"] = "group";
+  program.AddUser("bell", "CN=Ann Bell/O=Acme", "ann@example.com");  // by another of her names
+  program.AddUser("nobody", "", "");
+  program.AddUser("gone", "Gone", "");
+  program.users->documents.back()->properties["IsValid"] = false;
+  program.AddUser("mail", "", "x@example.com");
+  program.users->documents.back()->properties["UniversalID"] = "address";
+  for (int i = 0; i < 60; ++i) program.AddUser("", "friend " + std::to_string(i), "");
+  ASSERT_EQ(Open(""), kBackEndSuccess);
+  const auto first = Fetch();
+  EXPECT_TRUE(
+      first.starts_with("Ann Bell/Acme|ann@example.com; *Everybody|; |x@example.com; "
+                        "friend 0|; "))
+      << first;
+  EXPECT_TRUE(first.ends_with("; friend 43|"));
+  EXPECT_TRUE(more);
+  record.failAt = record.lines.size() + 5;
+  record.failure = kNotAuthorized;
+  EXPECT_EQ(Fetch(), "4000");
+  const auto second = Fetch();
+  EXPECT_TRUE(second.starts_with("friend 44|; ") && second.ends_with("; friend 59|")) << second;
+  EXPECT_FALSE(more);
+}
+
+TEST_F(NotesAddressBookTest, ABookEndsWithItsSession) {
+  program.AddUser("ann", "Ann", "");
+  const auto ends = [&](const std::function<void()>& end) {
+    Open("");
+    EXPECT_EQ(Fetch(), "Ann|");
+    end();
+    return FailureOf([&] { Fetch(); }).substr(0, 3) == "751";
+  };
+  EXPECT_TRUE(ends([&] { world.backEnd.Logout(world.request); }));
+  EXPECT_TRUE(ends([&] { world.backEnd.Shutdown(0); }));
+  EXPECT_TRUE(ends([&] { world.backEnd.SetSessionObject(program.session); }));
+  EXPECT_TRUE(ends([&] {
+    record.failing["View.GetNextDocument"] = kServerGone;
+    EXPECT_EQ(Fetch(), "2");
+  }));
+  record.failing.clear();
+  EXPECT_FALSE(ends([&] { world.backEnd.Login(world.request); }));
+}
+
+TEST_F(NotesAddressBookTest, AViewThatNeverEndsIsLeft) {
+  program.AddUser("ann", "Ann", "");
+  program.users->endless = true;
+  Open("");
+  int fetches = 0;
+  for (; more && fetches < 100; ++fetches) Fetch();
+  EXPECT_LT(fetches, 30);
 }
 
 }  // namespace

@@ -93,9 +93,9 @@ class FakeNotes {
       return AutomationObjectPtr(database);
     };
     session->properties["AddressBooks"] = Values{AutomationObjectPtr(book)};
-    book->properties["IsOpen"] = false;
-    book->properties["Open"] = {};
-    book->properties["GetView"] = AutomationObjectPtr(users);
+    book->properties = {{"IsOpen", false},         {"Open", {}},
+                        {"Title", "Address Book"}, {"Server", ""},
+                        {"FilePath", "names.nsf"}, {"GetView", AutomationObjectPtr(users)}};
     objects.classes["Notes.NotesSession"] = session;
   }
 
@@ -140,6 +140,7 @@ class FakeNotes {
   void AddUser(const std::string& key, const std::string& fullName, const std::string& address) {
     auto document = std::make_shared<FakeDocument>(record);
     document->properties["Key"] = key;
+    document->properties["UniversalID"] = "ID " + fullName;
     document->items = {{"FullName", fullName}, {"InternetAddress", address}};
     users->documents.push_back(document);
   }

@@ -25,15 +25,9 @@ std::string FirstText(AutomationObject& document, std::initializer_list<const ch
   return {};
 }
 
-NotesEntry EntryOf(AutomationObject& document) {
-  return {PlainName(FirstText(document, {"FullName", "ListName"})),
-          FirstText(document, {"InternetAddress", "MailAddress"})};
-}
-
 // A book lists an entry once for each of its names, so that one may match more than once.
 std::optional<NotesEntry> FindInBook(AutomationObject& book, const std::string& name) {
-  if (!TruthOf(book.Get("IsOpen"))) book.Call("Open", Arguments({"", ""}));
-  const auto users = ObjectOf(book.Call("GetView", Arguments({kUsers})));
+  const auto users = OpenUsersView(book);
   if (users == nullptr) return std::nullopt;
   const auto matches =
       RequireNotesObject(users->Call("GetAllDocumentsByKey", Arguments({name, true})),
@@ -41,7 +35,7 @@ std::optional<NotesEntry> FindInBook(AutomationObject& book, const std::string& 
   std::optional<NotesEntry> found;
   auto document = ObjectOf(matches->Call("GetFirstDocument"));
   for (std::int32_t seen = 0; document != nullptr && seen < kMostMatches; ++seen) {
-    auto entry = EntryOf(*document);
+    auto entry = ReadNotesEntry(*document);
     const bool isNamed = !entry.name.empty();
     if (isNamed && found && !EqualsIgnoreCase(found->name, entry.name)) {
       throw AutomationError(notes::kAmbiguousName,
@@ -54,6 +48,16 @@ std::optional<NotesEntry> FindInBook(AutomationObject& book, const std::string& 
 }
 
 }  // namespace
+
+NotesEntry ReadNotesEntry(AutomationObject& document) {
+  return {PlainName(FirstText(document, {"FullName", "ListName"})),
+          FirstText(document, {"InternetAddress", "MailAddress"})};
+}
+
+AutomationObjectPtr OpenUsersView(AutomationObject& book) {
+  if (!TruthOf(book.Get("IsOpen"))) book.Call("Open", Arguments({"", ""}));
+  return ObjectOf(book.Call("GetView", Arguments({kUsers})));
+}
 
 NotesEntry FindInAddressBooks(AutomationObject& session, const std::string& name) {
   std::exception_ptr failure;

@@ -19,7 +19,11 @@ std::string NoText(std::int32_t) {
 NotesBackEnd::NotesBackEnd(const NotesPorts& ports)
     : ports_(ports),
       session_(ports.objects, ports.workstation, ports.files),
-      diagnostic_(ports.messageBox, kBoxTitle, NoText) {}
+      diagnostic_(ports.messageBox, kBoxTitle, NoText),
+      books_(session_, [this](const MailRequest& request, const std::string& context,
+                              const std::function<void()>& operation) {
+        return Run(request, context, operation);
+      }) {}
 
 MailResult NotesBackEnd::Run(const MailRequest& request, const std::string& context,
                              const std::function<void()>& operation) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "backends/Diagnostic.h"
+#include "backends/notes/NotesAddressBooks.h"
 #include "backends/notes/NotesFolders.h"
 #include "backends/notes/NotesSession.h"
 #include "mail/BackEnd.h"
@@ -46,6 +47,7 @@ class NotesBackEnd final : public BackEnd {
   MailResult GetFolderList(MailRequest& request, const std::string& parent, bool returnSpecs,
                            bool allCategories, std::vector<std::string>& folders) override;
   MailResult FolderExists(MailRequest& request, const std::string& folder, bool& exists) override;
+  AddressBooks* Books() override { return &books_; }
   void Shutdown(std::int32_t savedHandle) override;
 
   // As Active Messaging has them: the session (null when there is no client), the document and the
@@ -75,6 +77,7 @@ class NotesBackEnd final : public BackEnd {
   NotesPorts ports_;
   NotesSession session_;
   Diagnostic diagnostic_;
+  NotesAddressBooks books_;
   AutomationObjectPtr document_;
   AutomationObjectPtr folder_;
 };

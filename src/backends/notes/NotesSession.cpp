@@ -112,6 +112,7 @@ void NotesSession::Use(AutomationObjectPtr clients) {
 void NotesSession::End() {
   database_ = nullptr;
   session_ = nullptr;
+  ++number_;
 }
 
 }  // namespace quillon

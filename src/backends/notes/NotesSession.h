@@ -8,6 +8,7 @@
 //     AddressBooks                   list of databases, not open yet
 //   database:
 //     IsOpen
+//     Title, Server, FilePath        of an address book; Title of one that is open
 //     OpenMail()                     the mail file of the user
 //     Open(server, file)             ("", "") for one of AddressBooks
 //     GetView(name)                  a view or folder; Nothing when there is none of the name
@@ -52,10 +53,11 @@
 // Items that are written: Form, SendTo, CopyTo, BlindCopyTo, Subject, Body, Principal, ReplyTo,
 // Sign, Encrypt, Importance, DeliveryPriority, DeliveryReport, ReturnReceipt, $KeepPrivate. Items
 // that are read: Subject, From, SendTo, CopyTo, BlindCopyTo, ReplyTo, PostedDate, DeliveredDate
-// (dates), Importance, ReturnReceipt, $MessageID, Body; in address books FullName, ListName,
-// InternetAddress, MailAddress. Views: "($Inbox)", in address books "($Users)".
+// (dates), Importance, ReturnReceipt, $MessageID, Body; in address books Form, FullName,
+// ListName, InternetAddress, MailAddress. Views: "($Inbox)", in address books "($Users)".
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "backends/notes/NotesIni.h"
@@ -84,6 +86,9 @@ class NotesSession {
   // Forgets session and database: there is nothing to log off from.
   void End();
 
+  // Which of all sessions this is, as long as it is not ended.
+  std::uint64_t Number() const noexcept { return number_; }
+
  private:
   void ForgetLostDatabase();
   AutomationObjectPtr OpenOwnMailFile();
@@ -95,6 +100,7 @@ class NotesSession {
   AutomationObjectPtr session_;
   AutomationObjectPtr database_;
   std::string databaseName_;  // the post office that it was opened for
+  std::uint64_t number_ = 1;
 };
 
 }  // namespace quillon
