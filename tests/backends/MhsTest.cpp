@@ -10,11 +10,13 @@
 #include "backends/mhs/MhsErrorText.h"
 #include "backends/mhs/MhsMailSystem.h"
 #include "backends/mhs/MhsNames.h"
+#include "backends/mhs/NetDirTable.h"
 #include "backends/mhs/SmfAddress.h"
 #include "backends/mhs/SmfDate.h"
 #include "backends/mhs/SmfReader.h"
 #include "backends/mhs/SmfWriter.h"
 #include "core/WholeFile.h"
+#include "mail/AddressBooks.h"
 #include "support/FaultyFileSystem.h"
 #include "support/TestWorld.h"
 
@@ -455,6 +457,132 @@ TEST_F(MhsTest, SeveralProgramsAtOnceLoseNothing) {
   EXPECT_EQ(0, failures);
   EXPECT_EQ(static_cast<std::size_t>(kSenders * kEach), deleted.size());
   EXPECT_EQ(Texts{}, FilesIn("PARCEL"));
+}
+
+TEST(NetDir, LinesThatAreEntries) {
+  const std::string braces = "bob@host {SMTP/bob@example.com}";
+  const struct {
+    std::string line;
+    const char* entry;
+  } kLines[] = {
+      {"bob@sales", "bob@sales|bob@sales"},
+      {" \tbob@sales (Bob Cook)\t", "Bob Cook|bob@sales"},
+      {"\"Bob Cook\" <bob@sales>", "Bob Cook|bob@sales"},
+      {braces + " (Bob)", "Bob|bob@host {SMTP/bob@example.com}"},
+      {"; bob@sales", ""},
+      {"# bob@sales", ""},
+      {"bob", ""},
+      {"", ""},
+      {"ann@a, bob@b", ""},
+      {"Bob <bob@sales", ""},
+      {"Bob <bob>", ""},
+      {std::string("bob@sales\0x", 11), ""},
+      {"bob@sales (" + std::string(1000, 'x') + ")", ""},
+  };
+  for (const auto& test : kLines) {
+    const auto entry = NetDirEntry(test.line);
+    EXPECT_EQ(test.entry, entry ? entry->name + "|" + entry->address : "") << test.line;
+  }
+}
+
+// Wherever the pieces are cut, the same comes out.
+TEST(NetDir, PiecesOfAFile) {
+  const std::string file =
+      "a@x\r\n\nb@x\r; no\n" + std::string(60, 'y') + "@x\nc@x\n\x1A" + "d@x\n";
+  for (std::size_t size = 20; size < file.size() + 2; ++size) {
+    std::string found;
+    NetDirPiece read;
+    std::size_t at = 0;
+    for (bool isLast = false; !isLast && !read.isEnd; at += read.bytes) {
+      isLast = at + size >= file.size();
+      read = ReadNetDir(std::string_view(file).substr(at, size), isLast, read.isCut);
+      ASSERT_GT(read.bytes, 0U);
+      for (const auto& entry : read.entries) found += entry.address.substr(0, 2);
+    }
+    EXPECT_EQ(size > 62 ? "a@b@yyc@" : "a@b@c@", found) << size;
+  }
+}
+
+class MhsAddressBookTest : public MhsTest {
+ protected:
+  MhsAddressBookTest() {
+    std::filesystem::create_directories(volume.Path("MHS/MAIL/PUBLIC"));
+    world.configuration.WriteString("MHS", "Workgroup", "acme");
+  }
+
+  std::string Open(const std::string& name) {
+    return FailureOf([&] {
+      server.WithAddressBooks("OpenAddressBook", MemberKind::Method,
+                              [&](AddressBooks& books, MailRequest& request) {
+                                return books.Open(request, name, book);
+                              });
+    });
+  }
+  // What comes, or what has failed.
+  std::string Fetch() {
+    std::vector<AddressEntry> entries;
+    auto text = FailureOf([&] {
+      server.WithAddressBooks(
+          "MoveNext", MemberKind::Method,
+          [&](AddressBooks&, MailRequest& request) { return book->Fetch(request, entries, more); });
+    });
+    for (const auto& entry : entries) text += entry.name + "|" + entry.address + ";";
+    return text;
+  }
+
+  std::unique_ptr<OpenAddressBook> book;
+  bool more = true;
+};
+
+TEST_F(MhsAddressBookTest, TheTableAndThenTheUsers) {
+  std::filesystem::create_directories(volume.Path("MHS/MAIL/USERS/Carl"));
+  Write("USERS/file", "");
+  Write("PUBLIC/NETDIR.TAB",
+        "M\x81ller <mueller@sales>\r\nBOB@ACME (Bob Baker)\r\nMueller@Sales\r\n");
+  EXPECT_EQ("5614 Address book not found", Open("Other"));
+  EXPECT_EQ("", Open("mhs"));
+  EXPECT_EQ("M\xC3\xBCller|mueller@sales;Bob Baker|BOB@ACME;", Fetch());
+  EXPECT_TRUE(more);
+  EXPECT_EQ("ann|ann@acme;Carl|Carl@acme;", Fetch());
+  EXPECT_FALSE(more);
+}
+
+TEST_F(MhsAddressBookTest, ALargeTableIsReadAsItIsWalked) {
+  std::string table;
+  for (int i = 0; i < 20000; ++i) table += "user" + std::to_string(i) + "@sales\r\n";
+  Write("PUBLIC/NETDIR.TAB", table + std::string(10000, 'x') + "\r\nlast@sales");
+  Open("");
+  const auto before = world.faulty.calls;
+  const auto first = Fetch();
+  EXPECT_TRUE(first.starts_with("user0@sales|"));
+  EXPECT_LT(world.faulty.calls, before + 5);
+  std::string all = first;
+  while (more) all += Fetch();
+  EXPECT_EQ(20003, std::count(all.begin(), all.end(), ';'));
+  EXPECT_TRUE(all.ends_with("last@sales|last@sales;ann|ann@acme;bob|bob@acme;"));
+}
+
+TEST_F(MhsAddressBookTest, WithoutATableOrWithOneThatCannotBeRead) {
+  Open("");
+  EXPECT_EQ("ann|ann@acme;bob|bob@acme;", Fetch());
+  EXPECT_FALSE(more);
+  Write("PUBLIC/NETDIR.TAB", "a@x");
+  Open("");
+  world.faulty.readBudget = 0;
+  EXPECT_EQ("5613 Could not read address book", Fetch());
+  world.faulty.readBudget = 100000;
+  EXPECT_EQ("a@x|a@x;", Fetch());
+}
+
+TEST_F(MhsAddressBookTest, ABookIsOfOneLogin) {
+  const std::string kClosed = "751 The Address Book is not open.";
+  Open("");
+  server.Logout();
+  EXPECT_EQ(kClosed, Fetch());
+  Open("");
+  server.Put(Property::loginName, std::string("bob"));
+  server.Login();
+  EXPECT_EQ(kClosed, Fetch());
 }
 
 }  // namespace

@@ -54,7 +54,12 @@ void SaveAttachments(FileSystem& files, const CodePage& codePage, const MhsInbox
 }  // namespace
 
 MhsBackEnd::MhsBackEnd(const MhsPorts& ports)
-    : ports_(ports), diagnostic_(ports.messageBox, kTitle, MhsErrorText) {}
+    : ports_(ports),
+      diagnostic_(ports.messageBox, kTitle, MhsErrorText),
+      books_(ports.files, codePage_,
+             [this](MailRequest& request, const std::function<void(const MhsAccount&)>& operation) {
+               return Run(request, operation);
+             }) {}
 
 MailResult MhsBackEnd::Run(MailRequest& request,
                            const std::function<void(const MhsAccount&)>& operation) {

@@ -15,6 +15,7 @@
 
 #include "backends/Diagnostic.h"
 #include "backends/mhs/MhsAccount.h"
+#include "backends/mhs/MhsAddressBooks.h"
 #include "codec/CodePage437.h"
 #include "mail/BackEnd.h"
 #include "ports/FileSystem.h"
@@ -43,6 +44,7 @@ class MhsBackEnd final : public BackEnd {
   MailResult LoadMessage(MailRequest& request) override;
   MailResult DeleteMessage(MailRequest& request) override;
   MailResult UnreadCount(MailRequest& request, std::int32_t& count) override;
+  AddressBooks* Books() override { return &books_; }
 
  private:
   MailResult Run(MailRequest& request, const std::function<void(const MhsAccount&)>& operation);
@@ -50,6 +52,7 @@ class MhsBackEnd final : public BackEnd {
   MhsPorts ports_;
   Diagnostic diagnostic_;
   CodePage437 codePage_;
+  MhsAddressBooks books_;
 };
 
 }  // namespace quillon
