@@ -48,7 +48,9 @@ if(server_main AND idl_present)
   add_executable(quillon WIN32 ${server_main} "${generated}/quillon.rc")
   set_source_files_properties("${generated}/quillon.rc" PROPERTIES
     OBJECT_DEPENDS "${generated}/quillon.tlb;${PROJECT_SOURCE_DIR}/cmake/quillon.exe.manifest;\
-${PROJECT_SOURCE_DIR}/src/automation/quillon.ico")
+${PROJECT_SOURCE_DIR}/src/automation/quillon.ico;\
+${PROJECT_SOURCE_DIR}/src/dialogs/win32/dialogs.rc;\
+${PROJECT_SOURCE_DIR}/src/dialogs/win32/resource.h")
   target_include_directories(quillon PRIVATE "${generated}" cmake)
   target_link_libraries(quillon PRIVATE quillon_options quillon_automation)
   # The map tells what an address in a crash report was, which the stripped program cannot.

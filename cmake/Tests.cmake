@@ -59,6 +59,19 @@ if(NOT WIN32)
 endif()
 if(WIN32)
   quillon_test(win32)
+  if(TARGET test_dialogs)
+    # The windows of the program are resources of its test too, which shows them to nobody.
+    enable_language(RC)
+    set(resources "${PROJECT_BINARY_DIR}/generated/idl/test_dialogs.rc")
+    file(CONFIGURE OUTPUT "${resources}"
+      CONTENT "#include \"dialogs/win32/dialogs.rc\"\n1 24 \"quillon.exe.manifest\"\n")
+    set(dialog_resources "${PROJECT_SOURCE_DIR}/src/dialogs/win32")
+    set_source_files_properties("${resources}" PROPERTIES OBJECT_DEPENDS
+      "${dialog_resources}/dialogs.rc;${dialog_resources}/resource.h;\
+${PROJECT_SOURCE_DIR}/cmake/quillon.exe.manifest")
+    target_sources(test_dialogs PRIVATE "${resources}" "${PROJECT_SOURCE_DIR}/tests/win32/main.cpp")
+    target_include_directories(test_dialogs PRIVATE cmake)
+  endif()
   add_dependencies(test_win32 double_badprovider)
   quillon_test(automation quillon_automation)
   if(TARGET test_automation)

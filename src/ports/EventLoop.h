@@ -49,6 +49,12 @@ class EventLoop {
   // Runs one round of what is ready now, without waiting.
   virtual void RunPending() = 0;
 
+  // Fires the timers that are due, for those who are called by a loop of somebody else's.
+  void RunTimers() {
+    Wait wait(*this);
+    wait.EndRound(Now());
+  }
+
   // Runs the work on the loop's thread, in the order posted. Callable from any thread while the
   // loop lives.
   virtual void Post(std::function<void()> work) = 0;

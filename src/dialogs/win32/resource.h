@@ -1,0 +1,39 @@
+// The numbers of the dialogs and of what is in them; read by the resource compiler too.
+#ifndef QUILLON_DIALOGS_RESOURCE_H
+#define QUILLON_DIALOGS_RESOURCE_H
+
+// NOLINTBEGIN(modernize-macro-to-enum): the resource compiler knows no enumerations
+#define IDI_PROGRAM 1
+
+#define IDC_NONE (-1)
+
+#define IDD_SEND 100
+#define IDC_TO_LABEL 1001
+#define IDC_TO 1002
+#define IDC_CC_LABEL 1003
+#define IDC_CC 1004
+#define IDC_BCC_LABEL 1005
+#define IDC_BCC 1006
+#define IDC_SUBJECT_LABEL 1007
+#define IDC_SUBJECT 1008
+#define IDC_TEXT_LABEL 1009
+#define IDC_TEXT 1010
+#define IDC_ADDRESSES 1011
+#define IDC_ATTACHMENTS 1012
+#define IDC_FILES 1013
+#define IDC_IMPORTANCE_LABEL 1014
+#define IDC_IMPORTANCE 1015
+#define IDC_RECEIPT 1016
+#define IDC_FAILURE_ICON 1017
+#define IDC_FAILURE 1018
+
+#define IDD_ATTACHMENTS 101
+#define IDC_LIST_LABEL 1101
+#define IDC_LIST 1102
+#define IDC_ADD 1103
+#define IDC_REMOVE 1104
+#define IDC_RENAME 1105
+#define IDC_LIST_FAILURE 1106
+// NOLINTEND(modernize-macro-to-enum)
+
+#endif
