@@ -1,5 +1,6 @@
 #include "automation/StartNotice.h"
 
+#include "platform/win32/Desktop.h"
 #include "platform/win32/WideText.h"
 
 namespace quillon {
@@ -29,7 +30,7 @@ bool WriteToConsole(const std::wstring& text) {
 }
 
 void Tell(DWORD stream, const std::wstring& line, const std::wstring& text, UINT icon) {
-  if (Write(GetStdHandle(stream), line) || WriteToConsole(line)) return;
+  if (Write(GetStdHandle(stream), line) || WriteToConsole(line) || !HasDesktop()) return;
   MessageBoxW(nullptr, text.c_str(), L"Quillon", MB_OK | MB_SETFOREGROUND | icon);
 }
 

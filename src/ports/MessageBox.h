@@ -1,4 +1,5 @@
-// Shows one message to the user and waits until it is dismissed.
+// Shows one message to the user and waits until it is dismissed. Where there is no user to see it,
+// it is not shown.
 #pragma once
 
 #include <string>

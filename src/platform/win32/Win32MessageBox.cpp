@@ -2,11 +2,13 @@
 
 #include <windows.h>
 
+#include "platform/win32/Desktop.h"
 #include "platform/win32/WideText.h"
 
 namespace quillon {
 
 void Win32MessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
+  if (!HasDesktop()) return;
   const UINT look = icon == Icon::Critical ? MB_ICONERROR : 0;
   MessageBoxW(nullptr, WideFromUtf8(text).c_str(), WideFromUtf8(title).c_str(),
               MB_OK | MB_TASKMODAL | MB_SETFOREGROUND | look);

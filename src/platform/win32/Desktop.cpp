@@ -1,4 +1,4 @@
-#include "dialogs/win32/Desktop.h"
+#include "platform/win32/Desktop.h"
 
 #include <windows.h>
 
