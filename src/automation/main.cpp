@@ -32,6 +32,7 @@
 #include "backends/vim/VimMailSystem.h"
 #include "backends/vines/VinesBackEnd.h"
 #include "backends/vines/VinesMailSystem.h"
+#include "dialogs/win32/Win32MailDialog.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
 #include "mail/AsynchNotifier.h"
@@ -52,7 +53,6 @@
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"
 #include "ports/LoginPrompt.h"
-#include "ports/MailDialog.h"
 #include "ports/MailSystemDialog.h"
 #include "ports/Network.h"
 #include "server/ConfigurationFile.h"
@@ -99,7 +99,7 @@ struct Application {
   Win32Workstation workstation;
   Win32MessageBox messageBox;
   NoLoginPrompt loginPrompt;
-  NoMailDialog mailDialog;
+  Win32MailDialog mailDialog{*loop, *files};
   NoMailSystemDialog mailSystemDialog;
   const std::string configurationFile =
       ConfigurationPath(*files, programDirectory, UserDirectory());

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,10 @@ class BackEnd {
   virtual void SetSessionObject(const AutomationObjectPtr& session);
   virtual AutomationObjectPtr MessageObject();
   virtual AutomationObjectPtr FolderObject();
+
+  // What Send returns when NativeMailDialog is on and the user closes the mail system's own window
+  // without sending. Nothing where there is no such window.
+  virtual std::optional<std::int32_t> NumberOfCancelledDialog() const { return std::nullopt; }
 
   // Null where the mail system has no address books.
   virtual AddressBooks* Books() { return nullptr; }

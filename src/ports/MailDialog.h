@@ -24,19 +24,29 @@ struct MailForm {
   bool receipt = false;
 };
 
-// What the window asks of the program while it is open. A failure is returned as its words, for the
-// window to show; empty is success. The window stays, with all that was typed.
+// Where something can be done about a failure.
+enum class MailField { None, To, Cc, Bcc, Files };
+
+// Nothing has failed when there are no words.
+struct MailFailure {
+  std::string text;
+  MailField field = MailField::None;
+};
+
+// What the window asks of the program while it is open. The window shows a failure and stays, with
+// all that was typed.
 class MailDialogHost {
  public:
   virtual ~MailDialogHost() = default;
 
-  // Takes some time, during which messages are dispatched.
-  virtual std::string Send(const MailForm& form) = 0;
+  // Takes some time, during which messages are dispatched. `window` is the one that others, which
+  // are opened meanwhile, belong to.
+  virtual MailFailure Send(const MailForm& form, std::int32_t window) = 0;
 
   // Whether ChooseAddresses has something to show.
   virtual bool HasAddressBook() = 0;
   // Puts what the user chooses into the three lines of recipients.
-  virtual std::string ChooseAddresses(MailForm& form) = 0;
+  virtual MailFailure ChooseAddresses(MailForm& form, std::int32_t window) = 0;
 };
 
 class MailDialog {
@@ -49,6 +59,12 @@ class MailDialog {
 
   virtual ~MailDialog() = default;
 
+  // Whether there is a user who could see a window of any mail system.
+  virtual bool Available() = 0;
+
+  // Brings the window to the front if it is open, and tells whether it is.
+  virtual bool Raise() = 0;
+
   // Returns when the window has gone. `owner` is a window of the client, 0 for none.
   virtual Answer Show(const std::string& caption, std::int32_t owner, const MailForm& form,
                       MailDialogHost& host) = 0;
@@ -57,6 +73,8 @@ class MailDialog {
 // For a program without windows.
 class NoMailDialog final : public MailDialog {
  public:
+  bool Available() override { return false; }
+  bool Raise() override { return false; }
   Answer Show(const std::string&, std::int32_t, const MailForm&, MailDialogHost&) override {
     return Answer::Unavailable;
   }

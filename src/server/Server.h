@@ -129,6 +129,10 @@ class Server {
   std::vector<std::string> Folders(const char* member, const std::string& parent,
                                    std::int16_t returnSpecs, std::int16_t allCategories);
 
+  // Whether the message has been sent, and not the window closed.
+  bool SendInNativeDialog(std::int32_t cancelled);  // the number of a closed window
+  bool SendInOwnDialog();
+
   AutomationObjectPtr ObjectOf(const char* member, AutomationObjectPtr (BackEnd::*object)());
 
   // A member that is one call of a back end.

@@ -164,15 +164,6 @@ ShortBool Server::FolderExists(const std::string& theFolderSpec) {
   return ToShortBool(exists);
 }
 
-// The dialogs have no implementation yet: what needs them says so.
-
-void Server::ShowMailDialog() {
-  frame_.Run("ShowMailDialog", MemberKind::Method, [&] {
-    dispatch_.EnsureSystem();
-    throw ServerError(error_code::kNotSupported);
-  });
-}
-
 void Server::ShowMailSystemDialog() {
   frame_.Run("ShowMailSystemDialog", MemberKind::Method,
              [&] { throw ServerError(error_code::kNotSupported); });

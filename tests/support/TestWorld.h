@@ -78,6 +78,27 @@ class FakeWorkstation final : public Workstation {
   int probes = 0;
 };
 
+// A user at the send dialog: `use` does what he does in it.
+class FakeMailDialog final : public MailDialog {
+ public:
+  bool Available() override { return use != nullptr; }
+  bool Raise() override { return open > 0; }
+  Answer Show(const std::string& shownCaption, std::int32_t shownOwner, const MailForm& form,
+              MailDialogHost& host) override {
+    ++open;
+    caption = shownCaption;
+    owner = shownOwner;
+    const auto answer = use(form, host);
+    --open;
+    return answer;
+  }
+
+  std::function<Answer(const MailForm& form, MailDialogHost& host)> use;
+  std::string caption;
+  std::int32_t owner = 0;
+  int open = 0;
+};
+
 // Makes the objects that the workstation has; they know their version and nothing else.
 class WorkstationObjects final : public AutomationObjects {
  public:
@@ -158,7 +179,7 @@ struct TestWorld {
   std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
   SharedState shared;
   RecordingMessageBox messageBox;
-  NoMailDialog mailDialog;
+  FakeMailDialog mailDialog;
   NoMailSystemDialog mailSystemDialog;
   FakeWorkstation workstation;
   MapiMailSystem mapi{workstation, *files};

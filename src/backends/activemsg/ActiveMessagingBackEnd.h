@@ -44,6 +44,7 @@ class ActiveMessagingBackEnd final : public BackEnd {
   MailResult Login(MailRequest& request) override;
   MailResult Logout(MailRequest& request) override;
   MailResult Send(MailRequest& request) override;
+  std::optional<std::int32_t> NumberOfCancelledDialog() const override;
   MailResult LoadMessageHeaders(MailRequest& request) override;
   MailResult LoadMessage(MailRequest& request) override;
   MailResult DeleteMessage(MailRequest& request) override;

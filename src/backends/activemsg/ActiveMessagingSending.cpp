@@ -74,6 +74,10 @@ MailResult ActiveMessagingBackEnd::Send(MailRequest& request) {
   return Run(request, "Error sending mail (MAPISendMailQLN_OLE)", [&] { SendMessage(request); });
 }
 
+std::optional<std::int32_t> ActiveMessagingBackEnd::NumberOfCancelledDialog() const {
+  return active_messaging::kUserAbort;
+}
+
 void ActiveMessagingBackEnd::SendMessage(MailRequest& request) {
   const auto session = LogOn(request);
   const OutgoingFiles attachments(ports_.files, request);

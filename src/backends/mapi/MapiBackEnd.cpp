@@ -260,6 +260,10 @@ MailResult MapiBackEnd::SetSessionHandle(MailRequest&, std::int32_t) {
   return {};
 }
 
+std::optional<std::int32_t> MapiBackEnd::NumberOfCancelledDialog() const {
+  return static_cast<std::int32_t>(mapi::kUserAbort);
+}
+
 // The handle of the last Server is one of those that are open, or a client's, who ends it himself.
 void MapiBackEnd::Shutdown(std::int32_t) {
   for (const auto session : std::exchange(open_, {})) ports_.library.Logoff(session, 0);

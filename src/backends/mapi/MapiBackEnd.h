@@ -43,6 +43,7 @@ class MapiBackEnd final : public BackEnd {
   MailResult ResolveName(MailRequest& request, const std::string& name, bool withAddress,
                          std::string& resolved) override;
   MailResult SetSessionHandle(MailRequest& request, std::int32_t handle) override;
+  std::optional<std::int32_t> NumberOfCancelledDialog() const override;
   void Shutdown(std::int32_t savedHandle) override;
 
  private:
