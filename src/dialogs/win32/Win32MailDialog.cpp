@@ -1,6 +1,6 @@
 #include "dialogs/win32/Win32MailDialog.h"
 
-#include "dialogs/win32/Desktop.h"
+#include "platform/win32/Desktop.h"
 
 namespace quillon {
 
