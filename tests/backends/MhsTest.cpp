@@ -539,7 +539,7 @@ TEST_F(MhsAddressBookTest, TheTableAndThenTheUsers) {
   Write("USERS/file", "");
   Write("PUBLIC/NETDIR.TAB",
         "M\x81ller <mueller@sales>\r\nBOB@ACME (Bob Baker)\r\nMueller@Sales\r\n");
-  EXPECT_EQ("5614 Address book not found", Open("Other"));
+  EXPECT_EQ("529 Address book does not exist.", Open("Other"));
   EXPECT_EQ("", Open("mhs"));
   EXPECT_EQ("M\xC3\xBCller|mueller@sales;Bob Baker|BOB@ACME;", Fetch());
   EXPECT_TRUE(more);

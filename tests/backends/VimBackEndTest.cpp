@@ -618,7 +618,7 @@ TEST_F(VimAddressBookTest, EntriesComeAsTheyAreFetched) {
       "BookNames", MemberKind::Property,
       [&](AddressBooks& books, MailRequest& request) { return books.Names(request, names); });
   EXPECT_EQ((Lines{"Private", "Public"}), names);
-  EXPECT_EQ("4015 Name not found", OpenBook(*server, "Other"));
+  EXPECT_EQ("529 Address book does not exist.", OpenBook(*server, "Other"));
   EXPECT_EQ("", OpenBook(*server, ""));
   library.calls.clear();
   EXPECT_EQ("50 and more", Fetch());
@@ -641,7 +641,7 @@ TEST_F(VimAddressBookTest, EntriesComeAsTheyAreFetched) {
 
 TEST_F(VimAddressBookTest, ALibraryThatFailsOrNeverEnds) {
   library.books.clear();
-  EXPECT_EQ("4015 Name not found", OpenBook(*server, ""));
+  EXPECT_EQ("529 Address book does not exist.", OpenBook(*server, ""));
   library.books = {{"Public", {{"ann", {}}, {"bob", {}}, {"eve", {}}}}};
   for (const auto* const call : {"EnumerateAddressBooks", "OpenAddressBook"}) {
     library.failures = {{call, 258}};

@@ -20,7 +20,6 @@ namespace quillon {
 namespace {
 
 constexpr const char* kReadFailed = "Error reading the address book";
-constexpr const char* kOpenFailed = "Error opening the address book";
 
 constexpr std::size_t kPiece = 4096;
 constexpr std::uint64_t kMostOfTable = 16U * 1024 * 1024;
@@ -121,7 +120,7 @@ MailResult MhsAddressBooks::Open(MailRequest& request, const std::string& name,
                                  std::unique_ptr<OpenAddressBook>& book) {
   return frame_(request, [&](const MhsAccount& account) {
     if (!name.empty() && !EqualsIgnoreCase(name, kMhsBook)) {
-      throw MhsFailure(kOpenFailed, mhs::kNoBook);
+      throw ServerError(error_code::kInvalidValue, "Address book does not exist.");
     }
     book = std::make_unique<MhsOpenBook>(files_, codePage_, frame_, account);
   });

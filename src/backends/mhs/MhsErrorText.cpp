@@ -22,7 +22,6 @@ constexpr std::array kTexts{
     ErrorRow{mhs::kNotMarked, "Could not mark message as read"},
     ErrorRow{mhs::kUnknownUser, "Unknown user"},
     ErrorRow{mhs::kBookNotRead, "Could not read address book"},
-    ErrorRow{mhs::kNoBook, "Address book not found"},
 };
 
 }  // namespace

@@ -22,7 +22,6 @@ inline constexpr std::int32_t kTooLong = 610;
 inline constexpr std::int32_t kNotMarked = 611;
 inline constexpr std::int32_t kUnknownUser = 612;
 inline constexpr std::int32_t kBookNotRead = 613;
-inline constexpr std::int32_t kNoBook = 614;
 
 }  // namespace mhs
 

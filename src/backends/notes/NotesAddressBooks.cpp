@@ -139,7 +139,7 @@ MailResult NotesAddressBooks::Open(MailRequest& request, const std::string& name
       return name.empty() || EqualsIgnoreCase(each.name, name);
     });
     if (found == books.end()) {
-      throw AutomationError(notes::kDatabaseNotOpen, "There is no such address book.");
+      throw ServerError(error_code::kInvalidValue, "Address book does not exist.");
     }
     const auto view = RequireNotesObject(OpenUsersView(*found->object),
                                          "The address book has no list of its names.");

@@ -16,6 +16,10 @@ namespace {
 
 constexpr std::size_t kEntriesAtOnce = 50;
 
+ServerError NoSuchBook() {
+  return ServerError(error_code::kInvalidValue, "Address book does not exist.");
+}
+
 class VimOpenBook final : public OpenAddressBook {
  public:
   VimOpenBook(Vim& library, VimSessions& sessions, const Diagnostic& diagnostic,
@@ -30,7 +34,7 @@ class VimOpenBook final : public OpenAddressBook {
   ~VimOpenBook() override { sessions_.CloseBook(session_, handle_); }
 
   MailResult Fetch(MailRequest& request, std::vector<AddressEntry>& entries, bool& more) override {
-    if (!sessions_.HasBook(request.instance, session_, handle_)) {
+    if (sessions_.NumberOf(request.instance) != session_ || !sessions_.HasBook(session_, handle_)) {
       throw ServerError(error_code::kAddressBookClosed);
     }
     return RunVim(diagnostic_, request, [&] { FetchNext(entries, more); });
@@ -65,6 +69,18 @@ class VimOpenBook final : public OpenAddressBook {
 
 }  // namespace
 
+std::unique_ptr<OpenAddressBook> VimAddressBooks::OpenNamed(const MailRequest& request,
+                                                            const std::string& name) {
+  try {
+    const auto handle = sessions_.OpenBook(request.instance, name);
+    return std::make_unique<VimOpenBook>(library_, sessions_, diagnostic_,
+                                         sessions_.NumberOf(request.instance), handle);
+  } catch (const VimFailure& failure) {
+    if (failure.Number() == vim::kNameNotFound) throw NoSuchBook();
+    throw;
+  }
+}
+
 MailResult VimAddressBooks::Names(MailRequest& request, std::vector<std::string>& names) {
   return RunVim(diagnostic_, request, [&] {
     sessions_.OpenOnDemand(request);
@@ -79,12 +95,10 @@ MailResult VimAddressBooks::Open(MailRequest& request, const std::string& name,
     auto wanted = name;
     if (wanted.empty()) {
       const auto names = VimBookNames(library_, VimSessions::HandleOf(request.instance));
-      if (names.empty()) throw VimFailure({}, vim::kNameNotFound);
+      if (names.empty()) throw NoSuchBook();
       wanted = names.front();
     }
-    const auto handle = sessions_.OpenBook(request.instance, wanted);
-    book = std::make_unique<VimOpenBook>(library_, sessions_, diagnostic_,
-                                         sessions_.NumberOf(request.instance), handle);
+    book = OpenNamed(request, wanted);
   });
 }
 

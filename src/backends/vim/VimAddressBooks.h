@@ -23,6 +23,8 @@ class VimAddressBooks final : public AddressBooks {
                   std::unique_ptr<OpenAddressBook>& book) override;
 
  private:
+  std::unique_ptr<OpenAddressBook> OpenNamed(const MailRequest& request, const std::string& name);
+
   Vim& library_;
   VimSessions& sessions_;
   const Diagnostic& diagnostic_;

@@ -165,11 +165,12 @@ void VimSessions::CloseBook(std::uint64_t sessionNumber, vim::Handle book) {
   }
 }
 
-bool VimSessions::HasBook(const InstanceState& instance, std::uint64_t sessionNumber,
-                          vim::Handle book) const {
-  if (NumberOf(instance) != sessionNumber) return false;
-  const auto& books = sessions_.at(HandleOf(instance)).books;
-  return std::find(books.begin(), books.end(), book) != books.end();
+bool VimSessions::HasBook(std::uint64_t sessionNumber, vim::Handle book) const {
+  return std::any_of(sessions_.begin(), sessions_.end(), [&](const auto& each) {
+    const auto& books = each.second.books;
+    return each.second.number == sessionNumber &&
+           std::find(books.begin(), books.end(), book) != books.end();
+  });
 }
 
 std::uint64_t VimSessions::NumberOf(const InstanceState& instance) const {

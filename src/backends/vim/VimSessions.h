@@ -40,8 +40,7 @@ class VimSessions {
   // when it has ended with its session, and takes no notice of what VIM says to it.
   vim::Handle OpenBook(const InstanceState& instance, const std::string& name);
   void CloseBook(std::uint64_t sessionNumber, vim::Handle book);
-  // Whether it is open, and the instance still has the session.
-  bool HasBook(const InstanceState& instance, std::uint64_t sessionNumber, vim::Handle book) const;
+  bool HasBook(std::uint64_t sessionNumber, vim::Handle book) const;
 
   // Which of all sessions this is that have been worked with; 0 when there is none. A handle may be
   // used again by VIM, a number is not.
