@@ -210,6 +210,51 @@ typedef struct QuillonReading {
 #define QUILLON_READ_PEEK 1u     /* the message stays unread, if it is */
 #define QUILLON_READ_NO_FILES 2u /* without its files: NewFile is not called */
 
+/* An entry of an address book. The name may be empty when there is an address, and the other way
+   round. */
+typedef struct QuillonEntry {
+  QuillonUint32 size;
+  QuillonUint32 flags; /* QUILLON_ENTRY_... */
+  QuillonText name;
+  QuillonText address; /* as in QuillonParty */
+} QuillonEntry;
+
+#define QUILLON_ENTRY_GROUP 1u /* a group of people, or a list */
+
+typedef struct QuillonBooks {
+  QuillonUint32 size;
+  QuillonUint32 flags; /* 0 */
+  void* context;
+  /* To be called once for the name of each address book: the one that most users want first. No
+     two have the same name, whatever its case. Any other result than 0 ends it as in
+     QuillonListing. */
+  QuillonInt32(QUILLON_CALL* Found)(void* context, const QuillonText* name);
+} QuillonBooks;
+
+/* A part of an address book: books may be long, and are read as they are walked through. */
+typedef struct QuillonEntries {
+  QuillonUint32 size;
+  QuillonUint32 flags; /* 0 */
+  QuillonText book;    /* its name, as it was passed */
+  QuillonUint32 from;  /* so many entries, from the beginning, are known already: leave them out */
+  QuillonUint32 most;  /* so many are enough; it is not wrong to find more */
+  void* context;
+  /* To be called once for each entry, in the order of the book. Not to be called at all says that
+     there are no entries from there on. Any other result than 0 ends it as in QuillonListing. */
+  QuillonInt32(QUILLON_CALL* Found)(void* context, const QuillonEntry* entry);
+} QuillonEntries;
+
+typedef struct QuillonChoice {
+  QuillonUint32 size;
+  QuillonUint32 flags; /* 0 */
+  QuillonUint32 partyCount;
+  const QuillonParty* parties; /* who is chosen at the beginning */
+  void* context;
+  /* To be called once for each who is chosen in the end, with QUILLON_TO, QUILLON_CC or QUILLON_BCC
+     as the kind. Any other result than 0 ends it as in QuillonListing. */
+  QuillonInt32(QUILLON_CALL* Chosen)(void* context, const QuillonParty* party);
+} QuillonChoice;
+
 /*
  * The functions of a provider. Any but Login may be null: then the operation is answered with
  * QUILLON_NOT_SUPPORTED, or as it says there.
@@ -252,6 +297,13 @@ typedef struct QuillonProviderTable {
      failed. Calls `Text` once, or not at all for a number without a text. */
   void(QUILLON_CALL* ErrorText)(QuillonInt32 number, void* context,
                                 void(QUILLON_CALL* Text)(void* context, const QuillonText* text));
+
+  /* The address books, which take both of these. */
+  QuillonInt32(QUILLON_CALL* Books)(const QuillonCall* call, const QuillonBooks* books);
+  QuillonInt32(QUILLON_CALL* Entries)(const QuillonCall* call, const QuillonEntries* entries);
+  /* Lets the user choose in a window of the mail system; QUILLON_CANCELLED when he closes it
+     without. Null: there is no such window. */
+  QuillonInt32(QUILLON_CALL* ChooseAddresses)(const QuillonCall* call, const QuillonChoice* choice);
 } QuillonProviderTable;
 
 /*

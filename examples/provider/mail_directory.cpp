@@ -13,6 +13,8 @@ namespace sample {
 namespace {
 
 constexpr char kBetween = '\t';  // a name and an address
+constexpr char kBook[] = "Book";
+constexpr char kUsers[] = "Users";
 
 // What comes from outside becomes part of a path only when it can be nothing but one name in it.
 const std::string& Checked(const std::string& name) {
@@ -237,6 +239,48 @@ void MailDirectory::Move(const std::string& user, const std::string& id,
   const fs::path target = FolderOf(user, folder);
   if (!fs::is_directory(target)) throw Failure{kNoFolder, folder};
   fs::rename(path, target / path.filename());
+}
+
+std::vector<std::string> MailDirectory::Books() const {
+  std::vector<std::string> books;
+  if (fs::exists(root_ / "book.txt")) books.push_back(kBook);
+  books.push_back(kUsers);
+  return books;
+}
+
+std::vector<Entry> MailDirectory::Entries(const std::string& book, std::size_t from,
+                                          std::size_t most) const {
+  if (book == kBook) return BookEntries(from, most);
+  if (book != kUsers) throw Failure{kNoBook, book};
+  const auto all = UserEntries();
+  const auto begin = all.begin() + static_cast<std::ptrdiff_t>(std::min(from, all.size()));
+  const auto left = static_cast<std::size_t>(all.end() - begin);
+  return {begin, begin + static_cast<std::ptrdiff_t>(std::min(most, left))};
+}
+
+std::vector<Entry> MailDirectory::BookEntries(std::size_t from, std::size_t most) const {
+  std::vector<Entry> entries;
+  std::ifstream file(root_ / "book.txt", std::ios::binary);
+  std::size_t number = 0;
+  for (std::string line; entries.size() < most && std::getline(file, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty() || number++ < from) continue;
+    const bool isGroup = line.front() == '*';
+    const auto party = PartyFrom(0, line.substr(isGroup ? 1 : 0));
+    entries.push_back({party.name, party.address, isGroup});
+  }
+  return entries;
+}
+
+std::vector<Entry> MailDirectory::UserEntries() const {
+  std::vector<Entry> entries;
+  for (const auto& entry : fs::directory_iterator(root_)) {
+    const std::string name = Utf8From(entry.path().filename());
+    if (entry.is_directory() && name.front() != '.') entries.push_back({name, name, false});
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](const Entry& left, const Entry& right) { return left.name < right.name; });
+  return entries;
 }
 
 }  // namespace sample

@@ -1,5 +1,6 @@
 // Mail in plain files, as the sample provider keeps it:
 //
+//   DIRECTORY/book.txt                        optional: an address book, see Entries
 //   DIRECTORY/<user>/password.txt             optional: what Login has to be given
 //   DIRECTORY/<user>/<folder>/<message>/      "inbox", "sent", or any other folder
 //       message.txt                           header lines, an empty line, the text
@@ -29,6 +30,7 @@ enum Number {
   kNoFolder = 3005,
   kBadName = 3006,
   kFilesFailed = 3007,
+  kNoBook = 3008,
 };
 
 // Ends an operation with a number. `about` is for the text that is shown to the user.
@@ -48,6 +50,12 @@ struct Party {
   int kind = 0;  // as QuillonParty has it
   std::string name;
   std::string address;
+};
+
+struct Entry {
+  std::string name;
+  std::string address;
+  bool isGroup = false;
 };
 
 struct Attachment {
@@ -84,10 +92,18 @@ class MailDirectory {
   bool IsUnread(const std::string& user, const std::string& id) const;
   void MarkRead(const std::string& user, const std::string& id) const;
   void Delete(const std::string& user, const std::string& id) const;
+  // "Book" for book.txt, where it is there, and "Users" for all who have a directory.
+  std::vector<std::string> Books() const;
+  // Up to `most` entries behind the first `from`. A line of book.txt is a name, a tab and an
+  // address; a name that begins with "*" is a group's. Throws kNoBook.
+  std::vector<Entry> Entries(const std::string& book, std::size_t from, std::size_t most) const;
+
   // The folder has to be there.
   void Move(const std::string& user, const std::string& id, const std::string& folder) const;
 
  private:
+  std::vector<Entry> BookEntries(std::size_t from, std::size_t most) const;
+  std::vector<Entry> UserEntries() const;
   fs::path FolderOf(const std::string& user, const std::string& folder) const;
   fs::path MessageAt(const std::string& user, const std::string& id) const;
 

@@ -237,6 +237,29 @@ QuillonInt32 QUILLON_CALL SetSession(const QuillonCall* call) {
   return Run([&] { SessionOf(call); });
 }
 
+QuillonInt32 QUILLON_CALL Books(const QuillonCall* call, const QuillonBooks* books) {
+  return Run([&] {
+    for (const auto& name : SessionOf(call).mail.Books()) {
+      const QuillonText text = TextFrom(name);
+      if (books->Found(books->context, &text) != 0) return;
+    }
+  });
+}
+
+QuillonInt32 QUILLON_CALL Entries(const QuillonCall* call, const QuillonEntries* part) {
+  return Run([&] {
+    const Session& session = SessionOf(call);
+    for (const auto& entry : session.mail.Entries(TextOf(part->book), part->from, part->most)) {
+      QuillonEntry record{};
+      record.size = sizeof record;
+      record.flags = entry.isGroup ? QUILLON_ENTRY_GROUP : 0;
+      record.name = TextFrom(entry.name);
+      record.address = TextFrom(entry.address);
+      if (part->Found(part->context, &record) != 0) return;
+    }
+  });
+}
+
 const char* MeaningOf(QuillonInt32 number) {
   switch (number) {
     case sample::kNoUser:
@@ -253,6 +276,8 @@ const char* MeaningOf(QuillonInt32 number) {
       return "The name cannot be used";
     case sample::kFilesFailed:
       return "The files of the mail directory could not be read or written";
+    case sample::kNoBook:
+      return "There is no such address book";
     default:
       return nullptr;
   }
@@ -276,7 +301,8 @@ void QUILLON_CALL ErrorText(QuillonInt32 number, void* context,
 
 }  // namespace
 
-// Members that are not named are null: this mail system's sessions keep their numbers.
+// Members that are not named are null: this mail system's sessions keep their numbers, and it
+// has no window to choose addresses from.
 extern "C" const QuillonProviderTable* QUILLON_CALL QuillonProviderGetTable(QuillonUint32 version) {
   static QuillonProviderTable table{};
   table.size = sizeof table;
@@ -291,5 +317,7 @@ extern "C" const QuillonProviderTable* QUILLON_CALL QuillonProviderGetTable(Quil
   table.UnreadCount = &UnreadCount;
   table.SetSession = &SetSession;
   table.ErrorText = &ErrorText;
+  table.Books = &Books;
+  table.Entries = &Entries;
   return version == QUILLON_PROVIDER_VERSION ? &table : nullptr;
 }

@@ -74,6 +74,11 @@ bool ProviderCopy::Copy(const QuillonParty* from, QuillonUint32 count,
   return true;
 }
 
+bool ProviderCopy::Copy(const QuillonEntry& from, ProviderEntry& to) const {
+  to.isGroup = (from.flags & QUILLON_ENTRY_GROUP) != 0;
+  return Copy(from.name, to.name) && Copy(from.address, to.address);
+}
+
 bool ProviderCopy::Copy(const QuillonHeader& from, ProviderHeader& to) const {
   to.date = TimeOf(from.date);
   to.importance = from.importance;

@@ -39,6 +39,7 @@ class ProviderCopy {
 
   bool Copy(const QuillonParty& from, ProviderParty& to) const;
   bool Copy(const QuillonParty* from, QuillonUint32 count, std::vector<ProviderParty>& to) const;
+  bool Copy(const QuillonEntry& from, ProviderEntry& to) const;
   bool Copy(const QuillonHeader& from, ProviderHeader& to) const;
   bool Copy(const QuillonMessage& from, ProviderMessage& to) const;
 

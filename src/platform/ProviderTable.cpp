@@ -18,6 +18,9 @@ constexpr QuillonInt32 kEnd = 1;
 // A library that goes on after so many of these never ends by itself.
 constexpr int kPatience = 1000;
 
+constexpr std::size_t kMostBooks = 1000;
+constexpr std::size_t kMostChosen = 100000;
+
 template <class Record>
 Record NewRecord() {
   Record record{};
@@ -181,6 +184,53 @@ QuillonInt32 QUILLON_CALL OnNewFile(void* context, const QuillonText* given, Qui
   });
 }
 
+// What a library finds is gathered up to `most`.
+template <class Found>
+struct GatherContext {
+  Callbacks callbacks;
+  std::size_t most;
+  std::vector<Found> found = {};
+
+  // Takes one that has been copied, or has not.
+  bool Take(bool isCopied, Found one) {
+    if (!isCopied) return callbacks.End(provider::kBadData);
+    found.push_back(std::move(one));
+    return found.size() < most;
+  }
+};
+using BooksContext = GatherContext<std::string>;
+using EntriesContext = GatherContext<ProviderEntry>;
+using ChoiceContext = GatherContext<ProviderParty>;
+
+QuillonInt32 QUILLON_CALL OnBook(void* context, const QuillonText* given) {
+  auto& books = *static_cast<BooksContext*>(context);
+  return books.callbacks.Answer([&] {
+    std::string name;
+    const bool isCopied = books.callbacks.Copy().Copy(given, name) && !name.empty();
+    return books.Take(isCopied, std::move(name));
+  });
+}
+
+QuillonInt32 QUILLON_CALL OnEntry(void* context, const QuillonEntry* given) {
+  auto& entries = *static_cast<EntriesContext*>(context);
+  return entries.callbacks.Answer([&] {
+    const auto& copy = entries.callbacks.Copy();
+    QuillonEntry record;
+    ProviderEntry entry;
+    const bool isCopied = copy.Copy(given, record) && copy.Copy(record, entry);
+    return entries.Take(isCopied, std::move(entry));
+  });
+}
+
+QuillonInt32 QUILLON_CALL OnChosen(void* context, const QuillonParty* given) {
+  auto& choice = *static_cast<ChoiceContext*>(context);
+  return choice.callbacks.Answer([&] {
+    std::vector<ProviderParty> party;
+    const bool isCopied = choice.callbacks.Copy().Copy(given, 1, party);
+    return choice.Take(isCopied, isCopied ? std::move(party.front()) : ProviderParty());
+  });
+}
+
 struct TextContext {
   Callbacks callbacks;
   std::string text = {};
@@ -326,6 +376,57 @@ std::int32_t ProviderTable::GetSession(const ProviderCall& call, std::int32_t& s
 std::int32_t ProviderTable::SetSession(const ProviderCall& call) {
   const auto callRecord = CallFrom(call);
   return Call(table_.SetSession, &callRecord);
+}
+
+bool ProviderTable::HasAddressBooks() {
+  return table_.Books != nullptr && table_.Entries != nullptr;
+}
+
+bool ProviderTable::HasAddressWindow() {
+  return table_.ChooseAddresses != nullptr;
+}
+
+std::int32_t ProviderTable::Books(const ProviderCall& call, std::vector<std::string>& names) {
+  const auto callRecord = CallFrom(call);
+  BooksContext context{Callbacks(guard_), kMostBooks};
+  auto record = NewRecord<QuillonBooks>();
+  record.context = &context;
+  record.Found = &OnBook;
+  const auto result = context.callbacks.Result(Call(table_.Books, &callRecord, &record));
+  names = std::move(context.found);
+  return result;
+}
+
+std::int32_t ProviderTable::Entries(const ProviderCall& call, const ProviderEntries& part,
+                                    std::vector<ProviderEntry>& entries) {
+  const auto callRecord = CallFrom(call);
+  EntriesContext context{Callbacks(guard_), part.most};
+  auto record = NewRecord<QuillonEntries>();
+  record.book = TextFrom(part.book);
+  record.from = part.from;
+  record.most = part.most;
+  record.context = &context;
+  record.Found = &OnEntry;
+  const auto result = context.callbacks.Result(Call(table_.Entries, &callRecord, &record));
+  entries = std::move(context.found);
+  return result;
+}
+
+std::int32_t ProviderTable::ChooseAddresses(const ProviderCall& call,
+                                            std::vector<ProviderParty>& parties) {
+  const auto callRecord = CallFrom(call);
+  std::vector<QuillonParty> before;
+  before.reserve(parties.size());
+  for (const auto& party : parties) before.push_back(PartyFrom(party));
+  ChoiceContext context{Callbacks(guard_), kMostChosen};
+  auto record = NewRecord<QuillonChoice>();
+  record.partyCount = static_cast<QuillonUint32>(before.size());
+  record.parties = before.data();
+  record.context = &context;
+  record.Chosen = &OnChosen;
+  const auto result = context.callbacks.Result(Call(table_.ChooseAddresses, &callRecord, &record));
+  if (result == provider::kSuccess) parties = std::move(context.found);
+  return result;
 }
 
 std::string ProviderTable::ErrorText(std::int32_t number) {

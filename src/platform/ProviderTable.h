@@ -44,6 +44,13 @@ class ProviderTable : public MailProvider {
                            std::uint32_t& count) override;
   std::int32_t GetSession(const ProviderCall& call, std::int32_t& session) override;
   std::int32_t SetSession(const ProviderCall& call) override;
+  bool HasAddressBooks() override;
+  bool HasAddressWindow() override;
+  std::int32_t Books(const ProviderCall& call, std::vector<std::string>& names) override;
+  std::int32_t Entries(const ProviderCall& call, const ProviderEntries& part,
+                       std::vector<ProviderEntry>& entries) override;
+  std::int32_t ChooseAddresses(const ProviderCall& call,
+                               std::vector<ProviderParty>& parties) override;
   std::string ErrorText(std::int32_t number) override;
 
  private:

@@ -111,6 +111,19 @@ struct ProviderReading {
   bool withoutFiles = false;
 };
 
+struct ProviderEntry {
+  std::string name;
+  std::string address;
+  bool isGroup = false;
+};
+
+// The part of an address book that begins behind the first `from` entries.
+struct ProviderEntries {
+  std::string book;
+  std::uint32_t from = 0;
+  std::uint32_t most = 0;  // no more come
+};
+
 class MailProvider {
  public:
   // Takes a header; false when that is enough.
@@ -142,6 +155,17 @@ class MailProvider {
                                    std::uint32_t& count) = 0;
   virtual std::int32_t GetSession(const ProviderCall& call, std::int32_t& session) = 0;
   virtual std::int32_t SetSession(const ProviderCall& call) = 0;
+
+  // Whether the library has them, and a window to choose from.
+  virtual bool HasAddressBooks() = 0;
+  virtual bool HasAddressWindow() = 0;
+  virtual std::int32_t Books(const ProviderCall& call, std::vector<std::string>& names) = 0;
+  // None, with success, behind the last one.
+  virtual std::int32_t Entries(const ProviderCall& call, const ProviderEntries& part,
+                               std::vector<ProviderEntry>& entries) = 0;
+  // `parties`: who is chosen before, and after a success.
+  virtual std::int32_t ChooseAddresses(const ProviderCall& call,
+                                       std::vector<ProviderParty>& parties) = 0;
 
   // Empty when the library has no text for the number.
   virtual std::string ErrorText(std::int32_t number) = 0;

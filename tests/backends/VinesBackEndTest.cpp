@@ -4,6 +4,7 @@
 #include "backends/vines/VinesBackEnd.h"
 #include "backends/vines/VinesMailSystem.h"
 #include "core/WholeFile.h"
+#include "mail/AddressBooks.h"
 #include "support/RecordingProvider.h"
 #include "support/TestWorld.h"
 
@@ -291,6 +292,87 @@ TEST_F(VinesBackEndTest, NumbersReachTheClientAsTheyAre) {
   const auto decoded = server->DecodeError(static_cast<std::int32_t>(0x80040000U + 3001));
   EXPECT_EQ(20, decoded.mailSystem);
   EXPECT_EQ("Nobody of that name.", decoded.message);
+}
+
+class VinesAddressBookTest : public VinesBackEndTest {
+ protected:
+  std::string With(const Server::AddressBookCall& call) {
+    return FailureOf([&] { server->WithAddressBooks("Name", MemberKind::Property, call); });
+  }
+  std::string Open(const std::string& name) {
+    return With(
+        [&](AddressBooks& books, MailRequest& request) { return books.Open(request, name, book); });
+  }
+  // How many there are then, or what has failed.
+  std::string Fetch() {
+    const auto failure = With(
+        [&](AddressBooks&, MailRequest& request) { return book->Fetch(request, entries, more); });
+    return failure.empty() ? std::to_string(entries.size()) + (more ? " and more" : "") : failure;
+  }
+  std::string Show() {
+    return With(
+        [&](AddressBooks& books, MailRequest& request) { return books.Show(request, choice); });
+  }
+
+  std::unique_ptr<OpenAddressBook> book;
+  std::vector<AddressEntry> entries;
+  AddressChoice choice;
+  bool more = true;
+};
+
+TEST_F(VinesAddressBookTest, EntriesComeInParts) {
+  for (int i = 0; i < 60; ++i) library.people.push_back({"p" + std::to_string(i), "a", i == 59});
+  Calls names;
+  EXPECT_EQ("", With([&](AddressBooks& books, MailRequest& request) {
+              return books.Names(request, names);
+            }));
+  EXPECT_EQ((Calls{"People", "Lists"}), names);
+  EXPECT_EQ("529 Address book does not exist.", Open("None"));
+  EXPECT_EQ("", Open("lists"));
+  EXPECT_EQ("50 and more", Fetch());
+  library.failures = {{"Entries", 3001}};
+  EXPECT_EQ("3001 Nobody of that name.", Fetch());
+  library.failures.clear();
+  EXPECT_EQ("60 and more", Fetch());
+  EXPECT_EQ("60", Fetch());
+  EXPECT_EQ("Entries Lists 60", library.calls.back());
+  EXPECT_EQ("p0p59", entries[0].name + entries[59].name);
+  EXPECT_TRUE(!entries[0].isGroup && entries[59].isGroup);
+  for (const bool again : {false, true}) {
+    Open("");
+    server->Logout();
+    if (again) server->Login();
+    EXPECT_EQ("751 The Address Book is not open.", Fetch());
+  }
+}
+
+TEST_F(VinesAddressBookTest, WhatTheLibraryHasNot) {
+  const std::string kNoFunction = "754 Address Book function not supported for this mail system.";
+  library.failures = {{"Books", provider::kNotSupported}};
+  EXPECT_EQ(kNoFunction, Open(""));
+  library.hasWindow = false;
+  EXPECT_EQ(kNoFunction, Show());
+  library.hasBooks = false;
+  EXPECT_EQ("753 No Address Book support for this mail system.", Open(""));
+  library.failures = {{"Load", provider::kMissing}};
+  server->Logout();
+  EXPECT_EQ("3990 The provider library was not found, or cannot be loaded.", Open(""));
+}
+
+TEST_F(VinesAddressBookTest, TheWindowBeginsAndEndsWithWhoIsChosen) {
+  choice = {{{"ann", {}}}, {{"bob", {}}}, {{"eve", {}}}};
+  library.chosen = {{provider::kBcc, "Joe", "joe@x"}, {provider::kTo, "Max", {}}};
+  EXPECT_EQ("", Show());
+  EXPECT_EQ("ChooseAddresses 0 1ann 2bob 3eve", library.calls.back());
+  EXPECT_TRUE(choice.cc.empty());
+  EXPECT_EQ("Max|Joe|joe@x",
+            choice.to.at(0).name + "|" + choice.bcc.at(0).name + "|" + choice.bcc.at(0).address);
+  library.failures = {{"ChooseAddresses", provider::kCancelled}};
+  EXPECT_EQ("522 User selected cancel in mail dialog.", Show());
+  library.failures.clear();
+  library.chosen = {{0, "Joe", {}}};
+  EXPECT_EQ("3993 The provider library gave data that cannot be.", Show());
+  EXPECT_EQ("Max", choice.to.at(0).name);
 }
 
 }  // namespace

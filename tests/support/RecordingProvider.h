@@ -82,6 +82,26 @@ class RecordingProvider final : public MailProvider {
   std::int32_t SetSession(const ProviderCall& call) override {
     return Record("SetSession", std::to_string(call.session));
   }
+  bool HasAddressBooks() override { return hasBooks; }
+  bool HasAddressWindow() override { return hasWindow; }
+  std::int32_t Books(const ProviderCall& call, std::vector<std::string>& names) override {
+    names = {"People", "Lists"};
+    return Record("Books", std::to_string(call.session));
+  }
+  std::int32_t Entries(const ProviderCall&, const ProviderEntries& part,
+                       std::vector<ProviderEntry>& entries) override {
+    for (auto i = part.from; i < people.size() && entries.size() < part.most; ++i) {
+      entries.push_back(people[i]);
+    }
+    return Record("Entries", part.book + " " + std::to_string(part.from));
+  }
+  std::int32_t ChooseAddresses(const ProviderCall& call,
+                               std::vector<ProviderParty>& parties) override {
+    std::string before = std::to_string(call.window);
+    for (const auto& party : parties) before += " " + std::to_string(party.kind) + party.name;
+    if (!failures.contains("ChooseAddresses")) parties = chosen;
+    return Record("ChooseAddresses", before);
+  }
   std::string ErrorText(std::int32_t number) override {
     return number == 3001 ? "Nobody of that name." : std::string();
   }
@@ -94,6 +114,10 @@ class RecordingProvider final : public MailProvider {
   std::vector<std::string> paths;  // of files that were made
   std::map<std::string, std::int32_t> failures;
   std::map<std::int32_t, std::int32_t> renumbered;
+  bool hasBooks = true;
+  bool hasWindow = true;
+  std::vector<ProviderEntry> people;
+  std::vector<ProviderParty> chosen;
   std::uint32_t unread = 0;
   std::int32_t nextSession = 41;
 

@@ -87,6 +87,7 @@ TEST_F(ProviderLibraryTest, WhatAnOlderLibraryLacksIsNotSupported) {
   EXPECT_EQ(library.ErrorText(3001), "");
   EXPECT_EQ(library.Delete({}, "id"), provider::kNotSupported);
   EXPECT_EQ(library.Logout({}), provider::kSuccess);
+  EXPECT_FALSE(library.HasAddressBooks() || library.HasAddressWindow());
 }
 
 TEST_F(ProviderLibraryTest, WhatItPassesIsNotTrusted) {
@@ -124,6 +125,40 @@ TEST_F(ProviderLibraryTest, WhatItPassesIsNotTrusted) {
   for (const auto& [how, result] : readings) {
     Behave(how);
     EXPECT_EQ(Read(), result) << how;
+  }
+}
+
+TEST_F(ProviderLibraryTest, NorIsWhatItPassesOfAddressBooks) {
+  ASSERT_EQ(library.Load(Library()), provider::kSuccess);
+  const struct {
+    const char* how;
+    std::int32_t books;
+    std::int32_t entries;
+    std::int32_t choice;
+  } kCases[] = {
+      {"", provider::kSuccess, provider::kSuccess, provider::kSuccess},
+      {"short record", provider::kSuccess, provider::kSuccess, provider::kSuccess},
+      {"no end", provider::kBroken, provider::kBroken, provider::kSuccess},
+      {"nameless book", provider::kBadData, provider::kSuccess, provider::kSuccess},
+      {"book nowhere", provider::kBadData, provider::kSuccess, provider::kSuccess},
+      {"text nowhere", provider::kSuccess, provider::kBadData, provider::kSuccess},
+      {"record nowhere", provider::kSuccess, provider::kBadData, provider::kBadData},
+      {"long text", provider::kSuccess, provider::kSuccess, provider::kBadData},
+      {"cancelled", provider::kSuccess, provider::kSuccess, provider::kCancelled},
+  };
+  for (const auto& test : kCases) {
+    Behave(test.how);
+    std::vector<std::string> names;
+    EXPECT_EQ(library.Books({}, names), test.books) << test.how;
+    std::vector<ProviderEntry> entries;
+    EXPECT_EQ(library.Entries({}, {"book", 0, 3}, entries), test.entries) << test.how;
+    if (test.entries == provider::kSuccess) {
+      ASSERT_EQ(entries.size(), 1U) << test.how;
+      EXPECT_EQ(entries[0].address, std::string(test.how) == "short record" ? "" : "address");
+    }
+    std::vector<ProviderParty> parties{{provider::kCc, "before", {}}};
+    EXPECT_EQ(library.ChooseAddresses({}, parties), test.choice) << test.how;
+    EXPECT_EQ(parties.at(0).name, test.choice == provider::kSuccess ? "ann" : "before") << test.how;
   }
 }
 

@@ -20,10 +20,6 @@ namespace {
 constexpr const char* kTitle = "VINES Mail Error";
 constexpr auto kMostUnread = std::uint32_t{std::numeric_limits<std::int32_t>::max()};
 
-ProviderCall CallOf(const MailRequest& request) {
-  return {request.instance.session.handle, request.shared.ownerWindow};
-}
-
 // Throws ServerError 529 for a path with an empty name in it.
 ProviderFolder FolderOf(const MailRequest& request, const std::string& path) {
   auto names = SplitFolderPath(path, request.instance.folderDelimiter);
@@ -36,7 +32,12 @@ ProviderFolder FolderOf(const MailRequest& request, const std::string& path) {
 VinesBackEnd::VinesBackEnd(const VinesPorts& ports)
     : ports_(ports),
       provider_(ports.library.Provider()),
-      diagnostic_(ports.messageBox, kTitle, VinesErrorText) {}
+      diagnostic_(ports.messageBox, kTitle, VinesErrorText),
+      books_(provider_, [this](MailRequest& request, const char* context,
+                               const std::function<std::int32_t()>& call) {
+        auto result = LoginOnDemand(request);
+        return result.Succeeded() ? ResultOf(request, context, call()) : result;
+      }) {}
 
 MailResult VinesBackEnd::ResultOf(const MailRequest& request, const char* context,
                                   std::int32_t number) const {
@@ -81,7 +82,7 @@ MailResult VinesBackEnd::Logout(MailRequest& request) {
   auto& session = request.instance.session;
   if (session.loggedIn && !session.isClients) {
     auto result =
-        ResultOf(request, "Failed to log out (Logout)", provider_.Logout(CallOf(request)));
+        ResultOf(request, "Failed to log out (Logout)", provider_.Logout(VinesCallOf(request)));
     if (!result.Succeeded()) return result;
     open_.erase(session.handle);
   }
@@ -94,7 +95,8 @@ MailResult VinesBackEnd::Send(MailRequest& request) {
   if (!result.Succeeded()) return result;
   const OutgoingFiles files(ports_.files, request);
   const auto message = VinesMessageOf(request, ports_.files, files);
-  return ResultOf(request, "Error sending mail (Send)", provider_.Send(CallOf(request), message));
+  return ResultOf(request, "Error sending mail (Send)",
+                  provider_.Send(VinesCallOf(request), message));
 }
 
 MailResult VinesBackEnd::LoadMessageHeaders(MailRequest& request) {
@@ -124,16 +126,16 @@ MailResult VinesBackEnd::List(const MailRequest& request, HeaderTable& table) {
     return table.size() < most;
   };
   return ResultOf(request, "Error getting mail headers (List)",
-                  provider_.List(CallOf(request), listing, found));
+                  provider_.List(VinesCallOf(request), listing, found));
 }
 
 MailResult VinesBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
   auto result = LoginOnDemand(request);
   if (!result.Succeeded()) return result;
   std::uint32_t unread = 0;
-  result = ResultOf(
-      request, "Error counting unread messages (UnreadCount)",
-      provider_.UnreadCount(CallOf(request), FolderOf(request, request.instance.folder), unread));
+  result = ResultOf(request, "Error counting unread messages (UnreadCount)",
+                    provider_.UnreadCount(VinesCallOf(request),
+                                          FolderOf(request, request.instance.folder), unread));
   if (result.Succeeded()) count = static_cast<std::int32_t>(std::min(unread, kMostUnread));
   return result;
 }
@@ -146,7 +148,7 @@ MailResult VinesBackEnd::LoadMessage(MailRequest& request) {
                                 withoutFiles};
   ReceivedFiles received(ports_.files, request);
   ProviderMessage message;
-  const auto read = provider_.Read(CallOf(request), reading, message,
+  const auto read = provider_.Read(VinesCallOf(request), reading, message,
                                    [&](const std::string& name) { return received.NewFile(name); });
   result = ResultOf(request, "Error getting mail message (Read)", read);
   if (result.Succeeded()) TakeVinesMessage(request, std::move(message), received);
@@ -157,7 +159,7 @@ MailResult VinesBackEnd::DeleteMessage(MailRequest& request) {
   auto result = LoginOnDemand(request);
   if (!result.Succeeded()) return result;
   return ResultOf(request, "Error deleting mail message (Delete)",
-                  provider_.Delete(CallOf(request), CurrentVinesMessage(request)));
+                  provider_.Delete(VinesCallOf(request), CurrentVinesMessage(request)));
 }
 
 MailResult VinesBackEnd::MoveCopyMessage(MailRequest& request, const std::string& folder,
@@ -165,9 +167,16 @@ MailResult VinesBackEnd::MoveCopyMessage(MailRequest& request, const std::string
   if (copy) throw ServerError(error_code::kNotSupported);
   auto result = LoginOnDemand(request);
   if (!result.Succeeded()) return result;
-  return ResultOf(
-      request, "Error moving mail message (Move)",
-      provider_.Move(CallOf(request), CurrentVinesMessage(request), FolderOf(request, folder)));
+  return ResultOf(request, "Error moving mail message (Move)",
+                  provider_.Move(VinesCallOf(request), CurrentVinesMessage(request),
+                                 FolderOf(request, folder)));
+}
+
+// A library that cannot be asked fails with the first operation.
+AddressBooks* VinesBackEnd::Books() {
+  const bool isKnown = ports_.library.Load() == provider::kSuccess;
+  const bool hasBooks = provider_.HasAddressBooks() || provider_.HasAddressWindow();
+  return isKnown && !hasBooks ? nullptr : &books_;
 }
 
 // The session may have another number by now, or have ended by itself.
@@ -176,7 +185,7 @@ MailResult VinesBackEnd::GetSessionHandle(MailRequest& request, std::int32_t& ha
   if (!session.loggedIn) return {};
   const auto before = session.handle;
   auto now = before;
-  const auto number = provider_.GetSession(CallOf(request), now);
+  const auto number = provider_.GetSession(VinesCallOf(request), now);
   if (number == provider::kNotSupported) return {};
   auto result = ResultOf(request, "Error getting session (GetSession)", number);
   if (!result.Succeeded() || now == before) return result;

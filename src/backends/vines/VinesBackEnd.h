@@ -11,6 +11,7 @@
 #include <string>
 
 #include "backends/Diagnostic.h"
+#include "backends/vines/VinesAddressBooks.h"
 #include "backends/vines/VinesLibrary.h"
 #include "mail/BackEnd.h"
 #include "ports/FileSystem.h"
@@ -40,6 +41,7 @@ class VinesBackEnd final : public BackEnd {
   MailResult UnreadCount(MailRequest& request, std::int32_t& count) override;
   MailResult GetSessionHandle(MailRequest& request, std::int32_t& handle) override;
   MailResult SetSessionHandle(MailRequest& request, std::int32_t handle) override;
+  AddressBooks* Books() override;
   void Shutdown(std::int32_t savedHandle) override;
 
  private:
@@ -51,6 +53,7 @@ class VinesBackEnd final : public BackEnd {
   VinesPorts ports_;
   MailProvider& provider_;
   Diagnostic diagnostic_;
+  VinesAddressBooks books_;
   std::set<std::int32_t> open_;  // sessions that were begun here
 };
 

@@ -49,6 +49,10 @@ std::int32_t CountOf(const std::string& recipients) {
 
 }  // namespace
 
+ProviderCall VinesCallOf(const MailRequest& request) {
+  return {request.instance.session.handle, request.shared.ownerWindow};
+}
+
 std::string VinesMailboxOf(const InstanceState& instance) {
   return "VINES " + UpperAscii(instance.loginName);
 }

@@ -12,6 +12,9 @@
 
 namespace quillon {
 
+// What a call of the library has of the request.
+ProviderCall VinesCallOf(const MailRequest& request);
+
 // Whose headers they are: the ones of a user are good in each of his sessions.
 std::string VinesMailboxOf(const InstanceState& instance);
 

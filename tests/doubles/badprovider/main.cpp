@@ -98,6 +98,33 @@ QuillonInt32 QUILLON_CALL Read(const QuillonCall*, const QuillonReading* reading
   return QUILLON_SUCCESS;
 }
 
+QuillonInt32 QUILLON_CALL Books(const QuillonCall*, const QuillonBooks* books) {
+  const QuillonText name = TextFrom(Does("nameless book") ? "" : "book");
+  do {
+    books->Found(books->context, Does("book nowhere") ? Nowhere<QuillonText>() : &name);
+  } while (Does("no end"));
+  return QUILLON_SUCCESS;
+}
+
+QuillonInt32 QUILLON_CALL Entries(const QuillonCall*, const QuillonEntries* part) {
+  QuillonEntry entry{};
+  entry.size = Does("short record") ? offsetof(QuillonEntry, address) : sizeof entry;
+  entry.name = TextFrom("ann");
+  entry.address = TextFrom("address");
+  if (Does("text nowhere")) entry.address.bytes = Nowhere<char>();
+  do {
+    part->Found(part->context, Does("record nowhere") ? Nowhere<QuillonEntry>() : &entry);
+  } while (Does("no end"));
+  return QUILLON_SUCCESS;
+}
+
+QuillonInt32 QUILLON_CALL ChooseAddresses(const QuillonCall*, const QuillonChoice* choice) {
+  QuillonParty party{QUILLON_TO, TextFrom("ann"), TextFrom("")};
+  if (Does("long text")) party.name.length = 0x7FFFFFFF;
+  choice->Chosen(choice->context, Does("record nowhere") ? Nowhere<QuillonParty>() : &party);
+  return Does("cancelled") ? QUILLON_CANCELLED : QUILLON_SUCCESS;
+}
+
 void QUILLON_CALL ErrorText(QuillonInt32, void* context,
                             void(QUILLON_CALL* text)(void*, const QuillonText*)) {
   const QuillonText good = TextFrom("text");
@@ -118,6 +145,9 @@ extern "C" const QuillonProviderTable* QUILLON_CALL QuillonProviderGetTable(Quil
   table.List = &List;
   table.Read = &Read;
   table.ErrorText = &ErrorText;
+  table.Books = &Books;
+  table.Entries = &Entries;
+  table.ChooseAddresses = &ChooseAddresses;
   if (Does("table nowhere")) return Nowhere<QuillonProviderTable>();
   if (Does("fault in table")) *Nowhere<volatile int>() = 1;
   return Does("no table") ? nullptr : &table;

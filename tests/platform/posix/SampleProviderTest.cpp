@@ -150,5 +150,28 @@ TEST_F(SampleProviderTest, FailuresHaveNumbersAndTextsAndLeaveNothing) {
   EXPECT_EQ(3003, sample.Logout(ann));
 }
 
+TEST_F(SampleProviderTest, AddressBooksComeInParts) {
+  Write("book.txt", "Carl Example\tcarl@elsewhere\r\n\n*All\tall@here\nNobody\n");
+  std::vector<std::string> books;
+  ASSERT_EQ(provider::kSuccess, sample.Books(ann, books));
+  EXPECT_EQ((std::vector<std::string>{"Book", "Users"}), books);
+  const auto part = [&](const char* book, std::uint32_t from, std::uint32_t most) {
+    std::vector<ProviderEntry> entries;
+    EXPECT_EQ(provider::kSuccess, sample.Entries(ann, {book, from, most}, entries));
+    std::string text;
+    for (const auto& entry : entries) {
+      text += (entry.isGroup ? "*" : "") + entry.name + "|" + entry.address + ";";
+    }
+    return text;
+  };
+  EXPECT_EQ("Carl Example|carl@elsewhere;*All|all@here;", part("Book", 0, 2));
+  EXPECT_EQ("Nobody|;", part("Book", 2, 2));
+  EXPECT_EQ("", part("Book", 3, 2));
+  EXPECT_EQ("bob|bob;", part("Users", 1, 9));
+  EXPECT_EQ("", part("Users", 9, 9));
+  std::vector<ProviderEntry> none;
+  EXPECT_EQ(3008, sample.Entries(ann, {"None", 0, 2}, none));
+}
+
 }  // namespace
 }  // namespace quillon::testing
