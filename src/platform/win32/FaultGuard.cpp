@@ -18,11 +18,9 @@ constexpr DWORD kUnwinding = 0x2 | 0x4;
 
 EXCEPTION_DISPOSITION __cdecl GoBack(EXCEPTION_RECORD* record, void* frame, CONTEXT*, void*) {
   if ((record->ExceptionFlags & kUnwinding) != 0) return ExceptionContinueSearch;
-  // The registers may hold anything after the unwinding. Only one thread makes guarded calls.
-  // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): it is for this line only.
-  static Frame* volatile target;
-  target = static_cast<Frame*>(frame);
   RtlUnwind(frame, nullptr, record, nullptr);
+  // The registers may hold anything after the unwinding, but the list begins with the frame now.
+  auto* const target = reinterpret_cast<Frame*>(__readfsdword(0));
   __builtin_longjmp(target->place.data(), 1);
 }
 
