@@ -17,6 +17,10 @@ bool ForeignLibrary::LoadFrom(const LibraryDirectory& place) {
   return module_ != nullptr || Open(place.Find(name_));
 }
 
+void ForeignLibrary::Unload() {
+  if (module_ != nullptr) FreeLibrary(std::exchange(module_, nullptr));
+}
+
 FARPROC ForeignLibrary::Address(const char* function) {
   return Load() ? GetProcAddress(module_, function) : nullptr;
 }

@@ -1,5 +1,5 @@
-// A library of another maker, loaded when it is first needed. It stays loaded, because it may hold
-// sessions, and its threads may be at work until the process ends.
+// A library of another maker, loaded when it is first needed. It stays loaded unless it is let go
+// of, because it may hold sessions, and its threads may be at work until the process ends.
 #pragma once
 
 #include <windows.h>
@@ -20,6 +20,8 @@ class ForeignLibrary {
   // Loads it now: from where libraries are looked for, or from a directory. Whether it is loaded.
   bool Load();
   bool LoadFrom(const LibraryDirectory& place);
+  // Lets go of it: for one that leaves nothing of its own behind.
+  void Unload();
 
   // Null when the library, or the function in it, is missing. A library that was missing is looked
   // for again the next time.
