@@ -52,7 +52,7 @@ endif()
 quillon_test(desk quillon_desk)
 
 foreach(layer core codec mail net platform internet backends addressbook dialer dialogs server)
-  quillon_test(${layer})
+  quillon_test(${layer} quillon_${layer})
 endforeach()
 if(NOT WIN32)
   target_link_libraries(test_platform PRIVATE sample_provider)

@@ -31,11 +31,13 @@ inline constexpr std::int32_t kReservedHeader = 545;
 inline constexpr std::int32_t kNoPostOffice = 546;
 inline constexpr std::int32_t kFileNotSpecified = 547;
 inline constexpr std::int32_t kNoFile = 548;
+inline constexpr std::int32_t kWindows16 = 550;
 inline constexpr std::int32_t kDataMissing = 551;
 inline constexpr std::int32_t kNoMailObject = 750;
 inline constexpr std::int32_t kAddressBookClosed = 751;
 inline constexpr std::int32_t kAddressBookNoSystem = 752;
 inline constexpr std::int32_t kNoAddressBook = 753;
 inline constexpr std::int32_t kAddressBookFunction = 754;
+inline constexpr std::int32_t kDialer = 7000;  // the numbers of dial-up begin here
 
 }  // namespace quillon::error_code

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "codec/Attachment.h"
@@ -90,6 +91,19 @@ struct SharedState {
   InternetSettings internet;
   ProcessSwitches switches;
   std::int32_t ownerWindow = 0;
+  std::int32_t dialerCount = 0;
+  ShortBool errorDisplay = kFalse;  // that of the Server which put it last; Dialers follow it
+
+  // The last Server goes. The next one finds everything as in a new process.
+  void StartAnew() {
+    SharedState anew;
+    anew.dialerCount = dialerCount;
+    if (dialerCount > 0) anew.errorDisplay = errorDisplay;
+    *this = std::move(anew);
+  }
+  void DialerLeaves() noexcept {
+    if (--dialerCount == 0 && instanceCount == 0) errorDisplay = kFalse;
+  }
 };
 
 }  // namespace quillon

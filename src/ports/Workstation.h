@@ -12,9 +12,18 @@ struct LibraryInfo {
   std::string fileVersion;  // as in "1.0.2536.0"; may be empty
 };
 
+enum class SystemFamily { Windows16, Windows95, WindowsNt };
+
+struct SystemVersion {
+  SystemFamily family = SystemFamily::WindowsNt;
+  std::string number;  // as in "10.0.19045"
+};
+
 class Workstation {
  public:
   virtual ~Workstation() = default;
+
+  virtual SystemVersion System() = 0;
 
   // Whether the library can be loaded; it is freed again at once. It is looked for beside the
   // program, in the system's directory and along the path, or else in the directory given (in

@@ -82,7 +82,7 @@ Server::~Server() {
   try {
     environment_.mailSystems.AsynchAbort();
     environment_.notifier.StartAnew();
-    shared = SharedState();
+    shared.StartAnew();
     const auto starts = log.Starts();
     dispatch_.SaveSession();
     environment_.mailSystems.Shutdown(

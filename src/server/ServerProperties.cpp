@@ -128,6 +128,7 @@ void Server::Put(Property property, const Value& value) {
     }
     WriteVariable(VariableOf(row, state_, environment_.shared), row, value);
     if (property == Property::ErrorDisplay) {
+      environment_.shared.errorDisplay = state_.errorDisplay;
       environment_.mailSystems.SetErrorDisplay(state_.errorDisplay == kTrue);
     } else if (property == Property::InternetLogging) {
       SwitchLog();

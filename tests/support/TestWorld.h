@@ -46,6 +46,7 @@ class RecordingMessageBox final : public MessageBoxPort {
 
 class FakeWorkstation final : public Workstation {
  public:
+  SystemVersion System() override { return system; }
   bool LibraryLoads(const std::string& name, const std::string& directory) override {
     ++probes;
     return libraries.contains(directory.empty() ? name : directory + "\\" + name);
@@ -69,6 +70,7 @@ class FakeWorkstation final : public Workstation {
   }
   std::string EnvironmentText(const std::string& name) override { return environment[name]; }
 
+  SystemVersion system{SystemFamily::WindowsNt, "10.0.19045"};
   std::set<std::string> libraries;
   std::map<std::string, double> objects;
   std::map<std::string, std::string> profile;

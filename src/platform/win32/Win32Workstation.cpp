@@ -77,7 +77,32 @@ std::string RegistryText(HKEY root, const std::string& key, const std::string& v
   return Utf8FromWide(text.c_str());
 }
 
+SystemFamily FamilyOf(DWORD platform) {
+  switch (platform) {
+    case VER_PLATFORM_WIN32s:  // 32-bit programs on Windows 3.1
+      return SystemFamily::Windows16;
+    case VER_PLATFORM_WIN32_WINDOWS:
+      return SystemFamily::Windows95;
+    default:
+      return SystemFamily::WindowsNt;
+  }
+}
+
 }  // namespace
+
+// GetVersionEx tells programs what their manifests say they know; this function tells what it is.
+SystemVersion Win32Workstation::System() {
+  using VersionType = LONG(WINAPI)(OSVERSIONINFOW*);
+  OSVERSIONINFOW version = {};
+  version.dwOSVersionInfoSize = sizeof version;
+  version.dwPlatformId = VER_PLATFORM_WIN32_NT;
+  auto* const tell = reinterpret_cast<VersionType*>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion")));
+  if (tell != nullptr) tell(&version);
+  return {FamilyOf(version.dwPlatformId), std::to_string(version.dwMajorVersion) + "." +
+                                              std::to_string(version.dwMinorVersion) + "." +
+                                              std::to_string(version.dwBuildNumber)};
+}
 
 bool Win32Workstation::LibraryLoads(const std::string& name, const std::string& directory) {
   const LibraryDirectory place(WideFromUtf8(directory));

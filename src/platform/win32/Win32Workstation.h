@@ -6,6 +6,7 @@ namespace quillon {
 
 class Win32Workstation final : public Workstation {
  public:
+  SystemVersion System() override;
   bool LibraryLoads(const std::string& name, const std::string& directory) override;
   std::optional<LibraryInfo> DescribeLibrary(const std::string& name) override;
   bool ObjectCreates(const std::string& progId) override;
