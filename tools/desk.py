@@ -22,11 +22,12 @@ DOUBLES = TOP / "build" / "windows" / "doubles"
 PLACE = "QuillonDesk"  # on drive C:
 
 # Under Windows\system32 each; those that exist are installed.
-FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf", "desknotes")
+FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf", "desknotes", "rasapi32")
 # Programs that look for a mail system would take one of these: installed only where asked for.
 PREFERRED_FACES = ("vim32",)
 SELF_REGISTERING = ("olemsg32", "desknotes")
 KNOWN_FOLDERS = ("Inbox", "Outbox", "Sent Items", "Deleted Items")
+# Wine has a rasapi32.dll of its own, which would be taken before that in system32.
 # mapi32.dll hands Simple MAPI on to DLLPath; only a DLLPathEx gets MAPIFreeBuffer too.
 REGISTRY = """REGEDIT4
 
@@ -37,6 +38,9 @@ REGISTRY = """REGEDIT4
 @="Quillon Desk"
 "DLLPath"="C:\\\\windows\\\\system32\\\\deskmapi.dll"
 "DLLPathEx"="C:\\\\windows\\\\system32\\\\deskmapi.dll"
+
+[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\quillon.exe\\DllOverrides]
+"rasapi32"="native,builtin"
 """
 
 

@@ -24,6 +24,10 @@ inline constexpr PublicClass kServerClass{
     __uuidof(::Server),         __uuidof(IServer),      L"IServer",
     L"QuillonInterface.Server", L"Quillon mail server", kErrorSource};
 
-inline constexpr std::array kPublicClasses{kServerClass};
+inline constexpr PublicClass kDialerClass{__uuidof(::Dialer), __uuidof(IDialer),
+                                          L"IDialer",         L"QuillonInterface.Dialer",
+                                          L"Quillon dialer",  kErrorSource};
+
+inline constexpr std::array kPublicClasses{kServerClass, kDialerClass};
 
 }  // namespace quillon

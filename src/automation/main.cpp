@@ -14,6 +14,7 @@
 #include "automation/ClassObjects.h"
 #include "automation/ComCall.h"
 #include "automation/CommandLine.h"
+#include "automation/DialerObject.h"
 #include "automation/ProcessLifetime.h"
 #include "automation/PublicClass.h"
 #include "automation/Registration.h"
@@ -41,6 +42,7 @@
 #include "platform/Platform.h"
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/ProviderLibrary.h"
+#include "platform/win32/Rasapi32.h"
 #include "platform/win32/VbaMap32.h"
 #include "platform/win32/Vim32.h"
 #include "platform/win32/WideText.h"
@@ -149,6 +151,8 @@ struct Application {
                           notifier,
                           busy,
                           {version, std::string(QUILLON_VERSION_TEXT) + ".0", programDirectory}};
+  Rasapi32 rasLibrary{*codePage};
+  DialerEnvironment dialers{shared, *loop, rasLibrary, workstation, messageBox};
 };
 
 class ComApartment {
@@ -168,8 +172,12 @@ int Serve() {
   ProcessLifetime lifetime;
   const TypeLibrary library(program);
   const ServerTypes serverTypes(library);
+  const ClassType dialerType(library, kDialerClass);
   classes.Add(kServerClass, lifetime, [&]() -> IServer* {
     return new ServerObject(serverTypes, lifetime, application.environment);
+  });
+  classes.Add(kDialerClass, lifetime, [&]() -> IDialer* {
+    return new DialerObject(dialerType, lifetime, application.dialers);
   });
   lifetime.Serve([&classes] { classes.Revoke(); });
   ThrowIfFailed(CoResumeClassObjects());

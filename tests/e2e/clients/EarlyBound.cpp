@@ -2,6 +2,7 @@
 //
 //   EarlyBound           checks the server through its vtable
 //   EarlyBound rounds    creates and releases 200 objects, and counts the server's handles
+//   EarlyBound dialer    opens and closes a connection, or prints why there is no object
 //
 // Prints what went wrong, and "early: ok" when nothing did. Exit status 0 or 1.
 #include <windows.h>
@@ -51,19 +52,20 @@ void Expect(std::string_view what, HRESULT expected, HRESULT actual) {
   std::cout << what << ": " << std::hex << actual << " instead of " << expected << std::dec << "\n";
 }
 
-ComPtr<IServer> Create() {
+template <class Interface = IServer>
+ComPtr<Interface> Create(const wchar_t* progId = L"QuillonInterface.Server") {
   CLSID id = {};
-  ComPtr<IServer> server;
-  HRESULT result = CLSIDFromProgID(L"QuillonInterface.Server", &id);
+  ComPtr<Interface> object;
+  HRESULT result = CLSIDFromProgID(progId, &id);
   if (SUCCEEDED(result)) {
     result =
-        CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, __uuidof(IServer), server.PutVoid());
+        CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, __uuidof(Interface), object.PutVoid());
   }
   if (FAILED(result)) {
-    std::cout << "no server: " << std::hex << result << "\n";
+    std::cout << "no object: " << std::hex << result << "\n";
     std::exit(1);
   }
-  return server;
+  return object;
 }
 
 Variant Text(std::string_view text) {
@@ -139,6 +141,19 @@ void CheckByReference() {
   Expect("API", 88L, api);
   Expect("message", std::string("No mail system was detected."), Utf8FromBstr(text));
   SysFreeString(text);
+}
+
+void CheckDialer() {
+  const auto dialer = Create<IDialer>(L"QuillonInterface.Dialer");
+  Expect("put EntryName", S_OK, dialer->put_EntryName(Bstr("Office").Get()));
+  Expect("Dial", S_OK, dialer->Dial());
+  Bstr entry;
+  Expect("get ActiveEntryName", S_OK, dialer->get_ActiveEntryName(entry.Put()));
+  Expect("ActiveEntryName", std::string("Office"), Utf8FromBstr(entry.Get()));
+  Expect("HangUp", S_OK, dialer->HangUp());
+  short available = 0;
+  Expect("get DialerAvailable", S_OK, dialer->get_DialerAvailable(&available));
+  Expect<int>("DialerAvailable", -1, available);
 }
 
 void CheckErrors() {
@@ -259,6 +274,8 @@ int main(int count, char** arguments) {
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (mode == "rounds") {
     MakeRounds();
+  } else if (mode == "dialer") {
+    CheckDialer();
   } else {
     CheckAll();
   }
