@@ -249,11 +249,10 @@ std::string Dialer::ActiveEntryName() const {
     std::vector<RasConnection> connections;
     const auto number = library->EnumConnections(layout_, connections);
     if (number != ras::kSuccess) throw Failure(*library, number, kListUndetermined);
-    if (connections.empty()) return std::string();
-    const auto own =
-        std::find_if(connections.begin(), connections.end(),
-                     [this](const RasConnection& one) { return one.handle == connection_; });
-    return own != connections.end() ? own->entryName : connections.front().entryName;
+    for (const auto& one : connections) {
+      if (connection_ != 0 && one.handle == connection_) return one.entryName;
+    }
+    return connections.empty() ? std::string() : connections.front().entryName;
   });
 }
 

@@ -180,7 +180,7 @@ TEST_F(DialerTest, AFailedDialSaysWhyAndLeavesNoConnection) {
 
 TEST_F(DialerTest, HangUpClosesItsConnectionOnce) {
   Dialer dialer(environment);
-  ras.listed = {{9, "Somebody's"}, {71, "Office"}};
+  ras.listed = {{9, "Somebody's"}, {71, "Office"}, {0, "no handle"}};
   dialer.HangUp();
   EXPECT_EQ(dialer.ActiveEntryName(), "Somebody's");
   dialer.Dial();

@@ -107,10 +107,10 @@ class ScriptTest:
         self.assertTrue(ended, "the script did not run to its end; is there a syntax error?")
 
 
-def prefix_with_server():
+def prefix_with_server(display=False):
     """A prefix for all tests of a module. The server stands in a directory of its own, because it
     writes files beside itself."""
-    wine = unittest.enterModuleContext(winetest.WinePrefix())
+    wine = unittest.enterModuleContext(winetest.WinePrefix(display))
     directory = wine.drive_c / "Quillon"
     directory.mkdir()
     wine.register(shutil.copy(winetest.SERVER, directory))

@@ -63,7 +63,7 @@ FAILURES = [
 
 def setUpModule():
     global wine, store
-    wine = prefix_with_server()
+    wine = prefix_with_server(display=True)  # for a box, and to close the server
     store = install_desk(wine, ("deskmapi", "rasapi32"))
 
 
@@ -185,27 +185,24 @@ class DialerTest(ScriptTest, unittest.TestCase):
                    'Do While Timer - begun < 3\nLoop\nSame "entry", "kept", dialer.EntryName')
         self.assertTrue(wine.wait_until_gone(SERVER))
 
-    def test_without_the_library(self):
-        key = SETTINGS + r"\DllOverrides"
+    def take_library(self, which):
         self.addCleanup(setting, r"\DllOverrides", "rasapi32", "native,builtin")
-        setting(r"\DllOverrides", "rasapi32", "")
+        setting(r"\DllOverrides", "rasapi32", which)
         self.assertTrue(wine.wait_until_gone(SERVER))
+
+    def test_without_the_library(self):
+        self.take_library("")
         self.check('Same "available", CInt(0), dialer.DialerAvailable')
         for statement in ("dialer.Dial", "dialer.HangUp", "x = dialer.ActiveEntryName"):
             self.failure(statement, None, "RASAPI32.DLL could not be loaded.  "
                                           "Remote Access Service may not be installed.")
         self.assertTrue(wine.wait_until_gone(SERVER))
 
-
-class OwnLibraryOfWine(ScriptTest, unittest.TestCase):
-    """It has the functions, and can do nothing; its display shows the box."""
-
-    def test_its_failures(self):
-        own = self.enterContext(winetest.WinePrefix(display=True))
-        own.register(winetest.SERVER)
-        answering = own.start(winetest.CLIENTS / "AnswerBoxes.exe", "Dialer Error")
+    def test_the_library_that_wine_has_and_the_box(self):
+        self.take_library("builtin")
         text = "Function Is Not Supported On This Version of Windows."
-        self.run_checks(own, NEW + f"""
+        answering = wine.start(winetest.CLIENTS / "AnswerBoxes.exe", "Dialer Error")
+        self.check(f"""
 Same "active", "", dialer.ActiveEntryName
 Set mail = CreateObject("QuillonInterface.Server")
 mail.ErrorDisplay = True
@@ -217,9 +214,9 @@ mail.ErrorDisplay = False
 dialer.Dial
 Raised "number", CLng(7001)
 dialer.HangUp
-Raised "hung up", CLng(0)
-""" + GONE)
+Raised "hung up", CLng(0)""")
         self.assertEqual(f"Dialer Error: {text}\n", answering.wait().output)
+        self.assertTrue(wine.wait_until_gone(SERVER))
 
 
 if __name__ == "__main__":
