@@ -23,13 +23,37 @@ constexpr std::array<Switch, 8> kSwitches{{
     {L"?", StartMode::ShowHelp},
 }};
 
-bool LooksLikeSwitch(std::wstring_view argument) {
-  return argument.starts_with(L'-') || argument.starts_with(L'/');
+constexpr std::wstring_view kBlanks = L" \t";
+
+std::wstring_view Trimmed(std::wstring_view text) {
+  const auto first = text.find_first_not_of(kBlanks);
+  if (first == std::wstring_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
-const Switch* FindSwitch(std::wstring_view argument) {
-  if (!LooksLikeSwitch(argument)) return nullptr;
-  std::wstring name(argument.substr(1));
+// The end of the word that the text begins with; blanks between quotation marks belong to it.
+std::size_t WordLength(std::wstring_view text) {
+  bool quoted = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == L'"') quoted = !quoted;
+    if (!quoted && kBlanks.find(text[i]) != std::wstring_view::npos) return i;
+  }
+  return text.size();
+}
+
+std::wstring Unquoted(std::wstring_view word) {
+  std::wstring plain(word);
+  std::erase(plain, L'"');
+  return plain;
+}
+
+bool LooksLikeSwitch(std::wstring_view word) {
+  return word.starts_with(L'-') || word.starts_with(L'/');
+}
+
+const Switch* FindSwitch(std::wstring_view word) {
+  if (!LooksLikeSwitch(word)) return nullptr;
+  std::wstring name(word.substr(1));
   for (wchar_t& letter : name) letter = static_cast<wchar_t>(std::towlower(letter));
   for (const Switch& known : kSwitches) {
     if (known.name == name) return &known;
@@ -37,22 +61,35 @@ const Switch* FindSwitch(std::wstring_view argument) {
   return nullptr;
 }
 
+std::wstring_view WithoutLastSwitches(std::wstring_view text) {
+  for (;;) {
+    const auto blank = text.find_last_of(kBlanks);
+    if (blank == std::wstring_view::npos) return text;
+    const Switch* const last = FindSwitch(text.substr(blank + 1));
+    if (last == nullptr || last->mode) return text;
+    text = Trimmed(text.substr(0, blank));
+  }
+}
+
 }  // namespace
 
-CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments) {
+CommandLine ParseCommandLine(std::wstring_view text) {
   CommandLine line;
-  for (const std::wstring& argument : arguments) {
-    const Switch* known = FindSwitch(argument);
-    if (known != nullptr && !known->mode) continue;
-    if (!line.rest.empty() || !LooksLikeSwitch(argument)) {
-      line.rest.push_back(argument);
-    } else if (known == nullptr) {
-      line.mode = StartMode::Refuse;
-      line.unknown = argument;
+  for (text = Trimmed(text.substr(WordLength(text))); !text.empty();) {
+    const auto length = WordLength(text);
+    const auto word = Unquoted(text.substr(0, length));
+    if (!LooksLikeSwitch(word)) {
+      line.rest = WithoutLastSwitches(text);
       break;
-    } else {
-      line.mode = *known->mode;
     }
+    const Switch* const known = FindSwitch(word);
+    if (known == nullptr) {
+      line.mode = StartMode::Refuse;
+      line.unknown = word;
+      break;
+    }
+    if (known->mode) line.mode = *known->mode;
+    text = Trimmed(text.substr(length));
   }
   return line;
 }

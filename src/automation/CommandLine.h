@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quillon {
 
@@ -20,14 +19,16 @@ enum class StartMode {
 
 struct CommandLine {
   StartMode mode = StartMode::Serve;
-  std::wstring unknown;            // what is refused
-  std::vector<std::wstring> rest;  // from the first argument on that is no switch
+  std::wstring unknown;  // what is refused
+  std::wstring rest;     // as it stands from the first word on that is no switch
 };
 
+// Of the process's whole command line, which begins with the name of the program.
+//
 // Switches begin with '-' or '/' and may be written in any case: -RegServer, -UnregServer,
 // -RegServerPerUser, -UnregServerPerUser, -Version, -?. One that nobody knows is refused, lest a
 // typing error starts a server that waits for clients. -Embedding and -Automation, which COM adds
-// anywhere, say nothing.
-CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
+// in front or behind, say nothing.
+CommandLine ParseCommandLine(std::wstring_view text);
 
 }  // namespace quillon

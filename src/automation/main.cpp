@@ -4,10 +4,8 @@
 #include <exception>
 #include <memory>
 #include <objbase.h>
-#include <shellapi.h>
 #include <shlobj.h>
 #include <string>
-#include <vector>
 
 #include "Version.h"
 #include "automation/BusyFilter.h"
@@ -60,6 +58,7 @@
 #include "server/ConfigurationFile.h"
 #include "server/Environment.h"
 #include "server/MailSystems.h"
+#include "server/StartUp.h"
 #include "server/VersionText.h"
 
 namespace quillon {
@@ -163,7 +162,20 @@ class ComApartment {
   ~ComApartment() { CoUninitialize(); }
 };
 
-int Serve() {
+// A Server of the process's own, which keeps the process alive as an object of a client does.
+std::shared_ptr<Server> MakeOwnServer(ProcessLifetime& lifetime, Environment& environment) {
+  struct Own {
+    Own(ProcessLifetime& process, Environment& world) : reference(process), server(world) {}
+
+    ProcessReference reference;
+    Server server;
+  };
+  const auto own = std::make_shared<Own>(lifetime, environment);
+  return {own, &own->server};
+}
+
+// Returns the exit status: that of the start-up which the text asks for, if any.
+int Serve(const std::string& commandLine) {
   auto apartment = std::make_unique<ComApartment>();
   const std::wstring program = ProgramPath();
   Application application(DirectoryOf(Utf8FromWide(program)));
@@ -179,6 +191,10 @@ int Serve() {
   classes.Add(kDialerClass, lifetime, [&]() -> IDialer* {
     return new DialerObject(dialerType, lifetime, application.dialers);
   });
+  int status = 0;
+  StartUp startUp([&] { return MakeOwnServer(lifetime, application.environment); },
+                  application.messageBox);
+  application.loop->Post([&] { status = startUp.Run(commandLine); });
   lifetime.Serve([&classes] { classes.Revoke(); });
   ThrowIfFailed(CoResumeClassObjects());
   RemoveAbandonedFolders(*application.files, application.files->TempDirectory());
@@ -187,8 +203,9 @@ int Serve() {
     OutputDebugStringW(WideFromUtf8("Quillon: unexpected failure: " + text + "\n").c_str());
   });
   application.notifier.Reset();
+  startUp.Release();
   apartment.reset();  // lets go of the objects of clients that are still there
-  return 0;
+  return status;
 }
 
 LSTATUS ChangeRegistration(StartMode mode) {
@@ -217,7 +234,7 @@ LSTATUS ChangeRegistration(StartMode mode) {
 constexpr wchar_t kHelp[] =
     L"Quillon, a mail server for programs\r\n"
     L"\r\n"
-    L"quillon.exe [SWITCH]\r\n"
+    L"quillon.exe [SWITCH | KEY=VALUE, ...]\r\n"
     L"\r\n"
     L"  /RegServer           registers it for everybody, or for you when only that is allowed\r\n"
     L"  /RegServerPerUser    registers it for you\r\n"
@@ -226,7 +243,13 @@ constexpr wchar_t kHelp[] =
     L"  /version             tells the version\r\n"
     L"  /?                   tells this\r\n"
     L"\r\n"
-    L"Windows starts it by itself, without a switch, when a program needs it.";
+    L"Keys, several of them separated by commas:\r\n"
+    L"  LN  login name     MS  mail system, by its number\r\n"
+    L"  PW  password       LI  Y: log in\r\n"
+    L"  PO  post office    SD  Y: show the dialog that sends mail\r\n"
+    L"                     KR  Y: stay until the process is told to end\r\n"
+    L"\r\n"
+    L"Windows starts it by itself, with neither, when a program needs it.";
 
 int Register(StartMode mode) {
   const LSTATUS result = ChangeRegistration(mode);
@@ -235,20 +258,11 @@ int Register(StartMode mode) {
   return 1;
 }
 
-std::vector<std::wstring> Arguments() {
-  int count = 0;
-  wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
-  if (texts == nullptr) return {};
-  std::vector<std::wstring> arguments(texts + 1, texts + count);
-  LocalFree(texts);
-  return arguments;
-}
-
 int Start() {
-  const CommandLine line = ParseCommandLine(Arguments());
+  const CommandLine line = ParseCommandLine(GetCommandLineW());
   switch (line.mode) {
     case StartMode::Serve:
-      return Serve();
+      return Serve(Utf8FromWide(line.rest));
     case StartMode::ShowHelp:
       Inform(kHelp);
       return 0;

@@ -8,7 +8,7 @@ namespace quillon {
 
 class MessageBoxPort {
  public:
-  enum class Icon { None, Critical };
+  enum class Icon { None, Warning, Critical };
 
   virtual ~MessageBoxPort() = default;
   virtual void Show(const std::string& title, const std::string& text, Icon icon) = 0;

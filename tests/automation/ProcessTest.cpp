@@ -16,42 +16,45 @@ namespace quillon::testing {
 namespace {
 
 TEST(CommandLineTest, SwitchesAreKnownInAnyCaseWithEitherSign) {
-  using Arguments = std::vector<std::wstring>;
   struct Case {
-    Arguments given;
+    std::wstring given;  // behind the program's name
     StartMode mode;
-    Arguments rest;
+    std::wstring rest;
   };
   const std::vector<Case> cases{
-      {{}, StartMode::Serve, {}},
-      {{L"-Embedding"}, StartMode::Serve, {}},
-      {{L"/AUTOMATION", L"-embedding"}, StartMode::Serve, {}},
-      {{L"/RegServer"}, StartMode::Register, {}},
-      {{L"-unregserver"}, StartMode::Unregister, {}},
-      {{L"/regserverPERUSER"}, StartMode::RegisterPerUser, {}},
-      {{L"-UnregServerPerUser"}, StartMode::UnregisterPerUser, {}},
-      {{L"/?"}, StartMode::ShowHelp, {}},
-      {{L"-Version"}, StartMode::ShowVersion, {}},
-      {{L"Embedding", L"/other", L"-Embedding", L"LN=joe"},
-       StartMode::Serve,
-       {L"Embedding", L"/other", L"LN=joe"}},
-      {{L"PW=", L"-RegServer"}, StartMode::Serve, {L"PW=", L"-RegServer"}},
+      {L"", StartMode::Serve, L""},
+      {L" \t ", StartMode::Serve, L""},
+      {L" -Embedding", StartMode::Serve, L""},
+      {L" /AUTOMATION  -embedding ", StartMode::Serve, L""},
+      {L" /RegServer", StartMode::Register, L""},
+      {L" \"/RegServer\"", StartMode::Register, L""},
+      {L" -unregserver", StartMode::Unregister, L""},
+      {L" /regserverPERUSER", StartMode::RegisterPerUser, L""},
+      {L" -UnregServerPerUser", StartMode::UnregisterPerUser, L""},
+      {L" /?", StartMode::ShowHelp, L""},
+      {L"\t-Version", StartMode::ShowVersion, L""},
+      {L" -Embedding LN=\"a  b\", PW= -x ", StartMode::Serve, L"LN=\"a  b\", PW= -x"},
+      {L" LN=joe /other -Embedding  -Automation", StartMode::Serve, L"LN=joe /other"},
+      {L" PW= -RegServer", StartMode::Serve, L"PW= -RegServer"},
+      {L" KR=T-Embedding", StartMode::Serve, L"KR=T-Embedding"},
+      {L" \"LN=joe -Embedding", StartMode::Serve, L"\"LN=joe"},
   };
-  for (const Case& c : cases) {
-    const CommandLine line = ParseCommandLine(c.given);
-    EXPECT_EQ(line.mode, c.mode);
-    EXPECT_EQ(line.rest, c.rest);
+  for (const std::wstring program : {L"quillon.exe", L"\"C:\\Program Files\\q.exe\"", L"\"\""}) {
+    for (const Case& c : cases) {
+      const CommandLine line = ParseCommandLine(program + c.given);
+      EXPECT_EQ(line.mode, c.mode);
+      EXPECT_EQ(line.rest, c.rest);
+    }
   }
 }
 
 TEST(CommandLineTest, ASwitchOfNobodysIsNamed) {
-  using Arguments = std::vector<std::wstring>;
   for (const auto& [given, named] :
-       std::vector<std::pair<Arguments, std::wstring>>{{{L"/RegSevrer"}, L"/RegSevrer"},
-                                                       {{L"-"}, L"-"},
-                                                       {{L"--version"}, L"--version"},
-                                                       {{L"/RegServer", L"/PerUser"}, L"/PerUser"},
-                                                       {{L"/what", L"/RegServer"}, L"/what"}}) {
+       std::vector<std::pair<std::wstring, std::wstring>>{{L"q /RegSevrer", L"/RegSevrer"},
+                                                          {L"q -", L"-"},
+                                                          {L"q --version", L"--version"},
+                                                          {L"q /RegServer /PerUser", L"/PerUser"},
+                                                          {L"q /what /RegServer", L"/what"}}) {
     const CommandLine line = ParseCommandLine(given);
     EXPECT_EQ(line.mode, StartMode::Refuse);
     EXPECT_EQ(line.unknown, named);

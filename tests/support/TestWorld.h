@@ -37,11 +37,13 @@ namespace quillon::testing {
 
 class RecordingMessageBox final : public MessageBoxPort {
  public:
-  void Show(const std::string& title, const std::string& text, Icon) override {
+  void Show(const std::string& title, const std::string& text, Icon icon) override {
     shown.push_back(title + "|" + text);
+    icons.push_back(icon);
   }
 
   std::vector<std::string> shown;
+  std::vector<Icon> icons;
 };
 
 class FakeWorkstation final : public Workstation {
@@ -53,7 +55,7 @@ class FakeWorkstation final : public Workstation {
   }
   std::optional<LibraryInfo> DescribeLibrary(const std::string& name) override {
     if (!libraries.contains(name)) return std::nullopt;
-    return LibraryInfo{"Maker of " + name, "1.2.3.4"};
+    return LibraryInfo{maker + name, "1.2.3.4"};
   }
   bool ObjectCreates(const std::string& progId) override { return objects.contains(progId); }
   std::string WindowsDirectory() override { return windows; }
@@ -72,6 +74,7 @@ class FakeWorkstation final : public Workstation {
 
   SystemVersion system{SystemFamily::WindowsNt, "10.0.19045"};
   std::set<std::string> libraries;
+  std::string maker = "Maker of ";
   std::map<std::string, double> objects;
   std::map<std::string, std::string> profile;
   std::map<std::string, std::string> registry;

@@ -9,7 +9,9 @@ namespace quillon {
 
 void Win32MessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
   if (!HasDesktop()) return;
-  const UINT look = icon == Icon::Critical ? MB_ICONERROR : 0;
+  const UINT look = icon == Icon::Critical  ? MB_ICONERROR
+                    : icon == Icon::Warning ? MB_ICONWARNING
+                                            : 0;
   MessageBoxW(nullptr, WideFromUtf8(text).c_str(), WideFromUtf8(title).c_str(),
               MB_OK | MB_TASKMODAL | MB_SETFOREGROUND | look);
 }
