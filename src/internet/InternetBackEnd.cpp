@@ -97,10 +97,12 @@ WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* memb
   order.errorDisplay = request.instance.errorDisplay != kFalse;
   const bool sends = operation == asynch_operation::kSend;
   order.display.caption = sends ? "Sending Mail" : "Internet Mail";
+  order.display.server = sends ? request.instance.smtpServer : request.instance.postOffice;
   order.display.parts = internet.progressBar;
   order.display.threshold = static_cast<std::uint64_t>(internet.progressBarThreshold);
   if (operation == asynch_operation::kLoadMessageHeaders) {
     order.display.threshold /= kBytesPerHeader;
+    order.display.unit = TransferProgress::Unit::Messages;
   }
   order.display.abort = [this] { runner_.Abort(); };
   return order;

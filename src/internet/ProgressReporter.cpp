@@ -10,6 +10,7 @@ namespace {
 
 // Counts change faster than anybody can look at them.
 constexpr TickCount kProgressPause = 100;  // milliseconds
+constexpr TickCount kSecond = 1000;
 
 constexpr const char* kStatusTag = "ST";
 constexpr const char* kProgressTag = "PR";
@@ -26,11 +27,13 @@ void ProgressReporter::Begin(std::int32_t operation, DisplayOptions options) {
   last_ = {};
   last_.operation = operation;
   nextProgress_ = 0;
+  transfer_ = TransferProgress(options_.unit, loop_.Now());
   running_ = std::make_shared<bool>(true);
 }
 
 void ProgressReporter::End() {
   running_.reset();
+  second_.Stop();
   if (std::exchange(shown_, false)) display_.Hide();
 }
 
@@ -46,7 +49,7 @@ void ProgressReporter::Post(std::int32_t kind) {
 void ProgressReporter::OnStatus(std::string_view text) {
   last_.text = text;
   Post(asynch_kind::kStatus);
-  if (shown_) display_.SetText(last_.text);
+  if (shown_) display_.SetLine(ProgressDisplay::Line::Status, last_.text);
 }
 
 void ProgressReporter::OnProgress(std::uint64_t done, std::uint64_t total, std::uint32_t message) {
@@ -54,6 +57,7 @@ void ProgressReporter::OnProgress(std::uint64_t done, std::uint64_t total, std::
   last_.total = Count(total);
   last_.message = Count(message);
   const auto now = loop_.Now();
+  transfer_.Update(done, total, now);
   if (now < nextProgress_) return;
   nextProgress_ = now + kProgressPause;
   Post(asynch_kind::kProgress);
@@ -64,9 +68,18 @@ void ProgressReporter::Display(std::uint64_t done, std::uint64_t total) {
   if (options_.parts == 0 || std::max(done, total) < options_.threshold) return;
   if (!std::exchange(shown_, true)) {
     display_.Show(options_.caption, options_.parts, options_.abort);
-    display_.SetText(last_.text);
+    display_.SetLine(ProgressDisplay::Line::Status, last_.text);
+    display_.SetLine(ProgressDisplay::Line::Server, options_.server);
   }
   display_.SetPosition(done, total);
+  DisplayTransfer();
+}
+
+void ProgressReporter::DisplayTransfer() {
+  const auto now = loop_.Now();
+  display_.SetLine(ProgressDisplay::Line::Amount, transfer_.Amount());
+  display_.SetLine(ProgressDisplay::Line::Time, transfer_.Time(now));
+  second_.Start(kSecond);
 }
 
 }  // namespace quillon

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "internet/SessionListener.h"
+#include "internet/TransferProgress.h"
 #include "mail/AsynchNotifier.h"
 #include "ports/EventLoop.h"
 #include "ports/ProgressDisplay.h"
@@ -20,6 +21,8 @@ namespace quillon {
 // When and how the user sees the progress of an operation.
 struct DisplayOptions {
   std::string caption;
+  std::string server;
+  TransferProgress::Unit unit = TransferProgress::Unit::Bytes;
   std::int16_t parts = 0;       // of ProgressDisplay; 0: it is not shown
   std::uint64_t threshold = 0;  // shown from that many bytes on
   std::function<void()> abort;
@@ -47,13 +50,17 @@ class ProgressReporter final : public SessionListener {
  private:
   void Post(std::int32_t kind);
   void Display(std::uint64_t done, std::uint64_t total);
+  // Tells again how it stands; goes on by itself, so that the user sees that time passes.
+  void DisplayTransfer();
 
   EventLoop& loop_;
   AsynchNotifier& notifier_;
   ProgressDisplay& display_;
   DisplayOptions options_;
   AsynchEvent last_;
+  TransferProgress transfer_;
   bool shown_ = false;
+  Timer second_{loop_, [this] { DisplayTransfer(); }};
   TickCount nextProgress_ = 0;     // when the counts are worth another event
   std::shared_ptr<bool> running_;  // of the operation whose events are on their way
 };

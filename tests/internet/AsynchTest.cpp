@@ -320,6 +320,9 @@ TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
   EXPECT_EQ(seen[1], "Sending message...");
   EXPECT_EQ(seen[seen.size() - 2], "Message Sent Successfully");
   EXPECT_EQ(seen.back(), "hidden");
+  using Line = ProgressDisplay::Line;
+  EXPECT_EQ(world.display.lines[Line::Server], "smtp.example");
+  EXPECT_NE(world.display.lines[Line::Amount].find(" of 293."), std::string::npos);
 
   seen.clear();
   world.shared.internet.progressBar = 0;
@@ -328,7 +331,7 @@ TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
 
   world.shared.internet.progressBar = 7;
   Timer user(world.network, [&] { world.display.abort(); });
-  user.Start(500);
+  user.Start(5500);  // the peer has long stopped taking anything
   backEnd.Shutdown(0);
   world.network.accept = [this] {
     auto peer = std::make_shared<ObligingPeer>(servePop);
@@ -337,6 +340,7 @@ TEST_F(AsynchTest, TheUserSeesALongMessageAndMayAbortIt) {
   };
   EXPECT_EQ(CodeOf([&] { backEnd.Send(world.request); }), 522);
   EXPECT_EQ(seen.back(), "hidden");
+  EXPECT_EQ(world.display.lines[Line::Time].substr(0, 4), "0:05");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -45,7 +46,8 @@ class RecordingBox final : public MessageBoxPort {
   std::vector<std::string> shown;
 };
 
-// What the user saw: the caption, then each text and position.
+// What the user saw: the caption, then each status text and position, and the other lines as they
+// stand.
 class RecordingDisplay final : public ProgressDisplay {
  public:
   void Show(const std::string& caption, std::int16_t parts,
@@ -53,7 +55,10 @@ class RecordingDisplay final : public ProgressDisplay {
     seen.push_back(caption + " " + std::to_string(parts));
     abort = std::move(whenAborted);
   }
-  void SetText(const std::string& text) override { seen.push_back(text); }
+  void SetLine(Line line, const std::string& text) override {
+    if (line == Line::Status) seen.push_back(text);
+    lines[line] = text;
+  }
   void SetPosition(std::uint64_t done, std::uint64_t total) override {
     if (failure != nullptr) throw std::runtime_error(failure);
     seen.push_back(std::to_string(done) + "/" + std::to_string(total));
@@ -61,6 +66,7 @@ class RecordingDisplay final : public ProgressDisplay {
   void Hide() override { seen.emplace_back("hidden"); }
 
   std::vector<std::string> seen;
+  std::map<Line, std::string> lines;
   std::function<void()> abort;
   const char* failure = nullptr;  // what goes wrong
 };

@@ -16,6 +16,8 @@
 namespace quillon::testing {
 namespace {
 
+using Line = ProgressDisplay::Line;
+
 constexpr std::int16_t kAll =
     ProgressDisplay::kBar | ProgressDisplay::kText | ProgressDisplay::kAbortButton;
 
@@ -68,7 +70,7 @@ TEST_F(Win32ProgressDisplayTest, HoldsThePartsThatAreWanted) {
       below += place.bottom - place.top;
     }
     EXPECT_GT(inner.bottom, below);  // there is room for all of them
-    display.SetText("A text.");
+    display.SetLine(Line::Status, "A text.");
     display.SetPosition(1, 2);
     SendMessageW(Frame(), WM_CLOSE, 0, 0);
     EXPECT_EQ(std::exchange(aborts, 0), (parts & ProgressDisplay::kAbortButton) != 0 ? 1 : 0);
@@ -81,7 +83,7 @@ TEST_F(Win32ProgressDisplayTest, HoldsThePartsThatAreWanted) {
 TEST_F(Win32ProgressDisplayTest, ShowsTextAndPosition) {
   Show();
   EXPECT_EQ(Text(Frame()), "Sending Mail");
-  display.SetText("Sending \xC3\xA9&\xE4\xB8\xAD...");
+  display.SetLine(Line::Status, "Sending \xC3\xA9&\xE4\xB8\xAD...");
   EXPECT_EQ(Text(Control(L"STATIC")), "Sending \xC3\xA9&\xE4\xB8\xAD...");
   constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
   const struct {
@@ -91,13 +93,74 @@ TEST_F(Win32ProgressDisplayTest, ShowsTextAndPosition) {
                {1, 4, 250},
                {4, 4, 1000},
                {5, 4, 1000},
-               {7, 0, 0},
                {kMost / 2, kMost, 500},
                {kMost, kMost, 1000},
                {1, kMost, 0}};
   for (const auto& [done, total, position] : cases) {
     display.SetPosition(done, total);
     EXPECT_EQ(Position(), position) << done << " of " << total;
+  }
+}
+
+TEST_F(Win32ProgressDisplayTest, TheBarRunsWhileTheTotalIsNotKnown) {
+  Show();
+  const auto runs = [] {
+    return (GetWindowLongPtrW(Control(PROGRESS_CLASSW), GWL_STYLE) & PBS_MARQUEE) != 0;
+  };
+  EXPECT_TRUE(runs());
+  display.SetPosition(7, 0);
+  EXPECT_TRUE(runs());
+  display.SetPosition(7, 14);
+  EXPECT_FALSE(runs());
+  EXPECT_EQ(Position(), 500);
+  display.SetPosition(8, 0);
+  EXPECT_TRUE(runs());
+}
+
+// The longest words that come have room in their lines, one below the other, when the window has
+// been dragged to a monitor of that resolution.
+TEST_F(Win32ProgressDisplayTest, NothingIsCutAtAnyResolution) {
+  constexpr UINT kDpiChanged = 0x02E0;
+  Show();
+  LONG before = 0;
+  for (const LONG resolution : {96, 144, 192}) {
+    SCOPED_TRACE(resolution);
+    RECT place{10, 20, 300, 200};
+    SendMessageW(Frame(), kDpiChanged, MAKEWPARAM(resolution, resolution),
+                 reinterpret_cast<LPARAM>(&place));
+    display.SetLine(Line::Status, "Loading message identifiers...");
+    display.SetLine(Line::Server, "mail.a-rather-long-name.example.com");
+    display.SetLine(Line::Amount, "1023.9 MB of 1023.9 MB (100 %)");
+    display.SetLine(Line::Time, "999:59:59 so far, 90 minutes left");
+    RECT frame{};
+    GetWindowRect(Frame(), &frame);
+    EXPECT_EQ(frame.left, 10);
+    EXPECT_EQ(frame.top, 20);
+    RECT inner{};
+    GetClientRect(Frame(), &inner);
+    EXPECT_GE(inner.right * 96, before * resolution * 9 / 10);  // has grown, but for roundings
+    if (before == 0) before = inner.right;
+    LONG top = 0;
+    for (HWND control = GetWindow(Frame(), GW_CHILD); control != nullptr;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+      RECT room{};
+      GetWindowRect(control, &room);
+      MapWindowPoints(nullptr, Frame(), reinterpret_cast<POINT*>(&room), 2);
+      EXPECT_GT(room.top, top);
+      top = room.bottom;
+      EXPECT_LT(room.right, inner.right);
+      const auto text = WideFromUtf8(Text(control));
+      const HDC device = GetDC(control);
+      const HGDIOBJ font =
+          SelectObject(device, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
+      SIZE needed{};
+      GetTextExtentPoint32W(device, text.data(), static_cast<int>(text.size()), &needed);
+      SelectObject(device, font);
+      ReleaseDC(control, device);
+      EXPECT_LE(needed.cx, room.right - room.left) << Utf8FromWide(text);
+      EXPECT_LE(needed.cy, room.bottom - room.top) << Utf8FromWide(text);
+    }
+    EXPECT_LT(top, inner.bottom);
   }
 }
 
@@ -128,14 +191,13 @@ TEST_F(Win32ProgressDisplayTest, IsUsedAgainWhenShownAgain) {
   Show();
   const HWND frame = Frame();
   SendMessageW(Control(L"BUTTON"), BM_CLICK, 0, 0);
-  display.SetText("old");
+  display.SetLine(Line::Status, "old");
   display.SetPosition(1, 1);
   int others = 0;
   display.Show("Internet Mail", kAll, [&] { ++others; });
   EXPECT_EQ(Frame(), frame);
   EXPECT_EQ(Text(frame), "Internet Mail");
   EXPECT_EQ(Text(Control(L"STATIC")), "");
-  EXPECT_EQ(Position(), 0);
   SendMessageW(Control(L"BUTTON"), BM_CLICK, 0, 0);
   EXPECT_EQ(others, 1);
   EXPECT_EQ(aborts, 1);
@@ -150,7 +212,7 @@ TEST_F(Win32ProgressDisplayTest, TheAbortMayTakeTheWindowAway) {
   SendMessageW(Frame(), WM_CLOSE, 0, 0);
   EXPECT_TRUE(hidden);
   EXPECT_EQ(Frame(), nullptr);
-  display.SetText("nobody sees it");
+  display.SetLine(Line::Time, "nobody sees it");
   display.SetPosition(1, 2);
 }
 

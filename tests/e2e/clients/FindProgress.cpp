@@ -1,7 +1,9 @@
 // Looks for the progress window of a server, as a user would see it.
 //
 //   FindProgress                 prints the caption of each one that is there now
-//   FindProgress CAPTION         waits for it and for its bar to move, and prints what stands in it
+//   FindProgress CAPTION         waits for it, for its bar to move and its time to go on, and
+//   prints
+//                                what stands in it
 //   FindProgress CAPTION press   the same; then presses its button and waits until it has gone
 //
 // Exit status 1 when what it waits for does not happen.
@@ -10,6 +12,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Watching.h"
 
@@ -29,6 +32,14 @@ void PrintControl(const char* kind, HWND control) {
   if (control != nullptr) std::printf("%s: %s\n", kind, TextOf(control).c_str());
 }
 
+// From the top.
+std::vector<HWND> LinesOf(HWND frame) {
+  std::vector<HWND> lines;
+  HWND line = nullptr;
+  while ((line = FindWindowExW(frame, line, L"STATIC", nullptr)) != nullptr) lines.push_back(line);
+  return lines;
+}
+
 int Watch(const std::string& caption, bool press) {
   HWND frame = nullptr;
   if (!WaitUntil([&] { return (frame = VisibleFrame(nullptr, &caption)) != nullptr; })) {
@@ -41,7 +52,15 @@ int Watch(const std::string& caption, bool press) {
     std::puts("the bar does not move");
     return 1;
   }
-  PrintControl("text", FindWindowExW(frame, nullptr, L"STATIC", nullptr));
+  const std::vector<HWND> lines = LinesOf(frame);
+  if (!lines.empty()) {
+    const std::string time = TextOf(lines.back());
+    if (!WaitUntil([&] { return TextOf(lines.back()) != time; })) {
+      std::puts("the time stands still");
+      return 1;
+    }
+  }
+  for (const HWND line : lines) PrintControl("text", line);
   if (bar != nullptr) std::printf("bar: %ld\n", static_cast<long>(Position(bar)));
   PrintControl("button", button);
   std::printf("active: %d\n", GetForegroundWindow() == frame ? 1 : 0);
