@@ -3,6 +3,7 @@
 
 #include <windows.h>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
@@ -22,7 +23,7 @@ std::vector<std::string> TextsThatDoNotFit(HWND dialog);
 HWND FindDialog(const std::wstring& caption);
 
 // Works through `steps` while a dialog waits, one in each round of the loop; none is taken before
-// the dialog can be used.
+// the dialog can be used. One that is still open a while later is taken away, and the test fails.
 class DialogScript {
  public:
   DialogScript(EventLoop& loop, std::vector<std::function<void()>> steps)
@@ -33,10 +34,15 @@ class DialogScript {
 
  private:
   void Next() {
-    if (Done()) return;
-    timer_.Start(1);
+    if (Done()) {
+      ADD_FAILURE() << "The dialog did not go.";
+      return PostQuitMessage(0);
+    }
+    timer_.Start(next_ + 1 < steps_.size() ? 1 : kPatience);
     steps_[next_++]();
   }
+
+  static constexpr TickCount kPatience = 5000;  // milliseconds
 
   std::vector<std::function<void()>> steps_;
   std::size_t next_ = 0;

@@ -1,3 +1,4 @@
+#include <windows.h>
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <shellapi.h>
@@ -100,12 +101,16 @@ TEST_F(SendDialogTest, GivesBackWhatItWasFilledWith) {
 }
 
 TEST_F(SendDialogTest, TakesWhatIsPutInHoweverLong) {
-  const std::string longText(150000, 'x');
+  const std::string line(150000, 'x');
+  std::string lines;
+  while (lines.size() < line.size()) lines += "One line of a long text.\r\n";
+  const std::pair<int, const std::string*> texts[] = {
+      {IDC_TO, &line}, {IDC_SUBJECT, &line}, {IDC_TEXT, &lines}};
   host.hasBook = true;
   Use({[&] {
-         for (const int control : {IDC_TO, IDC_SUBJECT, IDC_TEXT}) {
+         for (const auto& [control, text] : texts) {
            SendMessageW(Of(control), EM_REPLACESEL, TRUE,
-                        reinterpret_cast<LPARAM>(WideFromUtf8(longText).c_str()));
+                        reinterpret_cast<LPARAM>(WideFromUtf8(*text).c_str()));
          }
          Type(IDC_CC, kStrange);
          SendMessageW(Of(IDC_IMPORTANCE), CB_SETCURSEL, 0, 0);
@@ -115,7 +120,9 @@ TEST_F(SendDialogTest, TakesWhatIsPutInHoweverLong) {
        [] {}, [&] { Press(dialog->Window(), IDOK); }});
   ASSERT_EQ(host.sent.size(), 1U);
   const auto& sent = host.sent[0];
-  EXPECT_EQ(sent.to.size() + sent.subject.size() + sent.text.size(), longText.size() * 3);
+  EXPECT_EQ(sent.to, line);
+  EXPECT_EQ(sent.subject, line);
+  EXPECT_EQ(sent.text, lines);
   EXPECT_EQ(sent.cc, kStrange);
   EXPECT_EQ(sent.bcc, "chosen@x");
   EXPECT_EQ(sent.importance, 1);
