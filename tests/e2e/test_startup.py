@@ -80,6 +80,16 @@ class StartUp(unittest.TestCase):
         self.assertNotIn("MAPILogon", " ".join(store.calls()))
         self.assertIn("Logon", " ".join(store.calls()))
 
+    def test_the_dialog(self):
+        store = install_desk(self.wine, ("deskmapi",))
+        store.forget_calls()
+        running = self.start("MS=1, LN=ann, PW=secret, LI=Y, SD=Y", None)
+        closed = self.wine.run(winetest.CLIENTS / "AnswerBoxes.exe", "/close", "Send Mail Message",
+                               timeout=PATIENCE)
+        self.assertEqual("", closed.output)
+        self.assertEqual(0, running.wait(PATIENCE).returncode)  # to cancel is no failure
+        self.assertIn("MAPILogon", " ".join(store.calls()))
+
     def check_kept(self, kept):
         """Other programs share what it has until it is told to end."""
         scripts = [run_script(self.wine, SHARE + ENDINGS["vbs"], word) for word in ("one", "two")]
