@@ -18,6 +18,13 @@ struct AddressEntry {
   bool isGroup = false;
 };
 
+// Who is to get the message.
+struct AddressChoice {
+  std::vector<AddressEntry> to;
+  std::vector<AddressEntry> cc;
+  std::vector<AddressEntry> bcc;
+};
+
 // An address book that is open. It lets go of what it holds when it is destroyed, also after its
 // session has ended.
 class OpenAddressBook {
@@ -32,14 +39,17 @@ class OpenAddressBook {
   // when the session it was opened in has ended.
   virtual MailResult Fetch(MailRequest& request, std::vector<AddressEntry>& entries,
                            bool& more) = 0;
+
+  // Whether the session it was opened in has ended. For systems whose sessions are not in the
+  // instance: where they are, the AddressBook sees for itself.
+  virtual bool HasEnded() const { return false; }
+
+  // What the user has chosen in the window. True: that is what this book now consists of.
+  virtual bool TakeChoice(const AddressChoice&) { return false; }
 };
 
-// Who is to get the message.
-struct AddressChoice {
-  std::vector<AddressEntry> to;
-  std::vector<AddressEntry> cc;
-  std::vector<AddressEntry> bcc;
-};
+// To be thrown by Open.
+ServerError NoSuchAddressBook();
 
 class AddressBooks {
  public:
@@ -50,7 +60,8 @@ class AddressBooks {
 
   virtual MailResult Names(MailRequest& request, std::vector<std::string>& names) = 0;
 
-  // The first one when the name is empty.
+  // The first one when the name is empty. The name is one of those that Names gives; a book that is
+  // not there all the same, or a system without any, is NoSuchAddressBook.
   virtual MailResult Open(MailRequest& request, const std::string& name,
                           std::unique_ptr<OpenAddressBook>& book) = 0;
 
