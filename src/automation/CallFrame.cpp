@@ -19,6 +19,13 @@ bool IsLeftOut(const VARIANT& value) {
   return V_VT(&value) == VT_ERROR && V_ERROR(&value) == DISP_E_PARAMNOTFOUND;
 }
 
+VARIANT LeftOut() {
+  VARIANT value = {};
+  V_VT(&value) = VT_ERROR;
+  V_ERROR(&value) = DISP_E_PARAMNOTFOUND;
+  return value;
+}
+
 // A value that has no conversion to the wanted type has the wrong type, however the system puts it.
 HRESULT AsArgumentError(HRESULT result) {
   return result == DISP_E_BADVARTYPE || result == E_INVALIDARG ? DISP_E_TYPEMISMATCH : result;
@@ -127,26 +134,33 @@ HRESULT CallFrame::Match(const DISPPARAMS& given, UINT* argumentError) {
   return S_OK;
 }
 
-HRESULT CallFrame::TakeArguments(const DISPPARAMS& given, UINT* argumentError) {
-  HRESULT result = Match(given, argumentError);
+HRESULT CallFrame::TakeArguments(const DISPPARAMS& all, UINT* argumentError) {
+  HRESULT result = Match(all, argumentError);
   for (std::size_t i = 0; SUCCEEDED(result) && i < arguments_.size(); ++i) {
-    if (arguments_[i].given == nullptr) return DISP_E_PARAMNOTOPTIONAL;
-    result = TakeValue(function_.parameters[i], arguments_[i]);
-    if (FAILED(result) && argumentError != nullptr) *argumentError = arguments_[i].index;
+    Argument& argument = arguments_[i];
+    const bool given = argument.given != nullptr;
+    if (given && !IsLeftOut(Dereference(*argument.given))) {
+      result = TakeValue(function_.parameters[i], argument);
+    } else {
+      result = function_.parameters[i].optional ? S_OK : DISP_E_PARAMNOTOPTIONAL;
+      argument.passed = LeftOut();
+    }
+    if (FAILED(result) && given && argumentError != nullptr) *argumentError = argument.index;
   }
   return result;
 }
 
 HRESULT CallFrame::TakeValue(const Parameter& parameter, Argument& argument) const {
   VARIANT value = Dereference(*argument.given);
-  if (IsLeftOut(value)) return DISP_E_PARAMNOTOPTIONAL;
   if (!parameter.byReference && (parameter.type == VT_VARIANT || parameter.type == V_VT(&value))) {
     argument.passed = value;
     return S_OK;
   }
   const HRESULT result = Convert(value, parameter.type, locale_, argument.owned);
-  if (FAILED(result) && parameter.type == VT_DISPATCH && !parameter.byReference) {
-    // What is no object comes as none: the members say themselves what is wrong with that.
+  const bool empty = V_VT(&value) == VT_EMPTY || V_VT(&value) == VT_NULL;
+  if (FAILED(result) && parameter.type == VT_DISPATCH && !parameter.byReference &&
+      (empty || !function_.IsPut())) {
+    // What is no object comes as none: the methods say themselves what is wrong with that.
     V_VT(&argument.passed) = VT_DISPATCH;
     return S_OK;
   }

@@ -16,9 +16,9 @@ class CallFrame {
   CallFrame(const Function& function, LCID locale);
 
   // Puts each given argument, by position or by name, into the type of its parameter. Fails with
-  // the standard DISP_E_ numbers; `argumentError` (may be null) gets the index in `given` of the
+  // the standard DISP_E_ numbers; `argumentError` (may be null) gets the index in `all` of the
   // argument that does not fit.
-  HRESULT TakeArguments(const DISPPARAMS& given, UINT* argumentError);
+  HRESULT TakeArguments(const DISPPARAMS& all, UINT* argumentError);
 
   HRESULT Call(void* object);
 

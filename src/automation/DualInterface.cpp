@@ -105,6 +105,7 @@ void DualInterface::ReadFunctions(ITypeInfo* vtableInfo) {
         function.result = parameter.type;
         continue;
       }
+      parameter.optional = parameter.type == VT_VARIANT && (flags & PARAMFLAG_FOPT) != 0;
       parameter.handedBack = parameter.byReference && (flags & PARAMFLAG_FOUT) != 0;
       if (i + 1 < names.size()) parameter.name = Folded(names[i + 1]);
       function.parameters.push_back(std::move(parameter));

@@ -24,6 +24,7 @@ struct Parameter {
   std::wstring name;
   VARTYPE type = VT_EMPTY;
   bool byReference = false;
+  bool optional = false;    // a variant that may be left out
   bool handedBack = false;  // what a reference leads to is also a result
 };
 

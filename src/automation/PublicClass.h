@@ -24,10 +24,14 @@ inline constexpr PublicClass kServerClass{
     __uuidof(::Server),         __uuidof(IServer),      L"IServer",
     L"QuillonInterface.Server", L"Quillon mail server", kErrorSource};
 
+inline constexpr PublicClass kAddressBookClass{
+    __uuidof(::AddressBook),         __uuidof(IAddressBook),  L"IAddressBook",
+    L"QuillonInterface.AddressBook", L"Quillon address book", kErrorSource};
+
 inline constexpr PublicClass kDialerClass{__uuidof(::Dialer), __uuidof(IDialer),
                                           L"IDialer",         L"QuillonInterface.Dialer",
                                           L"Quillon dialer",  kErrorSource};
 
-inline constexpr std::array kPublicClasses{kServerClass, kDialerClass};
+inline constexpr std::array kPublicClasses{kServerClass, kAddressBookClass, kDialerClass};
 
 }  // namespace quillon

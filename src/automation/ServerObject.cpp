@@ -8,9 +8,32 @@
 
 namespace quillon {
 
+namespace {
+
+// Answered with the object itself. It has no description that calls between processes could be made
+// by, so an object of another one never answers it.
+constexpr GUID kServerItself{
+    0x5d0c4f7e, 0x0b0d, 0x4f4e, {0x9b, 0x52, 0x6d, 0x3a, 0x51, 0xc7, 0x18, 0x2a}};
+
+}  // namespace
+
 ServerObject::ServerObject(const ServerTypes& types, ProcessLifetime& lifetime,
                            Environment& environment)
     : PublicObject(types.server, lifetime, environment), types_(types) {}
+
+HRESULT STDMETHODCALLTYPE ServerObject::QueryInterface(REFIID iid, void** object) {
+  if (object == nullptr || iid != kServerItself) return PublicObject::QueryInterface(iid, object);
+  *object = this;
+  AddRef();
+  return S_OK;
+}
+
+std::shared_ptr<Server> ServerObject::Behind(IDispatch* object) {
+  void* found = nullptr;
+  if (object == nullptr || FAILED(object->QueryInterface(kServerItself, &found))) return nullptr;
+  auto* const self = static_cast<ServerObject*>(found);
+  return {&self->Below(), [self](Server*) { self->Release(); }};
+}
 
 IDispatch* ServerObject::MakeItems(std::vector<std::string> texts) {
   return new ItemsObject(types_.items, Lifetime(), std::move(texts));

@@ -2,6 +2,7 @@
 // layer below, and puts the results together.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,12 @@ struct ServerTypes {
 class ServerObject final : public PublicObject<IServer, Server> {
  public:
   ServerObject(const ServerTypes& types, ProcessLifetime& lifetime, Environment& environment);
+
+  // The Server behind an object of this process, which lives at least as long as the result; null
+  // for any other object.
+  static std::shared_ptr<Server> Behind(IDispatch* object);
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
 
 #define GET(name, type) HRESULT STDMETHODCALLTYPE get_##name(type* value) override;
 #define PUT(name, type) HRESULT STDMETHODCALLTYPE put_##name(type newValue) override;

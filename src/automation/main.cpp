@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Version.h"
+#include "automation/AddressBookObject.h"
 #include "automation/BusyFilter.h"
 #include "automation/ClassObjects.h"
 #include "automation/ComCall.h"
@@ -184,9 +185,13 @@ int Serve(const std::string& commandLine) {
   ProcessLifetime lifetime;
   const TypeLibrary library(program);
   const ServerTypes serverTypes(library);
+  const ClassType addressBookType(library, kAddressBookClass);
   const ClassType dialerType(library, kDialerClass);
   classes.Add(kServerClass, lifetime, [&]() -> IServer* {
     return new ServerObject(serverTypes, lifetime, application.environment);
+  });
+  classes.Add(kAddressBookClass, lifetime, [&]() -> IAddressBook* {
+    return new AddressBookObject(addressBookType, serverTypes.items, lifetime);
   });
   classes.Add(kDialerClass, lifetime, [&]() -> IDialer* {
     return new DialerObject(dialerType, lifetime, application.dialers);
