@@ -25,6 +25,8 @@ inline constexpr std::uint32_t kTo = 1;
 inline constexpr std::uint32_t kCc = 2;
 inline constexpr std::uint32_t kBcc = 3;
 
+inline constexpr std::uint32_t kEditFields = 3;  // of the address book: To, Cc and Bcc
+
 inline constexpr std::uint32_t kUnread = 1;  // flags of a message
 inline constexpr std::uint32_t kReceiptRequested = 2;
 inline constexpr std::uint32_t kSent = 4;
@@ -96,6 +98,11 @@ class SimpleMapi {
   virtual std::uint32_t ResolveName(std::uint32_t session, std::uint32_t window,
                                     const std::string& name, std::uint32_t flags,
                                     MapiRecipient& recipient) = 0;
+
+  // Lets the user change the recipients in the mail program's address book.
+  virtual std::uint32_t Address(std::uint32_t session, std::uint32_t window,
+                                const std::string& caption,
+                                std::vector<MapiRecipient>& recipients) = 0;
 
   // Sends the message as it is, and lets the user change it first in the mail program's own
   // dialog: two functions again.

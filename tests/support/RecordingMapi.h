@@ -70,6 +70,13 @@ class RecordingMapi final : public SimpleMapi {
     recipient = {mapi::kTo, name + " Resolved", "SMTP:" + name + "@example.com", "id of " + name};
     return mapi::kSuccess;
   }
+  std::uint32_t Address(std::uint32_t session, std::uint32_t window, const std::string& caption,
+                        std::vector<MapiRecipient>& recipients) override {
+    Record("Address", {Number(window), caption, std::to_string(recipients.size())});
+    if (const auto failure = FailureIn(session)) return failure;
+    recipients.insert(recipients.end(), chosen.begin(), chosen.end());
+    return mapi::kSuccess;
+  }
   std::uint32_t SendMail(std::uint32_t session, std::uint32_t, const MapiMessage& message,
                          std::uint32_t flags) override {
     Record("SendMail", {Number(flags)});
@@ -90,6 +97,7 @@ class RecordingMapi final : public SimpleMapi {
 
   std::vector<Entry> inbox;
   std::vector<MapiMessage> sent;
+  std::vector<MapiRecipient> chosen;  // in the address book's window
   std::set<std::uint32_t> open;
   std::vector<std::string> calls;
   // By the name of the call, or by how many calls there were before it.

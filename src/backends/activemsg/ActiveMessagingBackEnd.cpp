@@ -14,7 +14,6 @@ namespace quillon {
 namespace {
 
 constexpr const char* kBoxTitle = "ActiveMessaging Mail Error";
-constexpr const char* kLogonFailed = "Failed to Logon to mail system (OLE Logon)";
 constexpr const char* kLogoffFailed = "Failed to logoff (OLE Logoff)";
 
 }  // namespace
@@ -26,27 +25,15 @@ ActiveMessagingBackEnd::ActiveMessagingBackEnd(const ActiveMessagingPorts& ports
 
 MailResult ActiveMessagingBackEnd::Run(const MailRequest& request, const std::string& context,
                                        const std::function<void()>& operation) {
-  try {
-    operation();
-    return {};
-  } catch (const UserAbort&) {
-    return {active_messaging::kUserAbort, ActiveMessagingErrorText(active_messaging::kUserAbort)};
-  } catch (const StepFailure& failure) {
-    return diagnostic_.Fail(request, failure.what(), failure.Number());
-  } catch (const AutomationError& error) {
-    return diagnostic_.Fail(request, context, ActiveMessagingNumber(error.Number()));
-  }
+  return RunOperation(diagnostic_, request, context, operation);
 }
 
 AutomationObjectPtr ActiveMessagingBackEnd::LogOn(MailRequest& request) {
-  return InContext(kLogonFailed, [&] {
-    session_.LogonOnDemand(request);
-    return session_.Object();
-  });
+  return session_.LoggedOn(request);
 }
 
 MailResult ActiveMessagingBackEnd::Login(MailRequest& request) {
-  return Run(request, kLogonFailed, [&] { session_.Logon(request); });
+  return Run(request, kActiveMessagingLogonFailed, [&] { session_.Logon(request); });
 }
 
 MailResult ActiveMessagingBackEnd::Logout(MailRequest& request) {

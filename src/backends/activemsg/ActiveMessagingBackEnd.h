@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "backends/Diagnostic.h"
+#include "backends/activemsg/ActiveMessagingAddressBooks.h"
 #include "backends/activemsg/ActiveMessagingLibrary.h"
 #include "backends/activemsg/ActiveMessagingSession.h"
 #include "backends/activemsg/FolderTree.h"
@@ -63,6 +64,7 @@ class ActiveMessagingBackEnd final : public BackEnd {
                            bool allCategories, std::vector<std::string>& folders) override;
   MailResult FolderExists(MailRequest& request, const std::string& folder, bool& exists) override;
   MailResult Post(MailRequest& request) override;
+  AddressBooks* Books() override { return &books_; }
   void Shutdown(std::int32_t savedHandle) override;
 
   // The object of the session: the client's that was put, or our own, which is made for this when
@@ -103,6 +105,7 @@ class ActiveMessagingBackEnd final : public BackEnd {
   ActiveMessagingPorts ports_;
   ActiveMessagingSession session_;
   Diagnostic diagnostic_;
+  ActiveMessagingAddressBooks books_{session_, diagnostic_};
   AutomationObjectPtr message_;
   AutomationObjectPtr folder_;
 };

@@ -4,6 +4,7 @@
 
 #include "backends/LogonPrompt.h"
 #include "backends/activemsg/ActiveMessagingNumber.h"
+#include "backends/activemsg/StepFailure.h"
 
 namespace quillon {
 
@@ -51,6 +52,13 @@ void ActiveMessagingSession::LogonOnDemand(MailRequest& request) {
   Logon(request);
 }
 
+AutomationObjectPtr ActiveMessagingSession::LoggedOn(MailRequest& request) {
+  return InContext(kActiveMessagingLogonFailed, [&] {
+    LogonOnDemand(request);
+    return Object();
+  });
+}
+
 void ActiveMessagingSession::CallLogon(const MailRequest& request) {
   const auto& instance = request.instance;
   const bool named = !instance.postOffice.empty();
@@ -66,7 +74,13 @@ void ActiveMessagingSession::CallLogon(const MailRequest& request) {
   Object()->Call("Logon", arguments);
 }
 
+void ActiveMessagingSession::Use(AutomationObjectPtr clients) {
+  ++ended_;
+  clients_ = std::move(clients);
+}
+
 void ActiveMessagingSession::Logoff() {
+  ++ended_;
   clients_ = nullptr;
   if (!loggedOn_) return;
   try {

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "backends/Diagnostic.h"
 #include "backends/activemsg/ActiveMessagingNumber.h"
 #include "ports/AutomationObject.h"
 
@@ -27,6 +29,10 @@ class StepFailure : public std::runtime_error {
 
 // The user has ended the operation in a window of the mail system; he needs no box that says so.
 class UserAbort : public std::exception {};
+
+// Runs an operation of the mail system; `context` is what the box says of a failure.
+MailResult RunOperation(const Diagnostic& diagnostic, const MailRequest& request,
+                        const std::string& context, const std::function<void()>& operation);
 
 // Runs a step whose calls fail in a context of their own.
 template <typename Step>

@@ -32,7 +32,10 @@ std::uint32_t WindowOf(const MailRequest& request) {
 }  // namespace
 
 MapiBackEnd::MapiBackEnd(const MapiPorts& ports)
-    : ports_(ports), diagnostic_(ports.messageBox, kTitle, MapiErrorText) {}
+    : ports_(ports),
+      diagnostic_(ports.messageBox, kTitle, MapiErrorText),
+      books_(ports.library, diagnostic_,
+             [this](MailRequest& request) { return LoginOnDemand(request); }) {}
 
 MailResult MapiBackEnd::Fail(const MailRequest& request, const char* context,
                              std::uint32_t number) const {

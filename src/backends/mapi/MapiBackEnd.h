@@ -11,6 +11,7 @@
 #include <string>
 
 #include "backends/Diagnostic.h"
+#include "backends/mapi/MapiAddressBooks.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
 #include "ports/FileSystem.h"
@@ -44,6 +45,7 @@ class MapiBackEnd final : public BackEnd {
                          std::string& resolved) override;
   MailResult SetSessionHandle(MailRequest& request, std::int32_t handle) override;
   std::optional<std::int32_t> NumberOfCancelledDialog() const override;
+  AddressBooks* Books() override { return &books_; }
   void Shutdown(std::int32_t savedHandle) override;
 
  private:
@@ -65,6 +67,7 @@ class MapiBackEnd final : public BackEnd {
 
   MapiPorts ports_;
   Diagnostic diagnostic_;
+  MapiAddressBooks books_;
   std::set<std::uint32_t> open_;  // sessions that were begun here
 };
 

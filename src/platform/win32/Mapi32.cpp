@@ -24,6 +24,8 @@ using FindNextType = ULONG(WINAPI*)(ULONG, ULONG, char*, char*, ULONG, ULONG, ch
 using ReadMailType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, ULONG, AnsiMessage**);
 using DeleteMailType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, ULONG);
 using ResolveNameType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, ULONG, NativeRecipient**);
+using AddressType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, char*, ULONG, NativeRecipient*,
+                                   ULONG, ULONG, ULONG*, NativeRecipient**);
 using SendMailType = ULONG(WINAPI*)(ULONG, ULONG, AnsiMessage*, ULONG, ULONG);
 using SendMailWideType = ULONG(WINAPI*)(ULONG, ULONG, WideMessage*, ULONG, ULONG);
 using FreeBufferType = ULONG(WINAPI*)(void*);
@@ -101,6 +103,28 @@ std::uint32_t Mapi32::ResolveName(std::uint32_t session, std::uint32_t window,
   if (found == nullptr) return result == mapi::kSuccess ? kBroken : result;
   if (result == mapi::kSuccess) recipient = RecipientFrom(*found, codePage_);
   Call("MAPIFreeBuffer", FreeBufferType{}, static_cast<void*>(found));
+  return result;
+}
+
+std::uint32_t Mapi32::Address(std::uint32_t session, std::uint32_t window,
+                              const std::string& caption, std::vector<MapiRecipient>& recipients) {
+  MapiMessage before;
+  before.recipients = recipients;
+  NativeMessage<char> laid(before,
+                           [this](const std::string& text) { return codePage_.ToBytes(text); });
+  auto title = codePage_.ToBytes(caption);
+  ULONG count = 0;
+  NativeRecipient* chosen = nullptr;
+  const auto result =
+      Call("MAPIAddress", AddressType{}, session, window, title.data(), mapi::kEditFields, nullptr,
+           laid.Record()->recipientCount, laid.Record()->recipients, 0UL, 0UL, &count, &chosen);
+  if (result == mapi::kSuccess) {
+    recipients.clear();
+    for (ULONG i = 0; chosen != nullptr && i < count; ++i) {
+      recipients.push_back(RecipientFrom(chosen[i], codePage_));
+    }
+  }
+  if (chosen != nullptr) Call("MAPIFreeBuffer", FreeBufferType{}, static_cast<void*>(chosen));
   return result;
 }
 

@@ -27,6 +27,8 @@ class Mapi32 : public SimpleMapi {
                            const std::string& id) override;
   std::uint32_t ResolveName(std::uint32_t session, std::uint32_t window, const std::string& name,
                             std::uint32_t flags, MapiRecipient& recipient) override;
+  std::uint32_t Address(std::uint32_t session, std::uint32_t window, const std::string& caption,
+                        std::vector<MapiRecipient>& recipients) override;
   // What the code page cannot hold goes through MAPISendMailW, where the library has it.
   std::uint32_t SendMail(std::uint32_t session, std::uint32_t window, const MapiMessage& message,
                          std::uint32_t flags) final;

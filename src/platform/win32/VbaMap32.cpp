@@ -22,6 +22,9 @@ using GetReadMailType = ULONG(WINAPI*)(ULONG, BasicMessage*, SAFEARRAY**, SAFEAR
                                        BasicRecipient*);
 using DeleteMailType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, ULONG);
 using ResolveNameType = ULONG(WINAPI*)(ULONG, ULONG, char*, ULONG, ULONG, BasicRecipient*);
+using AddressType = ULONG(WINAPI*)(ULONG*, ULONG, ULONG, BSTR*, ULONG, BSTR*, ULONG*, SAFEARRAY**,
+                                   ULONG, ULONG);
+using GetAddressType = ULONG(WINAPI*)(ULONG, ULONG, SAFEARRAY**);
 using SendMailType = ULONG(WINAPI*)(ULONG, ULONG, BasicMessage*, SAFEARRAY**, SAFEARRAY**, ULONG,
                                     ULONG);
 
@@ -107,6 +110,30 @@ std::uint32_t VbaMap32::ResolveName(std::uint32_t session, std::uint32_t window,
   const auto result = Call("BMAPIResolveName", ResolveNameType{}, session, window, text.data(),
                            flags, 0UL, found.Get());
   if (result == mapi::kSuccess) recipient = Taken(*found.Get(), Encoding());
+  return result;
+}
+
+std::uint32_t VbaMap32::Address(std::uint32_t session, std::uint32_t window,
+                                const std::string& caption,
+                                std::vector<MapiRecipient>& recipients) {
+  BasicArray<BasicRecipient> before(recipients.size());
+  for (std::size_t i = 0; i < recipients.size(); ++i) {
+    Lay(before.At(i), recipients[i], Encoding());
+  }
+  AnsiBstr title(Encoding().ToBytes(caption));
+  AnsiBstr label;
+  ULONG handle = 0;
+  auto count = static_cast<ULONG>(recipients.size());
+  auto result = Call("BMAPIAddress", AddressType{}, &handle, session, window, title.Place(),
+                     mapi::kEditFields, label.Place(), &count, before.Place(), 0UL, 0UL);
+  if (result != mapi::kSuccess) return result;
+  BasicArray<BasicRecipient> chosen(count);
+  result = Call("BMAPIGetAddress", GetAddressType{}, handle, count, chosen.Place());
+  if (result != mapi::kSuccess) return result;
+  recipients.clear();
+  for (ULONG i = 0; i < std::min(count, chosen.Size()); ++i) {
+    recipients.push_back(Taken(chosen.At(i), Encoding()));
+  }
   return result;
 }
 

@@ -28,6 +28,8 @@ class VbaMap32 final : public Mapi32 {
                            const std::string& id) override;
   std::uint32_t ResolveName(std::uint32_t session, std::uint32_t window, const std::string& name,
                             std::uint32_t flags, MapiRecipient& recipient) override;
+  std::uint32_t Address(std::uint32_t session, std::uint32_t window, const std::string& caption,
+                        std::vector<MapiRecipient>& recipients) override;
   std::uint32_t SendMailInDialog(std::uint32_t session, std::uint32_t window,
                                  const MapiMessage& message, std::uint32_t flags) override;
 
