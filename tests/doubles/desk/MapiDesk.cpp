@@ -322,6 +322,21 @@ std::uint32_t MapiDesk::DeleteMail(std::uint32_t session, const std::string& id)
   });
 }
 
+// "send" leaves what is there, and "add all" adds whoever the book has.
+std::uint32_t MapiDesk::Address(std::uint32_t session, std::vector<Party>& parties) {
+  const std::string count = std::to_string(parties.size());
+  return Guarded("MAPIAddress", Told(session, 0, "parties=" + count), [&]() -> std::uint32_t {
+    if (Find(session) == nullptr) return kMapiInvalidSession;
+    const std::optional<std::string> word = store_.Dialog();
+    if (word == "send") return kMapiSuccess;
+    if (word != "add all") return kMapiUserAbort;
+    for (const Entry& entry : store_.AddressBook()) {
+      parties.push_back({1, entry.name, entry.address, entry.address});
+    }
+    return kMapiSuccess;
+  });
+}
+
 std::uint32_t MapiDesk::ResolveName(std::uint32_t session, const std::string& name,
                                     std::uint32_t flags, Party& party) {
   return Guarded("MAPIResolveName", Told(session, flags, "name=" + name), [&]() -> std::uint32_t {

@@ -31,6 +31,7 @@ enum MapiResult : std::uint32_t {
   kMapiInvalidMessage = 17,
   kMapiInvalidSession = 19,
   kMapiAmbiguousRecipient = 21,
+  kMapiInvalidEditFields = 24,
   kMapiInvalidRecips = 25,
   kMapiNotSupported = 26,
 };
@@ -93,6 +94,8 @@ class MapiDesk {
   std::uint32_t DeleteMail(std::uint32_t session, const std::string& id);
   std::uint32_t ResolveName(std::uint32_t session, const std::string& name, std::uint32_t flags,
                             Party& party);
+  // Leaves the parties that the user of the address book chooses.
+  std::uint32_t Address(std::uint32_t session, std::vector<Party>& parties);
   // A call of the interface that this provider does not have, or that is no business of the store;
   // kMapiSuccess unless the fault file says otherwise.
   std::uint32_t Note(std::string_view name, std::string_view arguments);

@@ -107,7 +107,8 @@ std::vector<Entry> Store::AddressBook() const {
     const std::size_t open = line.find(" <");
     const std::size_t close = line.find('>', open);
     if (close == std::string::npos) continue;
-    entries.push_back({line.substr(0, open), line.substr(open + 2, close - open - 2)});
+    entries.push_back({line.substr(0, open), line.substr(open + 2, close - open - 2),
+                       line.substr(close + 1).starts_with(" group")});
   }
   return entries;
 }

@@ -54,6 +54,7 @@ struct Account {
 struct Entry {
   std::string name;
   std::string address;
+  bool isGroup = false;  // its line in the file goes on with " group"
 };
 
 struct Folder {

@@ -59,9 +59,10 @@ const MailRecord<char>* Blocks::HandOut(const desk::Mail& mail) {
   return &record;
 }
 
-const PartyRecord<char>* Blocks::HandOut(const desk::Party& party) {
+const PartyRecord<char>* Blocks::HandOut(const std::vector<desk::Party>& parties) {
+  if (parties.empty()) return nullptr;
   auto block = std::make_unique<Block>();
-  block->parties.push_back(block->Record(party));
+  for (const desk::Party& party : parties) block->parties.push_back(block->Record(party));
   const PartyRecord<char>* const record = block->parties.data();
   const std::lock_guard lock(mutex_);
   blocks_[record] = std::move(block);

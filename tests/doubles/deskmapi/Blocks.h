@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "Records.h"
 #include "desk/MapiDesk.h"
@@ -16,7 +17,8 @@ class Blocks {
   ~Blocks();
 
   const MailRecord<char>* HandOut(const desk::Mail& mail);
-  const PartyRecord<char>* HandOut(const desk::Party& party);
+  // The first of them; null when there are none.
+  const PartyRecord<char>* HandOut(const std::vector<desk::Party>& parties);
 
   // False for what was never handed out, or is free already.
   bool Free(const void* record);

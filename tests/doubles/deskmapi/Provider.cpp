@@ -168,16 +168,29 @@ ULONG WINAPI MAPIResolveName(ULONG session, ULONG, const char* name, ULONG flags
     if (result == nullptr) return desk::kMapiFailure;
     desk::Party party;
     const ULONG number = Desk().ResolveName(session, Utf8From(name), flags, party);
-    if (number == desk::kMapiSuccess) *result = Given().HandOut(party);
+    if (number == desk::kMapiSuccess) *result = Given().HandOut(std::vector{party});
+    return number;
+  });
+}
+
+ULONG WINAPI MAPIAddress(ULONG session, ULONG, const char*, ULONG fields, const char*, ULONG count,
+                         const PartyRecord<char>* given, ULONG, ULONG, ULONG* newCount,
+                         const PartyRecord<char>** chosen) {
+  return Guarded([&]() -> ULONG {
+    if (fields > 4) return desk::kMapiInvalidEditFields;
+    if (count != 0 && given == nullptr) return desk::kMapiInvalidRecips;
+    if (newCount == nullptr || chosen == nullptr) return desk::kMapiFailure;
+    std::vector<desk::Party> parties;
+    for (ULONG index = 0; index < count; ++index) parties.push_back(PartyOf(given[index]));
+    const ULONG number = Desk().Address(session, parties);
+    if (number != desk::kMapiSuccess) return number;
+    *newCount = static_cast<ULONG>(parties.size());
+    *chosen = Given().HandOut(parties);
     return number;
   });
 }
 
 // These are all dialog, and there is nobody to look at it.
-ULONG WINAPI MAPIAddress(ULONG, ULONG, const char*, ULONG, const char*, ULONG,
-                         const PartyRecord<char>*, ULONG, ULONG, ULONG*, PartyRecord<char>**) {
-  return Refuse("MAPIAddress");
-}
 ULONG WINAPI MAPIDetails(ULONG, ULONG, const PartyRecord<char>*, ULONG, ULONG) {
   return Refuse("MAPIDetails");
 }

@@ -96,7 +96,8 @@ std::span<const MemberOf<AddressEntryObject>> AddressEntryObject::Members() {
       {"Type", 17, "",
        [](Self& o, const Arguments&) { return FromText(TypeOfAddress(o.entry_.address)); }},
       {"ID", 14, "", [](Self& o, const Arguments&) { return FromText(IdOfEntry(o.entry_)); }},
-      {"DisplayType", 56, "", [](Self&, const Arguments&) { return FromNumber(0); }},
+      {"DisplayType", 56, "",
+       [](Self& o, const Arguments&) { return FromNumber(o.entry_.isGroup ? 1 : 0); }},
       {"IsSameAs", 136, "AddressEntry |",
        [](Self& o, const Arguments& a) {
          const auto* other = dynamic_cast<Self*>(Object::In(a.At(0)));

@@ -59,6 +59,20 @@ Variant RecipientsObject::Add(const Arguments& arguments) {
   return MakeResult<RecipientObject>(*this, State(), State()->recipients.back());
 }
 
+Variant RecipientsObject::Choose(Object& parent, const VARIANT& given) {
+  const std::optional<std::string> word = TheStore().Dialog();
+  if (word != "send" && word != "add all") throw MemberError(MapiError::kUserCancel);
+  auto* const before = dynamic_cast<RecipientsObject*>(Object::In(given));
+  const auto state = before != nullptr ? before->State() : std::make_shared<MessageState>();
+  if (word == "add all") {
+    for (const Entry& entry : TheStore().AddressBook()) {
+      Part<Recipient> part{{1, entry.name, Typed(entry.address)}};
+      state->recipients.push_back(std::make_shared<Part<Recipient>>(std::move(part)));
+    }
+  }
+  return MakeResult<RecipientsObject>(parent, state);
+}
+
 Variant RecipientsObject::Resolved() const {
   return FromFlag(std::ranges::none_of(
       State()->recipients, [](const auto& part) { return part->record.address.empty(); }));

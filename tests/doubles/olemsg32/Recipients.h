@@ -16,6 +16,10 @@ class RecipientsObject final : public MessageChildOf<RecipientsObject> {
   static constexpr std::string_view kDefault = "Item";
   static std::span<const MemberOf<RecipientsObject>> Members();
 
+  // What the user of the address book chooses to go with those that are given, if any: with the
+  // word "add all" whoever the book has, with "send" nobody else. Throws kUserCancel.
+  static Variant Choose(Object& parent, const VARIANT& given);
+
   RecipientsObject(Object& parent, MessageStatePtr state)
       : MessageChildOf(parent, std::move(state)) {}
 

@@ -8,6 +8,7 @@
 #include "olemsg32/Folders.h"
 #include "olemsg32/InfoStores.h"
 #include "olemsg32/MessageObject.h"
+#include "olemsg32/Recipients.h"
 #include "olemsg32/StoreId.h"
 
 namespace desk {
@@ -74,6 +75,10 @@ std::span<const MemberOf<Session>> Session::Members() {
        [](Session& s, const Arguments& a) {
          return MakeResult<AddressEntryObject>(s, EntryOfId(a.Text(0)));
        }},
+      {"AddressBook", 101,
+       "Recipients Title OneAddress ForceResolution RecipLists ToLabel CcLabel BccLabel "
+       "ParentWindow",
+       [](Session& s, const Arguments& a) { return RecipientsObject::Choose(s, a.At(0)); }},
       {"DeliverNow", 108, "", [](Session&, const Arguments&) { return Variant(); }},
       {"CompareIDs", 137, "ID1 ID2 |",
        [](Session&, const Arguments& a) {

@@ -51,6 +51,12 @@ std::map<ULONG, ReadMail>& Waiting() {
   return waiting;
 }
 
+// The same between BMAPIAddress and BMAPIGetAddress.
+std::map<ULONG, std::unique_ptr<const CParty, FreeMapi>>& Chosen() {
+  static std::map<ULONG, std::unique_ptr<const CParty, FreeMapi>> chosen;
+  return chosen;
+}
+
 ULONG Get(const CMail& native, VbMail& mail, SAFEARRAY** parties, SAFEARRAY** files,
           VbParty& originator) {
   auto* const vbParties =
@@ -174,14 +180,40 @@ ULONG WINAPI BMAPIResolveName(ULONG session, ULONG window, const char* name, ULO
   });
 }
 
-// These are all dialog, and there is nobody to look at it.
-ULONG WINAPI BMAPIAddress(ULONG*, ULONG, ULONG, BSTR*, ULONG, BSTR*, LONG*, SAFEARRAY**, ULONG,
-                          ULONG) {
-  return Refuse("BMAPIAddress");
+ULONG WINAPI BMAPIAddress(ULONG* handle, ULONG session, ULONG window, BSTR* caption, ULONG fields,
+                          BSTR* label, LONG* count, SAFEARRAY** parties, ULONG flags, ULONG) {
+  return Guarded("BMAPIAddress", "parties=" + std::to_string(*count), [&]() -> ULONG {
+    VbMail mail{};
+    mail.recipientCount = *count;
+    const std::unique_ptr<NativeMail> native = Native(mail, parties, nullptr);
+    if (native == nullptr) return desk::kMapiFailure;
+    ULONG chosenCount = 0;
+    const CParty* chosen = nullptr;
+    const ULONG number = CallMapi<ULONG, ULONG, const char*, ULONG, const char*, ULONG,
+                                  const CParty*, ULONG, ULONG, ULONG*, const CParty**>(
+        "MAPIAddress", session, window, Ansi(*caption), fields, Ansi(*label),
+        static_cast<ULONG>(*count), native->parties.data(), flags, 0, &chosenCount, &chosen);
+    if (number != 0) return number;
+    *count = static_cast<LONG>(chosenCount);
+    *handle = Chosen().empty() ? 1 : Chosen().rbegin()->first + 1;
+    Chosen()[*handle].reset(chosen);
+    return number;
+  });
 }
-ULONG WINAPI BMAPIGetAddress(ULONG, LONG, SAFEARRAY**) {
-  return Refuse("BMAPIGetAddress");
+// The handle is used up, whatever comes of it.
+ULONG WINAPI BMAPIGetAddress(ULONG handle, LONG count, SAFEARRAY** parties) {
+  return Guarded("BMAPIGetAddress", {}, [&]() -> ULONG {
+    const auto chosen = Chosen().extract(handle);
+    auto* const vbParties = ArrayOf<VbParty>(parties, count);
+    if (chosen.empty() || vbParties == nullptr) return desk::kMapiFailure;
+    for (LONG index = 0; index < count; ++index) {
+      Put(vbParties[index], chosen.mapped().get()[index]);
+    }
+    return desk::kMapiSuccess;
+  });
 }
+
+// This is all dialog, and there is nobody to look at it.
 ULONG WINAPI BMAPIDetails(ULONG, ULONG, VbParty*, ULONG, ULONG) {
   return Refuse("BMAPIDetails");
 }
