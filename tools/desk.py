@@ -169,7 +169,7 @@ class Store:
 
     def dialog(self, word=None):
         """What the user does in dialogs: "send", "cancel", "change subject ...", "add NAME",
-        "pick NUMBER"; None: there is no display."""
+        "pick NUMBER", "add all" (of the address book); None: there is no display."""
         self._put("dialog.txt", word)
 
     def add_message(self, mailbox, folder="Inbox", subject="", text="", unread=True,
