@@ -5,10 +5,13 @@
 
 namespace quillon {
 
-void AskForLogon(LoginPrompt& prompt, const char* caption, InstanceState& instance) {
-  LoginFields fields{{}, instance.loginName, instance.password};
-  switch (prompt.Ask(caption, fields)) {
+void AskForLogon(LoginPrompt& prompt, LoginQuestion question, MailRequest& request) {
+  auto& instance = request.instance;
+  question.owner = request.shared.ownerWindow;
+  LoginFields fields{instance.postOffice, instance.loginName, instance.password};
+  switch (prompt.Ask(question, fields)) {
     case LoginPrompt::Answer::Entered:
+      instance.postOffice = fields.server;
       instance.loginName = fields.name;
       instance.password = fields.password;
       return;

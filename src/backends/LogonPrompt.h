@@ -1,4 +1,4 @@
-// Name and password for a logon, asked from the user when one of them is missing.
+// The data of a logon, asked from the user when some of it is missing.
 #pragma once
 
 #include "mail/BackEnd.h"
@@ -6,8 +6,15 @@
 
 namespace quillon {
 
-// What he enters goes into the instance. Throws ServerError 522 when he cancels, 544 when there is
-// nobody to ask.
-void AskForLogon(LoginPrompt& prompt, const char* caption, InstanceState& instance);
+namespace login_label {
+inline constexpr const char* kPostOffice = "Post &office:";
+inline constexpr const char* kProfile = "Profile &name:";
+inline constexpr const char* kUser = "User &name:";
+inline constexpr const char* kPassword = "&Password:";
+}  // namespace login_label
+
+// What he enters goes into the instance: the server is its post office. Throws ServerError 522 when
+// he cancels, 544 when there is nobody to ask.
+void AskForLogon(LoginPrompt& prompt, LoginQuestion question, MailRequest& request);
 
 }  // namespace quillon

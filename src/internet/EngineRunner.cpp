@@ -10,8 +10,13 @@
 namespace quillon {
 
 EngineRunner::Call::Call(EngineRunner& owner) : owner_(&owner) {
-  if (owner.ports_.notifier.InCallback()) throw ServerError(error_code::kInNotification);
-  if (std::exchange(owner.busy_, true)) throw ServerError(error_code::kInProgress);
+  owner.RequireIdle();
+  owner.busy_ = true;
+}
+
+void EngineRunner::RequireIdle() const {
+  if (ports_.notifier.InCallback()) throw ServerError(error_code::kInNotification);
+  if (busy_) throw ServerError(error_code::kInProgress);
 }
 
 // The end is told from the loop, not from inside the event that the work has waited for. An abort

@@ -48,6 +48,10 @@ class EngineRunner {
 
   explicit EngineRunner(const RunnerPorts& ports);
 
+  // Throws as a Call would. The user may be asked between the two: while he thinks, it is other
+  // calls' turn.
+  void RequireIdle() const;
+
   // Runs the work, or starts it when an object is registered; then the result is success, and the
   // object hears of the work's own. Throws ServerError 522 for what was aborted.
   MailResult Perform(Call& call, WorkOrder order, Task<SessionResult> work);

@@ -111,22 +111,19 @@ WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* memb
 // For both protocols together, one whose data is there is logged into; when neither's is, the user
 // is asked for POP's.
 MailResult InternetBackEnd::Login(MailRequest& request) {
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   const auto& instance = request.instance;
   const auto system = instance.mailSystem;
   const bool smtpData = !instance.smtpServer.empty() && !request.shared.message.from.empty();
   const bool smtp = system == mail_system::kSmtp || (ServesSmtp(system) && smtpData);
   const bool pop = system == mail_system::kPop3 ||
                    (ServesPop(system) && (!instance.postOffice.empty() || !smtp));
+  if (pop) login_.PreparePop(request);
+  if (smtp) login_.PrepareSmtp(request);
+  EngineRunner::Call call(runner_);
   Logins logins;
-  if (pop) {
-    login_.PreparePop(request);
-    logins.push_back(Engine().LoginPOP(Pop(request)));
-  }
-  if (smtp) {
-    login_.PrepareSmtp(request);
-    logins.push_back(Engine().LoginSMTP(Smtp(request)));
-  }
+  if (pop) logins.push_back(Received(Engine().LoginPOP(Pop(request)), instance.postOffice));
+  if (smtp) logins.push_back(Engine().LoginSMTP(Smtp(request)));
   return runner_.Perform(call, NewOrder(request, "Login", asynch_operation::kLogin, nullptr),
                          LoginAll(std::move(logins)));
 }
@@ -161,11 +158,12 @@ MailResult InternetBackEnd::Logout(MailRequest& request) {
 
 MailResult InternetBackEnd::Send(MailRequest& request) {
   RequireSmtp(request);
+  runner_.RequireIdle();
+  login_.PrepareSmtp(request);
   EngineRunner::Call call(runner_);
   auto& message = request.shared.message;
   const auto& switches = request.shared.switches;
   message.refusedRecipients.clear();
-  login_.PrepareSmtp(request);
   const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
                                    switches.blockSize};
   auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
@@ -191,7 +189,13 @@ Task<SessionResult> InternetBackEnd::Sent(Task<SessionResult> sending, std::stri
   auto result = co_await sending;
   const bool wentOut =
       result.number == internet_error::kSuccess || result.number == internet_error::kSomeRefused;
-  if (wentOut) login_.RememberServer(host);
+  if (wentOut) login_.RememberSmtp(host);
+  co_return result;
+}
+
+Task<SessionResult> InternetBackEnd::Received(Task<SessionResult> receiving, std::string host) {
+  auto result = co_await receiving;
+  if (result.number == internet_error::kSuccess) login_.RememberPop(host);
   co_return result;
 }
 
@@ -210,8 +214,9 @@ MailResult InternetBackEnd::LoadMessageIdentifiers(MailRequest& request) {
 MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member,
                                         std::int32_t operation, HeaderRequest wanted) {
   RequirePop(request);
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   login_.PreparePop(request);
+  EngineRunner::Call call(runner_);
   const auto& instance = request.instance;
   HeaderOptions options{static_cast<std::size_t>(instance.maximumHeaders),
                         instance.unreadOnly != kFalse, Bytes(instance.dateFormat)};
@@ -223,7 +228,7 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
   auto loading = Engine().LoadMessageHeaders(std::move(settings), wanted, update->Collector());
   return runner_.Perform(
       call, NewOrder(request, member, operation, "Failed to load the message headers."),
-      HeadersLoaded(std::move(loading), std::move(update)));
+      Received(HeadersLoaded(std::move(loading), std::move(update)), instance.postOffice));
 }
 
 Task<SessionResult> InternetBackEnd::HeadersLoaded(Task<SessionResult> loading,
@@ -233,8 +238,9 @@ Task<SessionResult> InternetBackEnd::HeadersLoaded(Task<SessionResult> loading,
 
 MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
   RequirePop(request);
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   login_.PreparePop(request);
+  EngineRunner::Call call(runner_);
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
   auto loading = Engine().LoadMessageHeaders(Pop(request), {}, collector);
   auto result = runner_.Perform(call,
@@ -247,8 +253,9 @@ MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& coun
 
 MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   RequirePop(request);
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   login_.PreparePop(request);
+  EngineRunner::Call call(runner_);
   auto collector = std::make_unique<MessageCollector>(
       ports_.files, ports_.codePage, SplitSettingsOf(request, ports_.files),
       Bytes(request.instance.dateFormat), [this] { return MostMessageBytes(); });
@@ -285,8 +292,9 @@ Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
 
 MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {
   RequirePop(request);
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   login_.PreparePop(request);
+  EngineRunner::Call call(runner_);
   auto settings = Pop(request);
   auto key = CurrentMessage(request, settings, ports_.codePage);
   auto deleting = OfListed(Engine().DeleteMessage(std::move(settings), std::move(key)));
@@ -304,8 +312,9 @@ MailResult InternetBackEnd::MoveCopyMessage(MailRequest& request, const std::str
 
 MailResult InternetBackEnd::ResolveName(MailRequest& request, const std::string& name,
                                         bool withAddress, std::string& resolved) {
-  EngineRunner::Call call(runner_);
+  runner_.RequireIdle();
   login_.PrepareSmtp(request);
+  EngineRunner::Call call(runner_);
   auto resolving = Engine().ResolveAddress(Smtp(request), Bytes(name));
   auto result = runner_.Perform(
       call,

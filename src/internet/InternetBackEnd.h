@@ -86,6 +86,7 @@ class InternetBackEnd final : public BackEnd {
   static Task<SessionResult> LoginAll(Logins logins);
   void LogUnprotected(const InstanceState& instance);
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
+  Task<SessionResult> Received(Task<SessionResult> receiving, std::string host);
   static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
                                            std::unique_ptr<HeaderUpdate> update);
   std::uint64_t MostMessageBytes() const;

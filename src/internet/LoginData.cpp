@@ -8,19 +8,34 @@ namespace quillon {
 namespace {
 
 constexpr const char* kConfigurationSection = "Internet";
-constexpr const char* kConfigurationKey = "SMTPServer";
+constexpr const char* kSmtpKey = "SMTPServer";
+constexpr const char* kPopKey = "POPServer";
 
 }  // namespace
 
-// The user may have changed the file meanwhile.
-void LoginData::RememberServer(const std::string& host) {
-  if (configuration_.ReadString(kConfigurationSection, kConfigurationKey) == host) return;
-  configuration_.WriteString(kConfigurationSection, kConfigurationKey, host);
+void LoginData::RememberSmtp(const std::string& host) {
+  Remember(kSmtpKey, host);
 }
 
-bool LoginData::AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields) {
+void LoginData::RememberPop(const std::string& host) {
+  Remember(kPopKey, host);
+}
+
+// The user may have changed the file meanwhile.
+void LoginData::Remember(const char* key, const std::string& host) {
+  if (Remembered(key) == host) return;
+  configuration_.WriteString(kConfigurationSection, key, host);
+}
+
+std::string LoginData::Remembered(const char* key) const {
+  return configuration_.ReadString(kConfigurationSection, key);
+}
+
+bool LoginData::AskForLogin(const MailRequest& request, LoginQuestion question,
+                            LoginFields& fields) {
   if (request.instance.loginDialog == kFalse) return false;
-  const auto answer = prompt_.Ask(caption, fields);
+  question.owner = request.shared.ownerWindow;
+  const auto answer = prompt_.Ask(question, fields);
   if (answer == LoginPrompt::Answer::Cancelled) {
     throw ServerError(error_code::kUserAborted, "User selected cancel in dialog.");
   }
@@ -32,7 +47,12 @@ void LoginData::PreparePop(MailRequest& request) {
   const auto complete = [&] { return !instance.postOffice.empty() && !instance.loginName.empty(); };
   if (complete()) return;
   LoginFields fields{instance.postOffice, instance.loginName, instance.password};
-  if (AskForLogin(request, "POP Login", fields)) {
+  if (fields.server.empty()) fields.server = Remembered(kPopKey);
+  const LoginQuestion question{.caption = "POP Login",
+                               .server = "POP3 &server:",
+                               .name = "User &name:",
+                               .password = "&Password:"};
+  if (AskForLogin(request, question, fields)) {
     instance.postOffice = fields.server;
     instance.loginName = fields.name;
     instance.password = fields.password;
@@ -46,10 +66,10 @@ void LoginData::PrepareSmtp(MailRequest& request) {
   const auto complete = [&] { return !host.empty() && !from.empty(); };
   if (complete()) return;
   LoginFields fields{host, from, {}};
-  if (host.empty()) {
-    fields.server = configuration_.ReadString(kConfigurationSection, kConfigurationKey);
-  }
-  if (AskForLogin(request, "SMTP Login", fields)) {
+  if (fields.server.empty()) fields.server = Remembered(kSmtpKey);
+  const LoginQuestion question{
+      .caption = "SMTP Login", .server = "SMTP &server:", .name = "Your &address:"};
+  if (AskForLogin(request, question, fields)) {
     host = fields.server;
     from = fields.name;
   }

@@ -12,21 +12,24 @@ namespace quillon {
 
 class LoginData {
  public:
-  // `configuration` holds the SMTP server that was used last: key "SMTPServer" of section
-  // "Internet".
+  // `configuration` holds the servers that were used last: keys "SMTPServer" and "POPServer" of
+  // section "Internet".
   LoginData(LoginPrompt& prompt, clsINIUtilities& configuration)
       : prompt_(prompt), configuration_(configuration) {}
 
   // Thrown: ServerError 522 when the user cancels, 544 when something is still missing. What he
-  // enters goes into the records. The SMTP server that was used last is offered to him, and never
-  // taken without him.
+  // enters goes into the records. The server that was used last is offered to him, and never taken
+  // without him. Other calls may come while he is asked.
   void PreparePop(MailRequest& request);
   void PrepareSmtp(MailRequest& request);
 
-  void RememberServer(const std::string& host);
+  void RememberSmtp(const std::string& host);
+  void RememberPop(const std::string& host);
 
  private:
-  bool AskForLogin(const MailRequest& request, const char* caption, LoginFields& fields);
+  bool AskForLogin(const MailRequest& request, LoginQuestion question, LoginFields& fields);
+  void Remember(const char* key, const std::string& host);
+  std::string Remembered(const char* key) const;
 
   LoginPrompt& prompt_;
   clsINIUtilities& configuration_;

@@ -41,7 +41,7 @@ class ActiveMessagingWorld : public TestWorld {
 
   class Prompt final : public LoginPrompt {
    public:
-    Answer Ask(const std::string&, LoginFields& fields) override {
+    Answer Ask(const LoginQuestion&, LoginFields& fields) override {
       ++questions;
       if (answer == Answer::Entered) fields = {{}, "asked", "for"};
       return answer;

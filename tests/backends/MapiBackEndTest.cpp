@@ -10,7 +10,7 @@ namespace {
 
 class LogonAnswers final : public LoginPrompt {
  public:
-  Answer Ask(const std::string&, LoginFields& fields) override {
+  Answer Ask(const LoginQuestion&, LoginFields& fields) override {
     ++questions;
     if (answer == Answer::Entered) fields = {{}, "asked", "for"};
     return answer;

@@ -105,8 +105,8 @@ class StillDate final : public LocalClock {
 
 class NameAnswers final : public LoginPrompt {
  public:
-  Answer Ask(const std::string& caption, LoginFields& fields) override {
-    captions.push_back(caption);
+  Answer Ask(const LoginQuestion& question, LoginFields& fields) override {
+    captions.push_back(question.caption);
     if (answer == Answer::Entered) fields.name = "asked";
     return answer;
   }

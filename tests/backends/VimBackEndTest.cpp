@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <optional>
 
 #include "backends/vim/VimBackEnd.h"
 #include "core/WholeFile.h"
@@ -11,12 +12,13 @@ namespace {
 
 class VimLoginAnswers final : public LoginPrompt {
  public:
-  Answer Ask(const std::string& caption, LoginFields& fields) override {
-    questions.push_back(caption + "|" + fields.name);
-    if (answer == Answer::Entered) fields = {{}, "asked", "for"};
+  Answer Ask(const LoginQuestion& question, LoginFields& fields) override {
+    questions.push_back(question.caption + "|" + fields.name);
+    if (answer == Answer::Entered) fields = {postOffice.value_or(fields.server), "asked", "for"};
     return answer;
   }
   Answer answer = Answer::Unavailable;
+  std::optional<std::string> postOffice;  // where the user changes it
   std::vector<std::string> questions;
 };
 
@@ -210,6 +212,13 @@ TEST_F(VimBackEndTest, LogsInWithDataOnlyWhereNothingCanBeShared) {
   EXPECT_EQ("OpenSession " + world.folder.Path() + "|asked|for", library.calls.back());
   EXPECT_EQ(Value(std::string("asked")), server->Get(Property::loginName));
   EXPECT_EQ((Lines{"VIM Login|ann", "VIM Login|ann"}), prompt.questions);
+  server->Logout();
+  server->Put(Property::Password, std::string());
+  prompt.postOffice = world.folder.Path("nowhere");
+  EXPECT_EQ("546 Post office directory does not exist.", FailureOf([&] { server->Login(); }));
+  prompt.postOffice = std::string();
+  server->Login();
+  EXPECT_EQ("OpenSession |asked|for", library.calls.back());
 }
 
 TEST_F(VimBackEndTest, APostOfficeThatIsNotThereEndsTheLoginFirst) {

@@ -64,11 +64,28 @@ TEST_F(InternetBackEndTest, MissingLoginDataIsAskedForAndReadBack) {
   EXPECT_EQ(backEnd.LoadMessageHeaders(request).number, kBackEndSuccess);
   EXPECT_EQ(instance.postOffice + instance.loginName + instance.password, "host.exampleannpw");
   EXPECT_EQ(world.prompt.asked.size(), 4U);
+  EXPECT_EQ(world.configuration.ReadString("Internet", "POPServer"), "host.example");
+  instance.postOffice.clear();
+  world.prompt.answer = LoginPrompt::Answer::Cancelled;
+  EXPECT_EQ(CodeOf([&] { backEnd.LoadMessage(request); }), 522);
+  EXPECT_EQ(world.prompt.offered.server, "host.example");
+  world.prompt.asked.clear();
 
   instance.loginDialog = kFalse;
   world.shared.message.from.clear();
   EXPECT_EQ(CodeOf([&] { backEnd.Send(request); }), 544);
-  EXPECT_EQ(world.prompt.asked.size(), 4U);
+  EXPECT_TRUE(world.prompt.asked.empty());
+}
+
+TEST_F(InternetBackEndTest, OthersAreServedWhileTheUserIsAsked) {
+  auto others = world.instance;
+  MailRequest other{others, world.shared};
+  world.instance.postOffice.clear();
+  world.prompt.whileAsked = [&] {
+    EXPECT_EQ(backEnd.LoadMessageHeaders(other).number, kBackEndSuccess);
+  };
+  EXPECT_EQ(CodeOf([&] { backEnd.LoadMessageHeaders(request); }), 544);
+  EXPECT_EQ(world.prompt.asked.size(), 1U);
 }
 
 TEST_F(InternetBackEndTest, LoginGoesWhereThereIsDataToLogInWith) {

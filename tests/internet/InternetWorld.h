@@ -26,9 +26,10 @@ class FixedClock final : public LocalClock {
 
 class AnsweringPrompt final : public LoginPrompt {
  public:
-  Answer Ask(const std::string& caption, LoginFields& fields) override {
-    asked.push_back(caption);
+  Answer Ask(const LoginQuestion& question, LoginFields& fields) override {
+    asked.push_back(question.caption);
     offered = fields;
+    if (whileAsked) whileAsked();
     if (answer == Answer::Entered) fields = entered;
     return answer;
   }
@@ -36,6 +37,7 @@ class AnsweringPrompt final : public LoginPrompt {
   LoginFields entered;
   LoginFields offered;
   std::vector<std::string> asked;
+  std::function<void()> whileAsked;
 };
 
 class RecordingBox final : public MessageBoxPort {

@@ -10,8 +10,6 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kLoginCaption = "ActiveMessaging Login";
-
 // The post office and the mailbox there, one to a line. Without a mailbox nobody in particular logs
 // on.
 std::string ProfileInfo(const InstanceState& instance) {
@@ -34,7 +32,13 @@ bool NeedsPrompt(const MailRequest& request) {
 
 void ActiveMessagingSession::Logon(MailRequest& request) {
   if (clients_ != nullptr || loggedOn_) return;
-  if (NeedsPrompt(request)) AskForLogon(prompt_, kLoginCaption, request.instance);
+  if (NeedsPrompt(request)) {
+    AskForLogon(prompt_,
+                {.caption = "ActiveMessaging Login",
+                 .name = login_label::kProfile,
+                 .password = login_label::kPassword},
+                request);
+  }
   CallLogon(request);
   loggedOn_ = true;
   if (request.instance.forceDownload == kFalse) return;

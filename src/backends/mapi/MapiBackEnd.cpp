@@ -55,7 +55,11 @@ MailResult MapiBackEnd::Login(MailRequest& request) {
   } else if (instance.loginDialog != kFalse &&
              (instance.loginName.empty() || instance.password.empty())) {
     instance.session = {};
-    AskForLogon(ports_.loginPrompt, "MAPI Login", instance);
+    AskForLogon(ports_.loginPrompt,
+                {.caption = "MAPI Login",
+                 .name = login_label::kProfile,
+                 .password = login_label::kPassword},
+                request);
   }
   std::uint32_t session = 0;
   const auto result = ports_.library.Logon(WindowOf(request), instance.loginName, instance.password,

@@ -37,7 +37,8 @@ bool MhsAccounts::IsHere() {
   return !volume.empty() && !MailDirectory(volume).empty();
 }
 
-MhsAccount MhsAccounts::Find(LoginPrompt& prompt, InstanceState& instance) {
+MhsAccount MhsAccounts::Find(LoginPrompt& prompt, MailRequest& request) {
+  auto& instance = request.instance;
   const auto volume = instance.postOffice.empty() ? Volume() : instance.postOffice;
   if (volume.empty()) throw ServerError(error_code::kLoginData);
   MhsAccount account;
@@ -48,7 +49,7 @@ MhsAccount MhsAccounts::Find(LoginPrompt& prompt, InstanceState& instance) {
     account.user = configuration_.ReadString(kConfigurationSection, kLoginNameKey);
   }
   if (account.user.empty() && instance.loginDialog != kFalse) {
-    AskForLogon(prompt, "MHS Login", instance);
+    AskForLogon(prompt, {.caption = "MHS Login", .name = login_label::kUser}, request);
     account.user = instance.loginName;
   }
   if (account.user.empty()) throw ServerError(error_code::kLoginData);

@@ -30,7 +30,7 @@ class MhsAccounts {
   // The account of a client, who is asked for his name when nothing tells it. Throws ServerError
   // 546 when the mail directory does not exist, 544 when directory or name are not known, 522 when
   // he cancels.
-  MhsAccount Find(LoginPrompt& prompt, InstanceState& instance);
+  MhsAccount Find(LoginPrompt& prompt, MailRequest& request);
 
  private:
   std::string Volume();  // as the workstation knows it; may be empty

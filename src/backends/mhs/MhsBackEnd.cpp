@@ -64,7 +64,7 @@ MhsBackEnd::MhsBackEnd(const MhsPorts& ports)
 MailResult MhsBackEnd::Run(MailRequest& request,
                            const std::function<void(const MhsAccount&)>& operation) {
   try {
-    const auto account = ports_.accounts.Find(ports_.loginPrompt, request.instance);
+    const auto account = ports_.accounts.Find(ports_.loginPrompt, request);
     request.instance.session = {0, true, false};
     operation(account);
     return {};

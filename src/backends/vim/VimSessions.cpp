@@ -14,7 +14,6 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kLoginCaption = "VIM Login";
 constexpr const char* kLogonFailed = "Failed to Logon to mail system (VIMOpenSession)";
 constexpr const char* kNoContainer = "Failed to open message container (VIMOpenMessageContainer)";
 
@@ -62,9 +61,7 @@ void VimSessions::OpenOnDemand(MailRequest& request) {
 
 vim::Handle VimSessions::LogOn(MailRequest& request) {
   auto& instance = request.instance;
-  if (!instance.postOffice.empty() && !ports_.files.DirectoryExists(instance.postOffice)) {
-    throw ServerError(error_code::kNoPostOffice);
-  }
+  CheckPostOffice(instance);
   Initialize();
   VimLogin defaults;
   const auto status = ports_.library.GetDefaultSessionInfo(defaults.path, defaults.name);
@@ -73,23 +70,41 @@ vim::Handle VimSessions::LogOn(MailRequest& request) {
   // The session of the mail program is shared where there is one.
   vim::Handle handle = 0;
   if (ports_.library.OpenSession(std::nullopt, handle) != vim::kSuccess) {
-    const auto login = LoginData(instance, std::move(defaults));
+    const auto login = LoginData(request, std::move(defaults));
     CheckVim(ports_.library.OpenSession(login, handle), kLogonFailed);
   }
   return handle;
 }
 
-VimLogin VimSessions::LoginData(InstanceState& instance, VimLogin defaults) {
+void VimSessions::CheckPostOffice(const InstanceState& instance) const {
+  if (!instance.postOffice.empty() && !ports_.files.DirectoryExists(instance.postOffice)) {
+    throw ServerError(error_code::kNoPostOffice);
+  }
+}
+
+VimLogin VimSessions::LoginData(MailRequest& request, VimLogin defaults) {
+  auto& instance = request.instance;
   auto login = std::move(defaults);
   if (!instance.postOffice.empty()) login.path = instance.postOffice;
   if (!instance.loginName.empty()) login.name = instance.loginName;
   login.password = instance.password;
   if (!login.name.empty() && !login.password.empty()) return login;
   if (instance.loginDialog == kFalse) throw ServerError(error_code::kLoginData);
-  // A name that is not the client's is only proposed.
+  // What is not the client's is only proposed.
   auto asked = instance;
+  asked.postOffice = login.path;
   asked.loginName = login.name;
-  AskForLogon(ports_.loginPrompt, kLoginCaption, asked);
+  MailRequest question{asked, request.shared};
+  AskForLogon(ports_.loginPrompt,
+              {.caption = "VIM Login",
+               .server = login_label::kPostOffice,
+               .name = login_label::kUser,
+               .password = login_label::kPassword},
+              question);
+  if (asked.postOffice != login.path) {
+    CheckPostOffice(asked);
+    login.path = instance.postOffice = asked.postOffice;
+  }
   login.name = instance.loginName = asked.loginName;
   login.password = instance.password = asked.password;
   return login;

@@ -63,7 +63,8 @@ class VimSessions {
   void Initialize();
   void QueryProduct();
   vim::Handle LogOn(MailRequest& request);
-  VimLogin LoginData(InstanceState& instance, VimLogin defaults);
+  VimLogin LoginData(MailRequest& request, VimLogin defaults);
+  void CheckPostOffice(const InstanceState& instance) const;
   void CloseContainer(Session& session);
   void CloseBooks(Session& session);
   void ForgetClients(vim::Handle handle);

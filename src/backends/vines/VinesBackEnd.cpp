@@ -57,7 +57,10 @@ MailResult VinesBackEnd::Login(MailRequest& request) {
   const bool dialog = instance.loginDialog != kFalse;
   if (dialog && !native && (instance.loginName.empty() || instance.password.empty())) {
     instance.session = {};
-    AskForLogon(ports_.loginPrompt, "VINES Login", instance);
+    AskForLogon(
+        ports_.loginPrompt,
+        {.caption = "VINES Login", .name = login_label::kUser, .password = login_label::kPassword},
+        request);
   }
   std::int32_t session = 0;
   const auto number =
