@@ -1,10 +1,12 @@
-// ShowMailDialog: the mail system's own window, or ours.
+// The members that show a window: ShowMailDialog the mail system's own, or ours.
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "backends/RecipientParts.h"
 #include "core/RecipientText.h"
 #include "dialogs/MailForm.h"
+#include "dialogs/MailSystemList.h"
 #include "mail/AddressBooks.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
@@ -178,6 +180,21 @@ bool Server::SendInOwnDialog() {
       state_.dialogCaption, environment_.shared.ownerWindow, call.Form(), call);
   if (answer == MailDialog::Answer::Unavailable) throw ServerError(error_code::kUserAborted);
   return answer == MailDialog::Answer::Sent;
+}
+
+void Server::ShowMailSystemDialog() {
+  frame_.Run("ShowMailSystemDialog", MemberKind::Method, [&] {
+    const MailSystemList list([this](MailSystemId system) {
+      return environment_.mailSystems.BackEndOf(system) != nullptr && dispatch_.Query(system);
+    });
+    std::optional<std::size_t> place = list.PlaceOf(state_.mailSystem);
+    const auto answer = environment_.mailSystemDialog.Show(
+        "Select Mail System", environment_.shared.ownerWindow, list.Choices(), place);
+    if (answer != MailSystemDialog::Answer::Selected || !place) {
+      throw ServerError(error_code::kUserAborted, "User aborted.");
+    }
+    dispatch_.SelectSystem(list.Taken(*place, state_.mailSystem));
+  });
 }
 
 }  // namespace quillon

@@ -164,11 +164,6 @@ ShortBool Server::FolderExists(const std::string& theFolderSpec) {
   return ToShortBool(exists);
 }
 
-void Server::ShowMailSystemDialog() {
-  frame_.Run("ShowMailSystemDialog", MemberKind::Method,
-             [&] { throw ServerError(error_code::kNotSupported); });
-}
-
 void Server::AsynchObjectRegister(std::shared_ptr<NotificationObject> asynchObject,
                                   std::int32_t objectType, std::int32_t config) {
   frame_.Run("AsynchObjectRegister", MemberKind::Method, [&] {

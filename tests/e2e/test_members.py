@@ -126,7 +126,7 @@ SaveMessageToFile      | mail.SaveMessageToFile ""                            | 
 GetHeaderValueByName   | text = mail.GetHeaderValueByName("x")                | 0
 GetWebFormValue        | text = mail.GetWebFormValue("x")                     | 0
 ShowMailDialog         | mail.ShowMailDialog                                  | 530
-ShowMailSystemDialog   | mail.ShowMailSystemDialog                            | 530
+ShowMailSystemDialog   | mail.ShowMailSystemDialog                            | 522
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 1, 0, 0              | 542
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 0, 2, 0              | 542
 AsynchObjectRegister   | mail.AsynchObjectRegister 5, 0, 1, 0                 | 542

@@ -60,6 +60,35 @@ TEST(Dispatch, TheConfigurationFileNamesWhatIsDetectedFirst) {
 
 // While a foreign mail system works, other calls find it busy, of whatever mail system they are;
 // what needs none is answered.
+TEST(Dispatch, TheUserSelectsOfWhatIsThere) {
+  TestWorld world;
+  FakeBackEnd backEnd;
+  FakeMailSystem internet(MailFamily::Internet, backEnd);
+  VimMailSystem vim(world.workstation, &backEnd);
+  world.mailSystems.Add(internet);
+  world.mailSystems.Add(vim);
+  world.workstation.libraries = {"vim32.dll"};
+  world.shared.ownerWindow = 4711;
+  auto& dialog = world.mailSystemDialog;
+  using Answer = MailSystemDialog::Answer;
+  const auto server = world.NewServer();
+  const auto select = [&](Answer answer, const char* line) {
+    dialog.answer = answer;
+    dialog.taken = line;
+    const auto failure = FailureOf([&] { server->ShowMailSystemDialog(); });
+    return failure + "|" + dialog.asked;
+  };
+  const std::string kInternet = "Internet mail (SMTP and POP3)";
+  for (const auto answer : {Answer::Cancelled, Answer::Unavailable}) {
+    EXPECT_EQ("522 User aborted.|Select Mail System|4711|" + kInternet, select(answer, "VIM"));
+    EXPECT_EQ(Value(std::int16_t{0}), MailSystemOf(*server));
+  }
+  EXPECT_EQ("|Select Mail System|4711|" + kInternet, select(Answer::Selected, "VIM"));
+  EXPECT_EQ(Value(std::int16_t{2}), MailSystemOf(*server));
+  EXPECT_EQ("|Select Mail System|4711|VIM", select(Answer::Selected, kInternet.c_str()));
+  EXPECT_EQ(Value(std::int16_t{10}), MailSystemOf(*server));
+}
+
 TEST(Dispatch, OneCallAtATimeWorksInAForeignMailSystem) {
   TestWorld world;
   FakeBackEnd internet;

@@ -46,6 +46,23 @@ class RecordingMessageBox final : public MessageBoxPort {
   std::vector<Icon> icons;
 };
 
+class AnsweringSystemDialog final : public MailSystemDialog {
+ public:
+  Answer Show(const std::string& caption, std::int32_t owner,
+              const std::vector<MailSystemChoice>& choices,
+              std::optional<std::size_t>& selected) override {
+    asked = caption + "|" + std::to_string(owner) + "|" + choices.at(selected.value()).name;
+    for (std::size_t i = 0; i < choices.size(); ++i) {
+      if (choices[i].name == taken) selected = i;
+    }
+    return answer;
+  }
+
+  Answer answer = Answer::Unavailable;
+  std::string taken;  // the name on the line that the user takes
+  std::string asked;
+};
+
 class FakeWorkstation final : public Workstation {
  public:
   SystemVersion System() override { return system; }
@@ -185,7 +202,7 @@ struct TestWorld {
   SharedState shared;
   RecordingMessageBox messageBox;
   FakeMailDialog mailDialog;
-  NoMailSystemDialog mailSystemDialog;
+  AnsweringSystemDialog mailSystemDialog;
   FakeWorkstation workstation;
   MapiMailSystem mapi{workstation, *files};
   VimMailSystem vim{workstation};
