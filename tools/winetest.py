@@ -56,6 +56,10 @@ class Running:
         """The exit status, or None while it runs."""
         return self._process.poll()
 
+    def stdin(self):
+        """Where it reads from, when it was started with a pipe."""
+        return self._process.stdin
+
     def output(self):
         """What it has written so far."""
         self._output.seek(0)
@@ -96,7 +100,12 @@ class WinePrefix:
         try:
             if self._wants_display:
                 self._start_display()
-            self._shell('wine_copy_prefix "$WINEPREFIX"; wine_start')
+            self._shell('wine_copy_prefix "$WINEPREFIX"')
+            if self._wants_display:
+                # Wine does not find its own fonts where it lies.
+                self._shell('cp "$wine_root"/usr/share/wine/fonts/*.ttf '
+                            '"$WINEPREFIX/drive_c/windows/Fonts"')
+            self._shell("wine_start")
             if self._wants_display:
                 # There is no window manager, and Wine would wait 2 s for its word on each window.
                 self.run("reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N")

@@ -16,13 +16,22 @@ inline bool WaitUntil(const std::function<bool()>& done) {
 }
 
 // Also of a control of another process, which GetWindowText does not ask.
-inline std::string TextOf(HWND window) {
-  wchar_t wide[200] = {};
+inline std::wstring WideTextOf(HWND window) {
   DWORD_PTR length = 0;
-  SendMessageTimeoutW(window, WM_GETTEXT, 200, reinterpret_cast<LPARAM>(wide), SMTO_NORMAL,
-                      kPatience, &length);
-  char text[400] = {};
-  WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr);
+  SendMessageTimeoutW(window, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, kPatience, &length);
+  std::wstring text(length + 1, L'\0');
+  SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()),
+                      SMTO_NORMAL, kPatience, &length);
+  text.resize(length);
+  return text;
+}
+
+inline std::string TextOf(HWND window) {
+  const std::wstring wide = WideTextOf(window);
+  std::string text(wide.size() * 3, '\0');
+  text.resize(static_cast<std::size_t>(
+      WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                          static_cast<int>(text.size()), nullptr, nullptr)));
   return text;
 }
 
