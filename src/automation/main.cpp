@@ -32,6 +32,8 @@
 #include "backends/vim/VimMailSystem.h"
 #include "backends/vines/VinesBackEnd.h"
 #include "backends/vines/VinesMailSystem.h"
+#include "dialogs/win32/LoginDialog.h"
+#include "dialogs/win32/SelectSystemDialog.h"
 #include "dialogs/win32/Win32MailDialog.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
@@ -53,8 +55,6 @@
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"
-#include "ports/LoginPrompt.h"
-#include "ports/MailSystemDialog.h"
 #include "ports/Network.h"
 #include "server/ConfigurationFile.h"
 #include "server/Environment.h"
@@ -100,9 +100,10 @@ struct Application {
   std::unique_ptr<LocalClock> clock = MakeLocalClock();
   Win32Workstation workstation;
   Win32MessageBox messageBox;
-  NoLoginPrompt loginPrompt;
+  BusyGate busy;
+  LoginDialog loginPrompt{*loop, busy};
   Win32MailDialog mailDialog{*loop, *files};
-  NoMailSystemDialog mailSystemDialog;
+  SelectSystemDialog mailSystemDialog{*loop};
   const std::string configurationFile =
       ConfigurationPath(*files, programDirectory, UserDirectory());
   clsINIUtilities configuration{*files, configurationFile};
@@ -137,7 +138,6 @@ struct Application {
   VinesBackEnd vinesBackEnd{{vinesLibrary, *files, messageBox, loginPrompt}};
   VinesMailSystem vines{vinesLibrary, &vinesBackEnd};
   MailSystems mailSystems;
-  BusyGate busy;
   Environment environment{shared,
                           *files,
                           *codePage,

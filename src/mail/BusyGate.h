@@ -21,6 +21,22 @@ class BusyGate {
     if (shut_) throw MailSystemBusy();
   }
 
+  // Open for as long as it lives, and then again as it was: the call at work waits for a user, and
+  // the library is not at work.
+  class Pause {
+   public:
+    explicit Pause(BusyGate& gate) noexcept : gate_(gate), before_(gate.shut_) {
+      gate_.shut_ = false;
+    }
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+    ~Pause() { gate_.shut_ = before_; }
+
+   private:
+    BusyGate& gate_;
+    const bool before_;
+  };
+
   // Keeps the gate shut for as long as it lives, where that is `needed`.
   class Hold {
    public:

@@ -8,6 +8,7 @@
 #include "dialogs/MailForm.h"
 #include "dialogs/MailSystemList.h"
 #include "mail/AddressBooks.h"
+#include "ports/MailSystemDialog.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 #include "server/Server.h"

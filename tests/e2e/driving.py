@@ -35,6 +35,14 @@ class User:
     def __getattr__(self, command):
         return lambda *words: self._do(command, *words)
 
+    def expect(self, answer, command, *words):
+        """Waits until a command gives this answer: what was pressed takes its time."""
+        deadline = time.monotonic() + PATIENCE
+        while (found := self._do(command, *words)) != answer:
+            if time.monotonic() > deadline:
+                raise Refused(f"{command} {words}: {found!r} instead of {answer!r}")
+            time.sleep(0.05)
+
     def _do(self, *words):
         line = "\t".join(str(word).replace("\\", "\\\\").replace("\t", "\\t").replace("\n", "\\n")
                          for word in words)
@@ -46,11 +54,11 @@ class User:
             if len(lines) > self._answered + 1:
                 break
             if self._running.poll() is not None or time.monotonic() > deadline:
-                raise Refused(f"{words[0]}: no answer to {line!r}")
+                raise Refused(f"no answer to {line[:200]!r}")
             time.sleep(0.01)
         result, text = lines[self._answered].split(" ", 1)
         self._answered += 1
         text = json.loads(text)
         if result != "ok":
-            raise Refused(f"{line!r}: {text}")
+            raise Refused(f"{line[:200]!r}: {text[:1000]}")
         return text

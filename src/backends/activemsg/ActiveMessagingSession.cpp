@@ -38,6 +38,7 @@ void ActiveMessagingSession::Logon(MailRequest& request) {
                  .name = login_label::kProfile,
                  .password = login_label::kPassword},
                 request);
+    if (clients_ != nullptr || loggedOn_) return;  // another Server was quicker
   }
   CallLogon(request);
   loggedOn_ = true;
