@@ -69,7 +69,10 @@ struct Dialer::Attempt {
 
   void Dial() { result = library->Dial(layout, parameters, connection); }
   void HangUp() noexcept {
-    if (const auto line = connection.exchange(0); line != 0) library->HangUp(line);
+    const auto line = connection.exchange(0);
+    if (line == 0) return;
+    closed = line;
+    library->HangUp(line);
   }
 
   const std::shared_ptr<Ras> library;
@@ -77,7 +80,8 @@ struct Dialer::Attempt {
   const RasDialParameters parameters;
   std::atomic<RasHandle> connection{0};
   std::uint32_t result = ras::kNoNumber;  // belongs to the other thread until the end
-  bool givenUp = false;                   // belongs to the loop's thread
+  bool givenUp = false;                   // with the next one, belongs to the loop's thread
+  RasHandle closed = 0;                   // the connection that was hung up
 };
 
 Dialer::Dialer(DialerEnvironment& environment)
@@ -172,9 +176,8 @@ void Dialer::Dial() {
       return;
     }
     const auto failure = Failure(*library, number, kDialUndetermined);
-    const RasHandle line = attempt->connection;
     attempt->HangUp();
-    AwaitFreeLine(*library, line);
+    AwaitFreeLine(*library, attempt->closed);
     throw failure;
   });
 }
