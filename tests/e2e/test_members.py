@@ -125,7 +125,7 @@ LoadMessageFromFile    | mail.LoadMessageFromFile "C:\\none"                  | 
 SaveMessageToFile      | mail.SaveMessageToFile ""                            | 547
 GetHeaderValueByName   | text = mail.GetHeaderValueByName("x")                | 0
 GetWebFormValue        | text = mail.GetWebFormValue("x")                     | 0
-ShowMailDialog         | mail.ShowMailDialog                                  | 530
+ShowMailDialog         | mail.ShowMailDialog                                  | 522
 ShowMailSystemDialog   | mail.ShowMailSystemDialog                            | 522
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 1, 0, 0              | 542
 AsynchObjectRegister   | mail.AsynchObjectRegister mail, 0, 2, 0              | 542
