@@ -31,9 +31,10 @@ class NotesOpenBook final : public OpenAddressBook {
       : session_(session), number_(session.Number()), frame_(frame), view_(std::move(view)) {}
 
   MailResult Fetch(MailRequest& request, std::vector<AddressEntry>& entries, bool& more) override {
-    if (session_.Number() != number_) throw ServerError(error_code::kAddressBookClosed);
+    if (HasEnded()) throw ServerError(error_code::kAddressBookClosed);
     return frame_(request, "Error reading address book (Notes)", [&] { FetchNext(entries, more); });
   }
+  bool HasEnded() const override { return session_.Number() != number_; }
 
  private:
   // After a failure the same entries come again.

@@ -150,9 +150,10 @@ DocumentPtr ReadDocument(const std::string& mailbox, const std::string& id) {
 
 DocumentPtr PersonDocument(const Entry& entry) {
   auto document = std::make_shared<DocumentState>();
-  document->Replace("Form", {"Person"});
+  document->Replace("Form", {entry.isGroup ? "Group" : "Person"});
   const bool ours = IsAccount(entry.address);
-  document->Replace("FullName", {ours ? CanonicalName(entry.name) : entry.name, entry.name});
+  document->Replace(entry.isGroup ? "ListName" : "FullName",
+                    {ours ? CanonicalName(entry.name) : entry.name, entry.name});
   document->Replace("InternetAddress", {BareAddress(entry.address)});
   document->Replace("MailAddress", {BareAddress(entry.address)});
   return document;

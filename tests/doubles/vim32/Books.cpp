@@ -22,7 +22,7 @@ bool Matches(const desk::Entry& entry, const std::string& name, std::uint32_t ma
 }
 
 void PutEntry(const desk::Entry& entry, const Places& places, std::uint32_t attribute) {
-  if (attribute == kSelType) return places.Put(kSelEntity);
+  if (attribute == kSelType) return places.Put(entry.isGroup ? kSelGroup : kSelEntity);
   PutParty(entry.name, entry.address, places, attribute);
 }
 

@@ -50,6 +50,7 @@ enum Selector : std::uint32_t {
   kSelEntity = 26,
   kSelFromName = 35,
   kSelFull = 36,
+  kSelGroup = 38,
   kSelLocal = 45,
   kSelName = 53,
   kSelNative = 55,
