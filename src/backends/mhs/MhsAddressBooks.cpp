@@ -120,7 +120,7 @@ MailResult MhsAddressBooks::Open(MailRequest& request, const std::string& name,
                                  std::unique_ptr<OpenAddressBook>& book) {
   return frame_(request, [&](const MhsAccount& account) {
     if (!name.empty() && !EqualsIgnoreCase(name, kMhsBook)) {
-      throw ServerError(error_code::kInvalidValue, "Address book does not exist.");
+      throw NoSuchAddressBook();
     }
     book = std::make_unique<MhsOpenBook>(files_, codePage_, frame_, account);
   });

@@ -36,6 +36,8 @@ class NotesOpenBook final : public OpenAddressBook {
   }
   bool HasEnded() const override { return session_.Number() != number_; }
 
+  bool HasEnded() const override { return session_.Number() != number_; }
+
  private:
   // After a failure the same entries come again.
   void FetchNext(std::vector<AddressEntry>& entries, bool& more) {
@@ -140,7 +142,7 @@ MailResult NotesAddressBooks::Open(MailRequest& request, const std::string& name
       return name.empty() || EqualsIgnoreCase(each.name, name);
     });
     if (found == books.end()) {
-      throw ServerError(error_code::kInvalidValue, "Address book does not exist.");
+      throw NoSuchAddressBook();
     }
     const auto view = RequireNotesObject(OpenUsersView(*found->object),
                                          "The address book has no list of its names.");

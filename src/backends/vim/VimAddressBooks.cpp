@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::size_t kEntriesAtOnce = 50;
 
-ServerError NoSuchBook() {
-  return ServerError(error_code::kInvalidValue, "Address book does not exist.");
-}
-
 class VimOpenBook final : public OpenAddressBook {
  public:
   VimOpenBook(Vim& library, VimSessions& sessions, const Diagnostic& diagnostic,
@@ -34,11 +30,13 @@ class VimOpenBook final : public OpenAddressBook {
   ~VimOpenBook() override { sessions_.CloseBook(session_, handle_); }
 
   MailResult Fetch(MailRequest& request, std::vector<AddressEntry>& entries, bool& more) override {
-    if (sessions_.NumberOf(request.instance) != session_ || !sessions_.HasBook(session_, handle_)) {
+    if (sessions_.NumberOf(request.instance) != session_ || HasEnded()) {
       throw ServerError(error_code::kAddressBookClosed);
     }
     return RunVim(diagnostic_, request, [&] { FetchNext(entries, more); });
   }
+
+  bool HasEnded() const override { return !sessions_.HasBook(session_, handle_); }
 
  private:
   // After a failure the same entries come again.
@@ -76,7 +74,7 @@ std::unique_ptr<OpenAddressBook> VimAddressBooks::OpenNamed(const MailRequest& r
     return std::make_unique<VimOpenBook>(library_, sessions_, diagnostic_,
                                          sessions_.NumberOf(request.instance), handle);
   } catch (const VimFailure& failure) {
-    if (failure.Number() == vim::kNameNotFound) throw NoSuchBook();
+    if (failure.Number() == vim::kNameNotFound) throw NoSuchAddressBook();
     throw;
   }
 }
@@ -95,7 +93,7 @@ MailResult VimAddressBooks::Open(MailRequest& request, const std::string& name,
     auto wanted = name;
     if (wanted.empty()) {
       const auto names = VimBookNames(library_, VimSessions::HandleOf(request.instance));
-      if (names.empty()) throw NoSuchBook();
+      if (names.empty()) throw NoSuchAddressBook();
       wanted = names.front();
     }
     book = OpenNamed(request, wanted);

@@ -90,7 +90,7 @@ MailResult VinesAddressBooks::Open(MailRequest& request, const std::string& name
       return name.empty() || EqualsIgnoreCase(each, name);
     });
     if (found == names.end()) {
-      throw ServerError(error_code::kInvalidValue, "Address book does not exist.");
+      throw NoSuchAddressBook();
     }
     book =
         std::make_unique<VinesOpenBook>(provider_, frame_, *found, request.instance.session.handle);

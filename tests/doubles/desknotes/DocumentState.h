@@ -50,7 +50,7 @@ using DocumentPtr = std::shared_ptr<DocumentState>;
 // A message of the store as a document. One that has gone by now has no items.
 DocumentPtr ReadDocument(const std::string& mailbox, const std::string& id);
 
-// A person of the address book.
+// A person or group of the address book.
 DocumentPtr PersonDocument(const Entry& entry);
 
 bool IsStillThere(const DocumentState& document);
