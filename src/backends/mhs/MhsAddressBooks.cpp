@@ -39,7 +39,11 @@ class MhsOpenBook final : public OpenAddressBook {
       }
       const auto before = entries.size();
       while (HasMore() && entries.size() == before) {
-        tableRead_ ? FetchUsers(entries) : FetchTable(entries);
+        if (tableRead_) {
+          FetchUsers(entries);
+        } else {
+          FetchTable(entries);
+        }
       }
       more = HasMore();
     });
@@ -55,7 +59,7 @@ class MhsOpenBook final : public OpenAddressBook {
       tableRead_ = true;
       return;
     }
-    std::array<char, kPiece> bytes;
+    std::array<char, kPiece> bytes{};
     const bool found = file != nullptr && file->Seek(offset_);
     const auto count =
         found ? ReadBlock(*file, {reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size()})

@@ -129,8 +129,10 @@ std::vector<NotesAddressBooks::NamedBook> NotesAddressBooks::Books(const MailReq
 
 MailResult NotesAddressBooks::Names(MailRequest& request, std::vector<std::string>& names) {
   return frame_(request, "Error listing address books (Notes)", [&] {
+    auto books = Books(request);
     names.clear();
-    for (auto& book : Books(request)) names.push_back(std::move(book.name));
+    names.reserve(books.size());
+    for (auto& book : books) names.push_back(std::move(book.name));
   });
 }
 

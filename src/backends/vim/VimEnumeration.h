@@ -1,7 +1,9 @@
 // What an enumeration of VIM gives, piece by piece.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,7 +30,7 @@ std::vector<Piece> EnumerateVimFrom(VimPosition& position, bool& more, std::size
     more = false;
     CheckVim(next(position, pieces, more), step);
     if (pieces.empty() || position == before) more = false;
-    for (auto& piece : pieces) all.push_back(std::move(piece));
+    std::move(pieces.begin(), pieces.end(), std::back_inserter(all));
   }
   return all;
 }

@@ -57,6 +57,7 @@ class VinesOpenBook final : public OpenAddressBook {
 
 void AddParties(std::vector<ProviderParty>& parties, std::int32_t kind,
                 const std::vector<AddressEntry>& entries) {
+  parties.reserve(parties.size() + entries.size());
   for (const auto& entry : entries) parties.push_back({kind, entry.name, entry.address});
 }
 
