@@ -368,7 +368,7 @@ TEST_F(VinesAddressBookTest, TheWindowBeginsAndEndsWithWhoIsChosen) {
   EXPECT_EQ("Max|Joe|joe@x",
             choice.to.at(0).name + "|" + choice.bcc.at(0).name + "|" + choice.bcc.at(0).address);
   library.failures = {{"ChooseAddresses", provider::kCancelled}};
-  EXPECT_EQ("522 User selected cancel in mail dialog.", Show());
+  EXPECT_EQ("522 User selected cancel in dialog.", Show());
   library.failures.clear();
   library.chosen = {{0, "Joe", {}}};
   EXPECT_EQ("3993 The provider library gave data that cannot be.", Show());

@@ -108,7 +108,7 @@ MailResult VinesAddressBooks::Show(MailRequest& request, AddressChoice& choice) 
   return frame_(request, "Error choosing addresses (ChooseAddresses)", [&] {
     const auto number = Supported(provider_.ChooseAddresses(VinesCallOf(request), parties));
     if (number == provider::kCancelled) {
-      throw ServerError(error_code::kUserAborted, "User selected cancel in mail dialog.");
+      throw ServerError(error_code::kUserAborted, "User selected cancel in dialog.");
     }
     AddressChoice chosen;
     if (number == provider::kSuccess && !TakeParties(parties, chosen)) return provider::kBadData;
