@@ -367,7 +367,9 @@ class Driver {
     const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes);
     CopyMemory(GlobalLock(memory), text.c_str(), bytes);
     GlobalUnlock(memory);
-    if (OpenClipboard(nullptr) == FALSE) Fail(L"the clipboard is in use");
+    if (!WaitUntil([] { return OpenClipboard(nullptr) != FALSE; })) {
+      Fail(L"the clipboard is in use");
+    }
     EmptyClipboard();
     SetClipboardData(CF_UNICODETEXT, memory);
     CloseClipboard();
