@@ -34,7 +34,6 @@ class NotesOpenBook final : public OpenAddressBook {
     if (HasEnded()) throw ServerError(error_code::kAddressBookClosed);
     return frame_(request, "Error reading address book (Notes)", [&] { FetchNext(entries, more); });
   }
-  bool HasEnded() const override { return session_.Number() != number_; }
 
   bool HasEnded() const override { return session_.Number() != number_; }
 
