@@ -353,6 +353,9 @@ TEST_F(ActiveMessagingSendTest, NamesAreResolvedOnAMessageThatGoesAway) {
     EXPECT_EQ(world.backEnd.ResolveName(world.request, "ann", true, resolved).number, number);
     EXPECT_EQ(resolved, "");
   }
+  record.failing = {{"Recipient.Resolve", static_cast<std::int32_t>(0x80040113U)}};
+  EXPECT_EQ(world.backEnd.ResolveName(world.request, "ann", true, resolved).text,
+            "User selected cancel in ResolveName dialog.");
   EXPECT_TRUE(world.program.Messages(*world.program.outbox).items.empty());
   EXPECT_EQ(Count("call Message.Delete"), 5U);
 }

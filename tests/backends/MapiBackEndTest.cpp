@@ -133,6 +133,10 @@ TEST_F(MapiBackEndTest, NamesAreResolvedOnRequestAndKeepTheirList) {
   EXPECT_EQ(Value(std::string("ann Resolved")), Value(server->ResolveName("ann")));
   EXPECT_EQ("ResolveName ann 1024", library.calls.back());
   EXPECT_EQ("ann Resolved <SMTP:ann@example.com>", server->ResolveNameEx("ann"));
+  server->Put(Property::NativeMailDialog, std::int16_t{-1});
+  library.failures["ResolveName"] = mapi::kUserAbort;
+  EXPECT_EQ("2001 User selected cancel in ResolveName dialog.",
+            FailureOf([&] { server->ResolveName("ann"); }));
 }
 
 TEST_F(MapiBackEndTest, PacksAttachmentsAndLeavesNothingBehind) {

@@ -66,18 +66,24 @@ void ActiveMessagingBackEnd::SetSessionObject(const AutomationObjectPtr& session
 // An address book answers for the recipients of a message only, so there is one for the moment.
 MailResult ActiveMessagingBackEnd::ResolveName(MailRequest& request, const std::string& name,
                                                bool withAddress, std::string& resolved) {
-  return Run(request, "Error resolving name (OLE Resolve)", [&] {
+  bool asked = false;
+  auto result = Run(request, "Error resolving name (OLE Resolve)", [&] {
     resolved.clear();
     const auto session = LogOn(request);
     const auto outbox = RequireObject(session->Get("Outbox"));
     const MessageDraft draft(*RequireObject(outbox->Get("Messages")));
     const auto recipients = RequireObject(draft->Get("Recipients"));
     const auto recipient = RequireObject(recipients->Call("Add", Arguments({name})));
+    asked = true;
     recipient->Call("Resolve", Arguments({request.instance.nativeMailDialog != kFalse}));
     auto found = TextOf(recipient->Get("Name"));
     if (withAddress) found = FormatRecipient(found, TextOf(recipient->Get("Address")));
     resolved = std::move(found);
   });
+  if (asked && result.number == active_messaging::kUserAbort) {
+    result.text = "User selected cancel in ResolveName dialog.";
+  }
+  return result;
 }
 
 }  // namespace quillon
