@@ -1,6 +1,6 @@
 ' Walks the first address book of a mail system there and back again, holding nothing but the
-' AddressBook, and writes what it finds. Arguments: the mail system, and "choose" when the entries
-' are chosen in a window first.
+' AddressBook, and writes what it finds. Arguments: the mail system; "choose" when the entries are
+' chosen in a window first; the post office, where there is one.
 Dim book, there, back
 
 Function Entry()
@@ -8,6 +8,7 @@ Function Entry()
 End Function
 
 NewServer WScript.Arguments(0)
+If WScript.Arguments.Count > 2 Then mail.postOffice = WScript.Arguments(2)
 Set book = CreateObject("QuillonInterface.AddressBook")
 Set book.MailObject = mail
 Set mail = Nothing
