@@ -357,7 +357,7 @@ TEST_F(ActiveMessagingSendTest, NamesAreResolvedOnAMessageThatGoesAway) {
   EXPECT_EQ(world.backEnd.ResolveName(world.request, "ann", true, resolved).text,
             "User selected cancel in ResolveName dialog.");
   EXPECT_TRUE(world.program.Messages(*world.program.outbox).items.empty());
-  EXPECT_EQ(Count("call Message.Delete"), 5U);
+  EXPECT_EQ(Count("call Message.Delete"), 6U);
 }
 
 }  // namespace
