@@ -13,7 +13,6 @@
 namespace quillon {
 namespace {
 
-constexpr std::int16_t kWindows16 = 16;
 constexpr std::int16_t kWindows95 = 95;
 constexpr std::int16_t kWindowsNt = 5;
 
@@ -178,7 +177,7 @@ void Dialer::Dial() {
     const auto failure = Failure(*library, number, kDialUndetermined);
     attempt->HangUp();
     AwaitFreeLine(*library, attempt->closed);
-    throw failure;
+    throw ServerError(failure);
   });
 }
 

@@ -126,7 +126,7 @@ class AddressBookTest : public ::testing::Test {
 };
 
 TEST_F(AddressBookTest, WalksForwardsAndBackwardsAndStopsAtTheMarks) {
-  mail_.names.push_back("Third");
+  mail_.names.emplace_back("Third");
   book_.OpenAddressBook(" company ");
   EXPECT_EQ(mail_.opened, "Company");
   EXPECT_EQ(mail_.fetches, 0U);

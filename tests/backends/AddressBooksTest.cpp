@@ -53,7 +53,7 @@ TEST_F(MapiAddressBooksTest, ABookIsWhatHasBeenChosen) {
               std::vector<std::string> names;
               books.Names(request, names);
               EXPECT_EQ(names, std::vector<std::string>{"Address Book"});
-              const auto result = books.Open(request, names[0], book);
+              auto result = books.Open(request, names[0], book);
               book->Fetch(request, entries, more);
               return result;
             }),

@@ -90,7 +90,11 @@ TEST_F(MailFormTest, IsCheckedByTheRulesOfTheMembers) {
   good.to = "a@x";
   auto nobody = good;
   nobody.to = " , ";
-  auto tooManyTo = good, tooManyCc = good, tooManyBcc = good, missing = good, tooManyFiles = good;
+  auto tooManyTo = good;
+  auto tooManyCc = good;
+  auto tooManyBcc = good;
+  auto missing = good;
+  auto tooManyFiles = good;
   tooManyTo.to = tooManyCc.cc = tooManyBcc.bcc = many;
   missing.files = {{MakeFile("here.txt", 1), "a"}, {folder.Path("gone.txt"), "b"}};
   tooManyFiles.files.resize(32768);

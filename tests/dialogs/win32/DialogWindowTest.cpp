@@ -123,7 +123,9 @@ TEST_F(DialogWindowTest, WhatAHandlerThrowsComesOutOfTheLoop) {
 }
 
 TEST_F(DialogWindowTest, ControlsFollowTheSizeWhichIsKept) {
-  Box before, after, list;
+  Box before;
+  Box after;
+  Box list;
   {
     const DialogScript script(*loop, {[&] {
                                         before = PlaceOf(dialog.Control(IDOK));
@@ -151,7 +153,8 @@ TEST_F(DialogWindowTest, ControlsFollowTheSizeWhichIsKept) {
 }
 
 TEST_F(DialogWindowTest, ScalesWithTheResolutionOfItsMonitor) {
-  Box before, after;
+  Box before;
+  Box after;
   std::vector<std::string> cut;
   const DialogScript script(*loop, {[&] {
                                       before = PlaceOf(dialog.Control(IDC_LIST));

@@ -38,7 +38,7 @@ SIZE RoomOf(HWND control) {
 bool TextFits(HWND control, const std::wstring& text) {
   const SIZE room = RoomOf(control);
   const HDC device = GetDC(control);
-  const auto font = reinterpret_cast<HGDIOBJ>(SendMessageW(control, WM_GETFONT, 0, 0));
+  auto* const font = reinterpret_cast<HGDIOBJ>(SendMessageW(control, WM_GETFONT, 0, 0));
   const HGDIOBJ previous = SelectObject(device, font);
   RECT needed{0, 0, room.cx, 0};
   UINT how = DT_CALCRECT | DT_WORDBREAK;

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/Text.h"
@@ -158,7 +159,8 @@ DWORD WINAPI RasEnumConnectionsA(BYTE* records, DWORD* bytes, DWORD* count) {
       std::memcpy(record + 4, &handles[i], sizeof handles[i]);
       // A name that fills its field has no zero at its end here, which the real one has.
       std::memset(record + 8, 0, entrySize);
-      std::memcpy(record + 8, listed[i].entry.data(), std::min(entrySize, listed[i].entry.size()));
+      const std::string_view entry = std::string_view(listed[i].entry).substr(0, entrySize);
+      std::copy(entry.begin(), entry.end(), record + 8);
     }
     Enter("RasEnumConnectionsA", std::to_string(room));
     if (*count > room) Fail(kBufferTooSmall);

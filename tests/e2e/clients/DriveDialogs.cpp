@@ -130,7 +130,7 @@ void PressTogether(const std::wstring& chord) {
     keys.push_back(KeyNamed(chord.substr(begin, end - begin)));
     begin = end + 1;
   }
-  for (auto key = keys.begin(); key != keys.end(); ++key) SendKey(*key, 0);
+  for (const WORD key : keys) SendKey(key, 0);
   for (auto key = keys.rbegin(); key != keys.rend(); ++key) SendKey(*key, KEYEVENTF_KEYUP);
 }
 
@@ -140,14 +140,18 @@ void ClickAt(int x, int y) {
   SendMouse(MOUSEEVENTF_LEFTUP);
 }
 
+HANDLE OpenProcessOf(HWND window) {
+  DWORD id = 0;
+  GetWindowThreadProcessId(window, &id);
+  return OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, id);
+}
+
 // Memory of another process, for what messages do not carry there.
 class ForeignMemory {
  public:
-  ForeignMemory(HWND window, std::size_t size) {
-    DWORD id = 0;
-    GetWindowThreadProcessId(window, &id);
-    process_ = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, id);
-    place_ = VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
+  ForeignMemory(HWND window, std::size_t size)
+      : process_(OpenProcessOf(window)),
+        place_(VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE)) {
     if (place_ == nullptr) Fail(L"the other process gives no memory");
   }
   ForeignMemory(const ForeignMemory&) = delete;
@@ -167,8 +171,8 @@ class ForeignMemory {
   void Keep() { kept_ = true; }
 
  private:
-  HANDLE process_ = nullptr;
-  void* place_ = nullptr;
+  const HANDLE process_;
+  void* const place_;
   bool kept_ = false;
 };
 
@@ -189,7 +193,7 @@ std::wstring CellOf(HWND list, int row, int column) {
 }
 
 std::wstring RowsOfView(HWND list) {
-  const auto header = reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
+  auto* const header = reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
   const auto columns =
       header == nullptr ? 1 : std::max<int>(1, SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
   const int rows = SendMessageW(list, LVM_GETITEMCOUNT, 0, 0);
