@@ -35,6 +35,8 @@ class NotesOpenBook final : public OpenAddressBook {
     return frame_(request, "Error reading address book (Notes)", [&] { FetchNext(entries, more); });
   }
 
+  bool HasEnded() const override { return session_.Number() != number_; }
+
  private:
   // After a failure the same entries come again.
   void FetchNext(std::vector<AddressEntry>& entries, bool& more) {
