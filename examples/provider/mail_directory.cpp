@@ -243,8 +243,8 @@ void MailDirectory::Move(const std::string& user, const std::string& id,
 
 std::vector<std::string> MailDirectory::Books() const {
   std::vector<std::string> books;
-  if (fs::exists(root_ / "book.txt")) books.push_back(kBook);
-  books.push_back(kUsers);
+  if (fs::exists(root_ / "book.txt")) books.emplace_back(kBook);
+  books.emplace_back(kUsers);
   return books;
 }
 

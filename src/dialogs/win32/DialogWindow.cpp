@@ -266,7 +266,7 @@ void DialogWindow::Prepare() {
   baseClient_ = ClientSize();
   const Box frame = FrameOf(window_);
   baseFrame_ = {frame.width, frame.height};
-  const auto font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
+  auto* const font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
   GetObjectW(font, sizeof baseFont_, &baseFont_);
   controls_.clear();
   for (HWND control = GetWindow(window_, GW_CHILD); control != nullptr;

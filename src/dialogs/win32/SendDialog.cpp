@@ -48,7 +48,7 @@ void ShowScrollBarIfNeeded(HWND edit) {
   RECT room{};
   SendMessageW(edit, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
   const HDC device = GetDC(edit);
-  const auto font = reinterpret_cast<HGDIOBJ>(SendMessageW(edit, WM_GETFONT, 0, 0));
+  auto* const font = reinterpret_cast<HGDIOBJ>(SendMessageW(edit, WM_GETFONT, 0, 0));
   const HGDIOBJ previous = SelectObject(device, font);
   TEXTMETRICW letters{};
   GetTextMetricsW(device, &letters);

@@ -12,7 +12,7 @@
 namespace quillon {
 namespace {
 
-constexpr std::size_t kMostConnections = 256;
+constexpr DWORD kMostConnections = 256;
 constexpr DWORD kNoNotifier = 0;
 
 // The types of the functions, by which a call is made.
@@ -93,7 +93,7 @@ class LoadedRas final : public Ras {
   template <class Record>
   std::uint32_t EnumAs(std::vector<RasConnection>& connections) {
     std::vector<Record> records(kMostConnections);
-    auto size = static_cast<DWORD>(records.size() * sizeof(Record));
+    DWORD size = kMostConnections * DWORD{sizeof(Record)};
     DWORD count = 0;
     const auto result = Call("RasEnumConnectionsA", EnumConnectionsType{},
                              static_cast<void*>(records.data()), &size, &count);

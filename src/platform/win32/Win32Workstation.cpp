@@ -92,7 +92,7 @@ SystemFamily FamilyOf(DWORD platform) {
 
 // GetVersionEx tells programs what their manifests say they know; this function tells what it is.
 SystemVersion Win32Workstation::System() {
-  using VersionType = LONG(WINAPI)(OSVERSIONINFOW*);
+  using VersionType = LONG WINAPI(OSVERSIONINFOW*);
   OSVERSIONINFOW version = {};
   version.dwOSVersionInfoSize = sizeof version;
   version.dwPlatformId = VER_PLATFORM_WIN32_NT;
