@@ -37,6 +37,12 @@ class RegisteredServer(unittest.TestCase):
         self.assertEqual(["early: ok"], done.output.splitlines()[-1:], done.output)
         self.assertEqual(0, done.returncode)
 
+    def await_true(self, condition, trouble):
+        deadline = time.monotonic() + 30
+        while not condition():
+            self.assertLess(time.monotonic(), deadline, trouble)
+            time.sleep(0.05)
+
 
 class Calls(RegisteredServer):
     def test_script_calls(self):
@@ -101,17 +107,11 @@ class Lifetime(RegisteredServer):
         """The names of the encoded files of all messages."""
         return [file.name for file in self.wine.drive_c.glob("users/**/QUILLON.*/*.UUE")]
 
-    def await_true(self, condition, trouble):
-        deadline = time.monotonic() + 30
-        while not condition():
-            self.assertLess(time.monotonic(), deadline, trouble)
-            time.sleep(0.05)
-
 
 class SeveralClients(RegisteredServer):
     def test_clients_at_once_share_one_server(self):
         keeper = self.wine.start("cscript", "//nologo", self.keep())
-        self.await_server()
+        self.await_true(lambda: "kept" in keeper.output(), "no server")
         text = complete((COM / "client.vbs").read_text(), "vbs")
         clients = []
         for name in ("anna", "bert"):
@@ -142,14 +142,9 @@ class SeveralClients(RegisteredServer):
         script = self.wine.drive_c / "keep.vbs"
         script.write_text('Set mail = CreateObject("QuillonInterface.Server")\n'
                           'Set shell = CreateObject("WScript.Shell")\n'
+                          'WScript.Echo "kept"\n'
                           'shell.Run "cmd /c ping -n 100 127.0.0.1", 0, True\n')
         return script
-
-    def await_server(self):
-        deadline = time.monotonic() + 30
-        while not self.wine.processes(SERVER):
-            self.assertLess(time.monotonic(), deadline, "no server")
-            time.sleep(0.05)
 
 
 class CommandLine(unittest.TestCase):
