@@ -1,6 +1,7 @@
 #include "dialogs/DialogLayout.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace quillon {
 

@@ -1,8 +1,6 @@
 // Where a dialog stands, and where its controls stand when it changes its size. In pixels.
 #pragma once
 
-#include <cstdint>
-
 namespace quillon {
 
 struct Extent {

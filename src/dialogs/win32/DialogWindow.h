@@ -8,6 +8,7 @@
 #pragma once
 
 #include <windows.h>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>

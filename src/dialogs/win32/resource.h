@@ -5,8 +5,6 @@
 // NOLINTBEGIN(modernize-macro-to-enum): the resource compiler knows no enumerations
 #define IDI_PROGRAM 1
 
-#define IDC_NONE (-1)
-
 #define IDD_SEND 100
 #define IDC_TO_LABEL 1001
 #define IDC_TO 1002
