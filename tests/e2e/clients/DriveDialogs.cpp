@@ -365,22 +365,6 @@ class Driver {
     return {};
   }
 
-  std::wstring Paste(const std::wstring& text) {
-    NeedKeyboard();
-    const auto bytes = (text.size() + 1) * sizeof(wchar_t);
-    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes);
-    CopyMemory(GlobalLock(memory), text.c_str(), bytes);
-    GlobalUnlock(memory);
-    if (!WaitUntil([] { return OpenClipboard(nullptr) != FALSE; })) {
-      Fail(L"the clipboard is in use");
-    }
-    EmptyClipboard();
-    SetClipboardData(CF_UNICODETEXT, memory);
-    CloseClipboard();
-    PressTogether(L"Ctrl+v");
-    return {};
-  }
-
   std::wstring Until(const std::wstring& name, const std::wstring& part) {
     std::wstring text;
     const auto says = [&] {
@@ -477,7 +461,6 @@ class Driver {
       {L"shown", [](auto& title, auto&) { return FindTop(title) != nullptr ? L"1" : L"0"; }},
       {L"keys", [this](auto&, auto& words) { return Keys(words); }},
       {L"type", [this](auto& text, auto&) { return Type(text); }},
-      {L"paste", [this](auto& text, auto&) { return Paste(text); }},
       {L"click", [this](auto& name, auto&) { return Click(name); }},
       {L"closebox", [this](auto&, auto&) { return CloseBox(); }},
       {L"read", [this](auto& name, auto&) { return WideTextOf(Control(name)); }},
