@@ -62,8 +62,9 @@ class Running:
 
     def output(self):
         """What it has written so far."""
-        self._output.seek(0)
-        return self._output.read().decode("cp437").replace("\r\n", "\n")
+        # Without moving the place in the file, which is also the one where the program writes.
+        file = self._output.fileno()
+        return os.pread(file, os.fstat(file).st_size, 0).decode("cp437").replace("\r\n", "\n")
 
     def wait(self, timeout=60):
         try:

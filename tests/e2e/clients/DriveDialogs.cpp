@@ -70,7 +70,9 @@ bool HasOwnText(HWND control) {
 HWND FindTop(const std::wstring& title) {
   for (HWND window = nullptr;
        (window = FindWindowExW(nullptr, window, nullptr, nullptr)) != nullptr;) {
-    if (IsWindowVisible(window) != FALSE && WideTextOf(window) == title) return window;
+    wchar_t text[200] = {};  // as the system knows it: a window need not answer
+    InternalGetWindowText(window, text, 200);
+    if (IsWindowVisible(window) != FALSE && text == title) return window;
   }
   return nullptr;
 }
@@ -313,9 +315,17 @@ class Driver {
 
   // What is typed goes to whoever has the keyboard: that must be the current window.
   void NeedKeyboard() {
-    if (!WaitUntil([this] { return GetForegroundWindow() == window_; })) {
-      Fail(L"the keyboard is with [" + WideTextOf(GetForegroundWindow()) + L"]");
-    }
+    if (WaitUntil([this] { return GetForegroundWindow() == window_; })) return;
+    wchar_t text[200] = {};
+    InternalGetWindowText(GetForegroundWindow(), text, 200);
+    Fail(std::wstring(L"the keyboard is with [") + text + L"]");
+  }
+
+  RECT TitleBar() {
+    TITLEBARINFO bar{};
+    bar.cbSize = sizeof bar;
+    if (GetTitleBarInfo(window_, &bar) == FALSE) Fail(L"the window has no title bar");
+    return bar.rcTitleBar;
   }
 
   HWND Control(const std::wstring& name) {
@@ -384,11 +394,9 @@ class Driver {
   }
 
   std::wstring CloseBox() {
-    TITLEBARINFO bar{};
-    bar.cbSize = sizeof bar;
-    if (GetTitleBarInfo(window_, &bar) == FALSE) Fail(L"the window has no title bar");
-    const LONG half = (bar.rcTitleBar.bottom - bar.rcTitleBar.top) / 2;
-    ClickAt(bar.rcTitleBar.right - half, bar.rcTitleBar.top + half);
+    const RECT bar = TitleBar();
+    const LONG half = (bar.bottom - bar.top) / 2;
+    ClickAt(bar.right - half, bar.top + half);
     return {};
   }
 
