@@ -15,8 +15,9 @@ mkdir -p "$WINEPREFIX/drive_c/windows/system32"
 cp "$wine_root/usr/i686-w64-mingw32/lib/zlib1.dll" "$WINEPREFIX/drive_c/windows/system32/"
 wine wineboot -i < /dev/null > /dev/null 2>&1 || wine_die "the prefix cannot be made in $WINEPREFIX"
 
-# No dialog when a program crashes, and nothing of the user's own home inside.
-wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f \
+# No debugger when a program crashes: it would end the program with a status of its own, and by
+# chance which. And nothing of the user's own home inside.
+wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /d none /f \
   < /dev/null > /dev/null 2>&1 || wine_die "the registry of $WINEPREFIX cannot be written"
 wine_stop
 find "$WINEPREFIX/drive_c/users" -type l | while read -r link; do
