@@ -61,22 +61,21 @@ void ProgressReporter::OnProgress(std::uint64_t done, std::uint64_t total, std::
   if (now < nextProgress_) return;
   nextProgress_ = now + kProgressPause;
   Post(asynch_kind::kProgress);
-  Display(done, total);
+  if (options_.parts != 0 && std::max(done, total) >= options_.threshold) Display();
 }
 
-void ProgressReporter::Display(std::uint64_t done, std::uint64_t total) {
-  if (options_.parts == 0 || std::max(done, total) < options_.threshold) return;
+void ProgressReporter::Display() {
   if (!std::exchange(shown_, true)) {
     display_.Show(options_.caption, options_.parts, options_.abort);
     display_.SetLine(ProgressDisplay::Line::Status, last_.text);
     display_.SetLine(ProgressDisplay::Line::Server, options_.server);
   }
-  display_.SetPosition(done, total);
   DisplayTransfer();
 }
 
 void ProgressReporter::DisplayTransfer() {
   const auto now = loop_.Now();
+  display_.SetPosition(transfer_.Done(), transfer_.Total());
   display_.SetLine(ProgressDisplay::Line::Amount, transfer_.Amount());
   display_.SetLine(ProgressDisplay::Line::Time, transfer_.Time(now));
   second_.Start(kSecond);

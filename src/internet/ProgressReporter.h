@@ -49,8 +49,9 @@ class ProgressReporter final : public SessionListener {
 
  private:
   void Post(std::int32_t kind);
-  void Display(std::uint64_t done, std::uint64_t total);
-  // Tells again how it stands; goes on by itself, so that the user sees that time passes.
+  void Display();
+  // Tells again how it stands; goes on by itself, so that the user sees that time passes, and the
+  // counts that came too fast to be shown at once.
   void DisplayTransfer();
 
   EventLoop& loop_;

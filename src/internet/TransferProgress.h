@@ -19,6 +19,9 @@ class TransferProgress {
   // operation.
   void Update(std::uint64_t done, std::uint64_t total, TickCount now);
 
+  std::uint64_t Done() const noexcept { return done_; }
+  std::uint64_t Total() const noexcept { return total_; }
+
   // As in "1.2 MB of 5.0 MB (24 %)"; of the total what is known.
   std::string Amount() const;
 

@@ -141,7 +141,6 @@ void Win32ProgressDisplay::SetPosition(std::uint64_t done, std::uint64_t total) 
   if (total == 0) return;
   const double part = static_cast<double>(done) / static_cast<double>(total);
   SendMessageW(bar_, PBM_SETPOS, static_cast<WPARAM>(std::min(part, 1.0) * kFullBar), 0);
-  InvalidateRect(bar_, nullptr, FALSE);  // some systems think too little of it has changed
   PaintNow(bar_);
 }
 
