@@ -1,15 +1,16 @@
 #include "dialer/SideCall.h"
 
-#include <thread>
 #include <utility>
+
+#include "core/BackgroundThread.h"
 
 namespace quillon {
 
 SideCall::SideCall(EventLoop& loop, std::function<void()> work, std::function<void()> left) {
   state_->loop = &loop;
-  std::thread([state = state_, work = std::move(work), left = std::move(left)] {
+  RunInBackground([state = state_, work = std::move(work), left = std::move(left)] {
     Run(*state, work, left);
-  }).detach();
+  });
 }
 
 SideCall::~SideCall() {

@@ -1,7 +1,8 @@
 #include "platform/LookupQueue.h"
 
 #include <system_error>
-#include <thread>
+
+#include "core/BackgroundThread.h"
 
 namespace quillon {
 
@@ -78,11 +79,11 @@ std::unique_ptr<Network::Lookup> StartLookup(const std::shared_ptr<WorkQueue>& q
     });
   };
   try {
-    std::thread([lookup, host, port, deliver] {
+    RunInBackground([lookup, host, port, deliver] {
       std::vector<SocketAddress> addresses;
       const int error = lookup(host, port, addresses);
       deliver(std::move(addresses), error);
-    }).detach();
+    });
   } catch (const std::system_error& error) {
     deliver({}, error.code().value());
   }

@@ -1,0 +1,45 @@
+#include "core/BackgroundThread.h"
+
+#include <list>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace quillon {
+
+namespace {
+
+struct Threads {
+  std::mutex mutex;
+  std::list<std::thread> running;
+  // But for their last steps, which the next beginning waits for.
+  std::list<std::thread> ended;
+};
+
+// Lives as long as the process, which may end before them.
+Threads& AllThreads() {
+  static auto* const threads = new Threads;
+  return *threads;
+}
+
+}  // namespace
+
+void RunInBackground(std::function<void()> work) {
+  auto& threads = AllThreads();
+  const std::lock_guard lock(threads.mutex);
+  for (auto& thread : threads.ended) thread.join();
+  threads.ended.clear();
+  const auto place = threads.running.emplace(threads.running.end());
+  try {
+    *place = std::thread([&threads, place, work = std::move(work)] {
+      work();
+      const std::lock_guard turn(threads.mutex);
+      threads.ended.splice(threads.ended.end(), threads.running, place);
+    });
+  } catch (...) {
+    threads.running.erase(place);
+    throw;
+  }
+}
+
+}  // namespace quillon
