@@ -11,6 +11,7 @@ namespace {
 
 constexpr wchar_t kWindowClass[] = L"QuillonServerProcess";
 constexpr UINT_PTR kTimer = 1;
+constexpr DWORD kAnswersGoOut = 300;  // milliseconds
 
 HWND MakeWindow(WNDPROC procedure) {
   WNDCLASSEXW description = {};
@@ -72,6 +73,9 @@ void ProcessLifetime::Run(EventLoop& loop,
     }
   }
   End();
+  // A call that was in progress has ended, but it is a thread of the system's that carries the
+  // answer to the client; with the process it would be gone.
+  if (references_ > 0) Sleep(kAnswersGoOut);
 }
 
 void ProcessLifetime::Stop() noexcept {

@@ -1,13 +1,13 @@
 // How long the server process lives: while an object or a lock of a client is there, and a moment
 // longer.
 //
-//   serving  the class objects are registered. Without a client for a while (at the start, after
-//   the last one let go)
-//            they are revoked:
-//   closing  no new client is sent here any more, but one that was on its way is still served; when
-//   nobody came, it is ended    Run returns, and the class objects refuse what may still arrive.
+// - serving: the class objects are registered. When there has been no client for a while, at the
+//   start or since the last one let go, they are revoked.
+// - closing: no new client is sent here any more, but one that was on its way is still served.
+// - ended, when nobody came: Run returns, and the class objects refuse what may still arrive.
 //
-// A hidden window takes WM_CLOSE and WM_ENDSESSION as the wish to end at once.
+// A hidden window takes WM_CLOSE and WM_ENDSESSION as the wish to end at once; who waits for an
+// answer then still gets it.
 #pragma once
 
 #include <windows.h>
