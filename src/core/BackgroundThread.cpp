@@ -16,8 +16,9 @@ struct Threads {
   std::list<std::thread> ended;
 };
 
-// Lives as long as the process, which may end before them.
 Threads& AllThreads() {
+  // Never destroyed, because the process may end before its threads do.
+  // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): the list has to change.
   static auto* const threads = new Threads;
   return *threads;
 }
