@@ -1,7 +1,7 @@
 // Work on a thread of its own that nobody waits for.
 //
-// In place of std::thread::detach: with MinGW's run-time library a thread that ends while it is
-// being detached may take the next new thread with it, which then never runs.
+// In place of std::thread::detach: with MinGW's run-time library (as seen in Wine) a new thread may
+// never run when the one before it ended while it was being detached.
 #pragma once
 
 #include <functional>

@@ -5,6 +5,7 @@
 // reason. NAME is the label of a control: the text on it, or that of the label in front of it.
 #include <windows.h>
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <commctrl.h>
 #include <cstdio>
@@ -67,12 +68,17 @@ bool HasOwnText(HWND control) {
   return IsLabel(control) || ClassOf(control) == L"Button";
 }
 
+// As the system knows it: a window need not answer.
+std::wstring TitleOf(HWND window) {
+  std::array<wchar_t, 200> text{};
+  InternalGetWindowText(window, text.data(), static_cast<int>(text.size()));
+  return text.data();
+}
+
 HWND FindTop(const std::wstring& title) {
   for (HWND window = nullptr;
        (window = FindWindowExW(nullptr, window, nullptr, nullptr)) != nullptr;) {
-    wchar_t text[200] = {};  // as the system knows it: a window need not answer
-    InternalGetWindowText(window, text, 200);
-    if (IsWindowVisible(window) != FALSE && text == title) return window;
+    if (IsWindowVisible(window) != FALSE && TitleOf(window) == title) return window;
   }
   return nullptr;
 }
@@ -316,9 +322,7 @@ class Driver {
   // What is typed goes to whoever has the keyboard: that must be the current window.
   void NeedKeyboard() {
     if (WaitUntil([this] { return GetForegroundWindow() == window_; })) return;
-    wchar_t text[200] = {};
-    InternalGetWindowText(GetForegroundWindow(), text, 200);
-    Fail(std::wstring(L"the keyboard is with [") + text + L"]");
+    Fail(L"the keyboard is with [" + TitleOf(GetForegroundWindow()) + L"]");
   }
 
   RECT TitleBar() {
