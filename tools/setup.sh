@@ -8,15 +8,15 @@ tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 packages=(
   # the two builds
   g++ cmake ninja-build g++-mingw-w64-i686-posix mingw-w64-tools googletest
-  zlib1g-dev libz-mingw-w64-dev
+  zlib1g-dev libz-mingw-w64-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev
   # checks and fuzzing
   clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev git
   # the private Wine and the tests that run in it
-  libc6-i386 xvfb python3 ca-certificates debian-archive-keyring
+  libc6-i386 xvfb python3 python3-cryptography ca-certificates debian-archive-keyring
   # other people's servers, clients and codecs, which the tests work with
   dovecot-pop3d mpop sharutils mpack zip unzip p7zip-full
   # what the benchmarks compare with
-  libcurl4-openssl-dev libgmime-3.0-0 ripmime
+  libgmime-3.0-0 ripmime
 )
 
 say() { printf 'setup: %s\n' "$*"; }
@@ -37,7 +37,7 @@ add_exim() {
   other=$(dpkg-query -W -f '${Package} ${db:Status-Abbrev} ${Provides}\n' 2> /dev/null \
     | awk '$2 == "ii" && /mail-transport-agent/ && $1 !~ /^exim4/ { print $1; exit }')
   if [ -z "$other" ]; then
-    packages+=(exim4-daemon-light)
+    packages+=(exim4-daemon-heavy)  # the light one has no SCRAM
   else
     say "$other is this machine's mail server: Exim is left out, and the tests that need it"
   fi

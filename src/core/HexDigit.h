@@ -15,6 +15,19 @@ constexpr int HexDigit(char c) noexcept {
   return -1;
 }
 
+// Two lower-case digits for each byte.
+inline std::string HexText(std::string_view bytes) {
+  static constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(bytes.size() * 2);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += kDigits[byte / 16];
+    text += kDigits[byte % 16];
+  }
+  return text;
+}
+
 // Each mark with two hexadecimal digits behind it, as in "%2F" or "=2F", replaced by the byte; any
 // other mark stays.
 inline std::string DecodeHexEscapes(std::string_view text, char mark) {

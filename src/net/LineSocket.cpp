@@ -29,6 +29,12 @@ std::size_t LineSocket::Write(std::string_view bytes) {
   return stream_->Write(bytes).count;
 }
 
+std::unique_ptr<ByteStream> LineSocket::Detach() {
+  auto stream = start_ < filled_ ? nullptr : std::move(stream_);
+  Close();
+  return stream;
+}
+
 void LineSocket::Close() {
   stream_.reset();
   ++connection_;

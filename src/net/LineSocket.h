@@ -46,6 +46,11 @@ class LineSocket : private ByteStream::Handler {
   void Attach(std::unique_ptr<ByteStream> stream);
   bool IsOpen() const noexcept { return stream_ != nullptr; }
 
+  // Gives the stream back, to be attached again when it has been secured; no event follows. Null,
+  // and the connection is closed, when the peer has said something behind the last line, which
+  // would be taken for a part of what comes next. May be called from inside a handler.
+  std::unique_ptr<ByteStream> Detach();
+
   // Writes what the system takes now and returns how many bytes that was; when it is less than all,
   // OnSendReady follows. A connection that broke takes nothing: what the peer had sent before is
   // delivered first, then OnClosed.

@@ -1,5 +1,7 @@
 #include "net/SocketConnect.h"
 
+#include <array>
+#include <cstdio>
 #include <utility>
 
 #include "core/Text.h"
@@ -34,6 +36,24 @@ std::optional<SocketAddress> ParseDottedAddress(std::string_view host) {
     address.bytes[index] = *octet;
   }
   return address;
+}
+
+std::string AddressText(const SocketAddress& address) {
+  std::string text;
+  std::array<char, 8> part{};
+  if (address.isIPv6) {
+    for (std::size_t at = 0; at < address.bytes.size(); at += 2) {
+      const auto group = static_cast<unsigned>(address.bytes[at] << 8U | address.bytes[at + 1]);
+      std::snprintf(part.data(), part.size(), at == 0 ? "%x" : ":%x", group);
+      text += part.data();
+    }
+    return text;
+  }
+  for (std::size_t at = 0; at < 4; ++at) {
+    if (at > 0) text += '.';
+    text += std::to_string(address.bytes[at]);
+  }
+  return text;
 }
 
 SocketConnect::SocketConnect(EventLoop& loop, Network& network)
@@ -100,6 +120,10 @@ void SocketConnect::TryNext() {
   } else {
     Finish(nullptr, kNotStarted);
   }
+}
+
+std::string SocketConnect::Address() const {
+  return next_ == 0 ? std::string() : AddressText(addresses_[next_ - 1]);
 }
 
 void SocketConnect::OnStreamConnected() {

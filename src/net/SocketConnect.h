@@ -18,6 +18,9 @@ namespace quillon {
 // Four decimal numbers from 0 to 255 without leading zeros; anything else is a name.
 std::optional<SocketAddress> ParseDottedAddress(std::string_view host);
 
+// "192.0.2.7", or eight groups of hexadecimal digits.
+std::string AddressText(const SocketAddress& address);
+
 class SocketConnect : private ByteStream::Handler {
  public:
   // What the caller gets instead of a stream.
@@ -35,6 +38,8 @@ class SocketConnect : private ByteStream::Handler {
 
   // The system's number for the last address that failed.
   int LastError() const noexcept { return lastError_; }
+  // The address that was tried last, as text.
+  std::string Address() const;
 
  private:
   void OnResolved(std::vector<SocketAddress> addresses, int error);

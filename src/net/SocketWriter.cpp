@@ -40,6 +40,15 @@ bool SocketWriter::WriteCommand(std::string_view line) {
   return true;
 }
 
+bool SocketWriter::WriteCommands(const std::vector<std::string>& lines) {
+  for (const auto& line : lines) {
+    if (!IsWireSafe(line)) return false;
+  }
+  for (const auto& line : lines) block_.append(line).append("\r\n");
+  OnSendReady();
+  return true;
+}
+
 void SocketWriter::SocketSendData(DataSource& source, std::function<void(bool)> written) {
   source_ = &source;
   written_ = std::move(written);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "net/LineSocket.h"
 #include "ports/EventLoop.h"
@@ -38,6 +39,9 @@ class SocketWriter {
   // One command line with its CR LF in one write. False, and nothing is sent, when the line holds
   // CR, LF or NUL. It stands behind what is waiting, which must be the end of a source.
   bool WriteCommand(std::string_view line);
+
+  // Several commands, each with its CR LF, in one write; as WriteCommand otherwise.
+  bool WriteCommands(const std::vector<std::string>& lines);
 
   // The whole source; `written` is called when the last byte has been taken (true) or the source
   // failed (false). The source must live until then or until Break.

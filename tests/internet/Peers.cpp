@@ -45,6 +45,10 @@ void ScriptedPeer::Play() {
       Say(std::exchange(whole_, {}));
       Wait(std::stoul(step.text));
     }
+    if (step.kind == Kind::Secure) {
+      Say(std::exchange(whole_, {}));
+      SetFilter(secure());
+    }
     if (step.kind == Kind::Close) {
       Say(std::exchange(whole_, {}));
       Hangup();
@@ -70,6 +74,8 @@ void ScriptedPeer::Utter(std::string_view text) {
 }
 
 void ScriptedPeer::OnLine(std::string_view line) {
+  if (isOld && line.starts_with("EHLO ")) return Say("502 what?\r\n");
+  if (isOld && line.starts_with("CAPA")) return Say("-ERR what?\n");
   if (next_ >= steps_.size() || next_ >= cut_.steps) {
     if (cut_.steps > steps_.size() && !hearsAnything) {
       complaints_.push_back("at the end came: " + std::string(line));
@@ -103,6 +109,7 @@ void ObligingPeer::OnLine(std::string_view line) {
     inData_ = line.starts_with("DATA");
     return Say(inData_ ? "354 go on\r\n" : "250 yes\r\n");
   }
+  if (line.starts_with("CAPA")) return Say("-ERR what?\r\n");
   if (line.starts_with("STAT")) return Say("+OK 1 100\r\n");
   const bool list = line.starts_with("TOP") || line.starts_with("RETR") || line.starts_with("UIDL");
   Say(list ? "+OK\r\nSubject: obliging\r\n\r\n.\r\n" : "+OK\r\n");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -51,6 +52,10 @@ class ScriptedPeer final : public LinePeer {
   bool clientGone = false;
   // Whether lines behind the last step belong to a message whose end never comes.
   bool hearsAnything = false;
+  // What the server of the conversation never heard of is refused, and not a part of it.
+  bool isOld = false;
+  // How the connection is secured where the conversation says so.
+  std::function<std::unique_ptr<PeerFilter>()> secure;
 
  private:
   void OnLine(std::string_view line) override;

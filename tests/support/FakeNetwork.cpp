@@ -45,7 +45,7 @@ class FakeStream final : public ByteStream {
     peer_->appetite -= count;
     turn_ -= count;
     if (count == 0) return {IoResult::Status::WouldBlock, 0, 0};
-    peer_->OnBytes(bytes.substr(0, count));
+    peer_->Take(bytes.substr(0, count));
     return {IoResult::Status::Ok, count, 0};
   }
 
@@ -97,7 +97,33 @@ class FakeStream final : public ByteStream {
 };
 
 void FakePeer::Say(std::string chunk) {
-  if (!chunk.empty()) chunks_.push_back({std::max(loop_->Now(), notBefore_), std::move(chunk)});
+  if (!chunk.empty()) Put(std::max(loop_->Now(), notBefore_), std::move(chunk));
+}
+
+void FakePeer::Put(TickCount due, std::optional<std::string> text) {
+  if (filter_ && filter_->HoldsBack()) {
+    held_.push_back({due, std::move(text)});
+    return;
+  }
+  if (filter_ && text) text = filter_->Outgoing(*text);
+  chunks_.push_back({due, std::move(text)});
+}
+
+void FakePeer::PutHeld() {
+  while (!held_.empty() && !filter_->HoldsBack()) {
+    auto chunk = std::move(held_.front());
+    held_.pop_front();
+    Put(std::max(loop_->Now(), chunk.due), std::move(chunk.bytes));
+  }
+}
+
+void FakePeer::Take(std::string_view bytes) {
+  if (!filter_) return OnBytes(bytes);
+  std::string answer;
+  const auto text = filter_->Incoming(bytes, answer);
+  if (!answer.empty()) chunks_.push_back({loop_->Now(), std::move(answer)});
+  PutHeld();
+  if (!text.empty()) OnBytes(text);
 }
 
 void FakePeer::Wait(TickCount delay) {
@@ -105,7 +131,7 @@ void FakePeer::Wait(TickCount delay) {
 }
 
 void FakePeer::Hangup() {
-  chunks_.push_back({std::max(loop_->Now(), notBefore_), std::nullopt});
+  Put(std::max(loop_->Now(), notBefore_), std::nullopt);
 }
 
 bool FakeNetwork::RunReady(Wait& wait) {

@@ -17,6 +17,18 @@ namespace quillon::testing {
 
 class FakeNetwork;
 
+// What stands between the wire and a peer: encryption.
+class PeerFilter {
+ public:
+  virtual ~PeerFilter() = default;
+  // Whether what the peer says has to wait.
+  virtual bool HoldsBack() const = 0;
+  // What goes over the wire for that.
+  virtual std::string Outgoing(std::string_view text) = 0;
+  // What the peer gets of the wire's bytes; appends what the wire gets in answer.
+  virtual std::string Incoming(std::string_view bytes, std::string& answer) = 0;
+};
+
 // The other end of one connection.
 class FakePeer {
  public:
@@ -39,6 +51,9 @@ class FakePeer {
   std::size_t appetite = static_cast<std::size_t>(-1);
   std::size_t perTurn = static_cast<std::size_t>(-1);
 
+  // From the next byte on.
+  void SetFilter(std::unique_ptr<PeerFilter> filter) { filter_ = std::move(filter); }
+
  private:
   friend class FakeNetwork;
   friend class FakeStream;
@@ -48,8 +63,14 @@ class FakePeer {
     std::optional<std::string> bytes;  // none: the end
   };
 
+  void Take(std::string_view bytes);
+  void Put(TickCount due, std::optional<std::string> text);
+  void PutHeld();
+
   const EventLoop* loop_ = nullptr;
+  std::unique_ptr<PeerFilter> filter_;
   std::deque<Chunk> chunks_;
+  std::deque<Chunk> held_;  // what waits for the filter
   TickCount notBefore_ = 0;
 };
 
