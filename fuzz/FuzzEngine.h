@@ -12,6 +12,7 @@
 #include "MemoryFiles.h"
 #include "internet/ProtocolLog.h"
 #include "internet/smtppop.h"
+#include "oauth/NoAccessTokens.h"
 #include "platform/Platform.h"
 #include "ports/CodePage.h"
 
@@ -38,6 +39,23 @@ struct FuzzEngine {
     static const auto codePage = MakeAnsiCodePage();
     return *codePage;
   }
+  static TlsLibrary& Tls() {
+    static const auto library = MakeTlsLibrary();
+    return *library;
+  }
+  // What is asked of the server, by the size of what the fuzzer wrote: nothing new half the time.
+  static ServerSecurity SecurityOf(std::size_t size) {
+    ServerSecurity security;
+    if (size % 5 < 2) return security;
+    security.extensions = true;
+    if (size % 5 == 3) security.connection = ConnectionSecurity::StartTlsIfOffered;
+    if (size % 7 < 3) {
+      security.credentials.loginName = "joe";
+      security.credentials.password = "a-secret-that-nobody-says";
+      security.login.plainTextLogin = size % 2 == 0;
+    }
+    return security;
+  }
   // Runs an operation of the engine to its end.
   std::int32_t Run(Task<SessionResult> work) {
     Operation<SessionResult> operation;
@@ -56,7 +74,13 @@ struct FuzzEngine {
   ProtocolLog log{files, "/"};
   const StillClock clock;
   Nobody listener;
-  smtppop engine{network, network, {files, AnsiCodePage(), clock, log}, listener};
+  std::unique_ptr<Crypto> crypto = MakeCrypto();
+  NoAccessTokens tokens{network};
+  smtppop engine{network,
+                 network,
+                 {Tls(), *crypto, tokens, [](const std::function<void()>& work) { work(); }},
+                 {files, AnsiCodePage(), clock, log},
+                 listener};
 };
 
 }  // namespace quillon::fuzz

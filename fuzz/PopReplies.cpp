@@ -18,6 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   settings.host = "127.0.0.1";
   settings.loginName = "joe";
   settings.password = "a-secret-that-nobody-says";
+  settings.security = FuzzEngine::SecurityOf(size);
 
   for (const auto kind :
        {HeaderRequest::Kind::All, HeaderRequest::Kind::Identifiers, HeaderRequest::Kind::Single}) {

@@ -16,6 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   settings.host = "127.0.0.1";
   settings.sender = "joe@example.org";
   settings.greetWithHelo = size % 2 == 0;
+  settings.security = quillon::fuzz::FuzzEngine::SecurityOf(size);
   quillon::OutgoingMessage message;
   message.from = settings.sender;
   message.whoTo = {"ann@example.org", "bob@example.org"};

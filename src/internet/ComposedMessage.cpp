@@ -30,6 +30,7 @@ DataSource::State ComposedMessage::Fill(std::string& block, std::size_t wanted) 
     if (state == State::Failed) return state;
     if (state == State::End) {
       content_.reset();
+      begun_ = false;
       if (at_ + 1 == pieces_.size()) return State::End;
       ++at_;
     } else if (IsLimited()) {
@@ -40,14 +41,29 @@ DataSource::State ComposedMessage::Fill(std::string& block, std::size_t wanted) 
 }
 
 DataSource::State ComposedMessage::FillPiece(std::string& block, std::size_t wanted) {
-  auto& piece = pieces_[at_];
-  if (content_ == nullptr) {
-    block += std::exchange(piece.lines, {});
+  const auto& piece = pieces_[at_];
+  if (!std::exchange(begun_, true)) {
+    block += piece.lines;
     if (piece.content == MessagePiece::Content::None) return State::End;
     content_ = Open(piece);
     if (IsLimited()) return State::More;
   }
   return content_->Fill(block, IsLimited() ? std::min(wanted, blockSize_) : wanted);
+}
+
+void ComposedMessage::Rewind() {
+  at_ = 0;
+  begun_ = false;
+  content_.reset();
+}
+
+bool ComposedMessage::IsEightBit() const {
+  const auto eightBit = [](const std::string& text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+  };
+  return eightBit(text_) || std::any_of(pieces_.begin(), pieces_.end(),
+                                        [&](const auto& piece) { return eightBit(piece.lines); });
 }
 
 std::unique_ptr<DataSource> ComposedMessage::Open(const MessagePiece& piece) const {

@@ -36,6 +36,8 @@ class ComposedMessage final : public MessageData {
   Section Current() const override { return pieces_[at_].section; }
   State Fill(std::string& block, std::size_t wanted) override;
   std::uint64_t Size() const override { return size_; }
+  void Rewind() override;
+  bool IsEightBit() const override;
 
  private:
   State FillPiece(std::string& block, std::size_t wanted);
@@ -49,6 +51,7 @@ class ComposedMessage final : public MessageData {
   std::vector<MessagePiece> pieces_;
   std::uint64_t size_ = 0;  // of all pieces
   std::size_t at_ = 0;
+  bool begun_ = false;                   // the current piece's lines are out
   std::unique_ptr<DataSource> content_;  // of the current piece, once its lines are out
 };
 

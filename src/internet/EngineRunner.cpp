@@ -31,7 +31,8 @@ EngineRunner::EngineRunner(const RunnerPorts& ports)
 
 smtppop& EngineRunner::Engine() {
   if (!engine_) {
-    engine_ = std::make_unique<smtppop>(ports_.loop, ports_.network, ports_.composing, reporter_);
+    engine_ = std::make_unique<smtppop>(ports_.loop, ports_.network, ports_.security,
+                                        ports_.composing, reporter_);
   }
   return *engine_;
 }
@@ -94,7 +95,7 @@ void EngineRunner::EndStarted() {
   event.kind = asynch_kind::kEndOfProcess;
   event.result = result.number;
   event.tag = "END";
-  if (!result.text.empty()) event.text = std::move(result.text);
+  if (auto text = WithDetail(result.text, result); !text.empty()) event.text = std::move(text);
   ports_.notifier.Post(event);
 }
 
@@ -137,15 +138,17 @@ MailResult EngineRunner::ResultOf(const WorkOrder& order, const SessionResult& e
       ended.number != internet_error::kNotConnected && ended.number != internet_error::kNotStarted;
   const auto* const login = pop ? kPopLoginFailed : kSmtpLoginFailed;
   const std::string context = connected && order.context != nullptr ? order.context : login;
-  auto text = TableText(pop, ended);
+  MailResult result{ended.number, TableText(pop, ended),
+                    ports_.composing.codePage.ToText(ended.detail)};
+  result.tellsDetail = order.detailedErrors || IsSecurityError(ended.number);
   if (order.errorDisplay) {
-    ports_.messageBox.Show(
-        pop ? "POP Mail Error" : "SMTP Mail Error",
-        TrimmedCopy(context + ": {" + std::to_string(ended.number) + "} " + text),
-        MessageBoxPort::Icon::Critical);
+    ports_.messageBox.Show(pop ? "POP Mail Error" : "SMTP Mail Error",
+                           TrimmedCopy(context + ": {" + std::to_string(ended.number) + "} " +
+                                       WithDetail(result.text, result)),
+                           MessageBoxPort::Icon::Critical);
   }
-  if (text.empty()) text = context;
-  return {ended.number, std::move(text)};
+  if (result.text.empty()) result.text = context;
+  return result;
 }
 
 }  // namespace quillon

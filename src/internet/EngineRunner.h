@@ -28,7 +28,8 @@ struct WorkOrder {
   std::int32_t operation = asynch_operation::kNone;  // none: the client waits in any case
   const char* context = nullptr;                     // what has failed when it fails; a login
   MailSystemId system = mail_system::kNone;
-  bool errorDisplay = false;  // failures are shown in a box
+  bool errorDisplay = false;    // failures are shown in a box
+  bool detailedErrors = false;  // and told with what the server said, if anything
   DisplayOptions display;
   std::function<void()> whenOver;  // however it ends
 };
@@ -36,6 +37,7 @@ struct WorkOrder {
 struct RunnerPorts {
   EventLoop& loop;
   Network& network;
+  SecurityPorts security;
   ComposerPorts composing;
   MessageBoxPort& messageBox;
   AsynchNotifier& notifier;

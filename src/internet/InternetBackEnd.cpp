@@ -8,6 +8,7 @@
 
 #include "core/ErrorCode.h"
 #include "internet/InternetErrorText.h"
+#include "internet/SectionMerge.h"
 #include "mail/ReceivedFiles.h"
 
 namespace quillon {
@@ -78,13 +79,30 @@ class InternetBackEnd::HeaderUpdate {
 InternetBackEnd::InternetBackEnd(const InternetPorts& ports, InternetProduct product)
     : ports_(ports),
       product_(std::move(product)),
-      login_(ports.loginPrompt, ports.configuration),
+      login_(ports.loginPrompt, ports.configuration, ports.servers),
       runner_({ports.loop,
                ports.network,
+               ports.security,
                {ports.files, ports.codePage, ports.clock, ports.log},
                ports.messageBox,
                ports.notifier,
                ports.progress}) {}
+
+PopSettings InternetBackEnd::Pop(const MailRequest& request) {
+  auto settings = PopSettingsOf(request, ports_.codePage);
+  const auto section = ports_.servers.For(request.instance.postOffice);
+  Apply(section, request.instance.access, ports_.codePage, settings);
+  detailedErrors_ = section.detailedErrors.value_or(false);
+  return settings;
+}
+
+SmtpSettings InternetBackEnd::Smtp(const MailRequest& request) {
+  auto settings = SmtpSettingsOf(request, ports_.codePage);
+  const auto section = ports_.servers.For(request.instance.smtpServer);
+  Apply(section, request.instance.access, ports_.codePage, settings);
+  detailedErrors_ = section.detailedErrors.value_or(false);
+  return settings;
+}
 
 WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* member,
                                     std::int32_t operation, const char* context) {
@@ -95,6 +113,8 @@ WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* memb
   order.context = context;
   order.system = request.instance.mailSystem;
   order.errorDisplay = request.instance.errorDisplay != kFalse;
+  const auto& details = request.instance.access.detailedErrors;
+  order.detailedErrors = details ? *details != kFalse : detailedErrors_;
   const bool sends = operation == asynch_operation::kSend;
   order.display.caption = sends ? "Sending Mail" : "Internet Mail";
   order.display.server = sends ? request.instance.smtpServer : request.instance.postOffice;
@@ -105,7 +125,13 @@ WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* memb
     order.display.unit = TransferProgress::Unit::Messages;
   }
   order.display.abort = [this] { runner_.Abort(); };
+  order.whenOver = [this, &shared = request.shared] { Report(shared); };
   return order;
+}
+
+void InternetBackEnd::Report(SharedState& shared) {
+  const auto& report = Engine().Report();
+  shared.connection = {report.TlsVersion(), report.Certificate(), Text(report.LastReply())};
 }
 
 // For both protocols together, one whose data is there is logged into; when neither's is, the user
@@ -114,7 +140,7 @@ MailResult InternetBackEnd::Login(MailRequest& request) {
   runner_.RequireIdle();
   const auto& instance = request.instance;
   const auto system = instance.mailSystem;
-  const bool smtpData = !instance.smtpServer.empty() && !request.shared.message.from.empty();
+  const bool smtpData = login_.HasSmtp(request);
   const bool smtp = system == mail_system::kSmtp || (ServesSmtp(system) && smtpData);
   const bool pop = system == mail_system::kPop3 ||
                    (ServesPop(system) && (!instance.postOffice.empty() || !smtp));
@@ -170,7 +196,8 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
                                composing, Bytes(switches.envelopeRecipient));
   LogUnprotected(request.instance);
   auto order = NewOrder(request, "Send", asynch_operation::kSend, "Failed to send the message.");
-  order.whenOver = [this, &message] {
+  order.whenOver = [this, &shared = request.shared, &message] {
+    Report(shared);
     for (const auto& recipient : Engine().RefusedRecipients()) {
       message.refusedRecipients.push_back(Text(recipient));
     }
@@ -220,6 +247,9 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
   const auto& instance = request.instance;
   HeaderOptions options{static_cast<std::size_t>(instance.maximumHeaders),
                         instance.unreadOnly != kFalse, Bytes(instance.dateFormat)};
+  if (instance.unreadOnly == kFalse) {
+    wanted.most = static_cast<std::uint32_t>(instance.maximumHeaders);
+  }
   auto settings = Pop(request);
   auto update = std::make_unique<HeaderUpdate>(
       request.shared, ports_.codePage, std::move(options), [this, mailbox = MailboxOf(settings)] {

@@ -5,9 +5,10 @@
 //
 // Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
 // dialog), 521 (an attachment or alternative that is gone), 529 (CR, LF or NUL in an address, a
-// name or a password), 530 (what Internet mail cannot do), 532 (the header of another mailbox), 533
-// (no such header), 534 and 535 (packing or encoding the files of a message failed), 540 (a call
-// from inside another operation's wait), 544 (login data still missing).
+// name or a password; a value of a section "Server NAME" that makes no sense), 530 (what Internet
+// mail cannot do), 532 (the header of another mailbox), 533 (no such header), 534 and 535 (packing
+// or encoding the files of a message failed), 540 (a call from inside another operation's wait),
+// 544 (login data still missing).
 #pragma once
 
 #include <cstdint>
@@ -20,6 +21,7 @@
 #include "internet/PopSession.h"
 #include "internet/ProtocolLog.h"
 #include "internet/RequestRecords.h"
+#include "internet/ServerSections.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
@@ -36,12 +38,14 @@ namespace quillon {
 struct InternetPorts {
   EventLoop& loop;
   Network& network;
+  SecurityPorts security;
   FileSystem& files;
   const CodePage& codePage;
   const LocalClock& clock;
   LoginPrompt& loginPrompt;
   MessageBoxPort& messageBox;
   clsINIUtilities& configuration;  // section "Internet"
+  ServerSections& servers;
   ProtocolLog& log;
   AsynchNotifier& notifier;
   ProgressDisplay& progress;
@@ -84,6 +88,7 @@ class InternetBackEnd final : public BackEnd {
   // The work of a call: the engine's, and what is done with its result. The call may have returned
   // by then, and its Server may be gone.
   static Task<SessionResult> LoginAll(Logins logins);
+  void Report(SharedState& shared);
   void LogUnprotected(const InstanceState& instance);
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
   Task<SessionResult> Received(Task<SessionResult> receiving, std::string host);
@@ -97,12 +102,9 @@ class InternetBackEnd final : public BackEnd {
                                     SharedState& shared);
 
   smtppop& Engine() { return runner_.Engine(); }
-  PopSettings Pop(const MailRequest& request) const {
-    return PopSettingsOf(request, ports_.codePage);
-  }
-  SmtpSettings Smtp(const MailRequest& request) const {
-    return SmtpSettingsOf(request, ports_.codePage);
-  }
+  // What script and configuration file say of the server.
+  PopSettings Pop(const MailRequest& request);
+  SmtpSettings Smtp(const MailRequest& request);
   // Bytes of the wire as text, and text as bytes.
   std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }
   std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
@@ -111,6 +113,7 @@ class InternetBackEnd final : public BackEnd {
   InternetProduct product_;
   LoginData login_;
   EngineRunner runner_;
+  bool detailedErrors_ = false;  // as the configuration file says of the last server
 };
 
 }  // namespace quillon

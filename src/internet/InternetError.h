@@ -15,6 +15,12 @@ inline constexpr std::int32_t kTimedOut = 27;      // no reply
 inline constexpr std::int32_t kSendTimedOut = 28;  // nothing could be written
 inline constexpr std::int32_t kConnectionLost = 29;
 inline constexpr std::int32_t kOverflow = 30;
+inline constexpr std::int32_t kCertificateRefused = 40;
+inline constexpr std::int32_t kNoEncryption = 41;    // the server offers none
+inline constexpr std::int32_t kSecuringFailed = 42;  // the handshake
+inline constexpr std::int32_t kLoginRefused = 43;    // also a reply of 535
+inline constexpr std::int32_t kNoCommonLogin = 44;   // method
+inline constexpr std::int32_t kNoAccessToken = 45;
 
 // Of SMTP.
 inline constexpr std::int32_t kInvalidSmtpReply = 3;

@@ -1,9 +1,11 @@
 #include "internet/InternetErrorText.h"
 
 #include <array>
+#include <span>
 
 #include "core/ErrorCode.h"
 #include "core/ErrorRow.h"
+#include "internet/InternetError.h"
 
 namespace quillon {
 
@@ -13,6 +15,16 @@ constexpr std::string_view kSmtpCommandError =
     "SMTP command error.  Is this really an SMTP server?";
 constexpr std::string_view kSmtpServerError = "SMTP server error .";
 constexpr std::string_view kAborted = "The user aborted the operation.";
+
+// Of both protocols.
+constexpr std::array kSecurityTexts = {
+    ErrorRow{internet_error::kCertificateRefused, "The server's certificate was refused."},
+    ErrorRow{internet_error::kNoEncryption, "The server offers no encryption."},
+    ErrorRow{internet_error::kSecuringFailed, "The secure connection could not be made."},
+    ErrorRow{internet_error::kLoginRefused, "The server refused the login."},
+    ErrorRow{internet_error::kNoCommonLogin, "There is no common login method."},
+    ErrorRow{internet_error::kNoAccessToken, "The access token could not be had."},
+};
 
 constexpr std::array kSmtpTexts = {
     ErrorRow{1, "Could not connect to SMTP server."},
@@ -68,10 +80,19 @@ constexpr std::array kPopTexts = {
     ErrorRow{error_code::kUserAborted, kAborted},
 };
 
+std::string TextOfEither(std::span<const ErrorRow> protocol, std::int32_t number) {
+  auto text = FindErrorText(kSecurityTexts, number);
+  return text.empty() ? FindErrorText(protocol, number) : text;
+}
+
 }  // namespace
 
+bool IsSecurityError(std::int32_t number) {
+  return !FindErrorText(kSecurityTexts, number).empty();
+}
+
 std::string SmtpErrorText(std::int32_t number) {
-  return FindErrorText(kSmtpTexts, number);
+  return TextOfEither(kSmtpTexts, number);
 }
 
 std::string PopErrorText(std::int32_t number, const std::string& serverWords) {
@@ -82,7 +103,7 @@ std::string PopErrorText(std::int32_t number, const std::string& serverWords) {
     case 15:
       return serverWords;
     default:
-      return FindErrorText(kPopTexts, number);
+      return TextOfEither(kPopTexts, number);
   }
 }
 

@@ -23,7 +23,7 @@ void LoginData::RememberPop(const std::string& host) {
 
 // The user may have changed the file meanwhile.
 void LoginData::Remember(const char* key, const std::string& host) {
-  if (Remembered(key) == host) return;
+  if (host.empty() || Remembered(key) == host) return;
   configuration_.WriteString(kConfigurationSection, key, host);
 }
 
@@ -42,10 +42,24 @@ bool LoginData::AskForLogin(const MailRequest& request, LoginQuestion question,
   return answer == LoginPrompt::Answer::Entered;
 }
 
+bool LoginData::HasPop(const MailRequest& request) {
+  const auto& instance = request.instance;
+  const bool host = !instance.postOffice.empty();
+  const bool name = !instance.loginName.empty();
+  if (host && name) return true;
+  const auto section = servers_.For(instance.postOffice);
+  return (host || section.pop.host) && (name || section.pop.user);
+}
+
+bool LoginData::HasSmtp(const MailRequest& request) {
+  if (request.shared.message.from.empty()) return false;
+  const auto& host = request.instance.smtpServer;
+  return !host.empty() || servers_.For(host).smtp.host;
+}
+
 void LoginData::PreparePop(MailRequest& request) {
   auto& instance = request.instance;
-  const auto complete = [&] { return !instance.postOffice.empty() && !instance.loginName.empty(); };
-  if (complete()) return;
+  if (HasPop(request)) return;
   LoginFields fields{instance.postOffice, instance.loginName, instance.password};
   if (fields.server.empty()) fields.server = Remembered(kPopKey);
   const LoginQuestion question{.caption = "POP Login",
@@ -57,14 +71,13 @@ void LoginData::PreparePop(MailRequest& request) {
     instance.loginName = fields.name;
     instance.password = fields.password;
   }
-  if (!complete()) throw ServerError(error_code::kLoginData);
+  if (!HasPop(request)) throw ServerError(error_code::kLoginData);
 }
 
 void LoginData::PrepareSmtp(MailRequest& request) {
   auto& host = request.instance.smtpServer;
   auto& from = request.shared.message.from;
-  const auto complete = [&] { return !host.empty() && !from.empty(); };
-  if (complete()) return;
+  if (HasSmtp(request)) return;
   LoginFields fields{host, from, {}};
   if (fields.server.empty()) fields.server = Remembered(kSmtpKey);
   const LoginQuestion question{
@@ -73,7 +86,7 @@ void LoginData::PrepareSmtp(MailRequest& request) {
     host = fields.server;
     from = fields.name;
   }
-  if (!complete()) throw ServerError(error_code::kLoginData);
+  if (!HasSmtp(request)) throw ServerError(error_code::kLoginData);
 }
 
 }  // namespace quillon

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "internet/ServerSections.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
 #include "ports/LoginPrompt.h"
@@ -14,8 +15,12 @@ class LoginData {
  public:
   // `configuration` holds the servers that were used last: keys "SMTPServer" and "POPServer" of
   // section "Internet".
-  LoginData(LoginPrompt& prompt, clsINIUtilities& configuration)
-      : prompt_(prompt), configuration_(configuration) {}
+  LoginData(LoginPrompt& prompt, clsINIUtilities& configuration, ServerSections& servers)
+      : prompt_(prompt), configuration_(configuration), servers_(servers) {}
+
+  // Whether it is all there: from the script, or from the section of its server.
+  bool HasPop(const MailRequest& request);
+  bool HasSmtp(const MailRequest& request);
 
   // Thrown: ServerError 522 when the user cancels, 544 when something is still missing. What he
   // enters goes into the records. The server that was used last is offered to him, and never taken
@@ -33,6 +38,7 @@ class LoginData {
 
   LoginPrompt& prompt_;
   clsINIUtilities& configuration_;
+  ServerSections& servers_;
 };
 
 }  // namespace quillon

@@ -12,6 +12,11 @@ namespace {
 // Of the lines that a connection brings without having been asked, and the pieces of long ones.
 constexpr int kMostUnasked = 5;
 
+// The system has no error for a host that just does not answer.
+std::string ErrorWords(int error) {
+  return error == 0 ? "no answer in time" : std::system_category().message(error);
+}
+
 }  // namespace
 
 // Closes the connection when the frame that holds it goes, unless the session is kept.
@@ -53,6 +58,8 @@ MailSession::MailSession(const SessionPorts& ports, std::string_view name)
     : ports_(ports),
       name_(name),
       connect_(ports.loop, ports.network),
+      secure_(ports.loop, ports.security.tls, ports.security.crypto,
+              ports.security.runInBackground),
       socket_(ports.loop, *this),
       writer_(ports.loop, socket_,
               [this] {
@@ -68,6 +75,7 @@ Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dia
   TakeNote();
   if (!loggedIn_ || !IsWith(settings)) TakeLeave();
   settings_ = std::move(settings);
+  report_.OnOperation();
   writer_.SetTimeout(settings_.timeoutSend);
   Closing closing(*this);
   SessionResult result;
@@ -75,7 +83,8 @@ Task<SessionResult> MailSession::Converse(SessionSettings settings, Dialogue dia
   try {
     co_await OnSession(dialogue);
   } catch (const SessionFailure& failure) {
-    result = {failure.number, failure.words};
+    result = {failure.number, failure.words, failure.detail};
+    if (result.detail.empty()) result.detail = report_.Detail(failure.number);
     connection = failure.connection;
   } catch (const std::bad_alloc&) {
     result.number = internet_error::kOverflow;
@@ -111,31 +120,45 @@ Task<SessionResult> MailSession::Part(Dialogue dialogue) {
   const Closing closing(*this);
   SessionResult result;
   if (!loggedIn_) co_return result;
+  report_.OnOperation();
   try {
     co_await dialogue();
   } catch (const SessionFailure& failure) {
-    result = {failure.number, failure.words};
+    result = {failure.number, failure.words, report_.Detail(failure.number)};
   }
   co_return result;
 }
 
 Task<> MailSession::Connect() {
   LogMilestone("Attempting to connect... ");
+  report_.OnConnecting(settings_.host, settings_.port);
+  secrets_.clear();
+  token_ = {};
+  objections_.clear();
+  KeepSecret(settings_.security.credentials.password);
+  KeepSecret(settings_.security.credentials.accessToken);
   connect_.Start(settings_.host, settings_.port, settings_.timeoutConnect,
                  [this](std::unique_ptr<ByteStream> stream, std::int32_t code) {
                    OnConnectResult(std::move(stream), code);
                  });
   co_await Wait(*this, Wait::For::Connection);
+  report_.OnConnected(connect_.Address());
+  loginTimer_.Start(settings_.timeoutConnect);
+  if (settings_.security.connection == ConnectionSecurity::Tls) {
+    co_await Secure(std::move(plain_));
+  } else {
+    socket_.Attach(std::move(plain_));
+  }
+  AwaitReply();
 }
 
 void MailSession::OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code) {
   if (stream == nullptr) {
     LogException(connect_.LastError());
+    report_.OnNoConnection(ErrorWords(connect_.LastError()));
     return Fail(SessionFailure{code});
   }
-  socket_.Attach(std::move(stream));
-  loginTimer_.Start(settings_.timeoutConnect);
-  AwaitReply();
+  plain_ = std::move(stream);
   wait_->End();
 }
 
@@ -147,7 +170,16 @@ void MailSession::Say(std::string_view line, std::string_view logged) {
 void MailSession::SayMore(std::string_view line, std::string_view logged) {
   if (!socket_.IsOpen()) throw ConnectionLost();
   if (!writer_.WriteCommand(line)) throw SessionFailure{internet_error::kConnectionLost};
-  Log(name_ + " Tx: ", logged.empty() ? line : logged);
+  const auto shown = logged.empty() ? line : logged;
+  report_.OnCommand(shown);
+  Log(name_ + " Tx: ", shown);
+}
+
+void MailSession::SayAll(const std::vector<std::string>& lines) {
+  AwaitReply();
+  if (!socket_.IsOpen()) throw ConnectionLost();
+  if (!writer_.WriteCommands(lines)) throw SessionFailure{internet_error::kConnectionLost};
+  for (const auto& line : lines) Log(name_ + " Tx: ", line);
 }
 
 MailSession::Wait MailSession::NextLine() {
@@ -193,6 +225,10 @@ void MailSession::CloseConnection() {
   protocolTimer_.Stop();
   loginTimer_.Stop();
   connect_.Cancel();
+  plain_.reset();
+  secure_.Cancel();
+  tokenRequest_.reset();
+  secured_ = false;
   writer_.Break();
   written_.reset();
   if (socket_.IsOpen()) Log(name_ + " socket closed.");
@@ -201,12 +237,11 @@ void MailSession::CloseConnection() {
   unasked_ = 0;
 }
 
-template <typename Failure>
-void MailSession::Fail(const Failure& failure) {
-  if (wait_ != nullptr) wait_->Fail(std::make_exception_ptr(failure));
-}
-
 void MailSession::OnSilence() {
+  if (tokenRequest_ != nullptr) {
+    return Fail(SessionFailure(internet_error::kNoAccessToken, SessionFailure::Connection::IsClosed,
+                               {}, "the token server did not answer in time"));
+  }
   Log(name_ + " time-out: ", "no reply from the server.");
   Fail(SessionFailure{internet_error::kTimedOut});
 }
@@ -259,11 +294,9 @@ void MailSession::OnClosed(int error) {
   Fail(ConnectionLost());
 }
 
-// The system has no error for a host that just does not answer.
 void MailSession::LogException(int error) {
   if (!ports_.log.IsOpen()) return;
-  const auto text = error == 0 ? "no answer in time" : std::system_category().message(error);
-  Log(name_ + " socket exception: ", std::to_string(error) + " " + text);
+  Log(name_ + " socket exception: ", std::to_string(error) + " " + ErrorWords(error));
 }
 
 void MailSession::LogMilestone(std::string_view text) {

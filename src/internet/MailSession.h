@@ -11,29 +11,45 @@
 //   28     nothing could be written for the send time-out
 //   29     the connection was lost
 //   30     more data than there is room for
+//   40     the server's certificate was refused, 41 it offers no encryption, 42 the handshake
+//   failed 43     the server refused the login, 44 there is no method for it, 45 no access token
 // After any of them, and when the operation is destroyed where it waits, the connection is closed,
 // so that the next operation starts with a fresh one.
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "core/ServerWords.h"
 #include "core/Task.h"
 #include "internet/DataRate.h"
 #include "internet/InternetError.h"
 #include "internet/ProtocolLog.h"
-#include "internet/ServerWords.h"
+#include "internet/ServerSecurity.h"
 #include "internet/SessionListener.h"
+#include "internet/SessionLogin.h"
+#include "internet/SessionReport.h"
 #include "net/LineSocket.h"
+#include "net/SecureConnect.h"
 #include "net/SocketConnect.h"
 #include "net/SocketWriter.h"
 #include "ports/LocalClock.h"
 
 namespace quillon {
+
+// For servers of today. What checks certificates lives as long as the process.
+struct SecurityPorts {
+  TlsLibrary& tls;
+  const Crypto& crypto;
+  AccessTokens& tokens;
+  BackgroundRunner runInBackground;
+};
 
 struct SessionPorts {
   EventLoop& loop;
@@ -41,6 +57,7 @@ struct SessionPorts {
   const LocalClock& clock;
   ProtocolLog& log;
   SessionListener& listener;
+  SecurityPorts security;
 };
 
 // Where to connect, and how long to wait, in milliseconds.
@@ -50,15 +67,17 @@ struct SessionSettings {
   TickCount timeoutConnect = 30000;
   TickCount timeoutProtocol = 10000;
   TickCount timeoutSend = 9000;  // of a blocked write
+  ServerSecurity security;
 
   bool SameServer(const SessionSettings& other) const {
-    return host == other.host && port == other.port;
+    return host == other.host && port == other.port && security == other.security;
   }
 };
 
 struct SessionResult {
   std::int32_t number = internet_error::kSuccess;
-  std::string words;  // the server's, for a number that stands for them
+  std::string words;        // the server's, for a number that stands for them
+  std::string detail = {};  // as MailResult has it
 };
 
 // Ends a dialogue.
@@ -67,12 +86,13 @@ struct SessionFailure {
   enum class Connection { Stays, TakesLeave, IsClosed };
 
   explicit SessionFailure(std::int32_t why, Connection then = Connection::IsClosed,
-                          std::string said = {})
-      : number(why), connection(then), words(std::move(said)) {}
+                          std::string said = {}, std::string more = {})
+      : number(why), connection(then), words(std::move(said)), detail(std::move(more)) {}
 
   std::int32_t number;
   Connection connection;
   std::string words;
+  std::string detail;  // where the last reply does not tell it all
 };
 
 // The server closed the connection, or it broke.
@@ -87,6 +107,7 @@ class MailSession : private LineSocket::Handler {
   MailSession& operator=(const MailSession&) = delete;
 
   bool LoginStatus() const noexcept { return loggedIn_; }
+  const SessionReport& Report() const noexcept { return report_; }
 
   // Takes note of what came while nothing was under way, most of all, that the server has hung up.
   void TakeNote() { socket_.Poll(); }
@@ -122,6 +143,10 @@ class MailSession : private LineSocket::Handler {
   void Say(std::string_view line, std::string_view logged = {});
   void SayMore(std::string_view line, std::string_view logged = {});
 
+  // Writes several commands at once and starts the clock for the first reply. Whoever awaits the
+  // replies says which command each belongs to (TheReport).
+  void SayAll(const std::vector<std::string>& lines);
+
   // Each wait gives what was heard, which stays until the next one, or throws SessionFailure.
   // The next line that starts, before the clock that AwaitReply starts has run out.
   Wait NextLine();
@@ -138,6 +163,26 @@ class MailSession : private LineSocket::Handler {
 
   void LoggedIn();
 
+  // Secures the connection that is there, behind the server's word that it may be, and forgets what
+  // the server has said.
+  Task<> StartTls();
+  bool IsSecured() const noexcept { return secured_; }
+  // What the settings ask for has not been offered, or will not come about: 41 or 42.
+  [[noreturn]] static void NotSecured(std::int32_t number, std::string why);
+
+  // A login with what the settings have, by a mechanism that both sides know; false when there is
+  // none. Throws 45.
+  Task<bool> PrepareLogin(SessionLogin& login, std::vector<std::string> offered, LoginRules rules,
+                          std::size_t longestCommand);
+  // Ends the operation with 44 and all that was in the way.
+  [[noreturn]] void NoCommonLogin();
+  Credentials LoginCredentials() const { return settings_.security.credentials; }
+  ConnectionFacts LoginConnection() const;
+  // Says a line of it.
+  void SayOfLogin(const ExchangeLine& line);
+  // Why it has failed, behind what the server has said: 43.
+  [[noreturn]] void LoginRefused(std::string_view reason, SessionFailure::Connection connection);
+
   void Log(std::string_view prefix, std::string_view text = {}) {
     ports_.log.WriteDebug(prefix, text);
   }
@@ -145,9 +190,10 @@ class MailSession : private LineSocket::Handler {
   void LogHeard(std::string_view prefix, std::string_view text) {
     if (ports_.log.IsOpen()) Log(prefix, WithoutSecrets(text));
   }
-  // What no log and no error text may hold, also when the server says it.
-  void KeepSecret(std::string_view secret) { secret_ = secret; }
-  std::string WithoutSecrets(std::string_view text) const { return WithoutSecret(text, secret_); }
+  // What no log and no error text may hold, also when the server says it; on this connection.
+  void KeepSecret(std::string_view secret);
+  std::string WithoutSecrets(std::string_view text) const;
+  void NoteReply(const std::vector<std::string>& lines);
   // With the current date and time in front.
   void LogMilestone(std::string_view text);
   void Status(std::string_view text) { ports_.listener.OnStatus(text); }
@@ -156,6 +202,8 @@ class MailSession : private LineSocket::Handler {
   }
 
   bool IsWith(const SessionSettings& settings) const { return settings.SameServer(settings_); }
+  const SessionSettings& Settings() const noexcept { return settings_; }
+  SessionReport& TheReport() noexcept { return report_; }
   const LineSocket& Socket() const noexcept { return socket_; }
   const SessionPorts& Ports() const noexcept { return ports_; }
 
@@ -170,6 +218,10 @@ class MailSession : private LineSocket::Handler {
   Task<> OnSession(const Dialogue& dialogue);
   Task<> Connect();
   void OnConnectResult(std::unique_ptr<ByteStream> stream, std::int32_t code);
+  Task<> Secure(std::unique_ptr<ByteStream> stream);
+  void OnSecureResult(SecureConnect::Result result);
+  void LogSecured(const TlsFacts& facts);
+  Task<> ObtainToken();
   bool TakeData();
   void OnLine(std::string_view text, bool complete) override;
   void OnLinesRead() override;
@@ -188,8 +240,16 @@ class MailSession : private LineSocket::Handler {
   SessionPorts ports_;
   std::string name_;
   SessionSettings settings_;
-  std::string secret_;
+  std::vector<std::string> secrets_;
+  SessionReport report_;
   SocketConnect connect_;
+  std::unique_ptr<ByteStream> plain_;  // connected, and not in use yet
+  SecureConnect secure_;
+  bool secured_ = false;
+  ChannelBinding binding_;
+  std::unique_ptr<AccessTokens::Request> tokenRequest_;
+  AccessToken token_;       // of OAuth, for this connection
+  std::string objections_;  // to the mechanisms that there are
   LineSocket socket_;
   SocketWriter writer_;
   Timer protocolTimer_;  // ProtocolTimer: the reply to the last command
@@ -238,5 +298,10 @@ class MailSession::Wait {
   Suspended suspended_;
   std::exception_ptr failure_;
 };
+
+template <typename Failure>
+void MailSession::Fail(const Failure& failure) {
+  if (wait_ != nullptr) wait_->Fail(std::make_exception_ptr(failure));
+}
 
 }  // namespace quillon

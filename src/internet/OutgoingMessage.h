@@ -24,6 +24,7 @@ struct OutgoingMessage {
   std::string xMailer;
   std::vector<XHeader> xHeaders;
   std::int16_t importance = 3;
+  std::int16_t deliveryReport = 0;
   bool certify = false;
   float utcOffset = 0;       // hours, or kUtcOffsetNotSet: that of the clock
   std::string version;       // of the program

@@ -1,6 +1,7 @@
 #include "internet/PopSession.h"
 
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <utility>
 
@@ -19,6 +20,9 @@ constexpr std::uint64_t kProgressBytes = 16U * 1024;  // of a message, between t
 // What one header or one list of identifiers may take: far more than any mailbox has, and little
 // enough to hold.
 constexpr std::uint64_t kMostListBytes = 64U * 1024 * 1024;
+
+// Commands whose answers have not come: so few that they never fill a connection.
+constexpr std::size_t kMostAhead = 64;
 
 }  // namespace
 
@@ -58,7 +62,6 @@ Task<SessionResult> PopSession::OnAccount(PopSettings settings, Dialogue dialogu
   if (isOther) TakeLeave();
   loginName_ = settings.loginName;
   password_ = settings.password;
-  KeepSecret(password_);
   co_return co_await Converse(std::move(settings), std::move(dialogue));
 }
 
@@ -68,19 +71,32 @@ void PopSession::BeforeConnecting() {
 
 // RFC 1939, 4 and 7.
 Task<> PopSession::LogIn() {
-  auto reply = co_await Reply();
+  KeepSecret(password_);
+  capabilities_ = {};
+  const auto reply = co_await Reply();
   if (!reply.positive) {
     LogHeard("The server port is not a POP server.  Here is the server response:", reply.words);
     Refused(internet_error::kNotPop, reply, Connection::TakesLeave);
   }
-  reply = co_await Command("USER " + loginName_);
+  const auto& security = Settings().security;
+  if (security.AsksForMore() || !security.login.wanted.empty() || security.HasToken()) {
+    co_await ExtendedLogIn(reply.words);
+  } else {
+    co_await SayPassword();
+  }
+  Status("Connected to server...");
+  ++session_;
+  LoggedIn();
+}
+
+Task<> PopSession::SayPassword() {
+  auto reply = co_await Command("USER " + loginName_);
   if (reply.positive) {
     Say("PASS " + password_, "PASS ****");
     reply = co_await Reply();
     if (reply.positive) {
-      Status("Connected to server...");
-      ++session_;
-      co_return LoggedIn();
+      TheReport().OnLogin("USER");
+      co_return;
     }
     Status("Failed to Logon to POP server.");
     const bool busy = UpperAscii(reply.words).find("BUSY") != std::string::npos;
@@ -107,6 +123,11 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
       co_return;
     }
     number = 1;
+  }
+  if (request.kind == HeaderRequest::Kind::All && capabilities_.pipelining) {
+    co_await ReadHeadersAhead(static_cast<std::uint32_t>(last), request.most, sink);
+    Status("Headers loaded successfully.");
+    co_return;
   }
   bool goesOn = true;
   for (number = AfterDeleted(number); goesOn && number <= last; number = AfterDeleted(number + 1)) {
@@ -140,11 +161,59 @@ Task<> PopSession::ReadHeader(std::uint32_t number, HeaderSink& sink) {
   const auto reply = co_await Reply();
   if (!reply.positive) Refused(internet_error::kTopFailed, reply, Connection::Stays);
   sink.OnBegin();
+  co_await ReadHeaderLines(number, sink);
+}
+
+Task<> PopSession::ReadHeaderLines(std::uint32_t number, HeaderSink& sink) {
   bool inHeader = true;
   co_await ReadList([&](const Heard& line) {
     if (line.starts && line.text.empty()) inHeader = false;
     if (inHeader) sink.OnHeaderLine(number, line.text, line.completes);
   });
+}
+
+// A refusal is told when everything has been answered, so that the session stays as it is.
+Task<> PopSession::ReadHeadersAhead(std::uint32_t last, std::uint32_t most, HeaderSink& sink) {
+  std::deque<std::uint32_t> asked;
+  std::optional<SessionFailure> refusal;
+  bool goesOn = true;
+  auto next = AfterDeleted(1);
+  for (;;) {
+    if (goesOn && asked.size() <= kMostAhead / 2) {
+      std::vector<std::string> commands;
+      for (; next <= last && most > 0 && asked.size() < kMostAhead; next = AfterDeleted(next + 1)) {
+        commands.push_back("TOP " + std::to_string(next) + " 0");
+        asked.push_back(next);
+        --most;
+      }
+      if (!commands.empty()) SayAll(commands);
+    }
+    if (asked.empty()) break;
+    const auto number = asked.front();
+    asked.pop_front();
+    TheReport().OnCommand("TOP");
+    AwaitReply();
+    const auto reply = co_await Reply();
+    if (!reply.positive) {
+      if (!refusal) {
+        lastError_ = ServerWords(WithoutSecrets(reply.words));
+        refusal.emplace(internet_error::kTopFailed, Connection::Stays, lastError_,
+                        Report().Detail(internet_error::kTopFailed));
+      }
+      goesOn = false;
+      continue;
+    }
+    if (!goesOn) {
+      co_await ReadList([](const Heard&) {});
+      continue;
+    }
+    sink.OnBegin();
+    co_await ReadHeaderLines(number, sink);
+    Progress(number, last, number);
+    goesOn = sink.OnHeaderEnd(number);
+    sink.OnNextRequested();
+  }
+  if (refusal) throw SessionFailure(*refusal);
 }
 
 Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
@@ -293,6 +362,7 @@ Task<PopReply> PopSession::Reply() {
   const auto& heard = co_await NextLine();
   LogHeard("", heard.text);
   StopWaiting();
+  NoteReply({std::string(heard.text)});
   co_return PopReply(heard.text);
 }
 

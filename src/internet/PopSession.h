@@ -14,12 +14,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 
 #include "internet/MailSession.h"
+#include "internet/PopCapabilities.h"
 #include "internet/PopReply.h"
 
 namespace quillon {
@@ -71,7 +73,8 @@ struct HeaderRequest {
   enum class Kind { All, Single, Identifiers };
 
   Kind kind = Kind::All;
-  std::uint32_t number = 1;  // of the message, for Single
+  std::uint32_t number = 1;                                        // of the message, for Single
+  std::uint32_t most = std::numeric_limits<std::uint32_t>::max();  // headers are asked for, for All
 };
 
 class PopSession final : private MailSession {
@@ -79,6 +82,7 @@ class PopSession final : private MailSession {
   explicit PopSession(const SessionPorts& ports) : MailSession(ports, "POP") {}
 
   using MailSession::LoginStatus;
+  using MailSession::Report;
 
   Task<SessionResult> Login(PopSettings settings);
   // Sinks must live as long as the operation.
@@ -96,8 +100,19 @@ class PopSession final : private MailSession {
  private:
   void BeforeConnecting() override;
   Task<> LogIn() override;
+  Task<> SayPassword();
+  // With what servers of today ask for (PopLogin.cpp).
+  Task<> ExtendedLogIn(std::string greeting);
+  Task<> AskCapabilities();
+  Task<> Authenticate(std::string timestamp);
+  Task<bool> AuthenticateBy(LoginRules rules);
+  Task<> Apop(std::string timestamp);
   Task<> ReadHeaders(HeaderRequest request, HeaderSink& sink);
   Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
+  // Asks for headers before those in front have come (RFC 2449, 6.8).
+  Task<> ReadHeadersAhead(std::uint32_t last, std::uint32_t most, HeaderSink& sink);
+  // What follows a positive answer to TOP.
+  Task<> ReadHeaderLines(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
   // Each message's number and identifier, behind UIDL.
   Task<> ReadIdentifierList(std::function<void(std::uint32_t, std::string_view)> take);
@@ -128,6 +143,7 @@ class PopSession final : private MailSession {
   std::string loginName_;
   std::string password_;
   std::string lastError_;
+  PopCapabilities capabilities_;     // empty when the server was not asked
   std::set<std::uint32_t> deleted_;  // in this session, and not final yet
   std::uint64_t session_ = 0;
 };

@@ -79,6 +79,7 @@ OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& pro
   message.attachmentEncoding = request.instance.attachmentEncoding;
   message.zipPassword = request.instance.zipPassword;
   message.importance = request.instance.importance;
+  message.deliveryReport = request.instance.deliveryReport;
   message.certify = source.certify != kFalse;
   message.utcOffset = request.instance.utcOffset;
   message.version = product.version;

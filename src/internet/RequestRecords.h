@@ -21,6 +21,7 @@ struct InternetProduct {
   std::string specialBuild;  // "X-SpecialBuild: ", when not empty
 };
 
+// What the script says by the members that it always had; SectionMerge.h adds the rest.
 SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage);
 PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage);
 OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,

@@ -1,6 +1,7 @@
 #include "internet/SmtpReply.h"
 
 #include "core/Text.h"
+#include "net/WireText.h"
 
 namespace quillon {
 
@@ -44,6 +45,10 @@ std::string_view ForwardPath(std::string_view replyText) {
   if (open == std::string_view::npos) return {};
   const auto path = replyText.substr(open + 1);
   return Trim(path.substr(0, path.find('>')));
+}
+
+bool LeadsOn(std::string_view refusedPath, std::string_view forwardPath) {
+  return !forwardPath.empty() && forwardPath != refusedPath && IsWireSafe(forwardPath);
 }
 
 }  // namespace quillon

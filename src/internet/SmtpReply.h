@@ -33,4 +33,7 @@ class SmtpReply {
 // The address between "<" and ">" of a reply that names a forward path; empty when there is none.
 std::string_view ForwardPath(std::string_view replyText);
 
+// Whether the recipient is elsewhere, and the reply says where (RFC 5321, 3.4), as it should.
+bool LeadsOn(std::string_view refusedPath, std::string_view forwardPath);
+
 }  // namespace quillon

@@ -16,9 +16,6 @@ namespace {
 
 using Connection = SessionFailure::Connection;
 
-// A server that forwards for ever would keep the session for ever.
-constexpr int kMostForwards = 10;
-
 // So often a server may answer to RSET with a greeting or a refusal.
 constexpr int kMostEvasions = 5;
 
@@ -46,23 +43,25 @@ bool IsRefusal(const SmtpReply& reply) {
 
 }  // namespace
 
-Task<SessionResult> SmtpSession::Login(SmtpSettings settings) {
-  sender_ = settings.sender;
+void SmtpSession::Take(const SmtpSettings& settings) {
+  sender_ = settings.envelopeSender.empty() ? settings.sender : settings.envelopeSender;
   greetWithHelo_ = settings.greetWithHelo;
+}
+
+Task<SessionResult> SmtpSession::Login(SmtpSettings settings) {
+  Take(settings);
   co_return co_await Converse(std::move(settings), []() -> Task<> { co_return; });
 }
 
 Task<SessionResult> SmtpSession::Send(SmtpSettings settings, Envelope envelope,
                                       MessageData& message) {
-  sender_ = settings.sender;
-  greetWithHelo_ = settings.greetWithHelo;
+  Take(settings);
   refused_.clear();
   co_return co_await Converse(std::move(settings), [&] { return Transaction(envelope, message); });
 }
 
 Task<SessionResult> SmtpSession::Resolve(SmtpSettings settings, std::string name) {
-  sender_ = settings.sender;
-  greetWithHelo_ = settings.greetWithHelo;
+  Take(settings);
   resolved_.clear();
   co_return co_await Converse(std::move(settings), [&] { return Verify(name); });
 }
@@ -71,7 +70,10 @@ Task<> SmtpSession::LogIn() {
   auto reply = co_await Reply();
   if (reply.Code() != 220) Unexpected(reply);
   Status("Connected to server...");
-  if (greetWithHelo_) {
+  capabilities_.reset();
+  if (Settings().security.AsksForMore() || Settings().security.HasLogin()) {
+    co_await ExtendedLogIn();
+  } else if (greetWithHelo_) {
     Status("Sending HELO...");
     reply = co_await Hello();
     if (!reply.IsPositive() && reply.Code() != 220) Unexpected(reply);
@@ -80,10 +82,13 @@ Task<> SmtpSession::LogIn() {
   LoggedIn();
 }
 
+std::array<std::string, 3> SmtpSession::OwnNames() const {
+  return {HostNameText(Ports().network.LocalHostName()), sender_, AddressLiteral(Socket())};
+}
+
 // The reply to the first name that the server does not refuse.
 Task<SmtpReply> SmtpSession::Hello() {
-  const std::array<std::string, 3> names = {HostNameText(Ports().network.LocalHostName()), sender_,
-                                            AddressLiteral(Socket())};
+  const auto names = OwnNames();
   SmtpReply reply;
   for (const auto& name : names) {
     Say("HELO " + name);
@@ -110,19 +115,31 @@ Task<> SmtpSession::Reset() {
 
 // RFC 5321, 3.3.
 Task<> SmtpSession::Transaction(const Envelope& envelope, MessageData& message) {
+  if (capabilities_) {
+    co_await ExtendedTransaction(envelope, message);
+    co_return;
+  }
   Status("Mail from...");
   co_await Mail();
-  Status("Sending recipients...");
-  if (envelope.override.empty()) {
-    for (const auto& address : envelope.recipients) co_await Recipient(address, false);
-  } else {
-    co_await Recipient(envelope.override, true);
-  }
+  co_await Recipients(envelope);
   Status("Sending message...");
   co_await Data(message);
+  MessageSent();
+}
+
+Task<> SmtpSession::Recipients(const Envelope& envelope) {
+  Status("Sending recipients...");
+  if (!envelope.override.empty()) {
+    co_await Recipient(envelope, envelope.override);
+    co_return;
+  }
+  for (const auto& address : envelope.recipients) co_await Recipient(envelope, address);
+}
+
+void SmtpSession::MessageSent() {
   Status("Message Sent Successfully");
   LogMilestone("Message sent successfully! ");
-  if (refused_.empty()) co_return;
+  if (refused_.empty()) return;
   Status(SmtpErrorText(internet_error::kSomeRefused));
   throw SessionFailure{internet_error::kSomeRefused, Connection::Stays};
 }
@@ -145,10 +162,11 @@ Task<> SmtpSession::Mail() {
   if (!reply.IsPositive()) Unexpected(reply);
 }
 
-Task<> SmtpSession::Recipient(const std::string& address, bool isOnlyOne) {
+Task<> SmtpSession::Recipient(const Envelope& envelope, const std::string& address) {
+  const bool isOnlyOne = !envelope.override.empty();
   auto path = address;
   for (int forwards = 0;; ++forwards) {
-    const auto reply = co_await Command("RCPT TO: <" + path + ">");
+    const auto reply = co_await Command(RecipientCommand(envelope, path));
     if (reply.IsPositive()) co_return;
     if (reply.Code() == 550) {
       refused_.push_back(address);
@@ -160,10 +178,8 @@ Task<> SmtpSession::Recipient(const std::string& address, bool isOnlyOne) {
       Leave(internet_error::kNotLocal);
     }
     if (reply.Code() != 551) Unexpected(reply);
-    // The recipient is elsewhere, and the reply says where (RFC 5321, 3.4), or should.
     const auto refusedPath = std::exchange(path, ForwardPath(reply.Text()));
-    const bool leadsOn = !path.empty() && path != refusedPath && IsWireSafe(path);
-    if (!leadsOn || forwards == kMostForwards) {
+    if (!LeadsOn(refusedPath, path) || forwards == kMostForwards) {
       refused_.push_back(address);
       if (isOnlyOne) Leave(551);
       co_return;
@@ -175,8 +191,14 @@ Task<> SmtpSession::Data(MessageData& message) {
   auto reply = co_await Command("DATA");
   if (reply.IsPositive()) Invalid("DATA answered without code 354:\n\n", reply.Text());
   if (reply.Code() != 354) Unexpected(reply);
+  co_await Text(message);
+}
+
+Task<> SmtpSession::Text(MessageData& message) {
+  SmtpReply reply;
   StopWaiting();
   LogMilestone("Sending message... ");
+  TheReport().OnStep("the end of the message");
   TerminatedMessage outgoing(
       message, [this](Phase phase) { Enter(phase); },
       [&](std::uint64_t bytes) { Progress(bytes, message.Size(), 0); });
@@ -197,6 +219,7 @@ Task<> SmtpSession::Write(TerminatedMessage& message) {
   while (heard->what == Heard::What::Line) {
     LogHeard("SMTP Rx: ", heard->text);
     if (early.AddLine(heard->text)) {
+      NoteReply(early.Lines());
       if (early.Code() == 220 && message.CurrentPhase() == Phase::Terminator) {
         AwaitReply();
         co_await GreetedAgain();
@@ -247,7 +270,9 @@ Task<SmtpReply> SmtpSession::Reply() {
   for (;;) {
     const auto& heard = co_await NextLine();
     LogHeard("SMTP Rx: ", heard.text);
-    if (reply.AddLine(heard.text)) co_return reply;
+    if (!reply.AddLine(heard.text)) continue;
+    NoteReply(reply.Lines());
+    co_return reply;
   }
 }
 
@@ -270,6 +295,12 @@ Task<> SmtpSession::GreetedAgain() {
 void SmtpSession::TalksWithoutEnd() {
   Log("SMTP: ", "the server says something else than what it is asked, again and again.");
   throw SessionFailure{internet_error::kInvalidSmtpReply};
+}
+
+// The number of an exchange that a reply ends.
+std::int32_t SmtpSession::NumberOf(const SmtpReply& reply) {
+  if (reply.Code() < 400) return internet_error::kInvalidSmtpReply;
+  return reply.Code();
 }
 
 void SmtpSession::Unexpected(const SmtpReply& reply) {

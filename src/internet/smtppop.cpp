@@ -18,6 +18,12 @@ constexpr TickCount kTurn = 5;
 // From this size on it is told that the files of a message are being encoded.
 constexpr std::uint64_t kLongToEncode = 1024 * 1024;
 
+bool IsSender(const SmtpSettings& settings) {
+  const auto& other = settings.envelopeSender;
+  return IsSenderAddress(settings.sender) &&
+         (other.empty() || (IsWireSafe(other) && IsSenderAddress(other)));
+}
+
 void RequireSafeLogin(const PopSettings& settings) {
   RequireWireSafe(settings.loginName, "The login name");
   RequireWireSafe(settings.password, "The password");
@@ -28,6 +34,12 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
   for (const auto* list : {&message.whoTo, &message.cc, &message.bcc}) {
     for (const auto& recipient : *list) RequireWireSafe(recipient, "A recipient");
   }
+}
+
+// What the sender wants to hear of (RFC 3461, 4.1): 1 asks for failures, 2 and 3 for all.
+std::string NotifyOf(const OutgoingMessage& message) {
+  if (message.certify || message.deliveryReport >= 2) return "SUCCESS,FAILURE";
+  return message.deliveryReport == 1 ? "FAILURE" : "";
 }
 
 bool CanBeOffered(const Envelope& envelope) {
@@ -42,20 +54,20 @@ Task<SessionResult> EndedWith(std::int32_t number) {
 
 }  // namespace
 
-smtppop::smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports,
-                 SessionListener& listener)
+smtppop::smtppop(EventLoop& loop, Network& network, const SecurityPorts& security,
+                 const ComposerPorts& ports, SessionListener& listener)
     : loop_(loop),
       ports_(ports),
       listener_(listener),
-      smtp_({loop, network, ports.clock, ports.log, listener}),
-      pop_({loop, network, ports.clock, ports.log, listener}),
+      smtp_({loop, network, ports.clock, ports.log, listener, security}),
+      pop_({loop, network, ports.clock, ports.log, listener, security}),
       leaving_([this] { OnLeft(); }),
       leaveTimer_(loop, [this] { OnLeft(); }) {}
 
 Task<SessionResult> smtppop::OnSmtp(SmtpSettings settings, Task<SessionResult> operation) {
   co_await left_;
   protocol_ = Protocol::Smtp;
-  if (!IsSenderAddress(settings.sender)) {
+  if (!IsSender(settings)) {
     co_return SessionResult{internet_error::kInvalidSender, {}};
   }
   co_return co_await operation;
@@ -90,11 +102,11 @@ Task<SessionResult> smtppop::Send(SmtpSettings settings, OutgoingMessage message
   ports_.log.WriteDebug("--- Starting SMTP Send Method " + LogTime(ports_.clock.Now()) + " ---");
   smtp_.ForgetRefusedRecipients();
   settings.sender = BareAddress(message.from);
-  if (!IsWireSafe(message.from) || !IsSenderAddress(settings.sender)) {
+  if (!IsWireSafe(message.from) || !IsSender(settings)) {
     return EndedWith(internet_error::kInvalidSender);
   }
-  Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc),
-                    envelopeRecipient};
+  Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc), envelopeRecipient,
+                    NotifyOf(message)};
   RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
   if (envelope.recipients.empty() && envelope.override.empty()) {

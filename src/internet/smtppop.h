@@ -30,7 +30,8 @@ class smtppop {
   enum class Protocol { None = 0, Pop = 1, Smtp = 2 };
 
   // `listener` hears what the sessions are doing.
-  smtppop(EventLoop& loop, Network& network, const ComposerPorts& ports, SessionListener& listener);
+  smtppop(EventLoop& loop, Network& network, const SecurityPorts& security,
+          const ComposerPorts& ports, SessionListener& listener);
 
   Task<SessionResult> LoginSMTP(const SmtpSettings& settings);
   Task<SessionResult> LogoutSMTP();  // cannot fail
@@ -50,6 +51,10 @@ class smtppop {
   Task<SessionResult> LoadMessage(PopSettings settings, MessageKey key, MessageSink& message);
   Task<SessionResult> DeleteMessage(PopSettings settings, MessageKey key);
   bool POPLoginStatus() const noexcept { return pop_.LoginStatus(); }
+  // Of the protocol that the engine last worked with.
+  const SessionReport& Report() const noexcept {
+    return protocol_ == Protocol::Pop ? pop_.Report() : smtp_.Report();
+  }
   // Counts the POP sessions.
   std::uint64_t POPSession() const noexcept { return pop_.Number(); }
   const std::string& LastPOPErrorDescription() const { return pop_.LastErrorDescription(); }

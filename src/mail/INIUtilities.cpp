@@ -146,6 +146,26 @@ bool clsINIUtilities::Remove(std::string_view section, std::string_view key) {
   return Write(files_, path_, text);
 }
 
+std::vector<clsINIUtilities::Section> clsINIUtilities::ReadSections() {
+  const auto loaded = Load();
+  auto text = std::string_view(loaded);
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  std::vector<Section> sections;
+  while (!text.empty()) {
+    const auto next = AfterLine(text, 0);
+    const auto line = Stripped(text.substr(0, next));
+    text.remove_prefix(next);
+    const auto equals = line.find('=');
+    if (line.starts_with('[')) {
+      sections.push_back({std::string(Stripped(line.substr(1, line.find(']') - 1))), {}});
+    } else if (!sections.empty() && !line.starts_with(';') && equals != std::string_view::npos) {
+      sections.back().entries.push_back({std::string(Stripped(line.substr(0, equals))),
+                                         std::string(Unquoted(Stripped(line.substr(equals + 1))))});
+    }
+  }
+  return sections;
+}
+
 bool clsINIUtilities::ReadTrueFalse(std::string_view section, std::string_view key,
                                     bool defaultValue) {
   const auto value = Find(section, key);

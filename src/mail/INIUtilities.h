@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mail/MailSystemId.h"
 
@@ -28,6 +29,17 @@ class clsINIUtilities {
   // Writers return whether the file could be written. Line breaks in a value become blanks.
   bool WriteString(std::string_view section, std::string_view key, std::string_view value);
   bool Remove(std::string_view section, std::string_view key);
+
+  struct Entry {
+    std::string key;
+    std::string value;  // as ReadString gives it
+  };
+  struct Section {
+    std::string name;
+    std::vector<Entry> entries;
+  };
+  // The whole file, in its order.
+  std::vector<Section> ReadSections();
 
   // "TRUE", "YES", "-1" and "1" (in any case) are true, any other text is false.
   bool ReadTrueFalse(std::string_view section, std::string_view key, bool defaultValue);

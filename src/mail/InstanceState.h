@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "core/ShortBool.h"
@@ -17,6 +18,20 @@ struct MailSessionSlot {
   std::int32_t handle = 0;
   bool loggedIn = false;
   bool isClients = false;  // handed in by the client, who ends it himself
+};
+
+// How Internet mail is secured and logged in to, as far as the script itself has said it: that goes
+// before the configuration file.
+struct InternetAccess {
+  std::optional<std::int16_t> smtpSecurity;  // ConnectionSecurity
+  std::optional<std::int16_t> popSecurity;
+  std::optional<std::string> smtpLoginName;
+  std::optional<std::string> smtpPassword;
+  std::optional<std::string> authentication;  // names of mechanisms, in order
+  std::optional<std::string> accessToken;
+  std::optional<std::string> pinnedCertificate;
+  std::optional<ShortBool> extensions;
+  std::optional<ShortBool> detailedErrors;
 };
 
 struct InstanceState {
@@ -68,6 +83,8 @@ struct InstanceState {
   ShortBool headersInMessage = kFalse;
   ShortBool returnShortFilespecs = kFalse;
   ShortBool internetLogging = kFalse;
+
+  InternetAccess access;
 };
 
 }  // namespace quillon

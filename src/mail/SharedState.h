@@ -83,12 +83,20 @@ struct HeaderOrigin {
   std::uint64_t session = 0;  // as its back end counts them
 };
 
+// Of the last operation of Internet mail.
+struct ConnectionReport {
+  std::string tlsVersion;         // "TLS 1.2"; empty: the connection was not encrypted
+  std::string serverCertificate;  // what there is to say of it, in lines
+  std::string lastServerReply;    // every line, behind one with command, host and port
+};
+
 struct SharedState {
   std::int32_t instanceCount = 0;
   MessageBuffers message;
   HeaderTable headers;
   HeaderOrigin headerOrigin;
   InternetSettings internet;
+  ConnectionReport connection;
   ProcessSwitches switches;
   std::int32_t ownerWindow = 0;
   std::int32_t dialerCount = 0;

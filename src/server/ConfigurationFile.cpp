@@ -18,9 +18,9 @@ bool IsWritable(FileSystem& files, const std::string& path) {
 
 // What somebody else could have put there decides nothing, nor does what is written there tell it
 // to others.
-bool IsOurs(FileSystem& files, const std::string& directory, const std::string& path) {
+bool IsClosedToOthers(FileSystem& files, const std::string& directory, const std::string& path) {
   return !files.OthersCanWrite(directory) &&
-         !(files.FileExists(path) && files.OthersCanWrite(path)) && IsWritable(files, path);
+         !(files.FileExists(path) && files.OthersCanWrite(path));
 }
 
 }  // namespace
@@ -28,10 +28,19 @@ bool IsOurs(FileSystem& files, const std::string& directory, const std::string& 
 std::string ConfigurationPath(FileSystem& files, const std::string& programDirectory,
                               const std::string& userDirectory) {
   auto path = WithSeparator(files, programDirectory) + kFileName;
-  if (userDirectory.empty() || IsOurs(files, programDirectory, path)) return path;
+  if (userDirectory.empty() ||
+      (IsClosedToOthers(files, programDirectory, path) && IsWritable(files, path))) {
+    return path;
+  }
   const auto own = WithSeparator(files, userDirectory) + "Quillon";
   files.MakeDirectory(own);
   return WithSeparator(files, own) + kFileName;
+}
+
+std::string MachineConfigurationPath(FileSystem& files, const std::string& programDirectory) {
+  auto path = WithSeparator(files, programDirectory) + kFileName;
+  if (!IsClosedToOthers(files, programDirectory, path)) path.clear();
+  return path;
 }
 
 }  // namespace quillon

@@ -13,4 +13,8 @@ class FileSystem;
 std::string ConfigurationPath(FileSystem& files, const std::string& programDirectory,
                               const std::string& userDirectory);
 
+// "quillon.ini" beside the executable, which holds for every user of the machine where no other
+// user than administrators can write it; empty where they can.
+std::string MachineConfigurationPath(FileSystem& files, const std::string& programDirectory);
+
 }  // namespace quillon

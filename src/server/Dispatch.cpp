@@ -96,7 +96,7 @@ void Dispatch::Fail(MailSystemId system, const MailResult& result) {
   auto text = ErrorText(result.number);
   if (text.empty()) text = result.text.empty() ? kUndetermined : result.text;
   auto number = result.number;
-  throw MailSystemError(ErrorBase(system, number), std::move(text));
+  throw MailSystemError(ErrorBase(system, number), WithDetail(std::move(text), result));
 }
 
 }  // namespace quillon

@@ -70,6 +70,18 @@ enum class Property {
   Sensitivity,
   PreventCopying,
   ConcatenateMessage,
+  SMTPSecurity,
+  POPSecurity,
+  SMTPLoginName,
+  SMTPPassword,
+  Authentication,
+  AccessToken,
+  PinnedCertificate,
+  Extensions,
+  DetailedErrors,
+  TLSVersion,
+  ServerCertificate,
+  LastServerReply,
 };
 
 }  // namespace quillon

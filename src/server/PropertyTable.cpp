@@ -13,6 +13,8 @@ using R = PropertyRule;
 using I = InstanceState;
 using M = MessageBuffers;
 using N = InternetSettings;
+using A = InternetAccess;
+using C = ConnectionReport;
 
 constexpr double kLongMax = std::numeric_limits<std::int32_t>::max();
 
@@ -85,6 +87,18 @@ constexpr std::array kRows{
     PropertyRow{P::Sensitivity, "Sensitivity", R::Range, &I::sensitivity, 0, 10},
     PropertyRow{P::PreventCopying, "PreventCopying", R::Flag, &I::preventCopying},
     PropertyRow{P::ConcatenateMessage, "ConcatenateMessage", R::Flag, &I::concatenateMessage},
+    PropertyRow{P::SMTPSecurity, "SMTPSecurity", R::Range, &A::smtpSecurity, 0, 3},
+    PropertyRow{P::POPSecurity, "POPSecurity", R::Range, &A::popSecurity, 0, 3},
+    PropertyRow{P::SMTPLoginName, "SMTPLoginName", R::Text, &A::smtpLoginName},
+    PropertyRow{P::SMTPPassword, "SMTPPassword", R::Text, &A::smtpPassword},
+    PropertyRow{P::Authentication, "Authentication", R::Special, &A::authentication},
+    PropertyRow{P::AccessToken, "AccessToken", R::Text, &A::accessToken},
+    PropertyRow{P::PinnedCertificate, "PinnedCertificate", R::Special, &A::pinnedCertificate},
+    PropertyRow{P::Extensions, "Extensions", R::Flag, &A::extensions},
+    PropertyRow{P::DetailedErrors, "DetailedErrors", R::Flag, &A::detailedErrors},
+    PropertyRow{P::TLSVersion, "TLSVersion", R::Special, &C::tlsVersion},
+    PropertyRow{P::ServerCertificate, "ServerCertificate", R::Special, &C::serverCertificate},
+    PropertyRow{P::LastServerReply, "LastServerReply", R::Special, &C::lastServerReply},
 };
 
 constexpr bool InOrder() {
@@ -109,6 +123,10 @@ PropertyVariable VariableOf(const PropertyRow& row, InstanceState& instance, Sha
           return std::monostate{};
         } else if constexpr (std::is_invocable_v<Slot, InstanceState&>) {
           return &(instance.*slot);
+        } else if constexpr (std::is_invocable_v<Slot, InternetAccess&>) {
+          return &(instance.access.*slot);
+        } else if constexpr (std::is_invocable_v<Slot, ConnectionReport&>) {
+          return &(shared.connection.*slot);
         } else if constexpr (std::is_invocable_v<Slot, MessageBuffers&>) {
           return &(shared.message.*slot);
         } else if constexpr (std::is_invocable_v<Slot, InternetSettings&>) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -25,7 +26,9 @@ using PropertySlot =
                  std::int32_t InstanceState::*, float InstanceState::*,
                  std::string MessageBuffers::*, ShortBool MessageBuffers::*,
                  ShortBool InternetSettings::*, std::int32_t InternetSettings::*,
-                 std::uint16_t InternetSettings::*, std::int32_t SharedState::*>;
+                 std::uint16_t InternetSettings::*, std::int32_t SharedState::*,
+                 std::optional<std::string> InternetAccess::*,
+                 std::optional<std::int16_t> InternetAccess::*, std::string ConnectionReport::*>;
 
 struct PropertyRow {
   Property property;
@@ -38,9 +41,10 @@ struct PropertyRow {
 
 const PropertyRow& RowOf(Property property);
 
-// The variable behind a slot.
-using PropertyVariable = std::variant<std::monostate, std::string*, std::int16_t*, std::uint16_t*,
-                                      std::int32_t*, float*>;
+// The variable behind a slot. An optional one has a value when a client has put it.
+using PropertyVariable =
+    std::variant<std::monostate, std::string*, std::int16_t*, std::uint16_t*, std::int32_t*, float*,
+                 std::optional<std::string>*, std::optional<std::int16_t>*>;
 PropertyVariable VariableOf(const PropertyRow& row, InstanceState& instance, SharedState& shared);
 
 }  // namespace quillon

@@ -5,8 +5,10 @@
 
 #include "core/Text.h"
 #include "internet/ProtocolLog.h"
+#include "net/CertificateCheck.h"
 #include "ports/FileSystem.h"
 #include "ports/Workstation.h"
+#include "sasl/Choice.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
 #include "server/NamedDateFormat.h"
@@ -59,6 +61,10 @@ Value ReadVariable(const PropertyVariable& variable) {
           // was put.
           if (*held <= 0x7FFF) return static_cast<std::int16_t>(*held);
           return static_cast<std::int32_t>(*held);
+        } else if constexpr (std::is_same_v<Held, std::optional<std::string>*>) {
+          return held->value_or(std::string());
+        } else if constexpr (std::is_same_v<Held, std::optional<std::int16_t>*>) {
+          return held->value_or(std::int16_t{0});
         } else {
           return *held;
         }
@@ -75,6 +81,10 @@ void WriteVariable(const PropertyVariable& variable, const PropertyRow& row, con
     **longNumber = row.rule == PropertyRule::Number
                        ? ToInt32(value)
                        : static_cast<std::int32_t>(CheckedNumber(row, value));
+  } else if (auto* const* ownText = std::get_if<std::optional<std::string>*>(&variable)) {
+    **ownText = ToText(value);
+  } else if (auto* const* ownNumber = std::get_if<std::optional<std::int16_t>*>(&variable)) {
+    **ownNumber = static_cast<std::int16_t>(CheckedNumber(row, value));
   }
 }
 
@@ -186,6 +196,18 @@ void Server::PutSpecial(Property property, const Value& value) {
         Reject("Password length exceeds maximum length of 65 characters.");
       }
       state_.zipPassword = std::move(password);
+      break;
+    }
+    case Property::Authentication: {
+      auto names = ToText(value);
+      if (!ReadMechanismNames(names)) Reject();
+      state_.access.authentication = std::move(names);
+      break;
+    }
+    case Property::PinnedCertificate: {
+      auto pin = ToText(value);
+      if (!pin.empty() && !ReadPin(pin)) Reject();
+      state_.access.pinnedCertificate = std::move(pin);
       break;
     }
     case Property::undocumented1:

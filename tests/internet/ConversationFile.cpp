@@ -14,9 +14,9 @@ namespace {
 using Kind = ConversationStep::Kind;
 
 constexpr std::pair<std::string_view, Kind> kWords[] = {
-    {"S:", Kind::Say},      {"S>", Kind::Say},    {"C:", Kind::Hear},
-    {"D:", Kind::HearData}, {"wait", Kind::Wait}, {"close", Kind::Close},
-    {"set", Kind::Set},     {"call", Kind::Call}, {"expect", Kind::Expect}};
+    {"S:", Kind::Say},    {"S>", Kind::Say},        {"C:", Kind::Hear},     {"D:", Kind::HearData},
+    {"wait", Kind::Wait}, {"secure", Kind::Secure}, {"close", Kind::Close}, {"set", Kind::Set},
+    {"call", Kind::Call}, {"expect", Kind::Expect}};
 
 }  // namespace
 

@@ -10,7 +10,7 @@
 namespace quillon::testing {
 
 struct ConversationStep {
-  enum class Kind { Say, Hear, HearData, Wait, Close, Set, Call, Expect };
+  enum class Kind { Say, Hear, HearData, Wait, Secure, Close, Set, Call, Expect };
 
   Kind kind{};
   std::string text;      // unescaped for Say, as written else

@@ -14,7 +14,9 @@
 #include "platform/Platform.h"
 #include "support/FakeNetwork.h"
 #include "support/FaultyFileSystem.h"
+#include "support/ReversingProtector.h"
 #include "support/TempFolder.h"
+#include "support/TestSecurity.h"
 
 namespace quillon::testing {
 
@@ -90,9 +92,11 @@ class InternetWorld {
         disk(*files),
         codePage(MakeAnsiCodePage()),
         configuration(*files, folder.Path("quillon.ini")),
+        servers(configuration, nullptr, protector),
         log(*files, folder.Path()),
-        backEnd({network, network, disk, *codePage, clock, prompt, box, configuration, log,
-                 notifier, display},
+        security(network),
+        backEnd({network, network, security.Ports(), disk, *codePage, clock, prompt, box,
+                 configuration, servers, log, notifier, display},
                 {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
@@ -119,9 +123,12 @@ class InternetWorld {
   FaultyFileSystem disk;  // what the back end sees of them
   std::unique_ptr<CodePage> codePage;
   clsINIUtilities configuration;
+  ReversingProtector protector;
+  ServerSections servers;
   ProtocolLog log;
   AsynchNotifier notifier;
   RecordingDisplay display;
+  TestSecurity security;
   InternetBackEnd backEnd;
   SharedState shared;
   InstanceState instance;

@@ -25,6 +25,8 @@
 #include "ports/Network.h"
 #include "ports/ProgressDisplay.h"
 #include "support/LoopbackMailServer.h"
+#include "support/ReversingProtector.h"
+#include "support/TestSecurity.h"
 #include "support/TestWorld.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -115,9 +117,12 @@ class Crowd {
   std::unique_ptr<LocalClock> clock_ = MakeLocalClock();
   NoLoginPrompt prompt_;
   NoProgressDisplay display_;
+  TestSecurity security_{*loop_};
+  ReversingProtector protector_;
+  ServerSections servers_{world_.configuration, nullptr, protector_};
   InternetBackEnd backEnd_{
-      {*loop_, *loop_, *world_.files, *world_.codePage, *clock_, prompt_, world_.messageBox,
-       world_.configuration, world_.log, world_.notifier, display_},
+      {*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage, *clock_, prompt_,
+       world_.messageBox, world_.configuration, servers_, world_.log, world_.notifier, display_},
       {"1.0", {}}};
   InternetMailSystem internet_{backEnd_};
   std::vector<Client> clients_;

@@ -105,6 +105,11 @@ TEST(ErrorModel, BackEndFailuresReachTheClientFolded) {
       {{522, "aborted"}, "4522 The user aborted the operation."},
       {{200000, {}}, "4000 Undetermined"},
       {{200000, "Out of range"}, "4000 Out of range"},
+      {{3, "Login failed", "it said: no"}, "4003 Login failed"},
+      {{3, "Login failed", "it said: no", true}, "4003 Login failed (it said: no)"},
+      {{3, "Login failed", "", true}, "4003 Login failed"},
+      {{530, "", "it said: no", true},
+       "4530 Operation not supported by this mail system. (it said: no)"},
       {{}, ""},
   };
   for (const auto& test : kCases) {

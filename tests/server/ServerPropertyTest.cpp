@@ -25,6 +25,11 @@ TEST(ServerProperty, ExtremePutsFailAndKeepTheOldValue) {
       {Property::recipientDelimiter, {std::string("\xC2\xA7")}, {std::string("\xF0\x9F\x98\x80")}},
       {Property::dateFormat, {std::string("yyyy-mm-dd")}, {std::string("99999999999")}},
       {Property::mailSystem, {20}, {70000, 1e300}},
+      {Property::POPSecurity, {std::string("2")}, {4, 100000}},
+      {Property::Authentication, {std::string("scram-sha-256,\tPLAIN ")}, {std::string("PLAINER")}},
+      {Property::PinnedCertificate,
+       {std::string("key:") + std::string(64, 'a'), std::string()},
+       {std::string(63, 'a')}},
   };
   TestWorld world;
   const auto server = world.NewServer();
@@ -95,6 +100,10 @@ TEST(ServerProperty, InstancesShareTheMessageAndResetTheInternetSettings) {
   EXPECT_EQ(Value(std::string("shared")), second->Get(Property::subject));
   EXPECT_EQ(Value(std::string()), second->Get(Property::loginName));
   EXPECT_EQ(Value(std::int16_t{25}), first->Get(Property::SMTPPort));
+  second->Put(Property::SMTPSecurity, 3);
+  EXPECT_EQ(Value(std::int16_t{0}), first->Get(Property::SMTPSecurity));
+  world.shared.connection.tlsVersion = "TLS 1.2";
+  EXPECT_EQ(Value(std::string("TLS 1.2")), second->Get(Property::TLSVersion));
   EXPECT_EQ("", world.shared.message.auxiliaryText);
 }
 

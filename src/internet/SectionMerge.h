@@ -1,0 +1,22 @@
+// What a script, the configuration file and the script's newer members say of a server, as one.
+//
+// The section goes before what the script says of server, port, login name and password; what the
+// script says by the newer members goes before the section.
+#pragma once
+
+#include "internet/PopSession.h"
+#include "internet/ServerSection.h"
+#include "internet/SmtpSession.h"
+#include "mail/InstanceState.h"
+#include "ports/CodePage.h"
+
+namespace quillon {
+
+// The settings hold what the script says. With an empty section and nothing in `access` they stay
+// as they are.
+void Apply(const ServerSection& section, const InternetAccess& access, const CodePage& codePage,
+           SmtpSettings& settings);
+void Apply(const ServerSection& section, const InternetAccess& access, const CodePage& codePage,
+           PopSettings& settings);
+
+}  // namespace quillon
