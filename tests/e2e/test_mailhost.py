@@ -116,9 +116,9 @@ class HostTest(unittest.TestCase):
         self.host = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                      text=True)
         self.addCleanup(self.stop)
-        lines = [self.host.stdout.readline().split() for _ in range(3)]
-        self.assertEqual([line[0] for line in lines], ["smtp", "pop", "ready"])
-        self.smtp_port, self.pop_port = int(lines[0][1]), int(lines[1][1])
+        lines = [line.split() for line in iter(self.host.stdout.readline, "ready\n") if line]
+        self.ports = {name: int(port) for name, port in lines}
+        self.smtp_port, self.pop_port = self.ports["smtp"], self.ports["pop"]
 
     def stop(self):
         """Ends the host; its exit status and what it complained of."""

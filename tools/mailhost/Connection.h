@@ -15,7 +15,7 @@
 #include "Log.h"
 #include "Outbox.h"
 #include "Session.h"
-#include "UniqueFd.h"
+#include "Wire.h"
 
 namespace mailhost {
 
@@ -38,6 +38,14 @@ class Connection : public EventHandler {
 
   // Reads nothing more from the client, for good, so that its writes block in the end.
   void StopReading();
+  // Reads on, but makes nothing of what comes.
+  void StopListening() { deaf_ = true; }
+
+  // Begins TLS when everything queued has been sent; the session hears OnSecured() when the
+  // handshake is done. What the client has sent in clear behind its last line ends the connection.
+  void Secure(std::unique_ptr<TlsSession> tls, const WireFaults& faults);
+  // Null on a connection that is not encrypted.
+  const TlsSession* Tls() const { return wire_.Tls(); }
 
   void OnEvents(std::uint32_t events) override;
 
@@ -45,6 +53,8 @@ class Connection : public EventHandler {
   // Takes the conversation as far as it goes now.
   void Pump();
   void Receive();
+  void NoteTls();
+  void BeginTls();
   // Gives the session what has arrived; true when only the lack of room for replies stopped it.
   bool HandleInput();
   bool HandleLine(std::string_view input, std::size_t& used);
@@ -55,7 +65,7 @@ class Connection : public EventHandler {
   void UpdateInterest();
 
   EventLoop& loop_;
-  UniqueFd socket_;
+  Wire wire_;
   Log& log_;
   const Protocol protocol_;
   Closed onClosed_;
@@ -63,10 +73,14 @@ class Connection : public EventHandler {
   Outbox outbox_;
   std::string input_;
   std::optional<EventLoop::TimerId> pause_;
+  std::unique_ptr<TlsSession> coming_;  // begins when everything in clear has been sent
+  WireFaults faults_;
   std::uint32_t interest_ = 0;
   bool skippingLine_ = false;  // the rest of a line that was too long
   bool blocked_ = false;       // the socket takes no more
   bool stalled_ = false;
+  bool deaf_ = false;
+  bool handshaking_ = false;
   bool ended_ = false;  // the client has sent its last byte
   bool closed_ = false;
 };

@@ -7,9 +7,14 @@
 
 namespace mailhost {
 
+struct EnvelopePath {
+  std::string address{};
+  std::string parameters{};  // those that are kept, each with a blank before it
+};
+
 struct Envelope {
-  std::string sender;
-  std::vector<std::string> recipients;
+  EnvelopePath sender{};
+  std::vector<EnvelopePath> recipients{};
 };
 
 // Destroyed without Commit(), it leaves nothing behind.

@@ -14,12 +14,13 @@ namespace {
 using Kind = FaultAction::Kind;
 
 // Commands that the host does not know can go wrong too, so some common ones are listed.
-constexpr std::array<std::string_view, 16> kSmtpSteps{
-    "GREETING", "HELO", "EHLO", "MAIL", "RCPT", "DATA", "BODY",     "TERMINATOR",
-    "RSET",     "NOOP", "VRFY", "EXPN", "HELP", "QUIT", "STARTTLS", "AUTH"};
-constexpr std::array<std::string_view, 16> kPopSteps{
-    "GREETING", "USER", "PASS", "APOP", "STAT", "LIST", "UIDL", "TOP",
-    "RETR",     "DELE", "RSET", "NOOP", "CAPA", "QUIT", "STLS", "AUTH"};
+constexpr std::array<std::string_view, 19> kSmtpSteps{
+    "GREETING",   "HELO", "EHLO", "MAIL",     "RCPT",     "DATA", "BODY",
+    "TERMINATOR", "RSET", "NOOP", "VRFY",     "EXPN",     "HELP", "QUIT",
+    "STARTTLS",   "AUTH", "BDAT", "RESPONSE", "HANDSHAKE"};
+constexpr std::array<std::string_view, 18> kPopSteps{
+    "GREETING", "USER", "PASS", "APOP", "STAT", "LIST", "UIDL", "TOP",      "RETR",
+    "DELE",     "RSET", "NOOP", "CAPA", "QUIT", "STLS", "AUTH", "RESPONSE", "HANDSHAKE"};
 
 [[noreturn]] void Fail(const std::string& why) {
   throw std::invalid_argument(why);
@@ -138,9 +139,16 @@ FaultAction ParseAction(std::string_view rest) {
 }
 
 // A rule that could never do anything is a mistake.
-void CheckTruncate(const FaultRule& rule) {
+void CheckPlace(const FaultRule& rule) {
   constexpr std::array<std::string_view, 6> kDataSteps{"TOP", "RETR", "LIST", "UIDL", "CAPA", "*"};
-  if (rule.action.kind != Kind::kTruncate) return;
+  const Kind kind = rule.action.kind;
+  const bool isReplyChange = kind == Kind::kMultiline || kind == Kind::kDropMid ||
+                             kind == Kind::kDropAfter || kind == Kind::kFlood;
+  if (rule.step == "HANDSHAKE") {
+    if (isReplyChange) Fail("this changes a reply, which a handshake is not");
+    return;
+  }
+  if (kind != Kind::kTruncate) return;
   if (rule.protocol == Protocol::kSmtp || !Contains(kDataSteps, rule.step)) {
     Fail("truncate cuts the data of POP3 replies, which this step has not");
   }
@@ -163,7 +171,7 @@ FaultRule ParseFaultRule(std::string_view line) {
     rule.occurrence = TakeCount(rest, "the occurrence", 1);
   }
   rule.action = ParseAction(rest);
-  CheckTruncate(rule);
+  CheckPlace(rule);
   return rule;
 }
 

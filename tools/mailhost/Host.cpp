@@ -9,42 +9,74 @@
 
 namespace mailhost {
 
+namespace {
+
+Service MakeService(const Options& options) {
+  Service service;
+  if (options.NeedsTls()) service.tls.emplace(options.tls);
+  service.offersTls = options.startTls;
+  service.requiresTls = options.requireTls;
+  service.requiresLogin = options.requireLogin;
+  service.offersApop = options.apop;
+  service.account = {options.user, options.password.value_or(""), options.token};
+  service.mechanisms = options.mechanisms;
+  service.smtpCapabilities = options.smtpCapabilities;
+  service.popCapabilities = options.popCapabilities;
+  return service;
+}
+
+}  // namespace
+
 Host::Host(const Options& options)
     : log_(options.log.empty() ? Log() : Log(options.log)),
+      service_(MakeService(options)),
       discards_(options.noStore),
-      smtp_(loop_, *options.smtpPort,
-            [this](UniqueFd socket) { Accept(Protocol::kSmtp, std::move(socket)); }),
-      pop_(loop_, *options.popPort,
-           [this](UniqueFd socket) { Accept(Protocol::kPop, std::move(socket)); }) {
+      smtp_(loop_, *options.smtpPort, Accepter(Protocol::kSmtp, false)),
+      pop_(loop_, *options.popPort, Accepter(Protocol::kPop, false)) {
+  if (options.smtpsPort) smtps_.emplace(loop_, *options.smtpsPort, Accepter(Protocol::kSmtp, true));
+  if (options.popsPort) pops_.emplace(loop_, *options.popsPort, Accepter(Protocol::kPop, true));
   for (const std::string& file : options.faults) LoadFaults(file, faults_);
+  service_.rules = std::move(faults_.rules);
   if (!options.store.empty()) store_.emplace(options.store);
   maildrop_.store = store_ ? &*store_ : nullptr;
-  maildrop_.user = options.user;
-  maildrop_.password = options.password.value_or("");
   maildrop_.exclusive = !options.noLock;
 }
 
-void Host::Accept(Protocol protocol, UniqueFd socket) {
+std::optional<std::uint16_t> Host::SmtpsPort() const {
+  return smtps_ ? std::optional(smtps_->Port()) : std::nullopt;
+}
+
+std::optional<std::uint16_t> Host::PopsPort() const {
+  return pops_ ? std::optional(pops_->Port()) : std::nullopt;
+}
+
+Listener::Accepted Host::Accepter(Protocol protocol, bool secured) {
+  return
+      [this, protocol, secured](UniqueFd socket) { Accept(protocol, secured, std::move(socket)); };
+}
+
+void Host::Accept(Protocol protocol, bool secured, UniqueFd socket) {
   const auto closed = [this](Connection& connection) {
     loop_.Later([this, &connection] { connections_.erase(&connection); });
   };
   auto owned = std::make_unique<Connection>(loop_, std::move(socket), log_, protocol, closed);
   Connection& connection = *owned;
   connections_.emplace(&connection, std::move(owned));
-  connection.Start(MakeSession(protocol, connection));
+  connection.Start(MakeSession(protocol, secured, connection));
 }
 
-std::unique_ptr<Session> Host::MakeSession(Protocol protocol, Connection& connection) {
+std::unique_ptr<Session> Host::MakeSession(Protocol protocol, bool secured,
+                                           Connection& connection) {
   const auto& script = protocol == Protocol::kSmtp ? faults_.smtp : faults_.pop;
   if (script) {
     return std::make_unique<ScriptSession>(
-        connection, *script, MakeDeliveries(),
+        connection, *script, secured ? service_.tls->NewSession() : nullptr, MakeDeliveries(),
         [this, protocol](const std::string& text) { ReportMismatch(protocol, text); });
   }
   if (protocol == Protocol::kPop) {
-    return std::make_unique<PopSession>(connection, faults_.rules, maildrop_);
+    return std::make_unique<PopSession>(connection, service_, secured, maildrop_);
   }
-  return std::make_unique<SmtpSession>(connection, faults_.rules, MakeDeliveries());
+  return std::make_unique<SmtpSession>(connection, service_, secured, MakeDeliveries());
 }
 
 BeginDelivery Host::MakeDeliveries() {

@@ -14,6 +14,7 @@
 #include "Maildir.h"
 #include "Options.h"
 #include "PopSession.h"
+#include "Service.h"
 
 namespace mailhost {
 
@@ -24,6 +25,9 @@ class Host {
 
   std::uint16_t SmtpPort() const { return smtp_.Port(); }
   std::uint16_t PopPort() const { return pop_.Port(); }
+  // Within TLS, when they are asked for.
+  std::optional<std::uint16_t> SmtpsPort() const;
+  std::optional<std::uint16_t> PopsPort() const;
 
   // Serves until a signal ends it.
   void Run() { loop_.Run(); }
@@ -31,14 +35,16 @@ class Host {
   bool HadMismatch() const { return hadMismatch_; }
 
  private:
-  void Accept(Protocol protocol, UniqueFd socket);
-  std::unique_ptr<Session> MakeSession(Protocol protocol, Connection& connection);
+  Listener::Accepted Accepter(Protocol protocol, bool secured);
+  void Accept(Protocol protocol, bool secured, UniqueFd socket);
+  std::unique_ptr<Session> MakeSession(Protocol protocol, bool secured, Connection& connection);
   BeginDelivery MakeDeliveries();
   void ReportMismatch(Protocol protocol, const std::string& text);
 
   EventLoop loop_;
   Log log_;
   Faults faults_;
+  Service service_;
   bool hadMismatch_ = false;
   const bool discards_;
   std::optional<Maildir> store_;
@@ -46,6 +52,8 @@ class Host {
   std::unordered_map<Connection*, std::unique_ptr<Connection>> connections_;
   Listener smtp_;
   Listener pop_;
+  std::optional<Listener> smtps_;
+  std::optional<Listener> pops_;
 };
 
 }  // namespace mailhost

@@ -21,8 +21,15 @@ std::string_view NameOf(Protocol protocol) {
 
 std::string Masked(Protocol protocol, std::string_view line) {
   constexpr std::string_view kPass = "PASS";
-  const bool secret = protocol == Protocol::kPop && StartsIgnoringCase(line, kPass);
-  return secret && line.size() > kPass.size() ? "PASS ****" : Printable(line);
+  const bool pop = protocol == Protocol::kPop;
+  if (pop && StartsIgnoringCase(line, kPass) && line.size() > kPass.size()) return "PASS ****";
+  std::string_view rest = line;
+  const std::string command = ToUpper(TakeWord(rest));
+  if (command != "AUTH" && !(pop && command == "APOP")) return Printable(line);
+  // The mechanism or the name stays; what follows it does not.
+  const std::string word = Printable(TakeWord(rest));
+  if (rest.empty()) return Printable(line);
+  return command + " " + word + " " + std::string(kMasked);
 }
 
 Log::Log(const std::string& path) : file_(std::fopen(path.c_str(), "we")) {

@@ -14,7 +14,10 @@ enum class Protocol { kSmtp, kPop };
 // "SMTP" or "POP".
 std::string_view NameOf(Protocol protocol);
 
-// The line as it may be shown: an argument of PASS becomes "****".
+// In place of a secret.
+constexpr std::string_view kMasked = "****";
+
+// The line as it may be shown: the secret in a PASS, APOP or AUTH becomes "****".
 std::string Masked(Protocol protocol, std::string_view line);
 
 // Writes nothing at all until it is given a file.

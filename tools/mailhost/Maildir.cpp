@@ -74,9 +74,10 @@ class MaildirDelivery : public Delivery {
 
  private:
   bool WriteEnvelope(const Envelope& envelope) const {
-    std::string text = "MAIL FROM:<" + envelope.sender + ">\n";
-    for (const std::string& recipient : envelope.recipients) {
-      text += "RCPT TO:<" + recipient + ">\n";
+    std::string text =
+        "MAIL FROM:<" + envelope.sender.address + ">" + envelope.sender.parameters + "\n";
+    for (const EnvelopePath& recipient : envelope.recipients) {
+      text += "RCPT TO:<" + recipient.address + ">" + recipient.parameters + "\n";
     }
     const UniqueFd file = CreateFile(envelope_);
     if (!file) return false;

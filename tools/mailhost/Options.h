@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "TlsServer.h"
+
 namespace mailhost {
 
 struct Options {
@@ -18,7 +20,22 @@ struct Options {
   std::string log;
   bool noStore = false;  // accept messages and discard them
   bool noLock = false;   // let several POP3 sessions share the maildrop
+
+  std::optional<std::uint16_t> smtpsPort;
+  std::optional<std::uint16_t> popsPort;
+  TlsSettings tls;
+  bool startTls = false;  // STLS too
+  bool requireTls = false;
+  bool requireLogin = false;
+  bool apop = false;
+  std::optional<std::string> token;
+  std::vector<std::string> mechanisms;
+  std::vector<std::string> smtpCapabilities{"PIPELINING", "SIZE", "8BITMIME"};
+  std::vector<std::string> popCapabilities{"USER", "TOP", "UIDL", "RESP-CODES", "PIPELINING"};
+
   bool help = false;
+
+  bool NeedsTls() const { return smtpsPort || popsPort || startTls; }
 };
 
 extern const char* const kUsage;

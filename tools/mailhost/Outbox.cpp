@@ -1,8 +1,6 @@
 #include "Outbox.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <sys/socket.h>
 #include <utility>
 
 namespace mailhost {
@@ -13,15 +11,6 @@ namespace {
 constexpr std::size_t kFull = 64 * 1024;
 
 }  // namespace
-
-std::size_t Shape::PieceLength(std::string_view bytes) const {
-  if (kind == Kind::kPieces) return std::min(pieceSize, bytes.size());
-  if (kind == Kind::kLine) {
-    const std::size_t end = bytes.find('\n');
-    if (end != std::string_view::npos) return end + 1;
-  }
-  return bytes.size();
-}
 
 void Outbox::Text(std::string bytes) {
   log_.Server(protocol_, bytes);
@@ -44,6 +33,10 @@ void Outbox::Close() {
   items_.push_back({Item::Kind::kClose});
 }
 
+void Outbox::Cut() {
+  items_.push_back({Item::Kind::kCut});
+}
+
 bool Outbox::HasRoom() const {
   std::size_t bytes = buffer_.size() - sent_;
   for (const Item& item : items_) {
@@ -54,25 +47,29 @@ bool Outbox::HasRoom() const {
   return bytes < kFull;
 }
 
-Outbox::State Outbox::Flush(int socket) {
-  for (;;) {
+Outbox::State Outbox::Flush(Wire& wire) {
+  for (Wire::State state = wire.Flush();;) {
+    if (state == Wire::State::kBlocked) return State::kBlocked;
+    if (state == Wire::State::kWaiting) return Waiting(wire.Gap());
+    if (state == Wire::State::kCut) return State::kCut;
+    if (state == Wire::State::kFailed) return State::kFailed;
     if (sent_ == buffer_.size()) {
-      const State state = Refill();
-      if (buffer_.empty()) return state;
+      const State refilled = Refill();
+      if (buffer_.empty()) return refilled;
     }
     const std::string_view rest = std::string_view(buffer_).substr(sent_);
     const std::size_t length = bufferShape_.PieceLength(rest);
-    const ssize_t done = send(socket, rest.data(), length, MSG_NOSIGNAL);
-    if (done < 0) {
-      if (errno == EINTR) continue;
-      return errno == EAGAIN ? State::kBlocked : State::kFailed;
-    }
-    sent_ += static_cast<std::size_t>(done);
-    if (bufferShape_.kind != Shape::Kind::kWhole && !Empty()) {
-      wait_ = bufferShape_.gap;
-      return State::kWaiting;
-    }
+    std::string_view piece = rest.substr(0, length);
+    state = wire.Send(piece);
+    sent_ += length - piece.size();
+    const bool shaped = bufferShape_.kind != Shape::Kind::kWhole;
+    if (state == Wire::State::kDrained && shaped && !Empty()) return Waiting(bufferShape_.gap);
   }
+}
+
+Outbox::State Outbox::Waiting(std::chrono::milliseconds length) {
+  wait_ = length;
+  return State::kWaiting;
 }
 
 Outbox::State Outbox::Refill() {
@@ -82,11 +79,12 @@ Outbox::State Outbox::Refill() {
     Item& item = items_.front();
     if (item.kind == Item::Kind::kPause) {
       if (!buffer_.empty()) break;
-      wait_ = item.pause;
+      const State state = Waiting(item.pause);
       items_.pop_front();
-      return State::kWaiting;
+      return state;
     }
     if (item.kind == Item::Kind::kClose) return State::kClose;
+    if (item.kind == Item::Kind::kCut) return State::kCut;
     if (buffer_.empty()) bufferShape_ = item.shape;
     if (bufferShape_ != item.shape) break;
     if (TakeFrom(item)) items_.pop_front();

@@ -14,6 +14,8 @@
 #include <string_view>
 
 #include "Log.h"
+#include "Shape.h"
+#include "Wire.h"
 
 namespace mailhost {
 
@@ -25,27 +27,14 @@ class ByteSource {
   virtual bool Read(std::string& out) = 0;
 };
 
-// How the bytes of a reply are cut into sends.
-struct Shape {
-  enum class Kind { kWhole, kLine, kPieces };
-
-  Kind kind = Kind::kWhole;
-  std::size_t pieceSize = 0;         // of kPieces
-  std::chrono::milliseconds gap{1};  // between two pieces
-
-  // The length of the first piece of `bytes`.
-  std::size_t PieceLength(std::string_view bytes) const;
-
-  bool operator==(const Shape&) const = default;
-};
-
 class Outbox {
  public:
   enum class State {
     kDrained,  // nothing is left
     kBlocked,  // the socket takes no more for now
     kWaiting,  // a pause: flush again after Wait()
-    kClose,    // the queued close is reached
+    kClose,    // the queued close is reached: the end is told, then the connection closed
+    kCut,      // the connection is closed without a word
     kFailed,   // the connection is broken
   };
 
@@ -57,9 +46,11 @@ class Outbox {
   void Content(std::unique_ptr<ByteSource> source);
   void Pause(std::chrono::milliseconds length);
   void Close();
+  // The same, as if the connection broke.
+  void Cut();
 
-  // Sends what the socket takes now.
-  State Flush(int socket);
+  // Sends what the wire takes now.
+  State Flush(Wire& wire);
   std::chrono::milliseconds Wait() const { return wait_; }
 
   // False while a client that does not read, a pause or a close should keep further commands
@@ -69,7 +60,7 @@ class Outbox {
 
  private:
   struct Item {
-    enum class Kind { kText, kContent, kPause, kClose } kind;
+    enum class Kind { kText, kContent, kPause, kClose, kCut } kind;
     Shape shape{};
     std::string text{};
     std::unique_ptr<ByteSource> source{};
@@ -79,6 +70,7 @@ class Outbox {
 
   // Moves the next bytes into the empty buffer; anything but kDrained says why there are none.
   State Refill();
+  State Waiting(std::chrono::milliseconds length);
   // Appends bytes of the first item; true when the item is used up.
   bool TakeFrom(Item& item);
 

@@ -2,10 +2,17 @@
 
 #include <utility>
 
+#include "Digest.h"
 #include "MessageReader.h"
 #include "Text.h"
 
 namespace mailhost {
+
+namespace {
+
+constexpr int kMaxRefusedLogins = 10;
+
+}  // namespace
 
 struct PopSession::Command {
   std::string_view word;
@@ -16,6 +23,9 @@ struct PopSession::Command {
 const PopSession::Command PopSession::kCommands[] = {
     {"USER", State::kAuthorization, &PopSession::User},
     {"PASS", State::kAuthorization, &PopSession::Pass},
+    {"APOP", State::kAuthorization, &PopSession::Apop},
+    {"AUTH", State::kAuthorization, &PopSession::Auth},
+    {"STLS", State::kAuthorization, &PopSession::Stls},
     {"STAT", State::kTransaction, &PopSession::Stat},
     {"LIST", State::kTransaction, &PopSession::List},
     {"UIDL", State::kTransaction, &PopSession::Uidl},
@@ -30,19 +40,43 @@ const PopSession::Command PopSession::kCommands[] = {
     {"QUIT", State::kAuthorization, &PopSession::Quit},
 };
 
-PopSession::PopSession(Connection& connection, const std::vector<FaultRule>& rules,
+PopSession::PopSession(Connection& connection, const Service& service, bool secured,
                        Maildrop& maildrop)
-    : replier_(connection, rules, Protocol::kPop), maildrop_(maildrop) {}
+    : connection_(connection),
+      service_(service),
+      opensSecured_(secured),
+      replier_(connection, service.rules, Protocol::kPop),
+      login_(service),
+      timestamp_(service.offersApop ? "<" + Hex(RandomBytes(8)) + "@mailhost>" : ""),
+      maildrop_(maildrop) {}
 
 PopSession::~PopSession() {
   LeaveMaildrop();
 }
 
 void PopSession::OnOpen() {
-  if (replier_.Enter("GREETING")) replier_.Reply("+OK POP3 mailhost");
+  if (opensSecured_) {
+    replier_.Secure(service_.tls->NewSession());
+  } else {
+    Welcome();
+  }
+}
+
+void PopSession::OnSecured() {
+  user_.reset();
+  if (std::exchange(opensSecured_, false)) Welcome();
+}
+
+void PopSession::Welcome() {
+  const std::string stamp = timestamp_.empty() ? "" : " " + timestamp_;
+  if (replier_.Enter("GREETING")) replier_.Reply("+OK POP3 mailhost" + stamp);
 }
 
 void PopSession::OnLine(std::string_view line) {
+  if (ExpectsSecret()) {
+    Response(line);
+    return;
+  }
   const std::size_t blank = line.find(' ');
   const std::string word = ToUpper(line.substr(0, blank));
   // PASS takes all of the rest, blanks and all (RFC 1939 7).
@@ -51,7 +85,7 @@ void PopSession::OnLine(std::string_view line) {
   if (!replier_.Enter(word)) return;
   bool known = false;
   for (const Command& command : kCommands) {
-    if (word != command.word) continue;
+    if (word != command.word || !Offers(word)) continue;
     known = true;
     if (command.state != state_) continue;
     (this->*command.run)(argument);
@@ -64,7 +98,17 @@ void PopSession::OnBadLine(std::string_view why) {
   replier_.Reply("-ERR " + std::string(why));
 }
 
+bool PopSession::Offers(std::string_view word) const {
+  if (word == "STLS") return service_.offersTls && connection_.Tls() == nullptr;
+  if (word == "AUTH") return !service_.mechanisms.empty();
+  return word != "APOP" || service_.offersApop;
+}
+
 void PopSession::User(std::string_view argument) {
+  if (LacksTls()) {
+    replier_.Reply("-ERR STLS first");
+    return;
+  }
   if (Trim(argument).empty()) {
     replier_.Reply("-ERR a name is needed");
     return;
@@ -77,14 +121,73 @@ void PopSession::Pass(std::string_view argument) {
   const std::optional<std::string> user = std::exchange(user_, std::nullopt);
   if (!user) {
     replier_.Reply("-ERR USER first");
-  } else if (maildrop_.user && (*user != *maildrop_.user || argument != maildrop_.password)) {
+  } else {
+    EndLogin(service_.account.Accepts(*user, argument));
+  }
+}
+
+// RFC 1939 7: the digest of the greeting's timestamp and the password.
+void PopSession::Apop(std::string_view argument) {
+  if (LacksTls()) {
+    replier_.Reply("-ERR STLS first");
+    return;
+  }
+  const std::string_view name = TakeWord(argument);
+  const Account& account = service_.account;
+  EndLogin(name == account.user && argument == Hex(Hash(EVP_md5(), timestamp_ + account.password)));
+}
+
+void PopSession::Auth(std::string_view argument) {
+  if (LacksTls()) {
+    replier_.Reply("-ERR STLS first");
+  } else {
+    AnswerLogin(login_.Begin(argument, connection_.Tls()));
+  }
+}
+
+void PopSession::Response(std::string_view line) {
+  if (!replier_.Enter("RESPONSE")) {
+    login_.GiveUp();
+  } else if (login_.Active()) {
+    AnswerLogin(login_.Continue(line));
+  } else {
+    // A fault has asked for it.
+    EndLogin(false);
+  }
+}
+
+void PopSession::AnswerLogin(const LoginDialogue::Answer& answer) {
+  using Kind = LoginDialogue::Kind;
+  switch (answer.kind) {
+    case Kind::kChallenge:
+      return replier_.Reply("+ " + answer.challenge);
+    case Kind::kUnknown:
+      return replier_.Reply("-ERR there is no such mechanism");
+    case Kind::kMalformed:
+      return replier_.Reply("-ERR this is no base64");
+    case Kind::kCancelled:
+      return replier_.Reply("-ERR login cancelled");
+    case Kind::kAccepted:
+    case Kind::kRefused:
+      return EndLogin(answer.kind == Kind::kAccepted);
+  }
+}
+
+void PopSession::EndLogin(bool good) {
+  if (!good) {
     replier_.Reply("-ERR wrong name or password");
+    if (++refusedLogins_ == kMaxRefusedLogins) replier_.Finish();
   } else if (maildrop_.exclusive && maildrop_.taken) {
     replier_.Reply("-ERR [IN-USE] the maildrop is busy");
   } else {
     OpenMaildrop();
     replier_.Reply("+OK " + Summary());
   }
+}
+
+void PopSession::Stls(std::string_view /*argument*/) {
+  replier_.Reply("+OK begin TLS");
+  replier_.Secure(service_.tls->NewSession());
 }
 
 void PopSession::OpenMaildrop() {
@@ -201,8 +304,17 @@ void PopSession::Noop(std::string_view /*argument*/) {
 }
 
 void PopSession::Capa(std::string_view /*argument*/) {
-  replier_.ReplyLines("+OK capabilities follow",
-                      "USER\r\nTOP\r\nUIDL\r\nRESP-CODES\r\nPIPELINING\r\n");
+  std::string lines;
+  for (const std::string& capability : service_.popCapabilities) {
+    if (capability != "USER" || !LacksTls()) lines.append(capability).append("\r\n");
+  }
+  if (Offers("STLS")) lines += "STLS\r\n";
+  std::string logins;
+  for (const std::string& name : OfferedMechanisms(service_, connection_.Tls())) {
+    logins.append(" ").append(name);
+  }
+  if (!logins.empty()) lines.append("SASL").append(logins).append("\r\n");
+  replier_.ReplyLines("+OK capabilities follow", lines);
 }
 
 void PopSession::Quit(std::string_view /*argument*/) {

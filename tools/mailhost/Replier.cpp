@@ -37,6 +37,7 @@ bool Replier::Apply(const FaultAction& action) {
       return true;
     case FaultAction::Kind::kSplit:
       out.SetShape(action.shape);
+      changes_.shape = action.shape;
       return true;
     case FaultAction::Kind::kMultiline:
       changes_.multiline = true;
@@ -57,7 +58,7 @@ bool Replier::Apply(const FaultAction& action) {
       Reply(action.text);
       return false;
     case FaultAction::Kind::kDrop:
-      out.Close();
+      out.Cut();
       return false;
     case FaultAction::Kind::kGarbage:
       out.Content(std::make_unique<GarbageSource>(action.number, action.lines));
@@ -72,6 +73,7 @@ bool Replier::Apply(const FaultAction& action) {
 }
 
 void Replier::Reply(std::string text) {
+  asksForSecret_ = text.starts_with("334") || text == "+" || text.starts_with("+ ");
   if (changes_.multiline) text = AsMultiline(protocol_, text);
   SendCut(std::move(text) + "\r\n");
   if (changes_.flood != nullptr) Flood();
@@ -86,7 +88,7 @@ void Replier::ReplyLines(std::string head, const std::string& body) {
   if (changes_.truncate) {
     const std::uint64_t size = std::min<std::uint64_t>(*changes_.truncate, body.size());
     connection_.Out().Text(head + body.substr(0, static_cast<std::size_t>(size)));
-    connection_.Out().Close();
+    connection_.Out().Cut();
     return;
   }
   SendCut(head + body + ".\r\n");
@@ -98,11 +100,21 @@ void Replier::ReplyContent(std::string head, std::unique_ptr<ByteSource> body) {
   if (changes_.flood != nullptr) return Flood();
   if (changes_.truncate || changes_.dropMid) {
     out.Content(std::make_unique<CutSource>(std::move(body), changes_.truncate));
-    out.Close();
+    out.Cut();
     return;
   }
   out.Content(std::move(body));
   SendCut(".\r\n");
+}
+
+void Replier::Secure(std::unique_ptr<TlsSession> tls) {
+  if (!Enter("HANDSHAKE")) {
+    // What comes now are the client's bytes of a handshake that does not happen.
+    connection_.StopListening();
+    return;
+  }
+  connection_.Out().SetShape({});
+  connection_.Secure(std::move(tls), {changes_.shape, changes_.truncate});
 }
 
 void Replier::Flood() {
@@ -113,7 +125,7 @@ void Replier::Flood() {
 void Replier::SendCut(std::string text) {
   if (changes_.dropMid) text.resize(text.size() / 2);
   connection_.Out().Text(std::move(text));
-  if (changes_.dropMid || changes_.dropAfter) connection_.Out().Close();
+  if (changes_.dropMid || changes_.dropAfter) connection_.Out().Cut();
 }
 
 }  // namespace mailhost

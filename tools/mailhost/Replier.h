@@ -31,6 +31,10 @@ class Replier {
   // A POP3 reply of several lines: `body` is whole lines, dots doubled; "." is added here.
   void ReplyLines(std::string head, const std::string& body);
   void ReplyContent(std::string head, std::unique_ptr<ByteSource> body);
+  // True when the last reply asks for a line of a login.
+  bool AsksForSecret() const { return asksForSecret_; }
+  // Begins TLS behind everything that has been said; its step is HANDSHAKE.
+  void Secure(std::unique_ptr<TlsSession> tls);
   // Closes the connection when everything is sent.
   void Finish() { connection_.Out().Close(); }
 
@@ -41,6 +45,7 @@ class Replier {
     bool dropMid = false;
     bool dropAfter = false;
     std::optional<std::uint64_t> truncate{};
+    Shape shape{};
     const FaultAction* flood = nullptr;
   };
 
@@ -53,6 +58,7 @@ class Replier {
   const Protocol protocol_;
   FaultTracker tracker_;
   Changes changes_;
+  bool asksForSecret_ = false;
 };
 
 }  // namespace mailhost

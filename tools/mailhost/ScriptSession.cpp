@@ -10,11 +10,21 @@ namespace mailhost {
 using Kind = ConversationStep::Kind;
 
 ScriptSession::ScriptSession(Connection& connection, const Conversation& conversation,
-                             BeginDelivery begin, OnMismatch onMismatch)
+                             std::unique_ptr<TlsSession> tls, BeginDelivery begin,
+                             OnMismatch onMismatch)
     : connection_(connection),
       conversation_(conversation),
+      tls_(std::move(tls)),
       onMismatch_(std::move(onMismatch)),
       content_(connection.ConversationLog(), std::move(begin)) {}
+
+void ScriptSession::OnOpen() {
+  if (tls_) {
+    connection_.Secure(std::move(tls_), {});
+  } else {
+    Play();
+  }
+}
 
 void ScriptSession::Play() {
   for (; next_ < conversation_.steps.size(); ++next_) {
@@ -33,6 +43,7 @@ void ScriptSession::Say(const ConversationStep& step) {
   switch (step.kind) {
     case Kind::kSend:
       out.Text(step.text);
+      asksForSecret_ = step.text.starts_with("334") || step.text.starts_with("+ ");
       // Lines that are written one by one must not meet in one write.
       if (shape_.kind == Shape::Kind::kLine) out.Pause(shape_.gap);
       break;
@@ -54,7 +65,9 @@ void ScriptSession::Say(const ConversationStep& step) {
 
 void ScriptSession::OnLine(std::string_view line) {
   if (next_ >= conversation_.steps.size() || !conversation_.steps[next_].pattern->Matches(line)) {
-    Mismatch("\"" + Masked(conversation_.protocol, line) + "\"");
+    const std::string shown =
+        asksForSecret_ ? std::string(kMasked) : Masked(conversation_.protocol, line);
+    Mismatch("\"" + shown + "\"");
     return;
   }
   NoteEnvelope(line);
@@ -85,10 +98,10 @@ void ScriptSession::NoteEnvelope(std::string_view line) {
   const std::string_view word = TakeWord(argument);
   if (EqualIgnoringCase(word, "MAIL")) {
     const auto path = ParseSmtpPath(argument, "FROM:");
-    envelope_ = {path ? path->address : "", {}};
+    envelope_ = {{path ? path->address : ""}, {}};
   } else if (EqualIgnoringCase(word, "RCPT")) {
     const auto path = ParseSmtpPath(argument, "TO:");
-    if (path) envelope_.recipients.push_back(path->address);
+    if (path) envelope_.recipients.push_back({path->address});
   }
 }
 

@@ -23,7 +23,10 @@ int Serve(int argc, char** argv) {
   }
   AllowManyDescriptors();
   mailhost::Host host(options);
-  std::printf("smtp %d\npop %d\nready\n", host.SmtpPort(), host.PopPort());
+  std::printf("smtp %d\npop %d\n", host.SmtpPort(), host.PopPort());
+  if (const auto port = host.SmtpsPort()) std::printf("smtps %d\n", *port);
+  if (const auto port = host.PopsPort()) std::printf("pops %d\n", *port);
+  std::puts("ready");
   std::fflush(stdout);
   host.Run();
   return host.HadMismatch() ? 1 : 0;
