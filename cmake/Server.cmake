@@ -39,7 +39,7 @@ if(idl_present)
   add_dependencies(quillon_idl quillon_typelib)
 endif()
 
-quillon_layer(automation DEPENDS server addressbook dialer platform idl EXCLUDE "/automation/main\\.cpp$")
+quillon_layer(automation DEPENDS administration addressbook dialer platform idl EXCLUDE "/automation/main\\.cpp$")
 
 file(GLOB server_main CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/automation/main.cpp")
 if(server_main AND idl_present)

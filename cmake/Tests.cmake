@@ -51,7 +51,7 @@ if(WIN32)
 endif()
 quillon_test(desk quillon_desk)
 
-foreach(layer core codec sasl oauth mail net platform internet backends addressbook dialer dialogs server)
+foreach(layer core codec sasl oauth mail net platform internet backends addressbook dialer dialogs server administration)
   quillon_test(${layer} quillon_${layer})
 endforeach()
 if(NOT WIN32)

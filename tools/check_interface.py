@@ -1,7 +1,7 @@
-"""Checks that the public interface is still what clients were promised: every interface and class of
-src/automation/quillon.promised has its identifier, and every member its place, its dispid, its
-direction and its types, its parameters their names. New members go behind the others; `--promise`
-adds them to the file, once they are released."""
+"""Checks that the public interface is still what clients were promised: every interface, class and
+enumeration of src/automation/quillon.promised has its identifier, and every member its place, its
+dispid or value, its direction and its types, its parameters their names. New members go behind the
+others; `--promise` adds them to the file, once they are released."""
 
 import pathlib
 import re
@@ -14,6 +14,7 @@ PROMISED = FOLDER / "quillon.promised"
 BLOCK = re.compile(r"\[([^\[\]]*)\]\s*(library|interface|coclass)\s+(\w+)(?:\s*:\s*(\w+))?\s*\{")
 MEMBER = re.compile(r"\[([^\[\]]*\bid\([^)]*\)[^\[\]]*)\]\s*([^;]*);")
 DEFAULT = re.compile(r"\[default\]\s*interface\s+\w+")
+ENUM = re.compile(r"\btypedef\s*\[([^\[\]]*)\]\s*enum\s+(\w+)\s*\{([^{}]*)\}")
 TEXT = re.compile(r",?\s*helpstring\(\s*\"[^\"]*\"\s*\)")
 
 
@@ -34,6 +35,9 @@ def described(idl):
             lines += [f"[{plain(a)}] {plain(d)}" for a, d in MEMBER.findall(body)]
             lines += [plain(line) for line in DEFAULT.findall(body)]
         found[f"{kind} {name}" + (f" : {base}" if base else "")] = lines
+    for attributes, name, body in ENUM.findall(text):
+        values = re.sub(r"\[[^\[\]]*\]", "", body).split(",")
+        found[f"enum {name}"] = [plain(attributes), *(plain(value) for value in values)]
     return found
 
 

@@ -7,18 +7,21 @@ import sys
 # What each layer may include besides itself. core/ has functions over a port, and implements none.
 _LOWER = {"ports", "core", "codec", "mail"}
 _PARTS = ["backends", "dialer", "dialogs"]
-_SERVER = _LOWER | {"net", "internet", *_PARTS}
+_SERVER = _LOWER | {"net", "sasl", "oauth", "internet", *_PARTS}
 ALLOWED = {
     "ports": set(),
     "core": {"ports"},
     "codec": {"ports", "core"},
+    "sasl": {"ports", "core", "codec"},
     "mail": {"ports", "core", "codec"},
     "net": {"ports", "core"},
-    "internet": _LOWER | {"net"},
+    "oauth": {"ports", "core", "codec"},
+    "internet": _LOWER | {"net", "sasl", "oauth"},
     **{part: set(_LOWER) for part in _PARTS},
     "server": _SERVER,
     "addressbook": _SERVER | {"server"},
-    "automation": _SERVER | {"server", "addressbook"},
+    "administration": _SERVER | {"server"},
+    "automation": _SERVER | {"server", "addressbook", "administration"},
     "platform": {"ports", "core"},
 }
 # The program entries, which alone make what a system implements.

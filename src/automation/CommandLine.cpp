@@ -1,8 +1,10 @@
 #include "automation/CommandLine.h"
 
+#include <windows.h>
 #include <array>
 #include <cwctype>
 #include <optional>
+#include <shellapi.h>
 
 namespace quillon {
 namespace {
@@ -12,7 +14,7 @@ struct Switch {
   std::optional<StartMode> mode;
 };
 
-constexpr std::array<Switch, 8> kSwitches{{
+constexpr std::array<Switch, 11> kSwitches{{
     {L"embedding", std::nullopt},
     {L"automation", std::nullopt},
     {L"regserver", StartMode::Register},
@@ -21,6 +23,9 @@ constexpr std::array<Switch, 8> kSwitches{{
     {L"unregserverperuser", StartMode::UnregisterPerUser},
     {L"version", StartMode::ShowVersion},
     {L"?", StartMode::ShowHelp},
+    {L"configure", StartMode::Configure},
+    {L"authorize", StartMode::Authorize},
+    {L"check", StartMode::Check},
 }};
 
 constexpr std::wstring_view kBlanks = L" \t";
@@ -61,6 +66,20 @@ const Switch* FindSwitch(std::wstring_view word) {
   return nullptr;
 }
 
+bool TakesArguments(StartMode mode) {
+  return mode == StartMode::Configure || mode == StartMode::Authorize || mode == StartMode::Check;
+}
+
+// With the quotation marks and backslashes that every other program has.
+std::vector<std::wstring> ArgumentsIn(std::wstring_view text) {
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW((L"x " + std::wstring(text)).c_str(), &count);
+  if (words == nullptr) return {};
+  std::vector<std::wstring> arguments(words + 1, words + count);
+  LocalFree(static_cast<HLOCAL>(words));
+  return arguments;
+}
+
 std::wstring_view WithoutLastSwitches(std::wstring_view text) {
   for (;;) {
     const auto blank = text.find_last_of(kBlanks);
@@ -90,6 +109,10 @@ CommandLine ParseCommandLine(std::wstring_view text) {
     }
     if (known->mode) line.mode = *known->mode;
     text = Trimmed(text.substr(length));
+    if (TakesArguments(line.mode)) {
+      line.arguments = ArgumentsIn(text);
+      break;
+    }
   }
   return line;
 }

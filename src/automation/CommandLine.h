@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quillon {
 
@@ -14,21 +15,26 @@ enum class StartMode {
   UnregisterPerUser,
   ShowHelp,
   ShowVersion,
+  Configure,
+  Authorize,
+  Check,
   Refuse,
 };
 
 struct CommandLine {
   StartMode mode = StartMode::Serve;
-  std::wstring unknown;  // what is refused
-  std::wstring rest;     // as it stands from the first word on that is no switch
+  std::wstring unknown;                 // what is refused
+  std::vector<std::wstring> arguments;  // of Configure, Authorize and Check
+  std::wstring rest;                    // as it stands from the first word on that is no switch
 };
 
 // Of the process's whole command line, which begins with the name of the program.
 //
 // Switches begin with '-' or '/' and may be written in any case: -RegServer, -UnregServer,
-// -RegServerPerUser, -UnregServerPerUser, -Version, -?. One that nobody knows is refused, lest a
-// typing error starts a server that waits for clients. -Embedding and -Automation, which COM adds
-// in front or behind, say nothing.
+// -RegServerPerUser, -UnregServerPerUser, -Version, -?, and -Configure, -Authorize and -Check,
+// which take all that follows as their arguments. One that nobody knows is refused, lest a typing
+// error starts a server that waits for clients. -Embedding and -Automation, which COM adds in front
+// or behind, say nothing.
 CommandLine ParseCommandLine(std::wstring_view text);
 
 }  // namespace quillon

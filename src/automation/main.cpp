@@ -6,9 +6,14 @@
 #include <objbase.h>
 #include <shlobj.h>
 #include <string>
+#include <vector>
 
 #include "Version.h"
+#include "administration/AuthorizeCommand.h"
+#include "administration/CheckCommand.h"
+#include "administration/ConfigureCommand.h"
 #include "automation/AddressBookObject.h"
+#include "automation/AdministratorConsole.h"
 #include "automation/BusyFilter.h"
 #include "automation/ClassObjects.h"
 #include "automation/ComCall.h"
@@ -32,15 +37,20 @@
 #include "backends/vim/VimMailSystem.h"
 #include "backends/vines/VinesBackEnd.h"
 #include "backends/vines/VinesMailSystem.h"
+#include "core/BackgroundThread.h"
 #include "dialogs/win32/LoginDialog.h"
 #include "dialogs/win32/SelectSystemDialog.h"
 #include "dialogs/win32/Win32MailDialog.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
+#include "internet/ServerSections.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/INIUtilities.h"
 #include "mail/TemporaryFolder.h"
+#include "oauth/ProviderTokens.h"
+#include "platform/BackgroundHttps.h"
 #include "platform/Platform.h"
+#include "platform/win32/DataProtection.h"
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/ProviderLibrary.h"
 #include "platform/win32/Rasapi32.h"
@@ -52,6 +62,7 @@
 #include "platform/win32/Win32ProgressDisplay.h"
 #include "platform/win32/Win32RichTextLibrary.h"
 #include "platform/win32/Win32Workstation.h"
+#include "platform/win32/WinHttp.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"
@@ -74,6 +85,17 @@ std::string UserDirectory() {
   SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path);
   return Utf8FromWide(path);
 }
+
+// What administrators have said of servers.
+struct AdministrationFiles {
+  AdministrationFiles(FileSystem& files, clsINIUtilities& own, const std::string& programDirectory)
+      : machine(files, MachineConfigurationPath(files, programDirectory)),
+        servers(own, machine.Path().empty() ? nullptr : &machine, protection) {}
+
+  clsINIUtilities machine;
+  DataProtection protection;
+  ServerSections servers;
+};
 
 std::unique_ptr<SimpleMapi> MakeSimpleMapi(const CodePage& codePage) {
   if (VbaMap32::IsInstalled()) return std::make_unique<VbaMap32>(codePage);
@@ -107,12 +129,32 @@ struct Application {
   const std::string configurationFile =
       ConfigurationPath(*files, programDirectory, UserDirectory());
   clsINIUtilities configuration{*files, configurationFile};
+  AdministrationFiles administration{*files, configuration, programDirectory};
   ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
   AsynchNotifier notifier;
   Win32ProgressDisplay progress{*loop};
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
-  InternetBackEnd internetBackEnd{{*loop, *loop, *files, *codePage, *clock, loginPrompt, messageBox,
-                                   configuration, protocolLog, notifier, progress},
+  // Checks of certificates may outlive everything else.
+  TlsLibrary& tls = *MakeTlsLibrary().release();
+  Crypto& crypto = *MakeCrypto().release();
+  BackgroundHttps https{*loop, PostWithWinHttp};
+  ProviderTokens tokens{*loop, https,
+                        [this](const OAuthAccount& account, const std::string& refreshToken) {
+                          administration.servers.ReplaceRefreshToken(account, refreshToken);
+                        }};
+  InternetBackEnd internetBackEnd{{*loop,
+                                   *loop,
+                                   {tls, crypto, tokens, RunInBackground},
+                                   *files,
+                                   *codePage,
+                                   *clock,
+                                   loginPrompt,
+                                   messageBox,
+                                   configuration,
+                                   administration.servers,
+                                   protocolLog,
+                                   notifier,
+                                   progress},
                                   {version, {}}};
   InternetMailSystem internet{internetBackEnd};
   std::unique_ptr<SimpleMapi> mapiLibrary = MakeSimpleMapi(*codePage);
@@ -245,6 +287,9 @@ constexpr wchar_t kHelp[] =
     L"  /RegServerPerUser    registers it for you\r\n"
     L"  /UnregServer         takes both registrations out\r\n"
     L"  /UnregServerPerUser  takes yours out\r\n"
+    L"  /Configure NAME KEY VALUE   sets a key of a mail server; /Configure NAME shows them\r\n"
+    L"  /Authorize NAME      asks the provider of a server for permission, with a code\r\n"
+    L"  /Check NAME          tries the server as scripts would, and sends nothing\r\n"
     L"  /version             tells the version\r\n"
     L"  /?                   tells this\r\n"
     L"\r\n"
@@ -255,6 +300,43 @@ constexpr wchar_t kHelp[] =
     L"                     KR  Y: stay until the process is told to end\r\n"
     L"\r\n"
     L"Windows starts it by itself, with neither, when a program needs it.";
+
+std::vector<std::string> TextsOf(const std::vector<std::wstring>& words) {
+  std::vector<std::string> texts;
+  texts.reserve(words.size());
+  for (const auto& word : words) texts.push_back(Utf8FromWide(word));
+  return texts;
+}
+
+// What an administrator has asked for; the exit status.
+int Administer(const CommandLine& line) {
+  const auto programDirectory = DirectoryOf(Utf8FromWide(ProgramPath()));
+  const auto files = MakeFileSystem();
+  clsINIUtilities own(*files, ConfigurationPath(*files, programDirectory, UserDirectory()));
+  AdministrationFiles administration(*files, own, programDirectory);
+  AdministratorConsole console;
+  if (line.mode == StartMode::Authorize) {
+    const auto loop = MakeNetworkLoop();
+    BackgroundHttps https(*loop, PostWithWinHttp);
+    return Authorize(TextsOf(line.arguments), administration.servers, {*loop, https, console}) ? 0
+                                                                                               : 1;
+  }
+  return Configure(TextsOf(line.arguments), administration.servers, console) ? 0 : 1;
+}
+
+// With the parts that serve scripts, so that it finds what they would.
+int TryServers(const CommandLine& line) {
+  const ComApartment apartment;
+  Application application(DirectoryOf(Utf8FromWide(ProgramPath())));
+  AdministratorConsole console;
+  const CheckPorts ports{
+      *application.loop,
+      *application.loop,
+      {application.tls, application.crypto, application.tokens, RunInBackground},
+      {*application.files, *application.codePage, *application.clock, application.protocolLog},
+      console};
+  return Check(TextsOf(line.arguments), application.administration.servers, ports) ? 0 : 1;
+}
 
 int Register(StartMode mode) {
   const LSTATUS result = ChangeRegistration(mode);
@@ -277,6 +359,11 @@ int Start() {
     case StartMode::Refuse:
       Complain(L"There is no switch " + line.unknown + L"; /? tells which there are.");
       return 1;
+    case StartMode::Check:
+      return TryServers(line);
+    case StartMode::Configure:
+    case StartMode::Authorize:
+      return Administer(line);
     default:
       return Register(line.mode);
   }

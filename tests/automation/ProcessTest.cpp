@@ -49,6 +49,14 @@ TEST(CommandLineTest, SwitchesAreKnownInAnyCaseWithEitherSign) {
   }
 }
 
+TEST(CommandLineTest, CommandsTakeWhatFollows) {
+  const auto line = ParseCommandLine(L"q -CONFIGURE *  SMTPUser \"a  \\\"b\" \"\" /RegServer");
+  EXPECT_EQ(line.mode, StartMode::Configure);
+  EXPECT_EQ(line.arguments,
+            (std::vector<std::wstring>{L"*", L"SMTPUser", L"a  \"b", L"", L"/RegServer"}));
+  EXPECT_TRUE(ParseCommandLine(L"q /Configure").arguments.empty());
+}
+
 TEST(CommandLineTest, ASwitchOfNobodysIsNamed) {
   for (const auto& [given, named] :
        std::vector<std::pair<std::wstring, std::wstring>>{{L"q /RegSevrer", L"/RegSevrer"},

@@ -128,6 +128,18 @@ Sensitivity: get put returns variant
 PreventCopying: get put returns variant
 GetMessageItem: method theItem:variant, itemIndex:long, returns variant
 ConcatenateMessage: get put returns variant
+SMTPSecurity: get put returns short
+POPSecurity: get put returns short
+SMTPLoginName: get put returns string
+SMTPPassword: put returns string
+Authentication: get put returns string
+AccessToken: put returns string
+PinnedCertificate: get put returns string
+Extensions: get put returns short
+DetailedErrors: get put returns short
+TLSVersion: get returns string
+ServerCertificate: get returns string
+LastServerReply: get returns string
 )";
 
 std::string TypeName(const TYPEDESC& type) {

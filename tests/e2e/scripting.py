@@ -2,6 +2,7 @@
 they came to their end."""
 
 import contextlib
+import itertools
 import os
 import pathlib
 import shutil
@@ -23,12 +24,14 @@ ENDED = "@ended"  # the last line of a script that was not cut short
 class MailHost:
     """The embedded host on free ports; `messages` (bytes each, in mailbox order) are in its store
     from the beginning. `faults` is the text of its fault file; `log` the file with all
-    conversations."""
+    conversations; `options` are more of its own. Its ports are smtp, pop, and those for TLS that
+    the options ask for."""
 
-    def __init__(self, messages=(), login=("joe", "secret"), faults=""):
+    def __init__(self, messages=(), login=("joe", "secret"), faults="", options=()):
         self._messages = messages
         self._login = login
         self._faults = faults
+        self._options = list(map(str, options))
 
     def __enter__(self):
         self._scratch = tempfile.TemporaryDirectory(prefix="mailhost-")
@@ -44,11 +47,16 @@ class MailHost:
             self._process = subprocess.Popen(
                 [str(winetest.MAILHOST), "--smtp-port", "0", "--pop-port", "0", "--store",
                  str(self.store), "--user", self._login[0], "--password", self._login[1],
-                 "--no-lock", "--faults", str(folder / "faults"), "--log", str(self.log)],
+                 "--no-lock", "--faults", str(folder / "faults"), "--log", str(self.log),
+                 *self._options],
                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=errors, text=True)
         try:
-            self.smtp = self._port("smtp")
-            self.pop = self._port("pop")
+            lines = iter(self._process.stdout.readline, "")
+            ports = dict(line.split() for line in itertools.takewhile("ready\n".__ne__, lines))
+            if "pop" not in ports:
+                raise RuntimeError(f"mailhost did not start: {self._errors.read_text()}")
+            self.smtp, self.pop = int(ports["smtp"]), int(ports["pop"])
+            self.smtps, self.pops = int(ports.get("smtps", 0)), int(ports.get("pops", 0))
         except BaseException:
             self.__exit__()
             raise
@@ -59,12 +67,6 @@ class MailHost:
         self._process.wait()
         self._process.stdout.close()
         self._scratch.cleanup()
-
-    def _port(self, name):
-        line = self._process.stdout.readline()
-        if not line.startswith(name + " "):
-            raise RuntimeError(f"mailhost did not start: {line!r}")
-        return int(line.split()[1])
 
     def complaints(self):
         """Where the client has left the conversation."""

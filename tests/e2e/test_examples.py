@@ -57,6 +57,13 @@ class ExamplePrograms(unittest.TestCase):
         self.assertIsNotNone(message["Date"].datetime)
         self.assertEqual("Good morning.", message.get_content().rstrip())
 
+    def test_many(self):
+        with MailHost() as host:
+            lines = self.run_example("many.vbs", "127.0.0.1", "joe@example.com", "ann@example.com",
+                                     3, host.smtp)
+            self.assertEqual(3, len(host.received()))
+        self.assertRegex(lines[-1], r"^3 messages in \d.* s: \d+ in an hour$")
+
     def test_reading(self):
         with MailHost([LUNCH, REPORT]) as host:
             login = ["127.0.0.1", "joe", "secret"]

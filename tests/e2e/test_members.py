@@ -41,6 +41,11 @@ ZipPassword          text   ""      | String(65,"x")                 | String(66
 replyTo              text   ""      | "a"                            |
 FolderDelimiter      text   "\\\\"  | "/"                            |
 ConversationIndex    text   ""      | "a"                            |
+SMTPSecurity         short  0       | 1 2 3 0                        | -1 4
+POPSecurity          short  0       | 3                              | 4
+SMTPLoginName        text   ""      | "a" ""                         |
+Authentication       text   ""      | "plain,login" "SCRAM-SHA-256-PLUS" "" | "none"
+PinnedCertificate    text   ""      | "key:"&String(64,"0") ""       | String(63,"0") String(64,"g")
 Importance           short  3       | 1 5                            | 0 6
 DeliveryReport       short  0       | 0 3                            | -1 4
 DeliveryPriority     short  3       | 2 4                            | 1 5
@@ -50,7 +55,8 @@ dateFormat           short  0       | 3 5 0                          | 6 -1 1E30
 
 FALSE_FLAGS = """ErrorDisplay Certify NativeMailDialog DialogErrorOnCancel unreadOnly
 suppressAttachments peekOnly forceDownload NameResolution HeadersInMessage suppressAlternatives
-ReturnShortFilespecs InternetLogging signed Encrypt PreventCopying ConcatenateMessage"""
+ReturnShortFilespecs InternetLogging signed Encrypt PreventCopying ConcatenateMessage
+Extensions DetailedErrors"""
 TRUE_FLAGS = "dateSort LoginDialog"
 
 # name, expression that it equals on a new object; a put is no member of it
@@ -61,6 +67,9 @@ READ_ONLY = {
     "sessionHandle": "CLng(0)",
     "DateSent": '""',
     "DefaultProfile": '""',
+    "TLSVersion": '""',
+    "ServerCertificate": '""',
+    "LastServerReply": '""',
 }
 
 # What stands in the table above by name only, and everything that is no plain property: a member, a
@@ -142,6 +151,10 @@ undocumented1          | text = mail.undocumented1                            | 
 undocumented1          | mail.undocumented1 = "TEMPDIR"                       | 529
 Password               | mail.Password = "a"                                  | 0
 Password               | text = mail.Password                                 | 438
+SMTPPassword           | mail.SMTPPassword = "a"                              | 0
+SMTPPassword           | text = mail.SMTPPassword                             | 438
+AccessToken            | mail.AccessToken = "a"                               | 0
+AccessToken            | text = mail.AccessToken                              | 438
 QueryMailSystem        | count = mail.QueryMailSystem(10)                     | 0
 SetNativeSystem        | mail.SetNativeSystem                                 | 0
 ServerPath             | text = mail.ServerPath                               | 0
