@@ -4,11 +4,14 @@
 // libcurl is given the finished message and hands over each header as it came; our side also
 // composes the message, and makes a table of the fields.
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "bench/support/BareMail.h"
 #include "bench/support/CurlMail.h"
@@ -29,6 +32,9 @@ namespace {
 constexpr int kSendRounds = 41;
 constexpr int kMessagesPerRound = 300;
 constexpr int kHeaderRounds = 15;
+constexpr int kFileRounds = 9;
+constexpr int kConnectionsPerRound = 100;
+constexpr std::uintmax_t kLargeFile = 200U * 1024 * 1024;
 constexpr std::size_t kHeaders = 10000;
 constexpr std::size_t kFewHeaders = 1000;
 constexpr std::size_t kManyHeaders = 100000;
@@ -55,6 +61,37 @@ std::string FinishedMessage() {
   message.version = "1.0";
   return BuildHeaderBlock(message, MakeLocalClock()->Now()) + Body();
 }
+
+// A mail host that speaks TLS too, with a root that this process trusts.
+class TodaysHost {
+ public:
+  explicit TodaysHost(std::vector<std::string> options)
+      : root_((scratch_.Path() / "root.pem").string()), host_(WithTls(std::move(options))) {
+    // Read by our side when it makes a connection.
+    ::setenv("SSL_CERT_FILE", root_.c_str(), 1);
+  }
+
+  const MailHost& Host() const noexcept { return host_; }
+  CurlPlace Smtp(bool tls) const {
+    return tls ? CurlPlace(host_.SmtpsPort(), root_) : CurlPlace(host_.SmtpPort());
+  }
+  CurlPlace Pop(bool tls) const {
+    return tls ? CurlPlace(host_.PopsPort(), root_) : CurlPlace(host_.PopPort());
+  }
+
+ private:
+  std::vector<std::string> WithTls(std::vector<std::string> options) const {
+    for (const auto* const word : {"--smtps-port", "0", "--pops-port", "0", "--write-root"}) {
+      options.emplace_back(word);
+    }
+    options.push_back(root_);
+    return options;
+  }
+
+  ScratchDirectory scratch_;
+  const std::string root_;
+  MailHost host_;
+};
 
 class Send {
  public:
@@ -136,6 +173,81 @@ void CompareHeaders(const std::string& where) {
   const auto bare = PerSecond(kHeaders, [&] { headers.Bare(); });
   PrintRow(name, "libcurl", Compare(kHeaderRounds, native, curl), "/s", kAtLeast);
   PrintRow(name, "bare socket", Compare(kHeaderRounds, native, bare), "/s", "");
+}
+
+void CompareSendOfToday(bool tls, const std::string& how) {
+  const TodaysHost host({"--no-store"});
+  const ScratchDirectory scratch;
+  const auto place = host.Smtp(tls);
+  NativeMail native(scratch.Path().string(), place.port, 0);
+  native.UseExtensions(tls);
+  native.SetMessage(kSender, kRecipient, Body());
+  CurlSmtp curl(place, kSender, kRecipient);
+  const auto message = FinishedMessage();
+  const auto repeated = [](int count, const auto& work) {
+    return PerSecond(static_cast<std::size_t>(count), [count, &work] {
+      for (int done = 0; done < count; ++done) work();
+    });
+  };
+  const auto send = [&] { native.Send(); };
+  const auto curlSend = [&] { curl.Send(message); };
+  PrintRow("Send of messages of 2 KiB, " + how, "libcurl",
+           Compare(kSendRounds, repeated(kMessagesPerRound, send),
+                   repeated(kMessagesPerRound, curlSend)),
+           "/s", ">= 1.5");
+  if (!tls) return;
+  const auto connect = [&] { native.Connect(); };
+  CurlSmtp curlConnect(place, kSender, kRecipient);
+  const auto curlOnce = [&] { curlConnect.Connect(); };
+  PrintRow("Connections over TLS", "libcurl",
+           Compare(kSendRounds, repeated(kConnectionsPerRound, connect),
+                   repeated(kConnectionsPerRound, curlOnce)),
+           "/s", "");
+}
+
+void CompareHeadersOfToday(bool tls, const std::string& how) {
+  const ScratchDirectory store;
+  FillMaildir(store.Path(), kHeaders);
+  const TodaysHost host({"--store", store.Path().string(), "--no-lock"});
+  const ScratchDirectory scratch;
+  const auto place = host.Pop(tls);
+  NativeMail native(scratch.Path().string(), 0, place.port);
+  native.UseExtensions(tls);
+  native.SetMaximumHeaders(kHeaders);
+  CurlPop curl(place);
+  const auto load = PerSecond(kHeaders, [&] {
+    if (native.LoadMessageHeaders() != kHeaders) throw std::runtime_error("headers are missing");
+  });
+  const auto curlLoad = PerSecond(kHeaders, [&] { curl.LoadHeaders(kHeaders); });
+  PrintRow("LoadMessageHeaders of 10,000, " + how, "libcurl",
+           Compare(kHeaderRounds, load, curlLoad), "/s", ">= 5");
+}
+
+void CompareAttachmentOverTls() {
+  const TodaysHost host({"--no-store"});
+  const ScratchDirectory scratch;
+  const auto path = (scratch.Path() / "attached.bin").string();
+  std::filesystem::resize_file((std::ofstream(path, std::ios::binary), path), kLargeFile);
+  const auto place = host.Smtp(true);
+  NativeMail native(scratch.Path().string(), place.port, 0);
+  native.UseExtensions(true);
+  native.SetMessage(kSender, kRecipient, Body());
+  native.SetAttachment(path);
+  CurlMime curl(place, kSender, kRecipient);
+  const auto megabytes = kLargeFile / (1024 * 1024);
+  const auto send = PerSecond(megabytes, [&] { native.Send(); });
+  const auto curlSend = PerSecond(megabytes, [&] { curl.Send(Body(), path); });
+  PrintRow("Send of 200 MiB attached, TLS", "libcurl", Compare(kFileRounds, send, curlSend),
+           "MiB/s", ">= 1");
+}
+
+void CompareToday() {
+  for (const bool tls : {false, true}) {
+    const std::string how = tls ? "pipelined, TLS" : "pipelined";
+    CompareSendOfToday(tls, how);
+    CompareHeadersOfToday(tls, how);
+  }
+  CompareAttachmentOverTls();
 }
 
 // The most memory that this process has held, in KB.
@@ -254,6 +366,10 @@ int Run(int count, char** arguments) {
     return LoadOnce(std::stoul(arguments[2]), static_cast<std::uint16_t>(std::stoul(arguments[3])),
                     arguments[4]);
   }
+  if (count == 2 && std::string_view(arguments[1]) == "--today") {
+    CompareToday();
+    return 0;
+  }
   ShowWire();
   CompareSend("");
   CompareHeaders("");
@@ -262,6 +378,7 @@ int Run(int count, char** arguments) {
     CompareSend(", one processor");
     CompareHeaders(", one processor");
   }
+  CompareToday();
   ShowGrowth();
   return 0;
 }

@@ -16,9 +16,14 @@ void CurlHandle::Check(CURLcode code) {
   if (code != CURLE_OK) throw std::runtime_error(curl_easy_strerror(code));
 }
 
-CurlSmtp::CurlSmtp(std::uint16_t port, const std::string& sender, const std::string& recipient)
-    : handle_("smtp://127.0.0.1:" + std::to_string(port) + "/localhost"),
+void CurlHandle::Trust(const CurlPlace& place) {
+  if (!place.root.empty()) Set(CURLOPT_CAINFO, place.root.c_str());
+}
+
+CurlSmtp::CurlSmtp(const CurlPlace& place, const std::string& sender, const std::string& recipient)
+    : handle_(place.Url("smtp") + "localhost"),
       recipients_(curl_slist_append(nullptr, recipient.c_str()), &curl_slist_free_all) {
+  handle_.Trust(place);
   handle_.Set(CURLOPT_MAIL_FROM, sender.c_str());
   handle_.Set(CURLOPT_MAIL_RCPT, recipients_.get());
   handle_.Set(CURLOPT_UPLOAD, 1L);
@@ -34,15 +39,25 @@ std::size_t CurlSmtp::OnRead(char* buffer, std::size_t size, std::size_t count, 
   return taken;
 }
 
+void CurlSmtp::Connect() {
+  handle_.Set(CURLOPT_UPLOAD, 0L);
+  handle_.Set(CURLOPT_NOBODY, 1L);
+  handle_.Set(CURLOPT_CUSTOMREQUEST, "NOOP");
+  handle_.Set(CURLOPT_FRESH_CONNECT, 1L);
+  handle_.Set(CURLOPT_SSL_SESSIONID_CACHE, 0L);
+  handle_.Perform();
+}
+
 void CurlSmtp::Send(std::string_view message) {
   rest_ = message;
   handle_.Perform();
 }
 
-CurlMime::CurlMime(std::uint16_t port, const std::string& sender, const std::string& recipient)
-    : handle_("smtp://127.0.0.1:" + std::to_string(port) + "/localhost"),
+CurlMime::CurlMime(const CurlPlace& place, const std::string& sender, const std::string& recipient)
+    : handle_(place.Url("smtp") + "localhost"),
       recipients_(curl_slist_append(nullptr, recipient.c_str()), &curl_slist_free_all),
       fields_(curl_slist_append(nullptr, "Subject: A file"), &curl_slist_free_all) {
+  handle_.Trust(place);
   handle_.Set(CURLOPT_MAIL_FROM, sender.c_str());
   handle_.Set(CURLOPT_MAIL_RCPT, recipients_.get());
   handle_.Set(CURLOPT_HTTPHEADER, fields_.get());
@@ -59,8 +74,8 @@ void CurlMime::Send(const std::string& text, const std::string& path) {
   handle_.Perform();
 }
 
-CurlPop::CurlPop(std::uint16_t port)
-    : url_("pop3://127.0.0.1:" + std::to_string(port) + "/"), handle_(url_) {
+CurlPop::CurlPop(const CurlPlace& place) : url_(place.Url("pop3")), handle_(url_) {
+  handle_.Trust(place);
   handle_.Set(CURLOPT_USERPWD, "bench:bench");
   handle_.Set(CURLOPT_WRITEFUNCTION, &CurlPop::OnWrite);
   handle_.Set(CURLOPT_WRITEDATA, static_cast<void*>(&received_));

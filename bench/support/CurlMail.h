@@ -7,12 +7,16 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quillon::bench {
+
+struct CurlPlace;
 
 class CurlHandle {
  public:
   explicit CurlHandle(const std::string& url);
+  void Trust(const CurlPlace& place);
 
   template <typename Value>
   void Set(CURLoption option, Value value) {
@@ -27,9 +31,27 @@ class CurlHandle {
   std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle_;
 };
 
+// Where a side of libcurl connects to: over TLS when a root is given, in PEM.
+struct CurlPlace {
+  // NOLINTNEXTLINE(google-explicit-constructor): a port alone is a place on this machine.
+  CurlPlace(std::uint16_t where, std::string trusted = {})
+      : port(where), root(std::move(trusted)) {}
+
+  std::string Url(const char* protocol) const {
+    return std::string(protocol) + (root.empty() ? "" : "s") +
+           "://127.0.0.1:" + std::to_string(port) + "/";
+  }
+
+  std::uint16_t port;
+  std::string root;
+};
+
 class CurlSmtp {
  public:
-  CurlSmtp(std::uint16_t port, const std::string& sender, const std::string& recipient);
+  CurlSmtp(const CurlPlace& place, const std::string& sender, const std::string& recipient);
+
+  // Connects anew and says NOOP.
+  void Connect();
 
   // Header and text. The connection and its login are made with the first one.
   void Send(std::string_view message);
@@ -45,7 +67,7 @@ class CurlSmtp {
 // Messages with one attachment, which libcurl encodes while it sends.
 class CurlMime {
  public:
-  CurlMime(std::uint16_t port, const std::string& sender, const std::string& recipient);
+  CurlMime(const CurlPlace& place, const std::string& sender, const std::string& recipient);
 
   void Send(const std::string& text, const std::string& path);
 
@@ -57,7 +79,7 @@ class CurlMime {
 
 class CurlPop {
  public:
-  explicit CurlPop(std::uint16_t port);
+  explicit CurlPop(const CurlPlace& place);
 
   // Returns the number of bytes of all headers.
   std::size_t LoadHeaders(std::size_t count);

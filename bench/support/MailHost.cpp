@@ -1,5 +1,6 @@
 #include "bench/support/MailHost.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -73,6 +74,11 @@ MailHost::MailHost(const std::vector<std::string>& options) {
 
   smtpPort_ = PortOf(ReadLine(output.get()), "smtp");
   popPort_ = PortOf(ReadLine(output.get()), "pop");
+  const auto asked = [&](const char* option) {
+    return std::find(options.begin(), options.end(), option) != options.end();
+  };
+  if (asked("--smtps-port")) smtpsPort_ = PortOf(ReadLine(output.get()), "smtps");
+  if (asked("--pops-port")) popsPort_ = PortOf(ReadLine(output.get()), "pops");
   if (ReadLine(output.get()) != "ready") throw std::runtime_error("mailhost is not ready");
 }
 

@@ -36,11 +36,16 @@ class MailHost {
 
   std::uint16_t SmtpPort() const noexcept { return smtpPort_; }
   std::uint16_t PopPort() const noexcept { return popPort_; }
+  // Those for TLS, when the options ask for them; else 0.
+  std::uint16_t SmtpsPort() const noexcept { return smtpsPort_; }
+  std::uint16_t PopsPort() const noexcept { return popsPort_; }
 
  private:
   pid_t process_ = 0;
   std::uint16_t smtpPort_ = 0;
   std::uint16_t popPort_ = 0;
+  std::uint16_t smtpsPort_ = 0;
+  std::uint16_t popsPort_ = 0;
 };
 
 // Where this program lies.

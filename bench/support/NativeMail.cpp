@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "core/BackgroundThread.h"
 #include "core/WholeFile.h"
 
 namespace quillon::bench {
@@ -9,8 +10,19 @@ namespace quillon::bench {
 NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort)
     : configuration_(*files_, directory + "/quillon.ini"),
       log_(*files_, directory),
-      backEnd_({*loop_, *loop_, *files_, *codePage_, *clock_, loginPrompt_, messageBox_,
-                configuration_, log_, notifier_, progress_},
+      backEnd_({*loop_,
+                *loop_,
+                {*tls_, *crypto_, tokens_, RunInBackground},
+                *files_,
+                *codePage_,
+                *clock_,
+                loginPrompt_,
+                messageBox_,
+                configuration_,
+                servers_,
+                log_,
+                notifier_,
+                progress_},
                {"1.0", {}}) {
   instance_.mailSystem = mail_system::kInternet;
   instance_.smtpServer = instance_.postOffice = "127.0.0.1";
@@ -36,8 +48,20 @@ void NativeMail::SetMaximumHeaders(std::size_t count) {
   instance_.maximumHeaders = static_cast<std::int32_t>(count);
 }
 
+void NativeMail::UseExtensions(bool tls) {
+  auto& access = instance_.access;
+  access.extensions = kTrue;
+  if (tls) access.smtpSecurity = access.popSecurity = 3;
+}
+
 void NativeMail::Login() {
   Check("Login", backEnd_.Login(request_));
+}
+
+void NativeMail::Connect() {
+  instance_.mailSystem = mail_system::kSmtp;
+  Logout();
+  Login();
 }
 
 void NativeMail::Logout() {

@@ -9,10 +9,18 @@
 #include "internet/InternetBackEnd.h"
 #include "internet/ProtocolLog.h"
 #include "mail/INIUtilities.h"
+#include "oauth/NoAccessTokens.h"
 #include "platform/Platform.h"
 #include "ports/LoginPrompt.h"
 
 namespace quillon::bench {
+
+// The benchmarks keep none.
+class NoSecrets final : public SecretProtector {
+ public:
+  std::optional<std::string> Protect(std::string_view, Scope) override { return std::nullopt; }
+  std::optional<std::string> Reveal(std::string_view) override { return std::nullopt; }
+};
 
 class NativeMail {
  public:
@@ -22,9 +30,13 @@ class NativeMail {
   void SetMessage(const std::string& sender, const std::string& recipient, const std::string& body);
   void SetAttachment(const std::string& path);
   void SetMaximumHeaders(std::size_t count);
+  // What servers offer is used, over TLS from the first byte on where that is wanted.
+  void UseExtensions(bool tls);
 
   // Each throws std::runtime_error when the operation fails.
   void Login();
+  // A new connection to the SMTP server, and its end.
+  void Connect();
   void Logout();
   void Send();
   // Returns how many there are now.
@@ -47,9 +59,14 @@ class NativeMail {
   NoLoginPrompt loginPrompt_;
   NoMessageBox messageBox_;
   clsINIUtilities configuration_;
+  NoSecrets secrets_;
+  ServerSections servers_{configuration_, nullptr, secrets_};
   ProtocolLog log_;
   AsynchNotifier notifier_;
   NoProgressDisplay progress_;
+  std::unique_ptr<TlsLibrary> tls_ = MakeTlsLibrary();
+  std::unique_ptr<Crypto> crypto_ = MakeCrypto();
+  NoAccessTokens tokens_{*loop_};
   InternetBackEnd backEnd_;
   InstanceState instance_;
   SharedState shared_;
