@@ -162,10 +162,10 @@ def check():
 
 
 def fuzz():
-    """Each target looks for new inputs for a minute."""
+    """Each target looks for new inputs for a while."""
     if not build("fuzz"):
         return Count(failed=1)
-    done = subprocess.run([str(TOP / "tools" / "fuzz.sh"), "60"], stdin=subprocess.DEVNULL,
+    done = subprocess.run([str(TOP / "tools" / "fuzz.sh"), "20"], stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     print(done.stdout, end="", flush=True)
     lines = done.stdout.splitlines()
@@ -180,7 +180,7 @@ SECTIONS = {
     "asan": ("Unit tests, native with ASan and UBSan", asan),
     "windows": ("Unit tests as Windows programs, under Wine", windows),
     "e2e": ("End to end, under Wine", end_to_end),
-    "fuzz": ("Fuzz targets, a minute each", fuzz),
+    "fuzz": ("Fuzz targets, 20 seconds each", fuzz),
 }
 
 
