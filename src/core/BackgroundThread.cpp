@@ -1,5 +1,6 @@
 #include "core/BackgroundThread.h"
 
+#include <condition_variable>
 #include <list>
 #include <mutex>
 #include <thread>
@@ -14,6 +15,12 @@ struct Threads {
   std::list<std::thread> running;
   // But for their last steps, which the next beginning waits for.
   std::list<std::thread> ended;
+  std::condition_variable oneEnded;
+
+  void JoinEnded() {
+    for (auto& thread : ended) thread.join();
+    ended.clear();
+  }
 };
 
 Threads& AllThreads() {
@@ -28,19 +35,26 @@ Threads& AllThreads() {
 void RunInBackground(std::function<void()> work) {
   auto& threads = AllThreads();
   const std::lock_guard lock(threads.mutex);
-  for (auto& thread : threads.ended) thread.join();
-  threads.ended.clear();
+  threads.JoinEnded();
   const auto place = threads.running.emplace(threads.running.end());
   try {
     *place = std::thread([&threads, place, work = std::move(work)] {
       work();
       const std::lock_guard turn(threads.mutex);
       threads.ended.splice(threads.ended.end(), threads.running, place);
+      threads.oneEnded.notify_all();
     });
   } catch (...) {
     threads.running.erase(place);
     throw;
   }
+}
+
+void JoinBackgroundThreads() {
+  auto& threads = AllThreads();
+  std::unique_lock lock(threads.mutex);
+  threads.oneEnded.wait(lock, [&threads] { return threads.running.empty(); });
+  threads.JoinEnded();
 }
 
 }  // namespace quillon

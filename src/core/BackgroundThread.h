@@ -11,4 +11,8 @@ namespace quillon {
 // The work may not throw. Throws std::system_error when there is no thread to be had.
 void RunInBackground(std::function<void()> work);
 
+// Waits until all of them have ended, for a test that looks at what they leave behind: a process
+// that ends under them would leave their memory.
+void JoinBackgroundThreads();
+
 }  // namespace quillon

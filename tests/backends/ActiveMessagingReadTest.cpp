@@ -6,8 +6,6 @@
 namespace quillon::testing {
 namespace {
 
-constexpr auto kNetworkError = static_cast<std::int32_t>(0x80040115U);
-
 class ActiveMessagingReadTest : public ::testing::Test {
  protected:
   MailResult Load() { return world.backEnd.LoadMessageHeaders(world.request); }

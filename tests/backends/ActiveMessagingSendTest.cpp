@@ -6,7 +6,6 @@
 namespace quillon::testing {
 namespace {
 
-constexpr auto kNetworkError = static_cast<std::int32_t>(0x80040115U);
 constexpr auto kUserCancel = static_cast<std::int32_t>(0x80040113U);
 constexpr const char* kRichText = "{\\rtf1 Hello}";
 

@@ -8,8 +8,6 @@
 namespace quillon::testing {
 namespace {
 
-constexpr auto kNetworkError = static_cast<std::int32_t>(0x80040115U);
-
 class ActiveMessagingSessionTest : public ::testing::Test {
  protected:
   std::int32_t Unread() {

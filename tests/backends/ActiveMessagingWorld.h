@@ -1,6 +1,7 @@
 // A back end of Active Messaging on a made-up mail program, with the records of one Server.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,9 @@
 #include "support/TestWorld.h"
 
 namespace quillon::testing {
+
+// As the mail program has numbers of MAPI.
+inline constexpr auto kNetworkError = static_cast<std::int32_t>(0x80040115U);
 
 class RecordingRichText final : public RichTextLibrary {
  public:

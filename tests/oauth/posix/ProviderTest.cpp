@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/BackgroundThread.h"
 #include "oauth/ProviderTokens.h"
 #include "platform/BackgroundHttps.h"
 #include "platform/Platform.h"
@@ -21,7 +22,7 @@ constexpr const char* kRules =
     R"([{"path":"/refuse","status":400,"body":{"error":"invalid_client"}},)"
     R"({"path":"/redirect","status":302,"location":"/token","text":"x"},)"
     R"({"path":"/big","size":1200000},{"path":"/hang-up","hang_up":true},)"
-    R"({"path":"/slow","delay":5,"keep":true},{"path":"/drip","size":100,"drip":0.1},)"
+    R"({"path":"/slow","delay":2,"keep":true},{"path":"/drip","size":100,"drip":0.1},)"
     R"({"path":"/rotate","rotate":"refresh-2"}])";
 
 // tests/e2e/token_provider.py for as long as it lives.
@@ -59,6 +60,8 @@ const Provider& TheProvider() {
 
 class RealProviderTest : public ::testing::Test {
  protected:
+  ~RealProviderTest() override { JoinBackgroundThreads(); }
+
   std::unique_ptr<BackgroundHttps> Client(const std::string& roots, TickCount patience) {
     return std::make_unique<BackgroundHttps>(*loop, [roots, patience](const HttpsForm& form) {
       auto hurried = form;
@@ -130,6 +133,7 @@ TEST(BackgroundHttps, ThePatienceOfTheLoopEndsWhereThatOfTheSystemDoesNot) {
   https.Post(form, note);  // and given up at once
   EXPECT_TRUE(loop->RunUntil([&] { return !said.empty(); }, loop->Now() + 60'000));
   EXPECT_EQ((std::vector<std::string>{"the server did not answer in time"}), said);
+  JoinBackgroundThreads();
 }
 
 }  // namespace
