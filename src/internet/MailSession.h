@@ -175,6 +175,8 @@ class MailSession : private LineSocket::Handler {
   Task<bool> PrepareLogin(SessionLogin& login, std::vector<std::string> offered, LoginRules rules,
                           std::size_t longestCommand);
   // Ends the operation with 44 and all that was in the way.
+  // What is in the way of a login method, as a sentence for NoCommonLogin.
+  void NoteObjection(std::string_view sentence);
   [[noreturn]] void NoCommonLogin();
   Credentials LoginCredentials() const { return settings_.security.credentials; }
   ConnectionFacts LoginConnection() const;

@@ -16,6 +16,8 @@ using Connection = SessionFailure::Connection;
 constexpr std::string_view kUser = "USER";
 constexpr std::string_view kApop = "APOP";
 
+constexpr std::string_view kUserNeeds = "USER needs an encrypted connection, or PlainTextLogin.";
+
 // What a server has at most to say about itself.
 constexpr int kMostCapabilities = 200;
 
@@ -87,15 +89,22 @@ Task<> PopSession::Authenticate(std::string timestamp) {
       co_await SayPassword();
       co_return;
     }
+    if (!mayTell) NoteObjection(kUserNeeds);
   }
   for (const auto& name : rules.wanted) {
     if (EqualsIgnoreCase(name, kApop)) {
-      if (timestamp.empty()) continue;
+      if (timestamp.empty()) {
+        NoteObjection("APOP needs a time stamp in a greeting that came over the same connection.");
+        continue;
+      }
       co_await Apop(timestamp);
       co_return;
     }
     if (EqualsIgnoreCase(name, kUser)) {
-      if (!mayTell) continue;
+      if (!mayTell) {
+        NoteObjection(kUserNeeds);
+        continue;
+      }
       co_await SayPassword();
       co_return;
     }

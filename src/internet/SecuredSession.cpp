@@ -126,10 +126,15 @@ Task<bool> MailSession::PrepareLogin(SessionLogin& login, std::vector<std::strin
     KeepSecret(token_.token);
     login.SetToken(token_.token);
   }
-  auto reason = login.Choose(offered, rules, longestCommand);
+  const auto reason = login.Choose(offered, rules, longestCommand);
   if (reason.empty()) co_return true;
-  objections_ += (objections_.empty() ? "" : " ") + reason;
+  NoteObjection(reason);
   co_return false;
+}
+
+void MailSession::NoteObjection(std::string_view sentence) {
+  if (!objections_.empty()) objections_ += ' ';
+  objections_ += sentence;
 }
 
 void MailSession::NoCommonLogin() {
