@@ -48,8 +48,8 @@ class Secured(unittest.TestCase):
 
     def setUp(self):
         self.statements = []
-        self.assign(host="127.0.0.1", mechanism="", password=PASSWORD, pin="", token="",
-                    security=0)
+        self.assign(host="127.0.0.1", mechanism="", login="joe", password=PASSWORD, pin="",
+                    token="", security=0)
 
     def assign(self, **values):
         self.statements += [f"{name} = {value if isinstance(value, int) else literal(value)}"
@@ -113,6 +113,29 @@ class Secured(unittest.TestCase):
             self.run_all(AT_REAL_SERVERS)
             self.check_methods(servers.log("dovecot.log"), r"Login: user=<joe>, method=([\w-]+),",
                                ["PLAIN", "APOP", "LOGIN", "CRAM-MD5", *SCRAM])
+
+    def test_each_takes_ntlm(self):
+        """The system's own login, which Wine has from Samba, where the account of this process has
+        nothing to log in with."""
+        if not realservers.has_ntlm():
+            self.skipTest(f"{realservers.NTLM_AUTH} is not installed")
+        with self.real_servers() as servers:
+            self.assign(mechanism="NTLM", security=TLS)
+            for login, password, ending in (
+                    ("joe", AT_REAL_SERVERS, CAME_THROUGH), ("joe", "wrong", (43, "")),
+                    (r"QUILLON\joe", AT_REAL_SERVERS, CAME_THROUGH),
+                    ("", "", (43, "The login that Windows makes"))):
+                self.assign(login=login, password=password, host=servers.pop_host)
+                self.call("FetchFrom", servers.pops, f"{login} {password}", ending)
+                self.assign(host="127.0.0.1")
+                if realservers.has_scram():
+                    self.call("SendTo", servers.smtps, f"{login} {password}", ending)
+            self.run_all(AT_REAL_SERVERS)
+            self.check_methods(servers.log("dovecot.log"), r"Login: user=.*, method=([\w-]+),",
+                               ["NTLM"])
+            if realservers.has_scram():
+                servers.wait_for(2)
+                self.check_methods(servers.log("exim-mainlog"), r" A=(\w+)", ["ntlm"])
 
     def check_methods(self, log, pattern, methods):
         self.assertEqual(set(methods), set(re.findall(pattern, log)), log)
