@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "LoginWorld.h"
-#include "ScriptedSystem.h"
 #include "core/Text.h"
 #include "sasl/Exchange.h"
+#include "support/ScriptedSystem.h"
 
 namespace quillon {
 namespace {

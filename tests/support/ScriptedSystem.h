@@ -13,6 +13,10 @@ namespace quillon::testing {
 
 class ScriptedSystem final : public SystemLogin {
  public:
+  using Steps = std::vector<SystemContext::Step>;
+
+  explicit ScriptedSystem(Steps said = {}) : steps(std::move(said)) {}
+
   bool Knows(SystemPackage package) const override {
     return package == SystemPackage::kNtlm ? knowsNtlm : knowsNegotiate;
   }
@@ -26,8 +30,8 @@ class ScriptedSystem final : public SystemLogin {
 
   bool knowsNtlm = true;
   bool knowsNegotiate = true;
-  std::vector<SystemContext::Step> steps;  // a challenge is put behind the response of its step
-  mutable std::string begun;               // everything that it was begun with, with blanks between
+  Steps steps;                // a challenge is put behind the response of its step
+  mutable std::string begun;  // everything that it was begun with, with blanks between
 
  private:
   class Context final : public SystemContext {
