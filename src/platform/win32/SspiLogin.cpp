@@ -13,6 +13,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,7 +28,8 @@ namespace {
 constexpr unsigned long kNegotiateFlags =
     ISC_REQ_MUTUAL_AUTH | ISC_REQ_INTEGRITY | ISC_REQ_SEQUENCE_DETECT | ISC_REQ_REPLAY_DETECT;
 constexpr unsigned long kAllocate = ISC_REQ_ALLOCATE_MEMORY;
-constexpr std::size_t kNtlmSignature = 16;  // [MS-NLMP], 2.2.2.9
+constexpr std::string_view kNtlmLogin("NTLMSSP\0\3\0\0\0", 12);  // how its last message begins
+constexpr std::size_t kNtlmSignature = 16;                       // [MS-NLMP], 2.2.2.9
 
 struct SspiStatusRow {
   SECURITY_STATUS status;
@@ -140,7 +142,6 @@ class SspiContext final : public SystemContext {
 
  private:
   SECURITY_STATUS Initialize(std::string_view challenge, std::string& response);
-  bool IsNtlm();
   std::optional<std::string> NtlmSigned(std::string_view message);
   std::optional<std::string> NtlmVerified(std::string message);
 
@@ -151,6 +152,7 @@ class SspiContext final : public SystemContext {
   CredHandle credentials_{};
   CtxtHandle context_{};
   bool hasContext_ = false;
+  bool isNtlm_ = false;  // known from what is said: not every system tells what it has negotiated
 };
 
 SystemContext::Step SspiContext::Advance(std::string_view challenge) {
@@ -194,24 +196,14 @@ SECURITY_STATUS SspiContext::Initialize(std::string_view challenge, std::string&
   }
   if (out.pvBuffer != nullptr) {
     response.assign(static_cast<const char*>(out.pvBuffer), out.cbBuffer);
+    if (response.find(kNtlmLogin) != std::string::npos) isNtlm_ = true;
     ::FreeContextBuffer(out.pvBuffer);
   }
   return status;
 }
 
-bool SspiContext::IsNtlm() {
-  SecPkgContext_PackageInfoW info{};
-  if (::QueryContextAttributesW(&context_, SECPKG_ATTR_PACKAGE_INFO, &info) != SEC_E_OK ||
-      info.PackageInfo == nullptr) {
-    return false;
-  }
-  const bool isNtlm = std::wstring_view(info.PackageInfo->Name) == L"NTLM";
-  ::FreeContextBuffer(info.PackageInfo);
-  return isNtlm;
-}
-
 std::optional<std::string> SspiContext::Wrap(std::string_view message) {
-  if (IsNtlm()) return NtlmSigned(message);
+  if (isNtlm_) return NtlmSigned(message);
   SecPkgContext_Sizes sizes{};
   if (::QueryContextAttributesW(&context_, SECPKG_ATTR_SIZES, &sizes) != SEC_E_OK) return {};
   std::string trailer(sizes.cbSecurityTrailer, '\0');
@@ -231,7 +223,7 @@ std::optional<std::string> SspiContext::Wrap(std::string_view message) {
 
 std::optional<std::string> SspiContext::Unwrap(std::string_view message) {
   std::string stream(message);
-  if (IsNtlm()) return NtlmVerified(std::move(stream));
+  if (isNtlm_) return NtlmVerified(std::move(stream));
   std::array<SecBuffer, 2> buffers{
       {{SizeOf(stream), SECBUFFER_STREAM, stream.data()}, {0, SECBUFFER_DATA, nullptr}}};
   auto list = ListOf(buffers.data(), buffers.size());
