@@ -14,7 +14,7 @@ packages=(
   # the private Wine and the tests that run in it
   libc6-i386 xvfb python3 python3-cryptography ca-certificates debian-archive-keyring
   # other people's servers, clients and codecs, which the tests work with
-  dovecot-pop3d mpop sharutils mpack zip unzip p7zip-full
+  dovecot-pop3d winbind mpop sharutils mpack zip unzip p7zip-full
   # what the benchmarks compare with
   libgmime-3.0-0 ripmime
 )

@@ -138,8 +138,8 @@ class Checking {
   smtppop engine_;
 };
 
-// A server that the section says nothing of is not tried, nor a mailbox without a user: that one
-// the script brings along.
+// A server that the section says nothing of is not tried, nor a mailbox without a user, whom the
+// script brings along, unless the account that this runs under can be it.
 CheckRequest RequestOf(const std::string& name, const ServerSection& section,
                        const CodePage& codePage) {
   CheckRequest request;
@@ -153,7 +153,7 @@ CheckRequest RequestOf(const std::string& name, const ServerSection& section,
     smtp.sender = "postmaster@localhost";  // nothing is sent, but there has to be one
     Apply(section, {}, codePage, smtp);
   }
-  if (section.pop.user) {
+  if (section.pop.user || (isNamed(section.pop) && NamesSystemLogin(WantedLogins(section, {})))) {
     auto& pop = request.pop.emplace();
     pop.host = codePage.ToBytes(name);
     pop.port = 110;

@@ -54,6 +54,7 @@
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/ProviderLibrary.h"
 #include "platform/win32/Rasapi32.h"
+#include "platform/win32/SspiLogin.h"
 #include "platform/win32/VbaMap32.h"
 #include "platform/win32/Vim32.h"
 #include "platform/win32/WideText.h"
@@ -137,6 +138,7 @@ struct Application {
   // Checks of certificates may outlive everything else.
   TlsLibrary& tls = *MakeTlsLibrary().release();
   Crypto& crypto = *MakeCrypto().release();
+  const SspiLogin systemLogin;
   BackgroundHttps https{*loop, PostWithWinHttp};
   ProviderTokens tokens{*loop, https,
                         [this](const OAuthAccount& account, const std::string& refreshToken) {
@@ -144,7 +146,7 @@ struct Application {
                         }};
   InternetBackEnd internetBackEnd{{*loop,
                                    *loop,
-                                   {tls, crypto, tokens, RunInBackground},
+                                   {tls, crypto, tokens, RunInBackground, &systemLogin},
                                    *files,
                                    *codePage,
                                    *clock,
@@ -332,7 +334,8 @@ int TryServers(const CommandLine& line) {
   const CheckPorts ports{
       *application.loop,
       *application.loop,
-      {application.tls, application.crypto, application.tokens, RunInBackground},
+      {application.tls, application.crypto, application.tokens, RunInBackground,
+       &application.systemLogin},
       {*application.files, *application.codePage, *application.clock, application.protocolLog},
       console};
   return Check(TextsOf(line.arguments), application.administration.servers, ports) ? 0 : 1;

@@ -2,6 +2,7 @@
 
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"
+#include "internet/SectionMerge.h"
 
 namespace quillon {
 
@@ -48,7 +49,8 @@ bool LoginData::HasPop(const MailRequest& request) {
   const bool name = !instance.loginName.empty();
   if (host && name) return true;
   const auto section = servers_.For(instance.postOffice);
-  return (host || section.pop.host) && (name || section.pop.user);
+  return (host || section.pop.host) &&
+         (name || section.pop.user || NamesSystemLogin(WantedLogins(section, instance.access)));
 }
 
 bool LoginData::HasSmtp(const MailRequest& request) {

@@ -49,6 +49,7 @@ struct SecurityPorts {
   const Crypto& crypto;
   AccessTokens& tokens;
   BackgroundRunner runInBackground;
+  const SystemLogin* systemLogin = nullptr;  // null where the system makes no logins
 };
 
 struct SessionPorts {
@@ -249,6 +250,7 @@ class MailSession : private LineSocket::Handler {
   SecureConnect secure_;
   bool secured_ = false;
   ChannelBinding binding_;
+  std::string endPoint_;  // what tls-server-end-point binds to, empty without
   std::unique_ptr<AccessTokens::Request> tokenRequest_;
   AccessToken token_;       // of OAuth, for this connection
   std::string objections_;  // to the mechanisms that there are

@@ -80,7 +80,9 @@ Task<> PopSession::Authenticate(std::string timestamp) {
   const bool mayTell = IsSecured() || rules.plainTextLogin ||
                        Settings().security.connection == ConnectionSecurity::None;
   if (rules.wanted.empty()) {
-    if (co_await AuthenticateBy(rules)) co_return;
+    auto own = rules;
+    own.avoidSystem = !timestamp.empty() || capabilities_.user;
+    if (co_await AuthenticateBy(std::move(own))) co_return;
     if (!timestamp.empty() && !password_.empty()) {
       co_await Apop(timestamp);
       co_return;
@@ -117,7 +119,8 @@ Task<> PopSession::Authenticate(std::string timestamp) {
 
 // False when there is no mechanism that both sides can take.
 Task<bool> PopSession::AuthenticateBy(LoginRules rules) {
-  SessionLogin login(LoginCredentials(), LoginConnection(), Ports().security.crypto);
+  const auto& ports = Ports().security;
+  SessionLogin login(LoginCredentials(), LoginConnection(), ports.crypto, ports.systemLogin);
   if (!co_await PrepareLogin(login, capabilities_.mechanisms, std::move(rules), kLongestPopAuth)) {
     co_return false;
   }

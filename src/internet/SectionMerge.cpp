@@ -36,11 +36,7 @@ void ApplyRules(const ServerSection& section, const InternetAccess& access,
   security.extensions =
       access.extensions ? *access.extensions != kFalse : section.extensions.value_or(false);
   security.login.plainTextLogin = section.plainTextLogin.value_or(false);
-  if (section.authentication) security.login.wanted = *section.authentication;
-  if (access.authentication) {
-    security.login.wanted =
-        ReadMechanismNames(*access.authentication).value_or(std::vector<std::string>());
-  }
+  security.login.wanted = WantedLogins(section, access);
   security.oauth = section.oauth;
   security.credentials.accessToken = access.accessToken.value_or("");
 }
@@ -57,8 +53,10 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
   credentials.loginName = access.smtpLoginName.value_or(section.smtp.user.value_or(""));
   credentials.password = access.smtpPassword.value_or(section.smtp.password.value_or(""));
   // Of a section for both protocols, where only the mailbox has a login.
-  if (!access.authentication && credentials.loginName.empty() && !security.HasToken()) {
-    security.login.wanted.clear();
+  auto& wanted = security.login.wanted;
+  if (!access.authentication && credentials.loginName.empty() && !security.HasToken() &&
+      !NamesSystemLogin(wanted)) {
+    wanted.clear();
   }
   if (section.smtpSender) settings.envelopeSender = codePage.ToBytes(*section.smtpSender);
 }
@@ -74,6 +72,13 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
   auto& credentials = security.credentials;
   credentials.loginName = section.pop.user.value_or(codePage.ToText(settings.loginName));
   credentials.password = section.pop.password.value_or(codePage.ToText(settings.password));
+}
+
+std::vector<std::string> WantedLogins(const ServerSection& section, const InternetAccess& access) {
+  if (access.authentication) {
+    return ReadMechanismNames(*access.authentication).value_or(std::vector<std::string>());
+  }
+  return section.authentication.value_or(std::vector<std::string>());
 }
 
 }  // namespace quillon

@@ -4,6 +4,9 @@
 // script says by the newer members goes before the section.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "internet/PopSession.h"
 #include "internet/ServerSection.h"
 #include "internet/SmtpSession.h"
@@ -18,5 +21,8 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
            SmtpSettings& settings);
 void Apply(const ServerSection& section, const InternetAccess& access, const CodePage& codePage,
            PopSettings& settings);
+
+// The methods of logging in that may be used, in order; empty: any.
+std::vector<std::string> WantedLogins(const ServerSection& section, const InternetAccess& access);
 
 }  // namespace quillon

@@ -11,10 +11,8 @@ namespace {
 
 using Connection = SessionFailure::Connection;
 
-// What both ends know of the connection and nobody in between does (RFC 5929): of the handshake, or
-// else of the certificate.
-ChannelBinding BindingOf(const SecureConnect::Result& result, const Crypto& crypto) {
-  if (!result.uniqueBinding.empty()) return {"tls-unique", result.uniqueBinding};
+// The data of tls-server-end-point (RFC 5929, 4.1); empty when the certificate has none.
+std::string EndPointOf(const SecureConnect::Result& result, const Crypto& crypto) {
   if (result.facts.chain.empty()) return {};
   const auto& own = result.facts.chain.front();
   const auto certificate = ReadCertificate(own);
@@ -23,12 +21,20 @@ ChannelBinding BindingOf(const SecureConnect::Result& result, const Crypto& cryp
     case SignatureDigest::Md5:
     case SignatureDigest::Sha1:
     case SignatureDigest::Sha256:
-      return {"tls-server-end-point", crypto.Digest(HashAlgorithm::kSha256, own)};
+      return crypto.Digest(HashAlgorithm::kSha256, own);
     case SignatureDigest::Sha512:
-      return {"tls-server-end-point", crypto.Digest(HashAlgorithm::kSha512, own)};
+      return crypto.Digest(HashAlgorithm::kSha512, own);
     default:
       return {};
   }
+}
+
+// What both ends know of the connection and nobody in between does (RFC 5929): of the handshake, or
+// else of the certificate.
+ChannelBinding BindingOf(const std::string& unique, const std::string& endPoint) {
+  if (!unique.empty()) return {"tls-unique", unique};
+  if (endPoint.empty()) return {};
+  return {"tls-server-end-point", endPoint};
 }
 
 }  // namespace
@@ -57,7 +63,8 @@ void MailSession::OnSecureResult(SecureConnect::Result result) {
   using Outcome = SecureConnect::Outcome;
   report_.OnSecured(result.facts);
   if (result.outcome == Outcome::Secured) {
-    binding_ = BindingOf(result, ports_.security.crypto);
+    endPoint_ = EndPointOf(result, ports_.security.crypto);
+    binding_ = BindingOf(result.uniqueBinding, endPoint_);
     secured_ = true;
     report_.OnStep({});
     LogSecured(result.facts);
@@ -101,7 +108,13 @@ void MailSession::NotSecured(std::int32_t number, std::string why) {
 }
 
 ConnectionFacts MailSession::LoginConnection() const {
-  return {settings_.host, settings_.port, secured_, secured_ ? binding_ : ChannelBinding()};
+  ConnectionFacts facts{
+      settings_.host, settings_.port, secured_, {}, name_ == "POP" ? "pop" : "smtp"};
+  if (secured_) {
+    facts.binding = binding_;
+    facts.endPoint = endPoint_;
+  }
+  return facts;
 }
 
 Task<> MailSession::ObtainToken() {

@@ -17,10 +17,12 @@ namespace quillon {
 
 class SessionLogin {
  public:
-  SessionLogin(Credentials credentials, ConnectionFacts connection, const Crypto& crypto)
+  // `system` may be null.
+  SessionLogin(Credentials credentials, ConnectionFacts connection, const Crypto& crypto,
+               const SystemLogin* system)
       : credentials_(std::move(credentials)),
         connection_(std::move(connection)),
-        context_{credentials_, connection_, crypto} {}
+        context_{credentials_, connection_, crypto, system} {}
   SessionLogin(const SessionLogin&) = delete;
   SessionLogin& operator=(const SessionLogin&) = delete;
 

@@ -62,7 +62,8 @@ Task<> SmtpSession::ExtendedHello() {
 }
 
 Task<> SmtpSession::Authenticate() {
-  SessionLogin login(LoginCredentials(), LoginConnection(), Ports().security.crypto);
+  const auto& ports = Ports().security;
+  SessionLogin login(LoginCredentials(), LoginConnection(), ports.crypto, ports.systemLogin);
   auto offered = capabilities_ ? capabilities_->mechanisms : std::vector<std::string>();
   const bool ready =
       co_await PrepareLogin(login, std::move(offered), Settings().security.login, kLongestSmtpAuth);

@@ -7,7 +7,9 @@
 #include "core/Text.h"
 #include "sasl/BearerMechanism.h"
 #include "sasl/CramMd5Mechanism.h"
+#include "sasl/GssapiMechanism.h"
 #include "sasl/LoginMechanism.h"
+#include "sasl/NtlmMechanism.h"
 #include "sasl/PlainMechanism.h"
 #include "sasl/ScramMechanism.h"
 
@@ -22,6 +24,7 @@ struct KnownMechanism {
   bool tellsSecret;
   bool bindsChannel;
   std::unique_ptr<Mechanism> (*make)(const LoginContext& context, bool serverBinds);
+  std::optional<SystemPackage> package = {};  // that the system has to have
 };
 
 template <class Made>
@@ -45,7 +48,9 @@ std::unique_ptr<Mechanism> MakeScram(const LoginContext& context, bool serverBin
   return std::make_unique<ScramMechanism>(kHash, binding, context);
 }
 
-// The strongest first.
+// In the order of an automatic choice: the strongest first. What the system does comes behind what
+// is known to work with the name and password as they are, since its names are other ones and a
+// domain may have forbidden it.
 constexpr KnownMechanism kKnown[] = {
     {"OAUTHBEARER", Secret::kToken, true, false, MakeBearer<BearerForm::kOAuthBearer>},
     {"XOAUTH2", Secret::kToken, true, false, MakeBearer<BearerForm::kXOAuth2>},
@@ -56,6 +61,9 @@ constexpr KnownMechanism kKnown[] = {
     {"CRAM-MD5", Secret::kPassword, false, false, MakeSimple<CramMd5Mechanism>},
     {"PLAIN", Secret::kPassword, true, false, MakeSimple<PlainMechanism>},
     {"LOGIN", Secret::kPassword, true, false, MakeSimple<LoginMechanism>},
+    {"GSSAPI", Secret::kPassword, false, false, MakeSimple<GssapiMechanism>,
+     SystemPackage::kNegotiate},
+    {"NTLM", Secret::kPassword, false, false, MakeSimple<NtlmMechanism>, SystemPackage::kNtlm},
 };
 
 // Logins that POP3 has beside those of AUTH (RFC 1939, 7).
@@ -71,11 +79,31 @@ bool OffersBinding(const std::vector<std::string>& offered) {
                      [](const std::string& one) { return UpperAscii(one).ends_with("-PLUS"); });
 }
 
-// Why this one cannot be used, as the end of a sentence that begins with its name; empty when it
-// can.
-std::string_view Objection(const KnownMechanism& known, bool plainTextLogin,
+// Why the system cannot do it, as the end of a sentence that begins with its name; empty when it
+// can. Without name and password it is the account of this process that logs in, which has to be
+// asked for by name. So has a login without encryption, which whoever is in between could pass on
+// to any other service of the domain.
+std::string_view SystemObjection(SystemPackage package, const LoginRules& rules,
+                                 const LoginContext& context) {
+  const Credentials& credentials = context.credentials;
+  if (context.system == nullptr || !context.system->Knows(package)) {
+    return "is not known to this system";
+  }
+  if (rules.wanted.empty() && !context.connection.encrypted) {
+    return "needs an encrypted connection, or Authentication";
+  }
+  const bool ownAccount = credentials.loginName.empty() && credentials.password.empty();
+  if (rules.wanted.empty() && ownAccount) return "needs a login name, or Authentication";
+  if (ownAccount) return {};
+  if (credentials.loginName.empty()) return "needs a login name";
+  return credentials.password.empty() ? "needs a password" : "";
+}
+
+// The same for any mechanism.
+std::string_view Objection(const KnownMechanism& known, const LoginRules& rules,
                            const LoginContext& context) {
   const Credentials& credentials = context.credentials;
+  if (known.package) return SystemObjection(*known.package, rules, context);
   const bool hasSecret = known.secret == Secret::kToken ? !credentials.accessToken.empty()
                                                         : !credentials.password.empty();
   if (!hasSecret) {
@@ -85,7 +113,7 @@ std::string_view Objection(const KnownMechanism& known, bool plainTextLogin,
   if (known.bindsChannel && context.connection.binding.type.empty()) {
     return "needs a channel binding, which this connection does not give";
   }
-  if (known.tellsSecret && !context.connection.encrypted && !plainTextLogin) {
+  if (known.tellsSecret && !context.connection.encrypted && !rules.plainTextLogin) {
     return "needs an encrypted connection, or PlainTextLogin";
   }
   return {};
@@ -126,12 +154,21 @@ std::optional<std::vector<std::string>> ReadMechanismNames(std::string_view text
   return names;
 }
 
+bool NamesSystemLogin(const std::vector<std::string>& names) {
+  return std::any_of(names.begin(), names.end(), [](const std::string& name) {
+    const auto* const known = FindKnown(name);
+    return known != nullptr && known->package;
+  });
+}
+
 LoginChoice ChooseMechanism(const std::vector<std::string>& offered, const LoginRules& rules,
                             const LoginContext& context) {
   const bool automatic = rules.wanted.empty();
   std::vector<std::string> names = rules.wanted;
   if (automatic) {
-    for (const auto& known : kKnown) names.emplace_back(known.name);
+    for (const auto& known : kKnown) {
+      if (!known.package || !rules.avoidSystem) names.emplace_back(known.name);
+    }
   }
   LoginChoice choice;
   choice.reason = OfferText(offered);
@@ -142,8 +179,7 @@ LoginChoice ChooseMechanism(const std::vector<std::string>& offered, const Login
     } else if (!Holds(offered, name)) {
       // An automatic choice looks at what is offered, so the rest needs no words.
       if (!automatic) AddSentence(choice.reason, known->name, "is not offered");
-    } else if (const auto objection = Objection(*known, rules.plainTextLogin, context);
-               !objection.empty()) {
+    } else if (const auto objection = Objection(*known, rules, context); !objection.empty()) {
       AddSentence(choice.reason, known->name, objection);
     } else {
       return {known->make(context, OffersBinding(offered)), {}};

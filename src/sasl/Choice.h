@@ -15,6 +15,7 @@ namespace quillon {
 struct LoginRules {
   std::vector<std::string> wanted;  // names in order; empty: the strongest that both sides have
   bool plainTextLogin = false;      // secrets may go over a connection that is not encrypted
+  bool avoidSystem = false;  // an automatic choice leaves out the logins that the system makes
 
   bool operator==(const LoginRules&) const = default;
 };
@@ -23,6 +24,10 @@ struct LoginRules {
 // them: in any case, separated by blanks or commas. They come back in capitals; none of them when
 // one is not known here.
 std::optional<std::vector<std::string>> ReadMechanismNames(std::string_view text);
+
+// Whether a login that the system makes is among them, which can do without name and password: then
+// it is that of the account which the process runs under.
+bool NamesSystemLogin(const std::vector<std::string>& names);
 
 // One of the two is set. The reason says what the server offers and what is in the way, in whole
 // sentences.
@@ -36,7 +41,8 @@ struct LoginChoice {
 //
 // What is offered over an unencrypted connection may have been changed by somebody in between, so
 // nothing that tells a secret is taken there unless the rules say so; nor is it taken because
-// something stronger is not there.
+// something stronger is not there. A login that the system makes is taken there only when it is
+// wanted by name, and so is that of its own account anywhere.
 LoginChoice ChooseMechanism(const std::vector<std::string>& offered, const LoginRules& rules,
                             const LoginContext& context);
 

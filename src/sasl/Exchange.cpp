@@ -37,7 +37,8 @@ ExchangeLine Exchange::Begin() {
   if (!first) return Say(command, command);
   // RFC 4954, 4: "=" is the empty one.
   const std::string word = first->response.empty() ? "=" : Base64Word(first->response);
-  if (command.size() + 1 + word.size() + kLineEnd > longestCommand_) {
+  if (mechanism_.WaitsForServer() ||
+      command.size() + 1 + word.size() + kLineEnd > longestCommand_) {
     initial_ = std::move(first->response);
     return Say(command, command);
   }

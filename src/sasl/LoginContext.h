@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ports/Crypto.h"
+#include "ports/SystemLogin.h"
 
 namespace quillon {
 
@@ -30,6 +31,8 @@ struct ConnectionFacts {
   std::uint16_t port = 0;
   bool encrypted = false;
   ChannelBinding binding;
+  std::string service = {};   // as GSSAPI has it: "smtp" or "pop"
+  std::string endPoint = {};  // the data of tls-server-end-point, which systems bind logins to
 };
 
 // References, so that a secret stands in one place only: what they lead to outlives the mechanism
@@ -38,6 +41,7 @@ struct LoginContext {
   const Credentials& credentials;
   const ConnectionFacts& connection;
   const Crypto& crypto;
+  const SystemLogin* system = nullptr;  // null where it makes no logins
 };
 
 }  // namespace quillon

@@ -35,6 +35,9 @@ class Mechanism {
   // else, once.
   virtual std::optional<SaslStep> Begin() = 0;
 
+  // Whether servers have to say something, which means nothing, before they hear that.
+  virtual bool WaitsForServer() const { return false; }
+
   virtual SaslStep Answer(std::string_view challenge) = 0;
 
   // The server says that the login has succeeded, with data of the mechanism where the protocol has

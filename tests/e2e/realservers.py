@@ -29,6 +29,7 @@ import time
 
 EXIM = "/usr/sbin/exim4"
 DOVECOT = "/usr/sbin/dovecot"
+NTLM_AUTH = "/usr/bin/ntlm_auth"  # of Samba: what NTLM says, for Dovecot and for Wine
 PATIENCE = 20  # seconds until a server that does not come up fails a test
 
 EXIM_CONFIGURATION = """
@@ -89,7 +90,7 @@ auth_advertise_hosts = ${{if eq{{$tls_in_cipher}}{{}}{{}}{{*}}}}
 acl_smtp_mail = check_sender
 """
 
-# SCRAM is Dovecot's doing, whose socket not every build of Exim can use.
+# SCRAM and NTLM are Dovecot's doing, whose socket not every build of Exim can use.
 EXIM_LOGINS = """
 begin authenticators
 plain:
@@ -116,6 +117,13 @@ scram_sha_1:
 scram_sha_256:
   driver = dovecot
   public_name = SCRAM-SHA-256
+  server_socket = {scratch}/run/auth-exim
+  server_set_id = $auth1
+"""
+EXIM_NTLM = """
+ntlm:
+  driver = dovecot
+  public_name = NTLM
   server_socket = {scratch}/run/auth-exim
   server_set_id = $auth1
 """
@@ -166,7 +174,9 @@ DOVECOT_TLS = """
 ssl = required
 ssl_cert = <{scratch}/server.pem
 ssl_key = <{scratch}/server.pem
-auth_mechanisms = plain login cram-md5 scram-sha-1 scram-sha-256 apop
+auth_mechanisms = plain login cram-md5 scram-sha-1 scram-sha-256 apop {ntlm}
+auth_use_winbind = yes
+auth_winbind_helper_path = {scratch}/ntlm_auth
 passdb {{
   driver = passwd-file
   args = {scratch}/passwd
@@ -176,6 +186,11 @@ service auth {{
     mode = 0666
   }}
 }}
+"""
+
+# Knows one account, and asks no domain.
+NTLM_ACCOUNT = f"""#!/bin/sh
+exec {NTLM_AUTH} "$@" --configfile=/dev/null --username=joe --domain=QUILLON --password=secret
 """
 
 # Without root everything runs as the one user there is, and nothing can change its root.
@@ -201,6 +216,11 @@ def has_scram():
     """Whether Exim takes logins with SCRAM."""
     about = subprocess.run([EXIM, "-bV"], capture_output=True, text=True, check=True).stdout
     return re.search(r"^Authenticators:.* dovecot\b", about, re.M) is not None
+
+
+def has_ntlm():
+    """Whether Dovecot takes logins with NTLM, and Exim too if it takes those with SCRAM."""
+    return os.access(NTLM_AUTH, os.X_OK)
 
 
 def free_port():
@@ -275,14 +295,18 @@ class RealServers:
         ports = f"{self.smtp} : {self.smtps}" if self._tls else self.smtp
         names = {"scratch": self._folder, "ports": ports, "smtps": self.smtps, "pop": self.pop,
                  "pops": self.pops, "pop_host": self.pop_host, "user": self._owner.pw_name,
-                 "group": grp.getgrgid(self._owner.pw_gid).gr_name, "locking": self._locking}
+                 "group": grp.getgrgid(self._owner.pw_gid).gr_name, "locking": self._locking,
+                 "ntlm": "ntlm" if has_ntlm() else ""}
         exim, dovecot = EXIM_CONFIGURATION, DOVECOT_CONFIGURATION
         exim_security, dovecot_security = EXIM_WITHOUT_TLS, DOVECOT_WITHOUT_TLS
         if self._tls:
-            exim += EXIM_LOGINS + (EXIM_SCRAM if has_scram() else "")
+            exim += EXIM_LOGINS
+            if has_scram():
+                exim += EXIM_SCRAM + (EXIM_NTLM if has_ntlm() else "")
             exim_security, dovecot_security = EXIM_TLS, DOVECOT_TLS
             self._write("server.pem", self._tls.key_pem() + self._tls.pem())
             self._write("passwd", b"joe:{PLAIN}secret\n")
+            self._write("ntlm_auth", NTLM_ACCOUNT.encode()).chmod(0o755)
             self._scratch.chmod(0o711)  # Dovecot reads the file as another user
         ownership = "" if os.getuid() == 0 else UNPRIVILEGED
         self._exim = self._write("exim.conf", exim.format(

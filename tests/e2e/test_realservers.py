@@ -48,8 +48,9 @@ class Secured(unittest.TestCase):
         offered = smtps.esmtp_features["auth"].split()
         smtps.quit()
         scram = ["SCRAM-SHA-1", "SCRAM-SHA-256"] if realservers.has_scram() else []
-        self.assertEqual(["PLAIN", "LOGIN", "CRAM-MD5", *scram], offered)
-        for number, mechanism in enumerate(offered, 1):
+        ntlm = ["NTLM"] if scram and realservers.has_ntlm() else []
+        self.assertEqual(["PLAIN", "LOGIN", "CRAM-MD5", *scram, *ntlm], offered)
+        for number, mechanism in enumerate(offered[:len(offered) - len(ntlm)], 1):
             for password in ("wrong", "secret"):
                 with self.subTest(mechanism, password=password):
                     smtp = self.smtp()
@@ -88,7 +89,8 @@ class Secured(unittest.TestCase):
             else:
                 pop = poplib.POP3(self.servers.pop_host, self.servers.pop, timeout=20)
                 pop.stls(context=self.context)
-            self.assertEqual({"PLAIN", "LOGIN", "CRAM-MD5", "SCRAM-SHA-1", "SCRAM-SHA-256"},
+            self.assertEqual({"PLAIN", "LOGIN", "CRAM-MD5", "SCRAM-SHA-1", "SCRAM-SHA-256",
+                              *(["NTLM"] if realservers.has_ntlm() else [])},
                              set(pop.capa()["SASL"]))
             if number == 0:
                 pop.apop("joe", "secret")

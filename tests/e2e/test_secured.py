@@ -6,6 +6,7 @@ import contextlib
 import ipaddress
 import pathlib
 import re
+import ssl
 import tempfile
 import unittest
 
@@ -13,6 +14,7 @@ from cryptography.hazmat.primitives.asymmetric import rsa
 
 import realservers
 from certificates import Issued, issuer, trust
+from ntlm import GssapiHost
 from scripting import (ENDINGS, MAIL_SCRIPTS, SCRIPTS, MailHost, literal, prefix_with_server,
                        run_script)
 
@@ -48,8 +50,8 @@ class Secured(unittest.TestCase):
 
     def setUp(self):
         self.statements = []
-        self.assign(host="127.0.0.1", mechanism="", password=PASSWORD, pin="", token="",
-                    security=0)
+        self.assign(host="127.0.0.1", mechanism="", login="joe", password=PASSWORD, pin="",
+                    token="", security=0)
 
     def assign(self, **values):
         self.statements += [f"{name} = {value if isinstance(value, int) else literal(value)}"
@@ -113,6 +115,52 @@ class Secured(unittest.TestCase):
             self.run_all(AT_REAL_SERVERS)
             self.check_methods(servers.log("dovecot.log"), r"Login: user=<joe>, method=([\w-]+),",
                                ["PLAIN", "APOP", "LOGIN", "CRAM-MD5", *SCRAM])
+
+    def test_each_takes_ntlm(self):
+        """The system's own login, which Wine has from Samba, where the account of this process has
+        nothing to log in with."""
+        if not realservers.has_ntlm():
+            self.skipTest(f"{realservers.NTLM_AUTH} is not installed")
+        with self.real_servers() as servers:
+            self.assign(mechanism="NTLM", security=TLS)
+            for login, password, ending in (
+                    ("joe", AT_REAL_SERVERS, CAME_THROUGH), ("joe", "wrong", (43, "")),
+                    (r"QUILLON\joe", AT_REAL_SERVERS, CAME_THROUGH),
+                    ("", "", (43, "The login that Windows makes"))):
+                self.assign(login=login, password=password, host=servers.pop_host)
+                self.call("FetchFrom", servers.pops, f"{login} {password}", ending)
+                self.assign(host="127.0.0.1")
+                if realservers.has_scram():
+                    self.call("SendTo", servers.smtps, f"{login} {password}", ending)
+            self.run_all(AT_REAL_SERVERS)
+            self.check_methods(servers.log("dovecot.log"), r"Login: user=.*, method=([\w-]+),",
+                               ["NTLM"])
+            if realservers.has_scram():
+                servers.wait_for(2)
+                self.check_methods(servers.log("exim-mainlog"), r" A=(\w+)", ["ntlm"])
+
+    def test_gssapi_chooses_no_layer(self):
+        """With NTLM, which is what Wine negotiates."""
+        if not realservers.has_ntlm():
+            self.skipTest(f"{realservers.NTLM_AUTH} is not installed")
+        own = Issued(self.root, names=ADDRESSES)
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(own.key_pem() + own.pem())
+            file.flush()
+            context.load_cert_chain(file.name)
+        self.assign(mechanism="GSSAPI", security=TLS)
+        with GssapiHost(context, PASSWORD) as good, \
+                GssapiHost(context, PASSWORD, layers=b"\6\1\0\0") as insisting, \
+                GssapiHost(context, PASSWORD, forged=True) as forged:
+            self.call("SendTo", good.port, "no layer", CAME_THROUGH)
+            self.call("SendTo", insisting.port, "a layer", (43, "insists on a security layer"))
+            self.call("SendTo", forged.port, "a forged offer", (43, "offer at the end"))
+            self.assign(password="wrong")
+            self.call("SendTo", good.port, "a wrong password", (43, "535"))
+            self.run_all(PASSWORD)
+            self.assertEqual([b"\1\0\0\0"], good.chosen)
+            self.assertEqual([b"", b""], insisting.chosen + forged.chosen)
 
     def check_methods(self, log, pattern, methods):
         self.assertEqual(set(methods), set(re.findall(pattern, log)), log)

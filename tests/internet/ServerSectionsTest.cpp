@@ -99,6 +99,7 @@ TEST_F(ServerSectionsTest, SectionGoesBeforeTheScriptAndItsNewMembersBeforeTheSe
       {full, none, 25, "real.example:2525 2 u/p as s@example by PLAIN+LOGIN"},
       {full, plain, 25, "real.example:2525 0 /p as s@example"},
       {"Authentication=PLAIN", none, 25, "mail.example:25 0 /"},
+      {"Authentication=PLAIN ntlm", none, 25, "mail.example:25 0 / by PLAIN+NTLM"},
   };
   for (const auto& row : kCases) {
     scriptsPort = row.port;

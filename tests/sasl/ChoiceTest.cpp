@@ -44,7 +44,8 @@ TEST(Choice, TakesTheStrongestOrWhatIsWanted) {
       {kClear, passwords + " CRAM-MD5", "PLAIN CRAM-MD5", "CRAM-MD5"},
 
       {0, "", "", "The server offers no login method."},
-      {0, "GSSAPI NTLM", "", "The server offers GSSAPI NTLM."},
+      {0, "GSSAPI OTHER", "",
+       "The server offers GSSAPI OTHER. GSSAPI is not known to this system."},
       {kClear, passwords, "",
        "The server offers LOGIN PLAIN. PLAIN needs an encrypted connection, or PlainTextLogin. "
        "LOGIN needs an encrypted connection, or PlainTextLogin."},
@@ -84,7 +85,8 @@ TEST(Choice, NamesAreReadAsPeopleWriteThem) {
       {" ,\t", ""},
       {"plain", "PLAIN"},
       {",scram-sha-256 ,PLAIN\tapop, User ", "SCRAM-SHA-256 PLAIN APOP USER"},
-      {"PLAIN GSSAPI", "none"},
+      {"PLAIN KERBEROS", "none"},
+      {"ntlm Gssapi", "NTLM GSSAPI"},
       {"PLAIN;LOGIN", "none"},
       {"PLAI", "none"},
   };

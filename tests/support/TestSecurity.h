@@ -1,5 +1,5 @@
 // The system's own TLS for tests, with one root that is trusted beside it and checks without a
-// thread, since a test's loop has a time of its own.
+// thread, since a test's loop has a time of its own; and a system that says the same in each login.
 #pragma once
 
 #include <functional>
@@ -10,6 +10,7 @@
 #include "internet/MailSession.h"
 #include "oauth/NoAccessTokens.h"
 #include "platform/Platform.h"
+#include "support/ScriptedSystem.h"
 
 namespace quillon::testing {
 
@@ -39,12 +40,13 @@ struct TestSecurity {
   explicit TestSecurity(EventLoop& loop) : tokens(loop) {}
 
   SecurityPorts Ports() {
-    return {tls, *crypto, tokens, [](const std::function<void()>& work) { work(); }};
+    return {tls, *crypto, tokens, [](const std::function<void()>& work) { work(); }, &system};
   }
 
   TestTls tls;
   std::unique_ptr<Crypto> crypto = MakeCrypto();
   NoAccessTokens tokens;
+  ScriptedSystem system{{{"one", false, {}}, {"three ", true, {}}}};
 };
 
 }  // namespace quillon::testing

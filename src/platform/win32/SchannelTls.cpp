@@ -27,6 +27,7 @@
 #include "core/HexDigit.h"
 #include "platform/Platform.h"
 #include "platform/win32/WideText.h"
+#include "platform/win32/Wine.h"
 #include "ports/Tls.h"
 
 namespace quillon {
@@ -183,10 +184,6 @@ class TlsCredential {
     record.paCred = own_ != nullptr ? &own_ : nullptr;
     record.grbitEnabledProtocols = SP_PROT_TLS1_2_CLIENT;
     return Acquire(&record);
-  }
-
-  static bool IsWine() {
-    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
   }
 
   const CERT_CONTEXT* own_;

@@ -1,5 +1,5 @@
 ' Settings of the next calls, for SMTP and POP3 alike.
-Dim security, mechanism, password, token, pin, host
+Dim security, mechanism, login, password, token, pin, host
 ' What no text may hold, with blanks between.
 Dim secrets
 Dim logged
@@ -14,7 +14,8 @@ Sub Prepare(port)
   mail.TimeoutProtocol = 20000
   mail.SMTPSecurity = security
   mail.POPSecurity = security
-  mail.SMTPLoginName = "joe"
+  mail.loginName = login
+  mail.SMTPLoginName = login
   mail.SMTPPassword = password
   mail.Password = password
   mail.Authentication = mechanism
