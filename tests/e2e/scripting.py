@@ -87,6 +87,7 @@ def run_script(wine, text, *arguments, engine="vbs", timeout=60):
     lines = done.output.splitlines()
     if done.returncode == 0 and lines[-1:] == [ENDED]:
         return True, lines[:-1]
+    print(f"{engine} ended with status {done.returncode:#x} behind {len(lines)} lines")
     return False, lines
 
 
