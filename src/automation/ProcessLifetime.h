@@ -23,7 +23,9 @@ class ProcessLifetime {
   struct Patience {  // milliseconds
     UINT firstClient = 30000;
     UINT nextClient = 1200;  // a script host needs about half a second until it asks for its object
-    UINT lateClient = 50;
+    // On a busy machine as long as a client takes between asking for the class and for the object:
+    // Wine, unlike Windows, does not ask again when it is refused.
+    UINT lateClient = 1000;
   };
 
   ProcessLifetime() : ProcessLifetime(Patience{}) {}
