@@ -60,7 +60,7 @@ class NativeSplitter {
   SplitResult Split(std::string_view message, const std::string& directory) {
     SplitSettings settings;
     settings.directory = directory;
-    MessageSplitter splitter(files_, *codePage_, settings);
+    MessageSplitter splitter(files_, {*codePage_, *sets_}, settings);
     splitmail::LineFeeder feeder(splitter);
     SplitMessage split;
     MustBe(feeder.Take(message) && feeder.End(message) && splitter.Finish(split),
@@ -73,6 +73,7 @@ class NativeSplitter {
  private:
   FileSystem& files_;
   const std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
+  const std::unique_ptr<CharacterSets> sets_ = MakeCharacterSets();
 };
 
 std::string ContentOf(const std::string& path) {

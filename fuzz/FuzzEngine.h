@@ -39,6 +39,10 @@ struct FuzzEngine {
     static const auto codePage = MakeAnsiCodePage();
     return *codePage;
   }
+  static TextReader Reader() {
+    static const auto sets = MakeCharacterSets();
+    return {AnsiCodePage(), *sets};
+  }
   static TlsLibrary& Tls() {
     static const auto library = MakeTlsLibrary();
     return *library;
