@@ -39,10 +39,6 @@ struct FuzzEngine {
     static const auto codePage = MakeAnsiCodePage();
     return *codePage;
   }
-  static TextReader Reader() {
-    static const auto sets = MakeCharacterSets();
-    return {AnsiCodePage(), *sets};
-  }
   static TlsLibrary& Tls() {
     static const auto library = MakeTlsLibrary();
     return *library;

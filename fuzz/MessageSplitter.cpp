@@ -9,9 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "FuzzText.h"
 #include "MemoryFiles.h"
-#include "platform/Platform.h"
-#include "ports/CodePage.h"
 
 namespace {
 
@@ -75,8 +74,6 @@ void Feed(MessageSplitter& splitter, std::string_view message, std::size_t piece
 }
 
 void Split(std::string_view message, std::uint8_t options) {
-  static const auto kCodePage = quillon::MakeAnsiCodePage();
-  static const auto kSets = quillon::MakeCharacterSets();
   SplitSettings settings;
   settings.directory = "/dir";
   settings.suppressAttachments = (options & 1) != 0;
@@ -86,12 +83,12 @@ void Split(std::string_view message, std::uint8_t options) {
 
   MemoryFiles files;
   {
-    MessageSplitter splitter(files, {*kCodePage, *kSets}, settings);
+    MessageSplitter splitter(files, quillon::fuzz::Reader(), settings);
     Feed(splitter, message, pieceSize);
   }
   Require(files.files.empty());
 
-  MessageSplitter splitter(files, {*kCodePage, *kSets}, settings);
+  MessageSplitter splitter(files, quillon::fuzz::Reader(), settings);
   Feed(splitter, message, pieceSize);
   SplitMessage split;
   Require(splitter.Finish(split));

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "FuzzEngine.h"
+#include "FuzzText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using quillon::HeaderRequest;
@@ -37,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   split.headersInBody = size % 2 == 0;
   quillon::fuzz::MemoryFiles attachments;
   {
-    quillon::MessageCollector message(attachments, FuzzEngine::Reader(), split, "",
+    quillon::MessageCollector message(attachments, quillon::fuzz::Reader(), split, "",
                                       [size] { return size; });
     const auto result = fuzz.Run(engine.LoadMessage(settings, key, message));
     Require(result != 0);
