@@ -80,6 +80,9 @@ std::string BodyCollector::Finish() {
     file_->Close();
     return kTooLong;
   }
+  const bool isText = runs_.size() == 1 && !runs_[0].isHeader && !runs_[0].form.flowed &&
+                      TextReader::IsWholeText(bytes_, runs_[0].form.characterSet);
+  if (isText) return std::move(bytes_);
   std::string text;
   for (std::size_t i = 0; i < runs_.size(); ++i) {
     text += TextOf(runs_[i], i + 1 < runs_.size() ? runs_[i + 1].start : bytes_.size());

@@ -110,6 +110,12 @@ std::string TextReader::Whole(std::string_view bytes, std::string_view name) con
   return Named(bytes, name);
 }
 
+bool TextReader::IsWholeText(std::string_view bytes, std::string_view name) {
+  const int codePage = name.empty() ? code_page::kUtf8 : CodePageOf(name);
+  return (codePage == code_page::kUtf8 || codePage == code_page::kAscii) &&
+         !bytes.starts_with(kUtf8Mark) && IsUtf8(bytes);
+}
+
 std::string TextReader::Unnamed(std::string_view bytes) const {
   return IsUtf8(bytes) ? std::string(bytes) : Ansi(bytes);
 }

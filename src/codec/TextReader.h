@@ -20,6 +20,9 @@ class TextReader {
   // The same of a whole text: a byte-order mark at its start says more than a name.
   std::string Whole(std::string_view bytes, std::string_view name) const;
 
+  // Whether the bytes of a whole text are that text as they stand.
+  static bool IsWholeText(std::string_view bytes, std::string_view name);
+
   std::string Unnamed(std::string_view bytes) const;
   std::string Ansi(std::string_view bytes) const;
 
