@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "FuzzEngine.h"
+#include "FuzzText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using quillon::HeaderRequest;
@@ -37,11 +38,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   split.headersInBody = size % 2 == 0;
   quillon::fuzz::MemoryFiles attachments;
   {
-    quillon::MessageCollector message(attachments, FuzzEngine::AnsiCodePage(), split, "",
+    quillon::MessageCollector message(attachments, quillon::fuzz::Reader(), split, "",
                                       [size] { return size; });
     const auto result = fuzz.Run(engine.LoadMessage(settings, key, message));
     Require(result != 0);
-    Require(message.Message().body.size() <= 2 * size + 2);
+    // A byte may become a line end, or a character of three bytes.
+    Require(message.Message().body.size() <= 3 * size + 2);
     Require(result != -1 || message.Message().attachments.size() == attachments.files.size());
     if (result == -1) attachments.files.clear();
   }

@@ -48,8 +48,6 @@ struct GMimeSplitter::Library {
     library.Bind(isA, "g_type_check_instance_is_a");
     library.Bind(memoryStreamOver, "g_mime_stream_mem_new_with_byte_array");
     library.Bind(setOwner, "g_mime_stream_mem_set_owner");
-    library.Bind(memoryStream, "g_mime_stream_mem_new");
-    library.Bind(bytesOf, "g_mime_stream_mem_get_byte_array");
     library.Bind(fileStream, "g_mime_stream_fs_open");
     library.Bind(nullStream, "g_mime_stream_null_new");
     library.Bind(closeStream, "g_mime_stream_close");
@@ -78,14 +76,20 @@ struct GMimeSplitter::Library {
     part = type();
     library.Bind(type, "g_mime_message_part_get_type");
     messagePart = type();
+    library.Bind(type, "g_mime_text_part_get_type");
+    textPart = type();
+    library.Bind(textOf, "g_mime_text_part_get_text");
+    library.Bind(free, "g_free");
+    library.Bind(subject, "g_mime_message_get_subject");
+    library.Bind(from, "g_mime_message_get_from");
+    library.Bind(to, "g_mime_message_get_to");
+    library.Bind(addresses, "internet_address_list_to_string");
   }
 
   void (*unref)(Object) = nullptr;
   int (*isA)(Object, std::size_t type) = nullptr;
   Object (*memoryStreamOver)(ByteArray*) = nullptr;
   void (*setOwner)(Object stream, int owner) = nullptr;
-  Object (*memoryStream)() = nullptr;
-  ByteArray* (*bytesOf)(Object stream) = nullptr;
   Object (*fileStream)(const char* path, int flags, int mode, void* error) = nullptr;
   Object (*nullStream)() = nullptr;
   int (*closeStream)(Object) = nullptr;
@@ -100,9 +104,16 @@ struct GMimeSplitter::Library {
   ssize_t (*writeContent)(Object content, Object stream) = nullptr;
   Object (*innerMessage)(Object) = nullptr;
   ssize_t (*writeObject)(Object, Object format, Object stream) = nullptr;
+  char* (*textOf)(Object textPart) = nullptr;
+  void (*free)(void*) = nullptr;
+  const char* (*subject)(Object message) = nullptr;
+  Object (*from)(Object message) = nullptr;
+  Object (*to)(Object message) = nullptr;
+  char* (*addresses)(Object list, Object format, int encode) = nullptr;
   Object format = nullptr;  // lines end in CR LF
   std::size_t part = 0;
   std::size_t messagePart = 0;
+  std::size_t textPart = 0;
 };
 
 // One message: decides what each part is, and writes it.
@@ -113,6 +124,16 @@ class GMimeSplitter::Walk {
 
   static void OnPart(Object parent, Object part, void* walk) {
     static_cast<Walk*>(walk)->Take(parent, part);
+  }
+
+  void TakeHeader(Object message) {
+    if (const auto* const subject = library_.subject(message)) result_.subject = subject;
+    for (auto* const list : {library_.from(message), library_.to(message)}) {
+      auto* const text = library_.addresses(list, nullptr, 0);
+      auto& field = result_.from.empty() ? result_.from : result_.to;
+      if (text != nullptr) field = text;
+      library_.free(text);
+    }
   }
 
   SplitResult TakeResult() { return std::move(result_); }
@@ -145,7 +166,7 @@ class GMimeSplitter::Walk {
     auto* const content = library_.content(part);
     if (name == nullptr && library_.disposition(part) == nullptr && Is(part, "text", "*")) {
       const bool plain = Is(part, "text", "plain");
-      if (plain || (!inAlternative && result_.body.empty())) return TakeText(content);
+      if (plain || (!inAlternative && result_.body.empty())) return TakeText(part);
     }
     const auto* const standIn = inAlternative ? "ALTERNAT.HTM" : "NONAME.TXT";
     auto* const stream = MakeFile(name != nullptr ? name : standIn);
@@ -153,13 +174,12 @@ class GMimeSplitter::Walk {
     Close(stream);
   }
 
-  void TakeText(Object content) {
-    auto* const stream = library_.memoryStream();
-    Check(library_.writeContent(content, stream));
-    const auto* const bytes = library_.bytesOf(stream);
+  void TakeText(Object part) {
+    if (library_.isA(part, library_.textPart) == 0) throw std::runtime_error("GMime reads no text");
+    auto* const text = library_.textOf(part);
     if (!result_.body.empty() && !result_.body.ends_with(kLineEnd)) result_.body += kLineEnd;
-    result_.body.append(reinterpret_cast<const char*>(bytes->data), bytes->size);
-    library_.unref(stream);
+    if (text != nullptr) result_.body += text;
+    library_.free(text);
   }
 
   Object MakeFile(const std::string& name) {
@@ -206,6 +226,7 @@ SplitResult GMimeSplitter::Split(std::string_view message, const std::string& di
   if (parsed == nullptr) throw std::runtime_error("GMime does not read the message");
   Walk walk(*library_, directory);
   library_->forEach(parsed, &Walk::OnPart, &walk);
+  walk.TakeHeader(parsed);
   library_->unref(parsed);
   library_->unref(stream);
   return walk.TakeResult();

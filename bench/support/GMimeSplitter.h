@@ -18,8 +18,8 @@ class GMimeSplitter {
   GMimeSplitter(const GMimeSplitter&) = delete;
   GMimeSplitter& operator=(const GMimeSplitter&) = delete;
 
-  // Parses the message, decodes its text into memory and each attachment and alternative into a
-  // file of the directory, or into nothing when that is empty.
+  // Parses the message, decodes its header and its text into memory, as UTF-8, and each attachment
+  // and alternative into a file of the directory, or into nothing when that is empty.
   SplitResult Split(std::string_view message, const std::string& directory);
 
  private:

@@ -46,15 +46,30 @@ std::string WordLines(std::mt19937_64& random, std::span<const std::string_view>
   return pool;
 }
 
+std::string Base64Of(std::span<const std::uint8_t> bytes) {
+  std::string text(Base64EncodedSize(bytes.size()), '\0');
+  EncodeBase64Lines(bytes, reinterpret_cast<std::uint8_t*>(text.data()));
+  return text;
+}
+
 std::string Base64Lines(std::mt19937_64& random, std::size_t size) {
   std::vector<std::uint8_t> bytes(size / (kLine + 2) * kBase64Line);
   for (std::size_t at = 0; at + 8 <= bytes.size(); at += 8) {
     const std::uint64_t word = random();
     std::memcpy(bytes.data() + at, &word, sizeof word);
   }
-  std::string text(Base64EncodedSize(bytes.size()), '\0');
-  EncodeBase64Lines(bytes, reinterpret_cast<std::uint8_t*>(text.data()));
-  return text;
+  return Base64Of(bytes);
+}
+
+// UTF-8. Each line of base64 is one of the text, so that any of them can be the first.
+std::string Base64Text(std::mt19937_64& random) {
+  std::string text;
+  while (text.size() < kPool / (kLine + 2) * kBase64Line) {
+    std::string line = "Stra\xC3\x9F\x65";
+    while (line.size() < kBase64Line) line.append(" ").append(kWords[random() % kWords.size()]);
+    text += line.substr(0, kBase64Line - 2) + "\r\n";
+  }
+  return Base64Of({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
 void Repeat(std::string_view pool, std::size_t size, const Put& put) {
@@ -82,12 +97,21 @@ void MakeLargeMessage(std::size_t size, std::size_t text, const Put& put) {
   put("--=_large--\r\n");
 }
 
+void MakeLargeText(std::size_t size, const Put& put) {
+  // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): always the same message is wanted.
+  std::mt19937_64 random(1);
+  put("Subject: Text\r\nMIME-Version: 1.0\r\nContent-Type: text/plain; charset=utf-8\r\n"
+      "Content-Transfer-Encoding: quoted-printable\r\n\r\n");
+  Repeat(WordLines(random, kQuoted, true), size, put);
+}
+
 OrdinaryMail::OrdinaryMail()
     : text_(WordLines(random_, {}, false)),
       latin_(WordLines(random_, kLatin, false)),
       quoted_(WordLines(random_, kQuoted, true)),
       html_(WordLines(random_, kTags, true)),
-      base64_(Base64Lines(random_, kPool)) {}
+      base64_(Base64Lines(random_, kPool)),
+      base64Text_(Base64Text(random_)) {}
 
 std::size_t OrdinaryMail::Between(std::size_t least, std::size_t most) {
   return least + random_() % (most - least + 1);
@@ -121,7 +145,8 @@ std::string OrdinaryMail::Header() {
   header += "Date: Tue, 3 Mar 2026 10:11:12 +0100\r\nMessage-ID: <" + number +
             ".abc@example.com>\r\nFrom: =?utf-8?Q?Joe_M=C3=BCller?= <joe@example.com>\r\n"
             "To: Ann Smith <ann@example.net>,\r\n Office <office@example.net>\r\n"
-            "Cc: \"Bill, the other\" <bill@example.net>\r\nSubject: Report of March, number " +
+            "Cc: \"Bill, the other\" <bill@example.net>\r\nSubject: "
+            "=?utf-8?Q?Report_of_M=C3=A4rz=2C?= number " +
             number + "\r\nIn-Reply-To: <before." + number + "@example.com>\r\nReferences: <first." +
             number + "@example.com>\r\n\t<before." + number +
             "@example.com>\r\nX-Mailer: Mailer 4.2\r\nMIME-Version: 1.0\r\n";
@@ -139,7 +164,7 @@ OrdinaryMail::Part OrdinaryMail::Plain() {
           Lines(latin_, 5, 60)};
     default:
       return {"Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: base64\r\n",
-              Lines(base64_, 5, 60)};
+              Lines(base64Text_, 5, 60)};
   }
 }
 

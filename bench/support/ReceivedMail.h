@@ -17,6 +17,9 @@ inline constexpr std::size_t kLargeMessageFiles = 12;
 // A message given in pieces: about so many bytes of text, the rest attachments in base64.
 void MakeLargeMessage(std::size_t size, std::size_t text, const Put& put);
 
+// One that is text alone, in UTF-8 and quoted-printable.
+void MakeLargeText(std::size_t size, const Put& put);
+
 // Ordinary messages of mixed shapes: plain text in every encoding, alternatives, attachments,
 // pictures that belong to the text, reports and digests.
 class OrdinaryMail {
@@ -57,6 +60,7 @@ class OrdinaryMail {
   std::string quoted_;
   std::string html_;  // quoted-printable
   std::string base64_;
+  std::string base64Text_;
 };
 
 }  // namespace quillon::bench

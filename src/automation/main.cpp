@@ -120,6 +120,7 @@ struct Application {
   std::unique_ptr<NetworkLoop> loop = MakeNetworkLoop();
   std::unique_ptr<FileSystem> files = MakeFileSystem();
   std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
+  std::unique_ptr<CharacterSets> characterSets = MakeCharacterSets();
   std::unique_ptr<LocalClock> clock = MakeLocalClock();
   Win32Workstation workstation;
   Win32MessageBox messageBox;
@@ -149,6 +150,7 @@ struct Application {
                                    {tls, crypto, tokens, RunInBackground, &systemLogin},
                                    *files,
                                    *codePage,
+                                   *characterSets,
                                    *clock,
                                    loginPrompt,
                                    messageBox,

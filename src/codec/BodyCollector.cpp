@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "codec/FlowedText.h"
+
 namespace quillon {
 
 namespace {
@@ -12,9 +14,23 @@ constexpr std::string_view kLineEnd = "\r\n";
 
 }  // namespace
 
+void BodyCollector::Begin(const TextForm& form) {
+  next_ = {form, 0, false};
+  begins_ = true;
+}
+
 void BodyCollector::Append(std::string_view bytes) {
   if (bytes.empty()) return;
-  if (std::exchange(separate_, false)) Append(kLineEnd);
+  if (std::exchange(separate_, false)) {
+    const auto form = next_.form;
+    Begin({});
+    AppendCounted(kLineEnd);
+    Begin(form);
+  }
+  AppendCounted(bytes);
+}
+
+void BodyCollector::AppendCounted(std::string_view bytes) {
   Put(settings_.maximumBodyLines == 0 ? bytes : WithinLines(bytes));
 }
 
@@ -32,26 +48,46 @@ std::string_view BodyCollector::WithinLines(std::string_view bytes) {
 
 void BodyCollector::Put(std::string_view bytes) {
   if (bytes.empty()) return;
-  if (file_ == nullptr && text_.size() + bytes.size() > settings_.maximumBodyBytes) {
+  if (file_ == nullptr && bytes_.size() + bytes.size() > settings_.maximumBodyBytes) {
     file_ = std::make_unique<PartFile>(settings_, kFileName, list_, true);
-    file_->Append(text_);
-    text_ = std::string();
+    file_->Append(bytes_);
+    bytes_ = std::string();
   }
   if (file_ != nullptr) {
     file_->Append(bytes);
-  } else {
-    text_ += bytes;
+    return;
   }
+  if (std::exchange(begins_, false)) {
+    next_.start = bytes_.size();
+    runs_.push_back(next_);
+  }
+  bytes_ += bytes;
 }
 
 void BodyCollector::SeparateFromNext() {
-  separate_ = file_ != nullptr || (!text_.empty() && !text_.ends_with(kLineEnd));
+  separate_ = file_ != nullptr || (!bytes_.empty() && !bytes_.ends_with(kLineEnd));
+}
+
+std::string BodyCollector::TextOf(const Run& run, std::size_t end) const {
+  const auto bytes = std::string_view(bytes_).substr(run.start, end - run.start);
+  if (run.isHeader) return settings_.rawHeaders ? reader_.Ansi(bytes) : reader_.Unnamed(bytes);
+  auto text = reader_.Whole(bytes, run.form.characterSet);
+  return run.form.flowed ? JoinFlowedText(text, run.form.deletesBlanks) : text;
 }
 
 std::string BodyCollector::Finish() {
-  if (file_ == nullptr) return std::move(text_);
-  file_->Close();
-  return kTooLong;
+  if (file_ != nullptr) {
+    file_->Close();
+    return kTooLong;
+  }
+  const bool isText = runs_.size() == 1 && !runs_[0].isHeader && !runs_[0].form.flowed &&
+                      TextReader::IsWholeText(bytes_, runs_[0].form.characterSet);
+  if (isText) return std::move(bytes_);
+  std::string text;
+  for (std::size_t i = 0; i < runs_.size(); ++i) {
+    text += TextOf(runs_[i], i + 1 < runs_.size() ? runs_[i + 1].start : bytes_.size());
+  }
+  return text;
 }
 
 }  // namespace quillon

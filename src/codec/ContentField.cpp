@@ -4,8 +4,8 @@
 #include <charconv>
 #include <vector>
 
-#include "codec/CharacterSet.h"
 #include "codec/EncodedWord.h"
+#include "codec/TextReader.h"
 #include "core/HexDigit.h"
 #include "core/Text.h"
 
@@ -162,7 +162,7 @@ struct Sections {
   std::map<std::size_t, Section> byNumber;
 };
 
-std::string JoinSections(const Sections& sections, const CodePage& codePage) {
+std::string JoinSections(const Sections& sections, const TextReader& reader) {
   std::string bytes;
   std::string charset;
   std::size_t expected = 0;
@@ -179,7 +179,7 @@ std::string JoinSections(const Sections& sections, const CodePage& codePage) {
     }
     bytes += section.extended ? DecodeHexEscapes(value, '%') : std::string(value);
   }
-  return TextFromCharacterSet(bytes, charset, codePage);
+  return reader.Named(bytes, charset);
 }
 
 }  // namespace
@@ -190,14 +190,14 @@ const std::string& ContentField::Parameter(const std::string& upperName) const {
   return found != parameters.end() ? found->second : kNone;
 }
 
-ContentField ParseContentField(std::string_view field, const CodePage& codePage) {
+ContentField ParseContentField(std::string_view field, const TextReader& reader) {
   ContentField content;
-  PieceReader reader(field);
-  const auto first = reader.Next();
+  PieceReader pieces(field);
+  const auto first = pieces.Next();
   content.value = Stripped(first);
   std::map<std::string, Sections> extended;
-  for (std::size_t count = 0; !reader.AtEnd() && count < kMaximumParameters; ++count) {
-    const auto piece = reader.Next();
+  for (std::size_t count = 0; !pieces.AtEnd() && count < kMaximumParameters; ++count) {
+    const auto piece = pieces.Next();
     const auto equals = piece.find('=');
     if (equals == std::string::npos) continue;
     const auto name = ParseName(std::string_view(piece).substr(0, equals));
@@ -206,13 +206,13 @@ ContentField ParseContentField(std::string_view field, const CodePage& codePage)
       extended[name.base].byNumber.try_emplace(
           name.section, Sections::Section{std::string(value), name.extended});
     } else {
-      content.parameters.try_emplace(name.base, DecodeEncodedWords(value, codePage));
+      content.parameters.try_emplace(name.base, DecodeEncodedWords(value, reader));
     }
   }
   // The extended form is the better one where a sender gives both (RFC 6266, section 4.3, says it
   // for HTTP).
   for (const auto& [name, sections] : extended) {
-    if (auto text = JoinSections(sections, codePage); !text.empty()) {
+    if (auto text = JoinSections(sections, reader); !text.empty()) {
       content.parameters[name] = std::move(text);
     }
   }

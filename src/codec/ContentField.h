@@ -8,7 +8,7 @@
 
 namespace quillon {
 
-class CodePage;
+class TextReader;
 
 struct ContentField {
   std::string value;                              // before the first ";", without comments, trimmed
@@ -21,6 +21,6 @@ struct ContentField {
 // Reads quoted strings, comments, continuations (name*0, name*1), character sets (name*) and
 // encoded words. A value that is malformed is read as far as it makes sense: an unclosed quote ends
 // with the field, a value with blanks needs no quotes.
-ContentField ParseContentField(std::string_view field, const CodePage& codePage);
+ContentField ParseContentField(std::string_view field, const TextReader& reader);
 
 }  // namespace quillon

@@ -10,7 +10,10 @@ void HeldRendering::Append(std::string_view bytes) {
 }
 
 void HeldRendering::Keep() {
-  if (!std::exchange(isKept_, true)) body_.SeparateFromNext();
+  if (!std::exchange(isKept_, true)) {
+    body_.SeparateFromNext();
+    body_.Begin(form_);
+  }
   body_.Append(std::exchange(text_, {}));
 }
 

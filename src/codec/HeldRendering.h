@@ -4,16 +4,19 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "codec/BodyCollector.h"
 #include "codec/ByteSink.h"
+#include "codec/TextForm.h"
 
 namespace quillon {
 
 class HeldRendering final : public ByteSink {
  public:
   // What is longer than `limit` is not held: it is text whatever follows.
-  HeldRendering(BodyCollector& body, std::size_t limit) : body_(body), limit_(limit) {}
+  HeldRendering(BodyCollector& body, std::size_t limit, TextForm form)
+      : body_(body), limit_(limit), form_(std::move(form)) {}
 
   void Append(std::string_view bytes) override;
 
@@ -26,6 +29,7 @@ class HeldRendering final : public ByteSink {
  private:
   BodyCollector& body_;
   const std::size_t limit_;
+  const TextForm form_;
   std::string text_;
   bool isKept_ = false;
 };

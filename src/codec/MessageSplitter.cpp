@@ -34,12 +34,12 @@ bool HasExtension(const std::string& name) {
 
 }  // namespace
 
-MessageSplitter::MessageSplitter(FileSystem& files, const CodePage& codePage,
+MessageSplitter::MessageSplitter(FileSystem& files, const TextReader& reader,
                                  const SplitSettings& settings)
-    : codePage_(codePage),
+    : reader_(reader),
       settings_(settings),
       attachments_(files),
-      body_(settings_, attachments_) {}
+      body_(reader_, settings_, attachments_) {}
 
 bool MessageSplitter::Line(std::string_view line, bool endsLine) {
   const bool whole = atLineStart_ && endsLine;
@@ -133,7 +133,10 @@ void MessageSplitter::CloseContainer(ContentEnd end) {
 }
 
 void MessageSplitter::KeepPreamble(Container& container) {
-  if (!std::exchange(container.preambleBegun, true)) body_.SeparateFromNext();
+  if (!std::exchange(container.preambleBegun, true)) {
+    body_.SeparateFromNext();
+    body_.Begin({});
+  }
   hasBody_ = true;
   body_.Append(std::exchange(container.preamble, {}));
 }
@@ -161,7 +164,7 @@ void MessageSplitter::StartContent() {
   const bool inDigest =
       stack_.Count() > 0 && stack_.TopOfStackObject().part.MType == mime_type::kDigest;
   const auto held = header_.TakeHeld();
-  OpenContent(header_.Finish(inDigest, codePage_));
+  OpenContent(header_.Finish(inDigest, reader_));
   for (std::string_view rest = held; !rest.empty();) {
     const auto end = rest.find(kLineEnd);
     TakeLine(rest.substr(0, end), end != std::string_view::npos, false);
@@ -190,6 +193,7 @@ void MessageSplitter::OpenContent(clsMIMEPart part) {
   const auto role = RoleOf(part);
   if (role == Role::Body) {
     if (hasBody_) body_.SeparateFromNext();
+    body_.Begin(part.form);
     OpenText(part, body_, search);
   } else if (role == Role::Rendering) {
     OpenText(part, *GroupOf(stack_.TopOfStackObject())->rendering, search);
@@ -221,7 +225,7 @@ MessageSplitter::Role MessageSplitter::RoleInGroup(const clsMIMEPart& part, Cont
   if (!settings_.suppressAlternatives && !settings_.suppressAttachments) return Role::Alternative;
   // Without files the first rendering is the body, should there be no plain one.
   if (group.hasBody || group.rendering != nullptr) return Role::Discard;
-  group.rendering = std::make_unique<HeldRendering>(body_, settings_.maximumBodyBytes);
+  group.rendering = std::make_unique<HeldRendering>(body_, settings_.maximumBodyBytes, part.form);
   return Role::Rendering;
 }
 

@@ -19,12 +19,12 @@
 #include "codec/PartFile.h"
 #include "codec/PartHeader.h"
 #include "codec/TextPart.h"
+#include "codec/TextReader.h"
 #include "codec/clsMIMEPart.h"
 #include "codec/clsStack.h"
 
 namespace quillon {
 
-class CodePage;
 class FileSystem;
 
 class MessageSplitter {
@@ -32,7 +32,7 @@ class MessageSplitter {
   static constexpr std::size_t kMaximumDepth = 32;
   static constexpr std::size_t kMaximumParts = 10000;
 
-  MessageSplitter(FileSystem& files, const CodePage& codePage, const SplitSettings& settings);
+  MessageSplitter(FileSystem& files, const TextReader& reader, const SplitSettings& settings);
 
   // A line of the message, its header included, without its line end; a long one may come in
   // pieces. False when a file could not be written: the message is lost, and Finish is not to be
@@ -94,7 +94,7 @@ class MessageSplitter {
   void OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search);
   void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
 
-  const CodePage& codePage_;
+  const TextReader reader_;
   const SplitSettings settings_;
 
   State state_ = State::Header;

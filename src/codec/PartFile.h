@@ -22,13 +22,15 @@ struct SplitSettings {
   bool suppressAlternatives = false;
   bool returnShortPaths = false;
   bool headersInBody = false;                // the text begins with the header and an empty line
+  bool rawHeaders = false;                   // which is read in the ANSI code page
   std::size_t maximumBodyLines = 0;          // of the message text; the rest is dropped; 0: all
   std::size_t maximumBodyBytes = 4U << 20U;  // a longer message text goes to "MESSAGE.TXT"
 };
 
+// Text.
 struct SplitMessage {
-  std::string body;                     // bytes, as the sender wrote them
-  std::vector<Attachment> attachments;  // text
+  std::string body;
+  std::vector<Attachment> attachments;
 };
 
 // What has been written so far. Unless it is kept, the files are removed with the list.

@@ -203,12 +203,12 @@ PartHeader::Result PartHeader::Line(std::string_view line, bool endsLine) {
   return Result::More;
 }
 
-clsMIMEPart PartHeader::Finish(bool inDigest, const CodePage& codePage) {
+clsMIMEPart PartHeader::Finish(bool inDigest, const TextReader& reader) {
   clsMIMEPart part;
   part.contentType = Trim(fields_[kType]);
   if (part.contentType.empty()) part.contentType = inDigest ? "message/rfc822" : "";
-  const auto type = ParseContentField(part.contentType, codePage);
-  const auto disposition = ParseContentField(fields_[kDisposition], codePage);
+  const auto type = ParseContentField(part.contentType, reader);
+  const auto disposition = ParseContentField(fields_[kDisposition], reader);
   if (!part.contentType.empty()) part.MType = TypeOf(MediaType(type.value));
 
   const auto encoding = UpperAscii(fields_[kEncoding]);
@@ -234,6 +234,10 @@ clsMIMEPart PartHeader::Finish(bool inDigest, const CodePage& codePage) {
     part.Name.clear();
     part.NameType.clear();
   }
+  part.form.characterSet = Trim(type.Parameter("CHARSET"));
+  part.form.flowed =
+      MediaType(type.value) == "TEXT/PLAIN" && EqualsIgnoreCase(type.Parameter("FORMAT"), "flowed");
+  part.form.deletesBlanks = EqualsIgnoreCase(type.Parameter("DELSP"), "yes");
   isAttachment_ = Contains(UpperAscii(disposition.value), "ATTACHMENT");
 
   for (auto& field : fields_) field.clear();

@@ -12,7 +12,7 @@
 
 namespace quillon {
 
-class CodePage;
+class TextReader;
 
 class PartHeader {
  public:
@@ -37,7 +37,7 @@ class PartHeader {
 
   // What the header says. `type` and `encoding` are matched as substrings; `inDigest` changes what
   // a part without a Content-Type is. Then ready for another header.
-  clsMIMEPart Finish(bool inDigest, const CodePage& codePage);
+  clsMIMEPart Finish(bool inDigest, const TextReader& reader);
 
   bool HasLines() const noexcept { return size_ > 0; }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "codec/TextForm.h"
+
 namespace quillon {
 
 namespace mime_type {
@@ -42,6 +44,8 @@ class clsMIMEPart {
   std::string Filespec;         // the file that holds the decoded part
   std::string EncodedFilespec;  // the file that holds the part as received; parts are decoded as
                                 // they arrive, so that there is none
+
+  TextForm form;  // of a part that is text
 
   void Clear() { *this = clsMIMEPart(); }
 };

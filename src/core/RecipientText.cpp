@@ -17,7 +17,7 @@ class GroupEnds {
   std::size_t Find(char close, std::size_t from) {
     const auto kind = static_cast<unsigned char>(close);
     if (missing_[kind]) return std::string_view::npos;
-    const auto end = text_.find(close, from);
+    const auto end = close == '"' ? QuoteEnd(text_, from) : text_.find(close, from);
     missing_[kind] = end == std::string_view::npos;
     return end;
   }
@@ -29,12 +29,17 @@ class GroupEnds {
 
 }  // namespace
 
+std::size_t QuoteEnd(std::string_view text, std::size_t at) {
+  while (at < text.size() && text[at] != '"') at += text[at] == '\\' ? 2U : 1U;
+  return at < text.size() ? at : std::string_view::npos;
+}
+
 std::size_t LastBracket(std::string_view text) {
   auto open = std::string_view::npos;
   for (std::size_t at = 0; at < text.size(); ++at) {
     if (text[at] == '<') open = at;
     if (text[at] != '"' || !BeginsWord(text, at)) continue;
-    const auto end = text.find('"', at + 1);
+    const auto end = QuoteEnd(text, at + 1);
     if (end != std::string_view::npos) at = end;
   }
   return open;

@@ -14,6 +14,10 @@ namespace quillon {
 std::vector<std::string> SplitRecipients(std::string_view text, std::string_view delimiter,
                                          std::string_view brackets);
 
+// Where the quoted name ends that has begun before `at`; a quote behind a backslash does not end
+// it. npos when it never ends.
+std::size_t QuoteEnd(std::string_view text, std::size_t at);
+
 // Where the last "<" outside quotes stands, which begins the address; npos when there is none.
 std::size_t LastBracket(std::string_view text);
 

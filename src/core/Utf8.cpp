@@ -1,6 +1,7 @@
 #include "core/Utf8.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace quillon {
 
@@ -39,6 +40,14 @@ Decoded DecodeSequence(std::string_view text) {
   return {point, length};
 }
 
+// Eight characters at once: most text is that.
+bool BeginsWithAscii(std::string_view text) {
+  std::uint64_t word = 0;
+  if (text.size() < sizeof word) return false;
+  std::memcpy(&word, text.data(), sizeof word);
+  return (word & 0x8080808080808080U) == 0;
+}
+
 }  // namespace
 
 void AppendUtf8(std::string& text, char32_t character) {
@@ -71,6 +80,10 @@ char32_t TakeUtf8(std::string_view& text) {
 
 bool IsUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
+    if (BeginsWithAscii(bytes)) {
+      bytes.remove_prefix(sizeof(std::uint64_t));
+      continue;
+    }
     const auto byte = static_cast<unsigned char>(bytes[0]);
     const auto [point, length] = byte < 0x80 ? Decoded{byte, 1} : DecodeSequence(bytes);
     const bool isHalf = IsHighSurrogate(point) || IsLowSurrogate(point);

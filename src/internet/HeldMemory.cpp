@@ -12,10 +12,13 @@ constexpr std::size_t kIndexEntry = 64;
 }  // namespace
 
 std::size_t HeldMemory(std::string_view bytes) {
-  const auto others = std::count_if(bytes.begin(), bytes.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0x80U) != 0;
-  });
-  return bytes.size() + 2 * static_cast<std::size_t>(others);
+  const auto others =
+      static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0x80U) != 0;
+      }));
+  // An encoded word of four characters may be three bytes beyond ASCII.
+  if (bytes.find("=?") != std::string_view::npos) return bytes.size() * 9 / 4 + 2 * others;
+  return bytes.size() + 2 * others;
 }
 
 std::size_t HeldMemory(const HeaderRecord& record) {

@@ -43,16 +43,16 @@ void RequireSmtp(const MailRequest& request) {
 // server begins to list them, and stay, as far as they have come, however the loading ends.
 class InternetBackEnd::HeaderUpdate {
  public:
-  HeaderUpdate(SharedState& shared, const CodePage& codePage, HeaderOptions options,
+  HeaderUpdate(SharedState& shared, const HeaderReading& reading, HeaderOptions options,
                std::function<HeaderOrigin()> origin)
       : shared_(shared),
-        codePage_(codePage),
+        reading_(reading),
         origin_(std::move(origin)),
         collector_(std::move(options), [this] { Begin(); }) {}
   ~HeaderUpdate() {
     if (!begun_) return;
     try {
-      shared_.headers = TextTable(std::move(collector_.Table()), codePage_);
+      shared_.headers = TextTable(std::move(collector_.Table()), reading_);
     } catch (const std::exception&) {
       shared_.headers = {};
     }
@@ -70,7 +70,7 @@ class InternetBackEnd::HeaderUpdate {
   }
 
   SharedState& shared_;
-  const CodePage& codePage_;
+  const HeaderReading reading_;
   std::function<HeaderOrigin()> origin_;
   HeaderCollector collector_;
   bool begun_ = false;
@@ -93,6 +93,8 @@ PopSettings InternetBackEnd::Pop(const MailRequest& request) {
   const auto section = ports_.servers.For(request.instance.postOffice);
   Apply(section, request.instance.access, ports_.codePage, settings);
   detailedErrors_ = section.detailedErrors.value_or(false);
+  const auto& raw = request.instance.access.rawHeaders;
+  rawHeaders_ = raw ? *raw != kFalse : section.rawHeaders.value_or(false);
   return settings;
 }
 
@@ -251,10 +253,11 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
     wanted.most = static_cast<std::uint32_t>(instance.maximumHeaders);
   }
   auto settings = Pop(request);
-  auto update = std::make_unique<HeaderUpdate>(
-      request.shared, ports_.codePage, std::move(options), [this, mailbox = MailboxOf(settings)] {
-        return HeaderOrigin{mailbox, Engine().POPSession()};
-      });
+  auto update =
+      std::make_unique<HeaderUpdate>(request.shared, Reading(rawHeaders_), std::move(options),
+                                     [this, mailbox = MailboxOf(settings)] {
+                                       return HeaderOrigin{mailbox, Engine().POPSession()};
+                                     });
   auto loading = Engine().LoadMessageHeaders(std::move(settings), wanted, update->Collector());
   return runner_.Perform(
       call, NewOrder(request, member, operation, "Failed to load the message headers."),
@@ -286,16 +289,19 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   runner_.RequireIdle();
   login_.PreparePop(request);
   EngineRunner::Call call(runner_);
-  auto collector = std::make_unique<MessageCollector>(
-      ports_.files, ports_.codePage, SplitSettingsOf(request, ports_.files),
-      Bytes(request.instance.dateFormat), [this] { return MostMessageBytes(); });
   auto settings = Pop(request);
+  auto split = SplitSettingsOf(request, ports_.files);
+  split.rawHeaders = rawHeaders_;
+  auto collector = std::make_unique<MessageCollector>(ports_.files, Reading(rawHeaders_).reader,
+                                                      split, Bytes(request.instance.dateFormat),
+                                                      [this] { return MostMessageBytes(); });
   auto key = CurrentMessage(request, settings, ports_.codePage);
   auto loading = OfListed(Engine().LoadMessage(std::move(settings), std::move(key), *collector));
-  return runner_.Perform(call,
-                         NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
-                                  "Failed to load the message."),
-                         MessageLoaded(std::move(loading), std::move(collector), request.shared));
+  return runner_.Perform(
+      call,
+      NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
+               "Failed to load the message."),
+      MessageLoaded(std::move(loading), std::move(collector), request.shared, rawHeaders_));
 }
 
 std::uint64_t InternetBackEnd::MostMessageBytes() const {
@@ -312,10 +318,10 @@ Task<SessionResult> InternetBackEnd::OfListed(Task<SessionResult> work) {
 
 Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
                                                    std::unique_ptr<MessageCollector> collector,
-                                                   SharedState& shared) {
+                                                   SharedState& shared, bool rawHeaders) {
   auto result = co_await loading;
   if (result.number == internet_error::kSuccess) {
-    StoreMessage(shared, *collector, ports_.codePage);
+    StoreMessage(shared, *collector, Reading(rawHeaders));
   }
   co_return result;
 }

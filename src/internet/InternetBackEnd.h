@@ -25,6 +25,7 @@
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
+#include "ports/CharacterSets.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
 #include "ports/LocalClock.h"
@@ -41,6 +42,7 @@ struct InternetPorts {
   SecurityPorts security;
   FileSystem& files;
   const CodePage& codePage;
+  const CharacterSets& characterSets;
   const LocalClock& clock;
   LoginPrompt& loginPrompt;
   MessageBoxPort& messageBox;
@@ -99,12 +101,15 @@ class InternetBackEnd final : public BackEnd {
   static Task<SessionResult> OfListed(Task<SessionResult> work);
   Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
                                     std::unique_ptr<MessageCollector> collector,
-                                    SharedState& shared);
+                                    SharedState& shared, bool rawHeaders);
 
   smtppop& Engine() { return runner_.Engine(); }
   // What script and configuration file say of the server.
   PopSettings Pop(const MailRequest& request);
   SmtpSettings Smtp(const MailRequest& request);
+  HeaderReading Reading(bool rawHeaders) const {
+    return {{ports_.codePage, ports_.characterSets}, rawHeaders};
+  }
   // Bytes of the wire as text, and text as bytes.
   std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }
   std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
@@ -114,6 +119,7 @@ class InternetBackEnd final : public BackEnd {
   LoginData login_;
   EngineRunner runner_;
   bool detailedErrors_ = false;  // as the configuration file says of the last server
+  bool rawHeaders_ = false;      // as script or configuration file say of the last POP server
 };
 
 }  // namespace quillon

@@ -1,5 +1,5 @@
-// Takes a message as it arrives: notes the fields of its header, and lets the rest be split into
-// text and files. Everything is bytes, but the names of the files, which are text.
+// Takes a message as it arrives: notes the fields of its header, which stay bytes, and lets the
+// rest be split into text and files.
 #pragma once
 
 #include <cstddef>
@@ -18,11 +18,11 @@ namespace quillon {
 class MessageCollector final : public MessageSink {
  public:
   // `mostBytes`: how long the message may be. Asked for once, and by one of more than 1 MiB only.
-  MessageCollector(FileSystem& files, const CodePage& codePage, const SplitSettings& split,
+  MessageCollector(FileSystem& files, const TextReader& reader, const SplitSettings& split,
                    std::string dateFormat, std::function<std::uint64_t()> mostBytes)
       : dateFormat_(std::move(dateFormat)),
         mostBytes_(std::move(mostBytes)),
-        splitter_(files, codePage, split),
+        splitter_(files, reader, split),
         fields_(1) {}
 
   // The result is 26 when a file of the message cannot be written, 30 when it is too long, or its

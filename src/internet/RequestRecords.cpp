@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "codec/EncodedWord.h"
 #include "core/ErrorCode.h"
 #include "core/RecipientText.h"
 #include "core/ServerError.h"
@@ -26,6 +27,35 @@ SessionSettings TimesOf(const MailRequest& request) {
   settings.timeoutProtocol = static_cast<TickCount>(internet.timeoutProtocol);
   settings.timeoutSend = static_cast<TickCount>(internet.TimeoutSend());
   return settings;
+}
+
+// What needs no reading: most fields of most messages.
+bool IsPlainAscii(std::string_view bytes) {
+  const auto isAscii = [](char c) { return (static_cast<unsigned char>(c) & 0x80U) == 0; };
+  return std::all_of(bytes.begin(), bytes.end(), isAscii) &&
+         bytes.find("=?") == std::string_view::npos;
+}
+
+// The server's identifiers go back to it as the bytes that they were.
+std::string FieldText(std::string HeaderRecord::*member, const std::string& bytes,
+                      const HeaderReading& reading) {
+  using R = HeaderRecord;
+  if (reading.raw || member == &R::uniqueId) return reading.reader.Ansi(bytes);
+  if (member == &R::subject || member == &R::mailer) {
+    return DecodeEncodedWords(bytes, reading.reader);
+  }
+  if (member == &R::originator || member == &R::to || member == &R::cc ||
+      member == &R::replyAddress) {
+    return DecodeAddresses(bytes, reading.reader);
+  }
+  return reading.reader.Unnamed(bytes);
+}
+
+void MakeText(HeaderRecord& record, const HeaderReading& reading) {
+  for (const auto member : kHeaderTexts) {
+    auto& text = record.*member;
+    if (!IsPlainAscii(text)) text = FieldText(member, text, reading);
+  }
 }
 
 }  // namespace
@@ -106,28 +136,25 @@ MessageKey CurrentMessage(const MailRequest& request, const PopSettings& setting
   return key;
 }
 
-void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage) {
-  const auto& fields = collector.Fields();
+void StoreMessage(SharedState& shared, MessageCollector& collector, const HeaderReading& reading) {
+  auto fields = collector.Fields();
+  MakeText(fields, reading);
   LoadedMessage loaded;
-  loaded.to = SplitRecipients(codePage.ToText(fields.to), ",", "<>");
-  loaded.cc = SplitRecipients(codePage.ToText(fields.cc), ",", "<>");
+  loaded.to = SplitRecipients(fields.to, ",", "<>");
+  loaded.cc = SplitRecipients(fields.cc, ",", "<>");
   loaded.attachments = std::move(collector.Message().attachments);
-  loaded.from = codePage.ToText(fields.originator);
-  loaded.subject = codePage.ToText(fields.subject);
-  loaded.dateText = codePage.ToText(fields.dateText);
-  loaded.rawHeaders = codePage.ToText(collector.RawHeaders());
-  loaded.body = codePage.ToText(collector.Message().body);
+  loaded.from = std::move(fields.originator);
+  loaded.subject = std::move(fields.subject);
+  loaded.dateText = std::move(fields.dateText);
+  const auto& reader = reading.reader;
+  const auto& header = collector.RawHeaders();
+  loaded.rawHeaders = reading.raw ? reader.Ansi(header) : reader.Unnamed(header);
+  loaded.body = std::move(collector.Message().body);
   MakeCurrent(shared.message, std::move(loaded));
 }
 
-HeaderTable TextTable(HeaderTable table, const CodePage& codePage) {
-  const auto isAscii = [](char c) { return (static_cast<unsigned char>(c) & 0x80U) == 0; };
-  for (auto& record : table) {
-    for (const auto member : kHeaderTexts) {
-      auto& text = record.*member;
-      if (!std::all_of(text.begin(), text.end(), isAscii)) text = codePage.ToText(text);
-    }
-  }
+HeaderTable TextTable(HeaderTable table, const HeaderReading& reading) {
+  for (auto& record : table) MakeText(record, reading);
   return table;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "codec/HeaderTable.h"
+#include "codec/TextReader.h"
 #include "internet/MessageCollector.h"
 #include "internet/OutgoingMessage.h"
 #include "internet/PopSession.h"
@@ -35,10 +36,16 @@ std::string MailboxOf(const PopSettings& settings);
 MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
                           const CodePage& codePage);
 
+// How received header fields become texts: decoded, or as they came, in the ANSI code page.
+struct HeaderReading {
+  TextReader reader;
+  bool raw = false;
+};
+
 // Makes a received message the current one.
-void StoreMessage(SharedState& shared, MessageCollector& collector, const CodePage& codePage);
+void StoreMessage(SharedState& shared, MessageCollector& collector, const HeaderReading& reading);
 
 // The table with texts in place of bytes.
-HeaderTable TextTable(HeaderTable table, const CodePage& codePage);
+HeaderTable TextTable(HeaderTable table, const HeaderReading& reading);
 
 }  // namespace quillon

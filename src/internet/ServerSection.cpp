@@ -118,6 +118,7 @@ constexpr ServerKey kKeys[] = {
     {"Extensions", false, kFlag, [](S& s, V v) { return SetFlag(s.extensions, v); }},
     {"DSN", false, kFlag, [](S& s, V v) { return SetFlag(s.deliveryStatus, v); }},
     {"DetailedErrors", false, kFlag, [](S& s, V v) { return SetFlag(s.detailedErrors, v); }},
+    {"RawHeaders", false, kFlag, [](S& s, V v) { return SetFlag(s.rawHeaders, v); }},
     {"Pin", false, "64 hexadecimal digits, with or without \"key:\" in front",
      [](S& s, V v) { return SetPin(s.pin, v); }},
     {"Revocation", false, kFlag, [](S& s, V v) { return SetFlag(s.revocation, v); }},

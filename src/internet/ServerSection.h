@@ -32,6 +32,7 @@ struct ServerSection {
   std::optional<bool> revocation;
   std::optional<bool> deliveryStatus;
   std::optional<bool> detailedErrors;
+  std::optional<bool> rawHeaders;
   std::optional<std::string> pin;
   std::optional<std::string> clientCertificate;
   OAuthAccount oauth;

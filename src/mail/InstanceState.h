@@ -32,6 +32,7 @@ struct InternetAccess {
   std::optional<std::string> pinnedCertificate;
   std::optional<ShortBool> extensions;
   std::optional<ShortBool> detailedErrors;
+  std::optional<ShortBool> rawHeaders;
 };
 
 struct InstanceState {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/Platform.h"
+#include "ports/CharacterSets.h"
 #include "ports/CodePage.h"
 #include "ports/Crypto.h"
 #include "ports/FileSystem.h"
@@ -24,5 +25,7 @@ std::unique_ptr<TlsLibrary> MakeTlsLibrary();
 
 // The ANSI code page of the system: Windows-1252 on Linux.
 std::unique_ptr<CodePage> MakeAnsiCodePage();
+
+std::unique_ptr<CharacterSets> MakeCharacterSets();
 
 }  // namespace quillon

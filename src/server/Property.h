@@ -82,6 +82,7 @@ enum class Property {
   TLSVersion,
   ServerCertificate,
   LastServerReply,
+  RawHeaders,
 };
 
 }  // namespace quillon

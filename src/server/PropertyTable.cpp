@@ -99,6 +99,7 @@ constexpr std::array kRows{
     PropertyRow{P::TLSVersion, "TLSVersion", R::Special, &C::tlsVersion},
     PropertyRow{P::ServerCertificate, "ServerCertificate", R::Special, &C::serverCertificate},
     PropertyRow{P::LastServerReply, "LastServerReply", R::Special, &C::lastServerReply},
+    PropertyRow{P::RawHeaders, "RawHeaders", R::Flag, &A::rawHeaders},
 };
 
 constexpr bool InOrder() {

@@ -140,6 +140,7 @@ DetailedErrors: get put returns short
 TLSVersion: get returns string
 ServerCertificate: get returns string
 LastServerReply: get returns string
+RawHeaders: get put returns short
 )";
 
 std::string TypeName(const TYPEDESC& type) {

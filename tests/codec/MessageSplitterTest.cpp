@@ -37,7 +37,7 @@ class MessageSplitterTest : public ::testing::Test {
   std::string Split(std::string_view message, std::size_t pieceSize = kWhole) {
     TempFolder folder;
     settings_.directory = folder.Path();
-    MessageSplitter splitter(*files_, *codePage_, settings_);
+    MessageSplitter splitter(*files_, {*codePage_, *sets_}, settings_);
     SplitMessage split;
     if (!Feed(splitter, message, pieceSize) || !splitter.Finish(split)) return "failed";
     auto text = split.body;
@@ -50,6 +50,7 @@ class MessageSplitterTest : public ::testing::Test {
 
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
+  std::unique_ptr<CharacterSets> sets_ = MakeCharacterSets();
   SplitSettings settings_;
 };
 
@@ -338,6 +339,12 @@ TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
       {"name=\"=?utf-8?B?w6QudHh0?=\"", "\xC3\xA4.txt"},
       {"name==?iso-8859-1?Q?=E4_b.txt?=", "\xC3\xA4 b.txt"},
       {"name=\"=?utf-8?Q?a?=  =?utf-8?Q?b.txt?=\"", "ab.txt"},
+      {"name=\"=?gb2312?B?xOO6wy50eHQ=?=\"", "你好.txt"},
+      {"name=\"=?utf-8?Q?=C3?= =?utf-8?Q?=A4.txt?=\"", "\xC3\xA4.txt"},
+      {"name*=koi8-r''%F0%D2.txt", "Пр.txt"},
+      {"name*0*=shift_jis''%93; name*1*=%FA.txt", "日.txt"},
+      {"name=\"\xC3\xA4.txt\"", "\xC3\xA4.txt"},
+      {"name=\"\xE4.txt\"", "\xC3\xA4.txt"},
       {"name=\"=?utf-8?X?a?=.txt\"", "=?utf-8?X?a?=.txt"},
       {"name=\"../../etc/passwd\"", "passwd"},
   };
@@ -347,6 +354,55 @@ TEST_F(MessageSplitterTest, FileNamesComeInEveryForm) {
     ASSERT_NE(std::string::npos, bar) << parameter << ": " << text;
     EXPECT_EQ(expected, text.substr(bar + 1, text.find(']') - bar - 1)) << parameter;
   }
+}
+
+TEST_F(MessageSplitterTest, EachTextIsReadInItsOwnSet) {
+  const std::string utf8 = "Content-Type: text/plain; charset=\"UTF-8\"\n\n\xC3\xA9";
+  const std::string latin2 = "Content-Type: text/plain; charset=iso-8859-2\n\n\xB3";
+  const std::string utf16 =
+      "Content-Type: text/plain; charset=utf-16le\nContent-Transfer-Encoding: base64\n\n6QA=";
+  const std::string lying = "Content-Type: text/html; charset=utf-8\n\n\xE9\xC3\xA9";
+  const std::string flowed =
+      "Content-Type: text/plain; charset=utf-8; format=flowed; delsp=yes\n\n\xC3\xA9 \n\xC3\xA9\nx";
+  const struct {
+    const char* what;
+    std::string message;
+    const char* expected;
+  } kCases[] = {
+      {"in pieces", "\naéééééééééééééééééééé", "aéééééééééééééééééééé\r\n"},
+      {"named", utf8, "é\r\n"},
+      {"unnamed", "\n\xC3\xA9", "é\r\n"},
+      {"neither", "\n\xC3\xA9\xE9", "Ã©é\r\n"},
+      {"marked", "\n\xEF\xBB\xBF\xC3\xA9", "é\r\n"},
+      {"a lie", lying, "éÃ©\r\n"},
+      {"one each", Multipart("mixed", {latin2, utf16, "\n\xE9", utf8, flowed}),
+       "ł\r\né\r\né\r\né\r\néé\r\nx"},
+      {"a rendering", Multipart("alternative", {lying, utf8}),
+       "é[ALTERNAT.HTM|ALTERNAT.HTM] \xE9\xC3\xA9"},
+      {"without parts", "Content-Type: multipart/mixed; boundary=b\n\n\xC3\xA9", "é\r\n"},
+      {"flowed as HTML", "Content-Type: text/html; format=flowed\n\na \nb", "a \r\nb\r\n"},
+      {"files stay bytes",
+       Multipart("mixed",
+                 {utf8, "Content-Type: text/plain; charset=utf-8; name=a.txt\n\n\xC3\xA9"}),
+       "é[a.txt|a.txt] \xC3\xA9"},
+  };
+  for (const auto& test : kCases) {
+    for (const auto pieceSize : {kWhole, std::size_t{30}}) {
+      EXPECT_EQ(test.expected, Split(test.message, pieceSize)) << test.what;
+    }
+  }
+  settings_.suppressAlternatives = true;
+  EXPECT_EQ(
+      "é", Split(Multipart("alternative", {"Content-Type: text/html; charset=utf-8\n\n\xC3\xA9"})));
+  settings_.headersInBody = true;
+  EXPECT_EQ("X: \xC3\xA9\r\n\r\né\r\n", Split("X: \xC3\xA9\n\n\xE9"));
+  settings_.rawHeaders = true;
+  EXPECT_EQ("X: Ã©\r\n\r\né\r\n", Split("X: \xC3\xA9\n\n\xC3\xA9"));
+  settings_.headersInBody = false;
+  settings_.maximumBodyBytes = 3;
+  EXPECT_EQ(
+      "{Message too long, appended as first attachment.}[MESSAGE.TXT|MESSAGE.TXT] \xE9\r\n\xC3\xA9",
+      Split(Multipart("mixed", {"\n\xE9", utf8})));
 }
 
 TEST_F(MessageSplitterTest, ANameTooLongForTheSystemIsCut) {
@@ -389,7 +445,7 @@ TEST_F(MessageSplitterTest, NothingStaysOfAMessageThatDoesNotEnd) {
   settings_.directory = folder.Path();
   const std::string message = "Content-Type: image/png; name=a.png\n\n" + std::string(100000, 'x');
   {
-    MessageSplitter splitter(*files_, *codePage_, settings_);
+    MessageSplitter splitter(*files_, {*codePage_, *sets_}, settings_);
     EXPECT_TRUE(Feed(splitter, message, 1000));
     EXPECT_EQ(1U, folder.Names().size());
   }
@@ -397,7 +453,7 @@ TEST_F(MessageSplitterTest, NothingStaysOfAMessageThatDoesNotEnd) {
 
   settings_.directory = folder.Path("missing");
   EXPECT_EQ(false, [&] {
-    MessageSplitter splitter(*files_, *codePage_, settings_);
+    MessageSplitter splitter(*files_, {*codePage_, *sets_}, settings_);
     return Feed(splitter, message, 1000);
   }());
 }

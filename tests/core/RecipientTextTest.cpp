@@ -22,6 +22,8 @@ TEST(RecipientText, DelimitersSplitOutsideBracketsAndQuotesOnly) {
       {"O\"Brien,Smith\"son", ",", "O\"Brien|Smith\"son"},
       {"a@x,\"b,c\" <b@y>", ",", "a@x|\"b,c\" <b@y>"},
       {"John \"Doe, Jr\" <j@d>,k@d", ",", "John \"Doe, Jr\" <j@d>|k@d"},
+      {"\"a \\\"b, c\\\" d\" <a@x>, k@d", ",", "\"a \\\"b, c\\\" d\" <a@x>|k@d"},
+      {"\"C:\\\", k@d", ",", "\"C:\\\"|k@d"},
       {"\xC2\xA7 x\xC2\xA7y", "\xC2\xA7", "x|y"},
   };
   for (const auto& test : kCases) {

@@ -31,6 +31,7 @@ SETTINGS = {
     "loginname": ("mail.loginName = {}", "joe"), "password": ("mail.Password = {}", "secret"),
     "maximum": ("mail.MaximumHeaders = {}", 1000), "unreadonly": ("mail.unreadOnly = CBool({})", 0),
     "headersinmessage": ("mail.HeadersInMessage = CBool({})", 0),
+    "rawheaders": ("mail.RawHeaders = CBool({})", 0),
     "suppressattachments": ("mail.suppressAttachments = CBool({})", 0),
     "override": ('mail.undocumented1 = "|ONLY_RECIP|" & {}', ""),
     "greetwithhelo": ('mail.undocumented1 = "|HELO|" & -{}', 1),
@@ -50,6 +51,7 @@ READERS = {
     "refused": 'Replace(mail.GetMessageItemString(11), ", ", " ")', "subject": "mail.subject",
     "from": "mail.from", "body": "mail.Message", "bodysize": "CStr(Len(mail.Message))",
     "tocount": "CStr(mail.GetMessageItemCount(1))", "numbers": "Headers(20)",
+    "recipients": 'Replace(mail.GetMessageItemString(1), ">, ", ">|")', "originators": "Headers(9)",
     "identifiers": "Headers(22)", "subjects": "Headers(4)", "attachments": "Attachments()",
 }
 

@@ -1,17 +1,22 @@
 """Received messages: whatever Python's email package composes is taken apart to the same texts and
 files by a script that reads it over POP3."""
 
+import base64
 import binascii
+import collections
 import email.encoders
 import email.header
+import email.headerregistry
 import email.mime.base
 import email.mime.message
 import email.mime.multipart
 import email.mime.text
 import email.policy
+import email.utils
 import os
 import pathlib
 import random
+import re
 import shutil
 import tempfile
 import unittest
@@ -34,14 +39,15 @@ def setUpModule():
 
 
 class Shape:
-    """A message, and what must come of it: the text as bytes, and (shown name, bytes) for each
-    file."""
+    """A message, and what must come of it: the text, (shown name, bytes) for each file, and the
+    sender's name, which is the subject and a recipient's name too."""
 
-    def __init__(self, what, message, body, files=(), policy=SMTP):
+    def __init__(self, what, message, body, files=(), policy=SMTP, name=None):
         self.what = what
         self.wire = message if isinstance(message, bytes) else message.as_bytes(policy=policy)
-        self.body = body
+        self.body = body if isinstance(body, str) else body.decode("ascii")
         self.files = list(files)
+        self.name = name
 
 
 def crlf(text):
@@ -69,10 +75,10 @@ def texts():
     yield Shape("7bit", new_message(PLAIN, cte="7bit"), crlf(PLAIN).encode())
     for encoding in ("base64", "quoted-printable", "8bit"):
         yield Shape("UTF-8 in " + encoding, new_message(UMLAUTS, cte=encoding),
-                    crlf(UMLAUTS).encode())
+                    crlf(UMLAUTS))
         yield Shape("Latin-1 in " + encoding,
                     new_message(UMLAUTS, cte=encoding, charset="iso-8859-1"),
-                    crlf(UMLAUTS).encode("iso-8859-1"))
+                    crlf(UMLAUTS))
     html = new_message()
     html.set_content(HTML, subtype="html")
     yield Shape("HTML alone", html, crlf(HTML).encode())
@@ -260,7 +266,76 @@ def encodings():
                 files[:13])
 
 
-SHAPES = [shape for group in (texts, renderings, containers, boundaries, file_names, encodings)
+# A set that is usual for a language, a text, and a name.
+LANGUAGES = [
+    ("iso-8859-1", "Grüße an alle, schönen Tag.", "Müller, Jürgen"),
+    ("windows-1252", "L’été déjà – c’était «bien», 5 €.", "Hélène d’Été"),
+    ("iso-8859-2", "Zażółć gęślą jaźń, proszę.", "Łukasz Wójcik"),
+    ("koi8-r", "Привет всем, как дела?", "Иванов, Пётр"),
+    ("windows-1251", "Съешь же ещё этих булок.", "Анна «Аня»"),
+    ("koi8-u", "Їхав єнот через ґанок.", "Олексій Ґудзь"),
+    ("iso-8859-7", "Καλημέρα σε όλους.", "Γιώργος Παπάς"),
+    ("iso-8859-9", "İyi günler, şöyle ağır.", "Ayşe Gündoğdu"),
+    ("iso-8859-8", "שלום לכולם.", "דוד כהן"),
+    ("windows-1256", "مرحبا بالجميع", "محمد علي"),
+    ("tis-620", "สวัสดีทุกคน", "สมชาย ใจดี"),
+    ("gb2312", "大家好，今天怎么样？", "王小明"),
+    ("gb18030", "大家好，朋友們。", "張偉"),
+    ("big5", "大家好，朋友們。", "陳大文"),
+    ("iso-2022-jp", "皆さん、お元気ですか。", "山田 太郎"),
+    ("shift_jis", "皆さん、ﾃｽﾄです。", "山田, 花子"),
+    ("euc-jp", "皆さん、テストです。", "鈴木 一郎"),
+    ("euc-kr", "여러분 안녕하세요.", "김철수"),
+    ("utf-7", "Tiếng Việt, được không?", "Nguyễn Văn \"An\""),
+    ("utf-16", "Ünïcode 😀 𠀀", "名前 😀"),
+]
+
+
+def languages():
+    """Each in UTF-8, as Python writes it today, and in a set of its own, as programs used to."""
+    long_lines = SMTP.clone(max_line_length=998)
+    for charset, text, name in LANGUAGES:
+        modern = EmailMessage(policy=long_lines)
+        modern["From"] = email.headerregistry.Address(name, "ann", "example.com")
+        modern["To"] = [email.headerregistry.Address(name, "bob", "example.com"),
+                        email.headerregistry.Address("Eve", "eve", "example.com")]
+        modern["Subject"] = name
+        modern.set_content(text + "\n")
+        modern.add_attachment(b"x", "application", "octet-stream", filename=name + ".txt")
+        yield Shape("UTF-8 for " + charset, modern, text + "\r\n", [(name + ".txt", b"x")],
+                    policy=long_lines, name=name)
+
+        words = base64_words(name, charset)
+        encoded = base64.encodebytes((text + "\r\n").encode(charset)).decode()
+        file_name = urllib.parse.quote((name + ".txt").encode(charset))
+        yield Shape(charset, f"""From: {words} <ann@example.com>
+To: "{words}" <bob@example.com>, Eve <eve@example.com>
+Subject: {words}
+Content-Type: multipart/mixed; boundary=next
+
+--next
+Content-Type: text/plain; charset="{charset}"
+Content-Transfer-Encoding: base64
+
+{encoded}
+--next
+Content-Type: application/octet-stream
+Content-Disposition: attachment; filename*={charset}''{file_name}
+
+x
+--next--
+""".encode(), text + "\r\n", [(name + ".txt", b"x")], name=name)
+
+
+def base64_words(name, charset):
+    """The bytes of the name in two words, wherever that cuts them."""
+    encoded = name.encode(charset)
+    return " ".join(f"=?{charset}?B?{base64.b64encode(part).decode()}?="
+                    for part in (encoded[:5], encoded[5:]))
+
+
+SHAPES = [shape for group in (texts, renderings, containers, boundaries, file_names, encodings,
+                              languages)
           for shape in group()]
 
 
@@ -277,12 +352,14 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
                 ended, lines = run_script(self.wine, self.script("load_all.vbs") + ENDINGS["vbs"],
                                           host.pop, pathlib.Path(root), timeout=180)
             self.assertTrue(ended, lines[-3:])
+            self.assertEqual([], lines)
             found = []
-            for line in lines:
+            told = (pathlib.Path(root) / "found").read_bytes().decode("utf-16")
+            for line in told.split("\r\n")[:-1]:
                 kind, value = line.split(" ", 1)
-                value = urllib.parse.unquote_to_bytes(value)
+                value = re.sub(r"\\(.)", lambda m: {"r": "\r", "n": "\n"}.get(m[1], m[1]), value)
                 if kind == "message":
-                    found.append({"body": [], "file": [], "name": []})
+                    found.append(collections.defaultdict(list))
                 else:
                     found[-1][kind].append(value)
             self.assertEqual(len(SHAPES), len(found))
@@ -292,11 +369,22 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
 
     def check_shape(self, shape, got, directory):
         self.assertEqual([shape.body], got["body"])
-        self.assertEqual([name.encode("cp1252") for name, _ in shape.files], got["name"])
-        names = [file.decode("cp1252").rsplit("\\", 1)[1] for file in got["file"]]
+        self.assertEqual([name for name, _ in shape.files], got["name"])
+        if shape.name is not None:
+            self.check_header(shape, got)
+        names = [file.rsplit("\\", 1)[1] for file in got["file"]]
         self.assertEqual(sorted(names), sorted(os.listdir(directory)))
         for name, (_, content) in zip(names, shape.files, strict=True):
             self.assertEqual(content, (directory / name).read_bytes(), name)
+
+    def check_header(self, shape, got):
+        sender = shape.name, "ann@example.com"
+        subject, originator, reply = got["listed"]
+        self.assertEqual([[shape.name], shape.name], [got["subject"], subject])
+        for address in (*got["from"], originator, reply):
+            self.assertEqual(sender, email.utils.parseaddr(address))
+        self.assertEqual([(shape.name, "bob@example.com"), ("Eve", "eve@example.com")],
+                         [email.utils.parseaddr(recipient) for recipient in got["to"]])
 
     def test_options_of_loading(self):
         message = new_message()

@@ -9,6 +9,7 @@
 #include "ConversationFile.h"
 #include "InternetWorld.h"
 #include "Peers.h"
+#include "core/Text.h"
 #include "core/WholeFile.h"
 #include "internet/InternetErrorText.h"
 
@@ -136,6 +137,7 @@ void Playing::Set(std::string_view text) {
       {"attachmentdirectory", [&] { instance.attachmentDirectory = world_.received.Path(value); }},
       {"suppressattachments", [&] { instance.suppressAttachments = ToShortBool(number() != 0); }},
       {"headersinmessage", [&] { instance.headersInMessage = ToShortBool(number() != 0); }},
+      {"rawheaders", [&] { access.rawHeaders = ToShortBool(number() != 0); }},
       {"timeoutprotocol", [&] { internet.timeoutProtocol = number(); }},
       {"index", [&] { instance.messageIndex = number(); }},
       {"refuse", [&] { refuse_ = number() != 0; }},
@@ -262,6 +264,8 @@ void Playing::Expect(std::string_view text) {
       {"body", [&] { return message.body; }},
       {"bodysize", [&] { return std::to_string(message.body.size()); }},
       {"attachments", [&] { return AttachmentTexts(); }},
+      {"recipients", [&] { return Join(message.to, "|"); }},
+      {"originators", [&] { return header(&HeaderRecord::originator); }},
       {"tocount", [&] { return std::to_string(message.to.size()); }},
   };
   const auto row = found.find(word);

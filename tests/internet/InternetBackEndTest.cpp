@@ -204,6 +204,24 @@ TEST_F(InternetBackEndTest, ALoadedMessageReplacesTheWholeOfTheOneBefore) {
   EXPECT_TRUE(world.shared.message.bcc.empty());
 }
 
+TEST_F(InternetBackEndTest, HeadersAreReadAsScriptOrConfigurationFileSay) {
+  auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
+  world.network.accept = [&] { return std::make_shared<MailboxPeer>(mailbox); };
+  mailbox->messages.assign(1, {"u", "Subject: =?utf-8?q?=C3=A9?=\r\nX: \xC3\xA9\r\n\r\n1\r\n"});
+  const auto read = [&] {
+    EXPECT_TRUE(backEnd.LoadMessageHeaders(request).Succeeded());
+    EXPECT_TRUE(backEnd.LoadMessage(request).Succeeded());
+    const auto& message = world.shared.message;
+    EXPECT_EQ(world.shared.headers.at(0).subject, message.subject);
+    return message.subject + " " + message.rawHeaders.substr(message.rawHeaders.find('X'));
+  };
+  EXPECT_EQ(read(), "é X: é\r\n");
+  ASSERT_TRUE(world.configuration.WriteString("Server pop.example", "RawHeaders", "TRUE"));
+  EXPECT_EQ(read(), "=?utf-8?q?=C3=A9?= X: Ã©\r\n");
+  world.instance.access.rawHeaders = kFalse;
+  EXPECT_EQ(read(), "é X: é\r\n");
+}
+
 // What has come stays, and what has not begun takes nothing away.
 TEST_F(InternetBackEndTest, AFailedLoadingKeepsTheHeadersThatHaveCome) {
   auto mailbox = std::make_shared<MailboxPeer::Mailbox>();

@@ -93,7 +93,7 @@ class MessageComposerTest : public ::testing::Test {
     const TempFolder received;
     SplitSettings split;
     split.directory = received.Path();
-    MessageSplitter splitter(*files_, *codePage_, split);
+    MessageSplitter splitter(*files_, {*codePage_, *sets_}, split);
     auto wire = Wire(1000) + "\r\n";
     for (std::string_view rest = wire; !rest.empty();) {
       const auto end = rest.find("\r\n");
@@ -125,6 +125,7 @@ class MessageComposerTest : public ::testing::Test {
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   FaultyFileSystem disk_{*files_};
   std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
+  std::unique_ptr<CharacterSets> sets_ = MakeCharacterSets();
   StillClock clock_;
   ProtocolLog log_{*files_, sources_.Path()};
   ComposerSettings settings_;

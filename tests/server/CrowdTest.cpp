@@ -115,15 +115,16 @@ class Crowd {
   TempFolder temporary_;
   TestWorld world_;
   std::unique_ptr<LocalClock> clock_ = MakeLocalClock();
+  std::unique_ptr<CharacterSets> characterSets_ = MakeCharacterSets();
   NoLoginPrompt prompt_;
   NoProgressDisplay display_;
   TestSecurity security_{*loop_};
   ReversingProtector protector_;
   ServerSections servers_{world_.configuration, nullptr, protector_};
-  InternetBackEnd backEnd_{
-      {*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage, *clock_, prompt_,
-       world_.messageBox, world_.configuration, servers_, world_.log, world_.notifier, display_},
-      {"1.0", {}}};
+  InternetBackEnd backEnd_{{*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage,
+                            *characterSets_, *clock_, prompt_, world_.messageBox,
+                            world_.configuration, servers_, world_.log, world_.notifier, display_},
+                           {"1.0", {}}};
   InternetMailSystem internet_{backEnd_};
   std::vector<Client> clients_;
   bool resting_ = false;

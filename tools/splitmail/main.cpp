@@ -67,7 +67,8 @@ bool SplitInput(quillon::MessageSplitter& splitter, quillon::SplitMessage& messa
 int Run(const quillon::SplitSettings& settings) {
   const auto files = quillon::MakeFileSystem();
   const auto codePage = quillon::MakeAnsiCodePage();
-  quillon::MessageSplitter splitter(*files, *codePage, settings);
+  const auto sets = quillon::MakeCharacterSets();
+  quillon::MessageSplitter splitter(*files, {*codePage, *sets}, settings);
   quillon::SplitMessage message;
   if (!SplitInput(splitter, message)) {
     std::fputs("splitmail: a file cannot be written\n", stderr);

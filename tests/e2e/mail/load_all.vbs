@@ -1,33 +1,37 @@
-' Loads every message of the mailbox, each into a directory of its own, and tells what came out: one
-' line each for the text, every file and every name.
+' Loads every message of the mailbox, each into a directory of its own, and writes what came out into
+' a file of UTF-16 text: one line for each header, text, file and name.
+Dim found, header, item, i
 
-' Bytes of the code page in hexadecimal where they are no plain characters.
-Function Plain(text)
-  Dim i, code
-  For i = 1 To Len(text)
-    code = Asc(Mid(text, i, 1))
-    If code > 32 And code < 127 And code <> 37 Then
-      Plain = Plain & Chr(code)
-    Else
-      Plain = Plain & "%" & Right("0" & Hex(code), 2)
-    End If
+Sub Tell(kind, text)
+  text = Replace(text, "\", "\\")
+  text = Replace(text, vbCr, "\r")
+  found.WriteLine kind & " " & Replace(text, vbLf, "\n")
+End Sub
+
+Sub TellItems(kind, itemType)
+  For Each item In mail.MessageItems(itemType)
+    Tell kind, item
   Next
-End Function
+End Sub
 
-Dim i, item
+Set found = CreateObject("Scripting.FileSystemObject").CreateTextFile( _
+    WScript.Arguments(1) & "\found", True, True)
 NewServer WScript.Arguments(0), WScript.Arguments(0)
 mail.TimeoutProtocol = 20000
 mail.LoadMessageHeaders
 For i = 0 To mail.messageCount - 1
   mail.AttachmentDirectory = WScript.Arguments(1) & "\" & i
   mail.messageIndex = i
+  Tell "message", i
+  Tell "listed", mail.GetHeaderItemString(4)
+  Tell "listed", mail.GetHeaderItemString(9)
+  Tell "listed", mail.GetHeaderItemString(24)
   mail.LoadMessage
-  WScript.Echo "message " & i
-  WScript.Echo "body " & Plain(mail.Message)
-  For Each item In mail.MessageItems(6)
-    WScript.Echo "file " & Plain(item)
-  Next
-  For Each item In mail.MessageItems(7)
-    WScript.Echo "name " & Plain(item)
-  Next
+  Tell "subject", mail.subject
+  Tell "from", mail.from
+  TellItems "to", 1
+  Tell "body", mail.Message
+  TellItems "file", 6
+  TellItems "name", 7
 Next
+found.Close
