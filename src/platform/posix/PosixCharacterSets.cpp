@@ -1,5 +1,6 @@
 // The character sets of iconv.
 #include <cerrno>
+#include <cstdint>
 #include <iconv.h>
 #include <map>
 #include <memory>
@@ -56,7 +57,7 @@ class Converter {
   }
 
  private:
-  bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+  bool IsOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
   // As much as finds room.
   bool Step(char** input, std::size_t& size, std::string& text) {
