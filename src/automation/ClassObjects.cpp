@@ -17,6 +17,8 @@ void ClassObjects::Add(const PublicClass& described, ProcessLifetime& lifetime,
   ThrowIfFailed(CoRegisterClassObject(described.id, factory.Get(), CLSCTX_LOCAL_SERVER,
                                       REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &cookie));
   cookies_.push_back(cookie);
+  // Who has been told where it is may come behind Revoke. Until the apartment goes it is there.
+  ThrowIfFailed(CoLockObjectExternal(factory.Get(), TRUE, FALSE));
 }
 
 void ClassObjects::Revoke() noexcept {

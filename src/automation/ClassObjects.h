@@ -19,6 +19,8 @@ class ClassObjects {
   // Clients may come in from now on, so nothing that they need may be missing. Throws HresultError.
   void Add(const PublicClass& described, ProcessLifetime& lifetime, ClassFactory::Maker make);
 
+  // Nobody is told of them any more. They still serve those who have been, for as long as the
+  // apartment is there.
   void Revoke() noexcept;
 
  private:
