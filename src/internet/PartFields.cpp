@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
+#include "codec/Parameter2231.h"
 #include "net/WireText.h"
 
 namespace quillon {
@@ -14,9 +14,6 @@ namespace {
 // characters that RFC 5322, section 2.1.1, allows.
 constexpr std::size_t kLongestName = 400;
 
-// Of an encoded name, so that a folded line has its usual length.
-constexpr std::size_t kSectionLength = 54;
-
 bool IsContinuation(char c) {
   return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
@@ -24,43 +21,6 @@ bool IsContinuation(char c) {
 bool IsAscii(std::string_view text) {
   return std::none_of(text.begin(), text.end(),
                       [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
-}
-
-// RFC 5322, section 3.2.4.
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
-  }
-  return quoted += '"';
-}
-
-bool StandsForItself(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-         c == '.' || c == '_';
-}
-
-// The extended form of a parameter value, cut into sections (RFC 2231, sections 3 and 4).
-std::string ExtendedParameter(std::string_view name, std::string_view value) {
-  static constexpr std::string_view kHex = "0123456789ABCDEF";
-  std::vector<std::string> sections = {"utf-8''"};
-  for (const char c : value) {
-    if (sections.back().size() >= kSectionLength) sections.emplace_back();
-    if (StandsForItself(c)) {
-      sections.back() += c;
-      continue;
-    }
-    const auto byte = static_cast<unsigned char>(c);
-    sections.back() += {'%', kHex[byte >> 4U], kHex[byte & 0xFU]};
-  }
-  std::string text;
-  for (std::size_t number = 0; number < sections.size(); ++number) {
-    text.append(";\r\n ").append(name);
-    if (sections.size() > 1) text += "*" + std::to_string(number);
-    text.append("*=").append(sections[number]);
-  }
-  return text;
 }
 
 std::string Field(std::string_view name, std::string_view value) {
@@ -94,8 +54,9 @@ std::string AlternativeFields(std::string_view contentType, std::string_view cha
 
 std::string AttachmentFields(const std::string& name, const CodePage& codePage) {
   const auto safe = SafeName(name);
-  const auto quoted = Quoted(codePage.ToBytes(safe));
-  const auto extended = IsAscii(safe) ? std::string() : ExtendedParameter("filename", safe);
+  const auto quoted = QuotedValue(codePage.ToBytes(safe));
+  const auto extended =
+      IsAscii(safe) ? std::string() : ExtendedParameter("filename", safe, "utf-8");
   return Field("Content-Type", "application/octet-stream; name=" + quoted) +
          Field("Content-Transfer-Encoding", "base64") +
          Field("Content-Disposition", "attachment; filename=" + quoted + extended) + "\r\n";

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/Platform.h"
+#include "ports/CharacterEncoder.h"
 #include "ports/CodePage.h"
 #include "ports/Crypto.h"
 #include "ports/FileSystem.h"
@@ -24,5 +25,8 @@ std::unique_ptr<TlsLibrary> MakeTlsLibrary();
 
 // The ANSI code page of the system: Windows-1252 on Linux.
 std::unique_ptr<CodePage> MakeAnsiCodePage();
+
+// The character sets that messages are written in: Windows' code pages, iconv's on Linux.
+std::unique_ptr<CharacterEncoder> MakeCharacterEncoder();
 
 }  // namespace quillon
