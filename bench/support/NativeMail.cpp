@@ -15,6 +15,7 @@ NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std
                 {*tls_, *crypto_, tokens_, RunInBackground},
                 *files_,
                 *codePage_,
+                *characterEncoder_,
                 *clock_,
                 loginPrompt_,
                 messageBox_,

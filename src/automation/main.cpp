@@ -119,6 +119,7 @@ struct Application {
   std::unique_ptr<NetworkLoop> loop = MakeNetworkLoop();
   std::unique_ptr<FileSystem> files = MakeFileSystem();
   std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
+  std::unique_ptr<CharacterEncoder> characterEncoder = MakeCharacterEncoder();
   std::unique_ptr<LocalClock> clock = MakeLocalClock();
   Win32Workstation workstation;
   Win32MessageBox messageBox;
@@ -147,6 +148,7 @@ struct Application {
                                    {tls, crypto, tokens, RunInBackground},
                                    *files,
                                    *codePage,
+                                   *characterEncoder,
                                    *clock,
                                    loginPrompt,
                                    messageBox,

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "codec/Parameter2231.h"
+#include "internet/EncodedField.h"
 #include "net/WireText.h"
 
 namespace quillon {
@@ -29,27 +30,29 @@ std::string Field(std::string_view name, std::string_view value) {
 
 }  // namespace
 
-std::string MultipartType(std::string_view subtype, std::string_view boundary) {
-  return std::string("multipart/").append(subtype).append("; boundary=").append(boundary);
+std::string MultipartType(std::string_view subtype, std::string_view boundary, bool quoted) {
+  auto type = std::string("multipart/").append(subtype).append("; boundary=");
+  return type.append(quoted ? QuotedValue(boundary) : std::string(boundary));
 }
 
 std::string TextType(std::string_view charset) {
   return "text/plain; charset=\"" + HeaderText(charset) + "\"";
 }
 
-std::string MultipartFields(std::string_view subtype, std::string_view boundary) {
-  return Field("Content-Type", MultipartType(subtype, boundary)) + "\r\n";
+std::string MultipartFields(std::string_view subtype, std::string_view boundary, bool quoted) {
+  return Field("Content-Type", MultipartType(subtype, boundary, quoted)) + "\r\n";
 }
 
-std::string TextPartFields(std::string_view charset) {
-  return Field("Content-Type", TextType(charset)) + Field("Content-Transfer-Encoding", "7bit") +
+std::string TextPartFields(std::string_view charset, std::string_view encoding) {
+  return Field("Content-Type", TextType(charset)) + Field("Content-Transfer-Encoding", encoding) +
          "\r\n";
 }
 
-std::string AlternativeFields(std::string_view contentType, std::string_view charset) {
-  return Field("Content-Type",
-               HeaderText(contentType) + "; charset=\"" + HeaderText(charset) + "\"") +
-         Field("Content-Transfer-Encoding", "base64") + "\r\n";
+std::string AlternativeFields(std::string_view contentType, std::string_view charset,
+                              std::string_view encoding) {
+  auto type = HeaderText(contentType);
+  if (!charset.empty()) type += "; charset=\"" + HeaderText(charset) + "\"";
+  return Field("Content-Type", type) + Field("Content-Transfer-Encoding", encoding) + "\r\n";
 }
 
 std::string AttachmentFields(const std::string& name, const CodePage& codePage) {
@@ -60,6 +63,25 @@ std::string AttachmentFields(const std::string& name, const CodePage& codePage) 
   return Field("Content-Type", "application/octet-stream; name=" + quoted) +
          Field("Content-Transfer-Encoding", "base64") +
          Field("Content-Disposition", "attachment; filename=" + quoted + extended) + "\r\n";
+}
+
+std::string AttachmentFields(const std::string& name, const TextEncoder& encoder) {
+  constexpr std::string_view kWhat = "The name of an attachment";
+  const auto safe = SafeName(name);
+  const auto bytes = EncodedBytes(safe, encoder, kWhat);
+  const auto charset = encoder.Label(safe);
+  std::string type = "application/octet-stream";
+  std::string disposition = "attachment";
+  if (IsAscii(safe)) {
+    type += ";\r\n name=" + QuotedValue(safe);
+    disposition += ";\r\n filename=" + QuotedValue(safe);
+  } else {
+    const auto toBytes = [&](std::string_view part) { return EncodedBytes(part, encoder, kWhat); };
+    type += OldParameter("name", safe, charset, toBytes);
+    disposition += ExtendedParameter("filename", bytes, charset);
+  }
+  return Field("Content-Type", type) + Field("Content-Transfer-Encoding", "base64") +
+         Field("Content-Disposition", disposition) + "\r\n";
 }
 
 std::string SafeName(std::string_view name) {

@@ -76,4 +76,13 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
   credentials.password = section.pop.password.value_or(codePage.ToText(settings.password));
 }
 
+MessageForm FormOf(const ServerSection& section, const InternetAccess& access) {
+  MessageForm form;
+  form.charset = access.charset.value_or(section.charset.value_or(""));
+  form.replaces = section.replaceCharacters.value_or(false);
+  form.modern = access.modernHeaders ? *access.modernHeaders != kFalse
+                                     : section.modernHeaders.value_or(false);
+  return form;
+}
+
 }  // namespace quillon

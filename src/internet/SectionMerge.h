@@ -4,6 +4,8 @@
 // script says by the newer members goes before the section.
 #pragma once
 
+#include <string>
+
 #include "internet/PopSession.h"
 #include "internet/ServerSection.h"
 #include "internet/SmtpSession.h"
@@ -18,5 +20,14 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
            SmtpSettings& settings);
 void Apply(const ServerSection& section, const InternetAccess& access, const CodePage& codePage,
            PopSettings& settings);
+
+// How messages leave.
+struct MessageForm {
+  std::string charset;  // empty: as the contract has it
+  bool replaces = false;
+  bool modern = false;
+};
+
+MessageForm FormOf(const ServerSection& section, const InternetAccess& access);
 
 }  // namespace quillon

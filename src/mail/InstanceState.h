@@ -32,6 +32,8 @@ struct InternetAccess {
   std::optional<std::string> pinnedCertificate;
   std::optional<ShortBool> extensions;
   std::optional<ShortBool> detailedErrors;
+  std::optional<std::string> charset;  // of what leaves; empty: the contract's way
+  std::optional<ShortBool> modernHeaders;
 };
 
 struct InstanceState {

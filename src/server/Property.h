@@ -82,6 +82,8 @@ enum class Property {
   TLSVersion,
   ServerCertificate,
   LastServerReply,
+  Charset,
+  ModernHeaders,
 };
 
 }  // namespace quillon

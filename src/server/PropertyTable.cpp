@@ -99,6 +99,8 @@ constexpr std::array kRows{
     PropertyRow{P::TLSVersion, "TLSVersion", R::Special, &C::tlsVersion},
     PropertyRow{P::ServerCertificate, "ServerCertificate", R::Special, &C::serverCertificate},
     PropertyRow{P::LastServerReply, "LastServerReply", R::Special, &C::lastServerReply},
+    PropertyRow{P::Charset, "Charset", R::Special, &A::charset},
+    PropertyRow{P::ModernHeaders, "ModernHeaders", R::Flag, &A::modernHeaders},
 };
 
 constexpr bool InOrder() {

@@ -140,6 +140,9 @@ DetailedErrors: get put returns short
 TLSVersion: get returns string
 ServerCertificate: get returns string
 LastServerReply: get returns string
+Charset: get put returns string
+ModernHeaders: get put returns short
+AddHeader: method theName:string, theValue:string
 )";
 
 std::string TypeName(const TYPEDESC& type) {

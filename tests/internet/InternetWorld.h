@@ -91,12 +91,13 @@ class InternetWorld {
       : files(MakeFileSystem()),
         disk(*files),
         codePage(MakeAnsiCodePage()),
+        characterEncoder(MakeCharacterEncoder()),
         configuration(*files, folder.Path("quillon.ini")),
         servers(configuration, nullptr, protector),
         log(*files, folder.Path()),
         security(network),
-        backEnd({network, network, security.Ports(), disk, *codePage, clock, prompt, box,
-                 configuration, servers, log, notifier, display},
+        backEnd({network, network, security.Ports(), disk, *codePage, *characterEncoder, clock,
+                 prompt, box, configuration, servers, log, notifier, display},
                 {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
@@ -122,6 +123,7 @@ class InternetWorld {
   std::unique_ptr<FileSystem> files;
   FaultyFileSystem disk;  // what the back end sees of them
   std::unique_ptr<CodePage> codePage;
+  std::unique_ptr<CharacterEncoder> characterEncoder;
   clsINIUtilities configuration;
   ReversingProtector protector;
   ServerSections servers;
