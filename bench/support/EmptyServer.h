@@ -65,6 +65,7 @@ class EmptyServer final : public IServer {
 #include "automation/ServerMembers.inc"
   GET_PUT(signed, VARIANT)
   ABSENT(AddXHeader, BSTR, BSTR)
+  ABSENT(AddHeader, BSTR, BSTR)
   ABSENT(AddAlternative, BSTR, BSTR, short)
   ABSENT(CopyFolder, BSTR, BSTR, short)
   ABSENT(GetMessageItems, short, SAFEARRAY**, short*)

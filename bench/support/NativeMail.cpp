@@ -16,6 +16,7 @@ NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std
                 *files_,
                 *codePage_,
                 *characterSets_,
+                *characterEncoder_,
                 *clock_,
                 loginPrompt_,
                 messageBox_,

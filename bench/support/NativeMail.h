@@ -56,6 +56,7 @@ class NativeMail {
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
   std::unique_ptr<CharacterSets> characterSets_ = MakeCharacterSets();
+  std::unique_ptr<CharacterEncoder> characterEncoder_ = MakeCharacterEncoder();
   std::unique_ptr<LocalClock> clock_ = MakeLocalClock();
   NoLoginPrompt loginPrompt_;
   NoMessageBox messageBox_;

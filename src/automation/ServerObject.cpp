@@ -80,6 +80,10 @@ HRESULT STDMETHODCALLTYPE ServerObject::AddXHeader(BSTR theName, BSTR theValue) 
   return Run(&Server::AddXHeader, theName, theValue);
 }
 
+HRESULT STDMETHODCALLTYPE ServerObject::AddHeader(BSTR theName, BSTR theValue) {
+  return Run(&Server::AddHeader, theName, theValue);
+}
+
 HRESULT STDMETHODCALLTYPE ServerObject::AddAlternative(BSTR theAlternative, BSTR contentType,
                                                        short reserved) {
   return Run(&Server::AddAlternative, theAlternative, contentType, reserved);

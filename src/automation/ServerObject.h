@@ -50,6 +50,7 @@ class ServerObject final : public PublicObject<IServer, Server> {
   HRESULT STDMETHODCALLTYPE put_signed(VARIANT newValue) override;
 
   HRESULT STDMETHODCALLTYPE AddXHeader(BSTR theName, BSTR theValue) override;
+  HRESULT STDMETHODCALLTYPE AddHeader(BSTR theName, BSTR theValue) override;
   HRESULT STDMETHODCALLTYPE AddAlternative(BSTR theAlternative, BSTR contentType,
                                            short reserved) override;
   HRESULT STDMETHODCALLTYPE CopyFolder(BSTR folderFromSpec, BSTR folderToSpec,

@@ -121,6 +121,7 @@ struct Application {
   std::unique_ptr<FileSystem> files = MakeFileSystem();
   std::unique_ptr<CodePage> codePage = MakeAnsiCodePage();
   std::unique_ptr<CharacterSets> characterSets = MakeCharacterSets();
+  std::unique_ptr<CharacterEncoder> characterEncoder = MakeCharacterEncoder();
   std::unique_ptr<LocalClock> clock = MakeLocalClock();
   Win32Workstation workstation;
   Win32MessageBox messageBox;
@@ -151,6 +152,7 @@ struct Application {
                                    *files,
                                    *codePage,
                                    *characterSets,
+                                   *characterEncoder,
                                    *clock,
                                    loginPrompt,
                                    messageBox,

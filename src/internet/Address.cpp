@@ -85,6 +85,15 @@ std::vector<std::string> FormatSMTPRecipients(const std::vector<std::string>& wh
   return addresses;
 }
 
+std::vector<std::string> RecipientsIn(const std::vector<std::string>& entries) {
+  std::vector<std::string> recipients;
+  for (const auto& entry : entries) {
+    auto some = RecipientsOf(entry);
+    recipients.insert(recipients.end(), some.begin(), some.end());
+  }
+  return recipients;
+}
+
 std::string FormatRecipientText(const std::vector<std::string>& recipients, std::size_t used) {
   std::string text;
   auto column = used;

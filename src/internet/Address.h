@@ -25,6 +25,9 @@ std::vector<std::string> FormatSMTPRecipients(const std::vector<std::string>& wh
                                               const std::vector<std::string>& cc,
                                               const std::vector<std::string>& bcc);
 
+// The recipients of the lists one by one, each with its name, as they go into a header.
+std::vector<std::string> RecipientsIn(const std::vector<std::string>& entries);
+
 // The value of a To or Cc field: the recipients joined by ", ", a name with a comma quoted, folded
 // (RFC 5322, 2.2.3) only where a line would pass the 998 characters that a line may have (2.1.1).
 // `used` is what stands before the value on its line.

@@ -69,7 +69,7 @@ bool ComposedMessage::IsEightBit() const {
 std::unique_ptr<DataSource> ComposedMessage::Open(const MessagePiece& piece) const {
   using Content = MessagePiece::Content;
   if (piece.content == Content::Text) return std::make_unique<BodyText>(text_);
-  return std::make_unique<EncodedFile>(files_, piece.path, piece.content == Content::UuFile);
+  return std::make_unique<EncodedFile>(files_, piece.path, piece.content != Content::Base64File);
 }
 
 bool ComposedMessage::IsLimited() const {

@@ -15,7 +15,7 @@ namespace quillon {
 
 // Some lines, and what follows them.
 struct MessagePiece {
-  enum class Content { None, Text, Base64File, UuFile };
+  enum class Content { None, Text, Base64File, UuFile, TextFile };
 
   MessageData::Section section = MessageData::Section::Text;
   std::string lines;

@@ -21,7 +21,7 @@ DataSource::State EncodedFile::Fill(std::string& block, std::size_t wanted) {
   return *count == 0 ? State::End : State::More;
 }
 
-// The lines of a uuencoded file that begin with "." are few: only a last one can.
+// Lines that begin with "." are few: of a uuencoded file only a last one can.
 void EncodedFile::StuffDots(std::string& block, std::size_t start) {
   if (start == block.size()) return;
   if (atLineStart_ && block[start] == '.') block.insert(start++, 1, '.');

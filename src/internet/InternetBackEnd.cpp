@@ -4,11 +4,12 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "core/ErrorCode.h"
+#include "core/HexDigit.h"
 #include "internet/InternetErrorText.h"
-#include "internet/SectionMerge.h"
 #include "mail/ReceivedFiles.h"
 
 namespace quillon {
@@ -22,6 +23,8 @@ constexpr TickCount kShutdownPatience = 1000;
 constexpr std::uint64_t kBytesPerHeader = 1000;
 
 constexpr std::int32_t kMostMessageMegabytes = 2048;
+
+constexpr std::size_t kUniqueBytes = 16;
 
 constexpr bool ServesPop(MailSystemId system) {
   return system == mail_system::kPop3 || system == mail_system::kInternet;
@@ -103,7 +106,23 @@ SmtpSettings InternetBackEnd::Smtp(const MailRequest& request) {
   const auto section = ports_.servers.For(request.instance.smtpServer);
   Apply(section, request.instance.access, ports_.codePage, settings);
   detailedErrors_ = section.detailedErrors.value_or(false);
+  form_ = FormOf(section, request.instance.access);
   return settings;
+}
+
+OutgoingMessage InternetBackEnd::Outgoing(const MailRequest& request) const {
+  std::optional<TextEncoder> encoder;
+  if (!form_.charset.empty()) {
+    encoder.emplace(form_.charset, form_.replaces, ports_.characterEncoder);
+    if (!encoder->IsAvailable()) {
+      throw ServerError(error_code::kInvalidValue,
+                        "This system has no table of the character set " + form_.charset + ".");
+    }
+  }
+  auto message = MessageOf(request, product_, ports_.codePage, encoder);
+  message.modern = form_.modern;
+  if (form_.modern) message.uniqueId = HexText(ports_.security.crypto.RandomBytes(kUniqueBytes));
+  return message;
 }
 
 WorkOrder InternetBackEnd::NewOrder(const MailRequest& request, const char* member,
@@ -194,14 +213,15 @@ MailResult InternetBackEnd::Send(MailRequest& request) {
   message.refusedRecipients.clear();
   const ComposerSettings composing{switches.temporaryDirectory, switches.keepTemporaryFiles,
                                    switches.blockSize};
-  auto sending = Engine().Send(Smtp(request), MessageOf(request, product_, ports_.codePage),
-                               composing, Bytes(switches.envelopeRecipient));
+  auto settings = Smtp(request);
+  auto sending = Engine().Send(std::move(settings), Outgoing(request), composing,
+                               Bytes(switches.envelopeRecipient));
   LogUnprotected(request.instance);
   auto order = NewOrder(request, "Send", asynch_operation::kSend, "Failed to send the message.");
-  order.whenOver = [this, &shared = request.shared, &message] {
+  order.whenOver = [this, &shared = request.shared, &message, inUtf8 = !form_.charset.empty()] {
     Report(shared);
     for (const auto& recipient : Engine().RefusedRecipients()) {
-      message.refusedRecipients.push_back(Text(recipient));
+      message.refusedRecipients.push_back(inUtf8 ? recipient : Text(recipient));
     }
   };
   return runner_.Perform(call, std::move(order),

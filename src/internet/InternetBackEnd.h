@@ -5,7 +5,8 @@
 //
 // Failures of a protocol are returned by their number. Thrown as ServerError: 522 (cancelled login
 // dialog), 521 (an attachment or alternative that is gone), 529 (CR, LF or NUL in an address, a
-// name or a password; a value of a section "Server NAME" that makes no sense), 530 (what Internet
+// name or a password; a value of a section "Server NAME" that makes no sense; what a character set
+// lacks, or the system of it), 530 (what Internet
 // mail cannot do), 532 (the header of another mailbox), 533 (no such header), 534 and 535 (packing
 // or encoding the files of a message failed), 540 (a call from inside another operation's wait),
 // 544 (login data still missing).
@@ -21,10 +22,12 @@
 #include "internet/PopSession.h"
 #include "internet/ProtocolLog.h"
 #include "internet/RequestRecords.h"
+#include "internet/SectionMerge.h"
 #include "internet/ServerSections.h"
 #include "mail/AsynchNotifier.h"
 #include "mail/BackEnd.h"
 #include "mail/INIUtilities.h"
+#include "ports/CharacterEncoder.h"
 #include "ports/CharacterSets.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
@@ -43,6 +46,7 @@ struct InternetPorts {
   FileSystem& files;
   const CodePage& codePage;
   const CharacterSets& characterSets;
+  const CharacterEncoder& characterEncoder;
   const LocalClock& clock;
   LoginPrompt& loginPrompt;
   MessageBoxPort& messageBox;
@@ -110,6 +114,8 @@ class InternetBackEnd final : public BackEnd {
   HeaderReading Reading(bool rawHeaders) const {
     return {{ports_.codePage, ports_.characterSets}, rawHeaders};
   }
+  // In the form that Smtp has found.
+  OutgoingMessage Outgoing(const MailRequest& request) const;
   // Bytes of the wire as text, and text as bytes.
   std::string Text(const std::string& bytes) const { return ports_.codePage.ToText(bytes); }
   std::string Bytes(const std::string& text) const { return ports_.codePage.ToBytes(text); }
@@ -118,6 +124,7 @@ class InternetBackEnd final : public BackEnd {
   InternetProduct product_;
   LoginData login_;
   EngineRunner runner_;
+  MessageForm form_;             // of what leaves for the last SMTP server
   bool detailedErrors_ = false;  // as the configuration file says of the last server
   bool rawHeaders_ = false;      // as script or configuration file say of the last POP server
 };

@@ -30,6 +30,7 @@ inline constexpr std::int32_t kTextFailed = 11;
 inline constexpr std::int32_t kAttachmentsFailed = 12;
 inline constexpr std::int32_t kTerminatorFailed = 13;
 inline constexpr std::int32_t kSomeRefused = 20;
+inline constexpr std::int32_t kNoUtf8Addresses = 46;
 inline constexpr std::int32_t kInvalidSender = 555;
 inline constexpr std::int32_t kNotLocal = 556;
 

@@ -40,6 +40,7 @@ constexpr std::array kSmtpTexts = {
     ErrorRow{27, "Network communications timed out."},
     ErrorRow{28, "Network communications timed out."},
     ErrorRow{29, "Unknown network error on send."},
+    ErrorRow{46, "The server takes no addresses with other characters than ASCII before the @."},
     ErrorRow{421, "SMTP service unavailable."},
     ErrorRow{450, "SMTP mailbox busy."},
     ErrorRow{451, kSmtpServerError},

@@ -4,11 +4,16 @@
 #include <utility>
 
 #include "codec/Base64FileEncoder.h"
+#include "codec/BodyEncoding.h"
 #include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"
+#include "core/Text.h"
+#include "core/Utf8.h"
+#include "core/WholeFile.h"
 #include "internet/Boundary.h"
+#include "internet/EncodedField.h"
 #include "internet/PartFields.h"
 
 namespace quillon {
@@ -39,12 +44,38 @@ void RequireFile(FileSystem& files, const char* what, const std::string& path) {
   throw ServerError(error_code::kNoAttachment, std::string(what) + " " + path + " does not exist.");
 }
 
+OutgoingMessage Prepared(OutgoingMessage message) {
+  PrepareText(message);
+  return message;
+}
+
+bool IsTextType(std::string_view contentType) {
+  return UpperAscii(Trim(contentType)).starts_with("TEXT/");
+}
+
+// The text of a file, of which nothing is known but its bytes.
+std::string FileText(std::string_view bytes, const CodePage& codePage) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return std::string(bytes.substr(3));
+  const bool little = bytes.starts_with("\xFF\xFE");
+  if (!little && !bytes.starts_with("\xFE\xFF")) {
+    return IsUtf8(bytes) ? std::string(bytes) : codePage.ToText(bytes);
+  }
+  std::u16string units;
+  units.reserve(bytes.size() / 2);
+  for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+    const auto first = static_cast<unsigned char>(bytes[at]);
+    const auto second = static_cast<unsigned char>(bytes[at + 1]);
+    units += static_cast<char16_t>(little ? second << 8U | first : first << 8U | second);
+  }
+  return Utf8FromUtf16(units);
+}
+
 }  // namespace
 
 MessageComposer::MessageComposer(const ComposerPorts& ports, const ComposerSettings& settings,
                                  OutgoingMessage message)
     : ports_(ports),
-      message_(std::move(message)),
+      message_(Prepared(std::move(message))),
       shape_(ShapeOf(message_)),
       isMime_(shape_ == MessageShape::Alternatives || shape_ == MessageShape::Mixed),
       outer_(isMime_ ? OuterBoundary(message_.body) : std::string()),
@@ -98,10 +129,11 @@ void MessageComposer::AddText() {
     lines.append(kPreamble).append("--").append(outer_).append("\r\n");
     // The text is the first of its own forms: a reader shows one of them, and the attachments.
     if (shape_ == MessageShape::Mixed && !message_.alternatives.empty()) {
-      lines += MultipartFields("alternative", inner_);
+      lines += MultipartFields("alternative", inner_, message_.modern);
       lines.append("--").append(inner_).append("\r\n");
     }
-    lines += TextPartFields(message_.charset);
+    lines += TextPartFields(message_.charset,
+                            message_.transferEncoding.empty() ? "7bit" : message_.transferEncoding);
   }
   composed_->Add({Section::Text, std::move(lines), Content::Text, {}});
   textSize_ = composed_->Size();
@@ -119,13 +151,35 @@ void MessageComposer::EncodeAlternatives() {
 }
 
 void MessageComposer::EncodeAlternative(const Alternative& alternative) {
+  if (message_.encoder && IsTextType(alternative.contentType)) return EncodeText(alternative);
   auto path = NewFile(kFileExtension, error_code::kEncoding);
   auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, alternative.file, path);
   Add({Section::Alternatives,
        Delimiter(AlternativesBoundary()) +
-           AlternativeFields(alternative.contentType, message_.charset),
+           AlternativeFields(alternative.contentType,
+                             message_.encoder ? std::string() : message_.charset, "base64"),
        Content::Base64File, std::move(path)},
       std::move(encoder));
+}
+
+// What it says of a character set itself is about the file.
+void MessageComposer::EncodeText(const Alternative& alternative) {
+  const auto type =
+      Trim(std::string_view(alternative.contentType).substr(0, alternative.contentType.find(';')));
+  const auto bytes = ReadWholeFile(ports_.files, alternative.file);
+  if (!bytes) throw ServerError(error_code::kEncoding);
+  const auto text =
+      FileText({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, ports_.codePage);
+  const auto body = EncodeBody(EncodedBytes(text, *message_.encoder, "An alternative"));
+  auto path = NewFile(kFileExtension, error_code::kEncoding);
+  const auto* const data = reinterpret_cast<const std::uint8_t*>(body.text.data());
+  if (!WriteWholeFile(ports_.files, path, {data, body.text.size()})) {
+    throw ServerError(error_code::kEncoding);
+  }
+  composed_->Add({Section::Alternatives,
+                  Delimiter(AlternativesBoundary()) +
+                      AlternativeFields(type, message_.encoder->Label(text), body.encoding),
+                  Content::TextFile, std::move(path)});
 }
 
 void MessageComposer::EncodeAttachments() {
@@ -156,7 +210,9 @@ void MessageComposer::EncodeAttachment(const Attachment& attachment) {
   if (isMime_) {
     auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, attachment.file, path);
     Add({Section::Attachments,
-         Delimiter(outer_) + AttachmentFields(attachment.displayName, ports_.codePage),
+         Delimiter(outer_) + (message_.encoder
+                                  ? AttachmentFields(attachment.displayName, *message_.encoder)
+                                  : AttachmentFields(attachment.displayName, ports_.codePage)),
          Content::Base64File, std::move(path)},
         std::move(encoder));
   } else {

@@ -38,14 +38,16 @@ struct ComposerSettings {
 
 class MessageComposer {
  public:
-  // Thrown: ServerError 521 for a file that is not there.
+  // Thrown: ServerError 521 for a file that is not there, 529 for what the character set lacks
+  // (EncodedField.h).
   MessageComposer(const ComposerPorts& ports, const ComposerSettings& settings,
                   OutgoingMessage message);
   MessageComposer(const MessageComposer&) = delete;
   MessageComposer& operator=(const MessageComposer&) = delete;
 
   // The next piece of the work, about a block of a file; true when the message is complete. Thrown:
-  // ServerError 534 when packing fails, 535 when encoding does; nothing can follow that.
+  // ServerError 534 when packing fails, 535 when encoding does, 529 as above; nothing can follow
+  // that.
   bool Step();
 
   // The complete message. The temporary files are removed with it, or, when it does not come to
@@ -59,6 +61,7 @@ class MessageComposer {
   void AddText();
   void EncodeAlternatives();
   void EncodeAlternative(const Alternative& alternative);
+  void EncodeText(const Alternative& alternative);
   void EncodeAttachments();
   void EncodeGroup(const AttachmentGroup& group);
   void EncodeAttachment(const Attachment& attachment);

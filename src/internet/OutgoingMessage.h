@@ -1,12 +1,15 @@
 // The message that the SMTP session transmits, and its header block. All texts are bytes as they go
-// out, but for the paths and names of files and the password of archives, which are UTF-8.
+// out, but for the paths and names of files and the password of archives, which are UTF-8. With an
+// encoder all are UTF-8, but for the text once it is prepared.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "codec/TextEncoder.h"
 #include "mail/SharedState.h"
 #include "ports/LocalClock.h"
 
@@ -34,6 +37,15 @@ struct OutgoingMessage {
   std::vector<Attachment> attachments;
   std::int16_t attachmentEncoding = attachment_encoding::kMime;
   std::string zipPassword;
+
+  std::optional<TextEncoder> encoder;  // the character set that texts leave in
+  bool modern = false;                 // the header as RFC 5322 has it
+  std::string uniqueId;                // modern: what no other message has, for its Message-ID
+  std::vector<XHeader> headers;        // with their whole names
+  std::string_view transferEncoding;   // of the text; empty: nothing is said of it
+
+  // Whether more is said of the content than the contract's header has.
+  bool IsDescribed() const noexcept { return modern || encoder.has_value(); }
 };
 
 enum class MessageShape {
@@ -46,8 +58,13 @@ enum class MessageShape {
 // Alternatives cannot do without MIME, whatever the encoding of attachments.
 MessageShape ShapeOf(const OutgoingMessage& message);
 
+// The text as it goes out, with its label and its transfer encoding, where the message is in a
+// character set or in the modern form. ServerError 529: EncodedField.h.
+void PrepareText(OutgoingMessage& message);
+
 // The header fields in their fixed order, each with its CR LF, and the empty line after them. The
-// boundary is that of the outermost parts; a message without parts has none.
+// boundary is that of the outermost parts; a message without parts has none. ServerError 529:
+// EncodedField.h.
 std::string BuildHeaderBlock(const OutgoingMessage& message, const LocalTime& now,
                              std::string_view boundary = {});
 

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
+#include "codec/Parameter2231.h"
+#include "internet/EncodedField.h"
 #include "net/WireText.h"
 
 namespace quillon {
@@ -14,9 +15,6 @@ namespace {
 // characters that RFC 5322, section 2.1.1, allows.
 constexpr std::size_t kLongestName = 400;
 
-// Of an encoded name, so that a folded line has its usual length.
-constexpr std::size_t kSectionLength = 54;
-
 bool IsContinuation(char c) {
   return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
@@ -26,79 +24,64 @@ bool IsAscii(std::string_view text) {
                       [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
 }
 
-// RFC 5322, section 3.2.4.
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
-  }
-  return quoted += '"';
-}
-
-bool StandsForItself(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-         c == '.' || c == '_';
-}
-
-// The extended form of a parameter value, cut into sections (RFC 2231, sections 3 and 4).
-std::string ExtendedParameter(std::string_view name, std::string_view value) {
-  static constexpr std::string_view kHex = "0123456789ABCDEF";
-  std::vector<std::string> sections = {"utf-8''"};
-  for (const char c : value) {
-    if (sections.back().size() >= kSectionLength) sections.emplace_back();
-    if (StandsForItself(c)) {
-      sections.back() += c;
-      continue;
-    }
-    const auto byte = static_cast<unsigned char>(c);
-    sections.back() += {'%', kHex[byte >> 4U], kHex[byte & 0xFU]};
-  }
-  std::string text;
-  for (std::size_t number = 0; number < sections.size(); ++number) {
-    text.append(";\r\n ").append(name);
-    if (sections.size() > 1) text += "*" + std::to_string(number);
-    text.append("*=").append(sections[number]);
-  }
-  return text;
-}
-
 std::string Field(std::string_view name, std::string_view value) {
   return std::string(name).append(": ").append(value).append("\r\n");
 }
 
 }  // namespace
 
-std::string MultipartType(std::string_view subtype, std::string_view boundary) {
-  return std::string("multipart/").append(subtype).append("; boundary=").append(boundary);
+std::string MultipartType(std::string_view subtype, std::string_view boundary, bool quoted) {
+  auto type = std::string("multipart/").append(subtype).append("; boundary=");
+  return type.append(quoted ? QuotedValue(boundary) : std::string(boundary));
 }
 
 std::string TextType(std::string_view charset) {
   return "text/plain; charset=\"" + HeaderText(charset) + "\"";
 }
 
-std::string MultipartFields(std::string_view subtype, std::string_view boundary) {
-  return Field("Content-Type", MultipartType(subtype, boundary)) + "\r\n";
+std::string MultipartFields(std::string_view subtype, std::string_view boundary, bool quoted) {
+  return Field("Content-Type", MultipartType(subtype, boundary, quoted)) + "\r\n";
 }
 
-std::string TextPartFields(std::string_view charset) {
-  return Field("Content-Type", TextType(charset)) + Field("Content-Transfer-Encoding", "7bit") +
+std::string TextPartFields(std::string_view charset, std::string_view encoding) {
+  return Field("Content-Type", TextType(charset)) + Field("Content-Transfer-Encoding", encoding) +
          "\r\n";
 }
 
-std::string AlternativeFields(std::string_view contentType, std::string_view charset) {
-  return Field("Content-Type",
-               HeaderText(contentType) + "; charset=\"" + HeaderText(charset) + "\"") +
-         Field("Content-Transfer-Encoding", "base64") + "\r\n";
+std::string AlternativeFields(std::string_view contentType, std::string_view charset,
+                              std::string_view encoding) {
+  auto type = HeaderText(contentType);
+  if (!charset.empty()) type += "; charset=\"" + HeaderText(charset) + "\"";
+  return Field("Content-Type", type) + Field("Content-Transfer-Encoding", encoding) + "\r\n";
 }
 
 std::string AttachmentFields(const std::string& name, const CodePage& codePage) {
   const auto safe = SafeName(name);
-  const auto quoted = Quoted(codePage.ToBytes(safe));
-  const auto extended = IsAscii(safe) ? std::string() : ExtendedParameter("filename", safe);
+  const auto quoted = QuotedValue(codePage.ToBytes(safe));
+  const auto extended =
+      IsAscii(safe) ? std::string() : ExtendedParameter("filename", safe, "utf-8");
   return Field("Content-Type", "application/octet-stream; name=" + quoted) +
          Field("Content-Transfer-Encoding", "base64") +
          Field("Content-Disposition", "attachment; filename=" + quoted + extended) + "\r\n";
+}
+
+std::string AttachmentFields(const std::string& name, const TextEncoder& encoder) {
+  constexpr std::string_view kWhat = "The name of an attachment";
+  const auto safe = SafeName(name);
+  const auto bytes = EncodedBytes(safe, encoder, kWhat);
+  const auto charset = encoder.Label(safe);
+  std::string type = "application/octet-stream";
+  std::string disposition = "attachment";
+  if (IsAscii(safe)) {
+    type += ";\r\n name=" + QuotedValue(safe);
+    disposition += ";\r\n filename=" + QuotedValue(safe);
+  } else {
+    const auto toBytes = [&](std::string_view part) { return EncodedBytes(part, encoder, kWhat); };
+    type += OldParameter("name", safe, charset, toBytes);
+    disposition += ExtendedParameter("filename", bytes, charset);
+  }
+  return Field("Content-Type", type) + Field("Content-Transfer-Encoding", "base64") +
+         Field("Content-Disposition", disposition) + "\r\n";
 }
 
 std::string SafeName(std::string_view name) {

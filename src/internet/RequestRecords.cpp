@@ -81,29 +81,36 @@ PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage) 
 }
 
 OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
-                          const CodePage& codePage) {
+                          const CodePage& codePage, const std::optional<TextEncoder>& encoder) {
   const auto& source = request.shared.message;
-  const auto toBytes = [&codePage](const std::vector<std::string>& texts) {
+  const auto toWire = [&](const std::string& text) {
+    return encoder ? text : codePage.ToBytes(text);
+  };
+  const auto toBytes = [&](const std::vector<std::string>& texts) {
     std::vector<std::string> bytes;
     bytes.reserve(texts.size());
-    for (const auto& text : texts) bytes.push_back(codePage.ToBytes(text));
+    for (const auto& text : texts) bytes.push_back(toWire(text));
     return bytes;
   };
   OutgoingMessage message;
-  message.from = codePage.ToBytes(source.from);
+  message.encoder = encoder;
+  message.from = toWire(source.from);
   message.whoTo = toBytes(source.to);
   message.cc = toBytes(source.cc);
   message.bcc = toBytes(source.bcc);
-  message.subject = codePage.ToBytes(source.subject);
-  message.body = codePage.ToBytes(source.body);
-  message.replyTo = codePage.ToBytes(source.replyTo);
+  message.subject = toWire(source.subject);
+  message.body = toWire(source.body);
+  message.replyTo = toWire(source.replyTo);
   message.charset = codePage.ToBytes(request.shared.internet.characterSet);
-  message.xMailer = codePage.ToBytes(request.instance.xMailer);
+  message.xMailer = toWire(request.instance.xMailer);
   for (const auto& header : source.xHeaders) {
-    message.xHeaders.push_back({codePage.ToBytes(header.name), codePage.ToBytes(header.value)});
+    message.xHeaders.push_back({toWire(header.name), toWire(header.value)});
+  }
+  for (const auto& header : source.headers) {
+    message.headers.push_back({header.name, toWire(header.value)});
   }
   for (const auto& alternative : source.alternatives) {
-    message.alternatives.push_back({alternative.file, codePage.ToBytes(alternative.contentType)});
+    message.alternatives.push_back({alternative.file, toWire(alternative.contentType)});
   }
   message.attachments = source.attachments;
   message.attachmentEncoding = request.instance.attachmentEncoding;

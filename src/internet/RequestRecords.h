@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "codec/HeaderTable.h"
@@ -25,8 +26,9 @@ struct InternetProduct {
 // What the script says by the members that it always had; SectionMerge.h adds the rest.
 SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage);
 PopSettings PopSettingsOf(const MailRequest& request, const CodePage& codePage);
+// With an encoder the texts stay what they are until the message is composed.
 OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& product,
-                          const CodePage& codePage);
+                          const CodePage& codePage, const std::optional<TextEncoder>& encoder);
 
 // The mailbox that the login data leads to.
 std::string MailboxOf(const PopSettings& settings);

@@ -81,4 +81,13 @@ std::vector<std::string> WantedLogins(const ServerSection& section, const Intern
   return section.authentication.value_or(std::vector<std::string>());
 }
 
+MessageForm FormOf(const ServerSection& section, const InternetAccess& access) {
+  MessageForm form;
+  form.charset = access.charset.value_or(section.charset.value_or(""));
+  form.replaces = section.replaceCharacters.value_or(false);
+  form.modern = access.modernHeaders ? *access.modernHeaders != kFalse
+                                     : section.modernHeaders.value_or(false);
+  return form;
+}
+
 }  // namespace quillon

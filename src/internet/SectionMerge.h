@@ -24,5 +24,13 @@ void Apply(const ServerSection& section, const InternetAccess& access, const Cod
 
 // The methods of logging in that may be used, in order; empty: any.
 std::vector<std::string> WantedLogins(const ServerSection& section, const InternetAccess& access);
+// How messages leave.
+struct MessageForm {
+  std::string charset;  // empty: as the contract has it
+  bool replaces = false;
+  bool modern = false;
+};
+
+MessageForm FormOf(const ServerSection& section, const InternetAccess& access);
 
 }  // namespace quillon

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "codec/TextEncoder.h"
 #include "core/Text.h"
 #include "internet/Address.h"
 #include "net/CertificateCheck.h"
@@ -119,6 +120,10 @@ constexpr ServerKey kKeys[] = {
     {"DSN", false, kFlag, [](S& s, V v) { return SetFlag(s.deliveryStatus, v); }},
     {"DetailedErrors", false, kFlag, [](S& s, V v) { return SetFlag(s.detailedErrors, v); }},
     {"RawHeaders", false, kFlag, [](S& s, V v) { return SetFlag(s.rawHeaders, v); }},
+    {"Charset", false, "auto or the name of a character set, such as utf-8",
+     [](S& s, V v) { return TextEncoder::Knows(v) && SetText(s.charset, v); }},
+    {"ReplaceCharacters", false, kFlag, [](S& s, V v) { return SetFlag(s.replaceCharacters, v); }},
+    {"ModernHeaders", false, kFlag, [](S& s, V v) { return SetFlag(s.modernHeaders, v); }},
     {"Pin", false, "64 hexadecimal digits, with or without \"key:\" in front",
      [](S& s, V v) { return SetPin(s.pin, v); }},
     {"Revocation", false, kFlag, [](S& s, V v) { return SetFlag(s.revocation, v); }},

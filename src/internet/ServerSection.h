@@ -33,6 +33,9 @@ struct ServerSection {
   std::optional<bool> deliveryStatus;
   std::optional<bool> detailedErrors;
   std::optional<bool> rawHeaders;
+  std::optional<std::string> charset;
+  std::optional<bool> replaceCharacters;
+  std::optional<bool> modernHeaders;
   std::optional<std::string> pin;
   std::optional<std::string> clientCertificate;
   OAuthAccount oauth;

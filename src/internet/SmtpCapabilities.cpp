@@ -32,6 +32,8 @@ void AddCapability(SmtpCapabilities& found, std::string_view line) {
     found.pipelining = true;
   } else if (word == "8BITMIME") {
     found.eightBitMime = true;
+  } else if (word == "SMTPUTF8") {
+    found.utf8 = true;
   } else if (word == "DSN") {
     found.deliveryStatus = true;
   } else if (word == "AUTH") {

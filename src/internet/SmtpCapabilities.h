@@ -11,6 +11,7 @@ struct SmtpCapabilities {
   bool startTls = false;                // RFC 3207
   bool pipelining = false;              // RFC 2920
   bool eightBitMime = false;            // RFC 6152
+  bool utf8 = false;                    // SMTPUTF8, RFC 6531
   bool size = false;                    // RFC 1870
   std::uint64_t mostBytes = 0;          // of a message; 0: the server does not tell
   bool deliveryStatus = false;          // RFC 3461

@@ -115,6 +115,7 @@ Task<> SmtpSession::Reset() {
 
 // RFC 5321, 3.3.
 Task<> SmtpSession::Transaction(const Envelope& envelope, MessageData& message) {
+  if (envelope.inUtf8) RequireUtf8();
   if (capabilities_) {
     co_await ExtendedTransaction(envelope, message);
     co_return;

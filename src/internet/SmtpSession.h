@@ -1,9 +1,10 @@
 // The SMTP client session (RFC 5321): connect and greet, send one message, verify a name, leave.
 //
 // Results beside those of MailSession: 20, sent but some recipients were refused; 3, a reply that
-// makes no sense here; 11 while the text or the alternatives were written, 12 the attachments, 13
-// while the server was answering to them: the connection was lost, or (11, 12) the message could
-// not be read on; 556, a recipient that the server calls not local; else the reply code.
+// makes no sense here; 46, it takes no addresses in UTF-8; 11 while the text or the alternatives
+// were written, 12 the attachments, 13 while the server was answering to them: the connection was
+// lost, or (11, 12) the message could not be read on; 556, a recipient that the server calls not
+// local; else the reply code.
 #pragma once
 
 #include <array>
@@ -31,6 +32,7 @@ struct Envelope {
   std::vector<std::string> recipients;  // bare addresses, at least one
   std::string override;                 // when not empty, the only RCPT TO address
   std::string notify;                   // NOTIFY of RFC 3461; empty: as the server sees fit
+  bool inUtf8 = false;                  // some addresses are not ASCII
 };
 
 // A server that forwards for ever would keep the session for ever.
@@ -82,6 +84,7 @@ class SmtpSession final : private MailSession {
   // With what the server has said that it can do (SmtpTransaction.cpp).
   Task<> ExtendedTransaction(const Envelope& envelope, MessageData& message);
   void RequireRoom(const MessageData& message);
+  void RequireUtf8();
   std::string MailCommand(const Envelope& envelope, const MessageData& message) const;
   std::string RecipientCommand(const Envelope& envelope, const std::string& path) const;
   Task<> StepByStep(const Envelope& envelope, MessageData& message);

@@ -1,6 +1,6 @@
 // A message to a server that has said what it can do: SIZE (RFC 1870), 8BITMIME (RFC 6152), DSN
-// (RFC 3461) and, where it takes commands ahead of its replies, everything up to the text in one
-// write (RFC 2920).
+// (RFC 3461), SMTPUTF8 (RFC 6531) and, where it takes commands ahead of its replies, everything up
+// to the text in one write (RFC 2920).
 //
 // The rules for what a server refuses are those of the plain transaction. Two things differ when
 // the commands are out already. A recipient who is elsewhere gets a transaction of its own behind
@@ -54,10 +54,17 @@ void SmtpSession::RequireRoom(const MessageData& message) {
                            " bytes, and this one has " + std::to_string(message.Size()));
 }
 
+void SmtpSession::RequireUtf8() {
+  if (capabilities_ && capabilities_->utf8) return;
+  throw SessionFailure(internet_error::kNoUtf8Addresses, Connection::Stays, {},
+                       Settings().host + " does not offer SMTPUTF8");
+}
+
 std::string SmtpSession::MailCommand(const Envelope& envelope, const MessageData& message) const {
   auto command = "MAIL FROM:<" + sender_ + ">";
   if (capabilities_->size) command += " SIZE=" + std::to_string(message.Size());
   if (capabilities_->eightBitMime && message.IsEightBit()) command += " BODY=8BITMIME";
+  if (envelope.inUtf8) command += " SMTPUTF8";
   const bool reports = Settings().security.deliveryStatus && capabilities_->deliveryStatus;
   if (reports && !envelope.notify.empty()) command += " RET=HDRS";
   return command;

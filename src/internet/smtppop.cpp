@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "internet/Address.h"
+#include "internet/EncodedField.h"
 #include "internet/Pause.h"
 #include "net/WireText.h"
 
@@ -40,6 +41,19 @@ void RequireSafeRecipients(const OutgoingMessage& message) {
 std::string NotifyOf(const OutgoingMessage& message) {
   if (message.certify || message.deliveryReport >= 2) return "SUCCESS,FAILURE";
   return message.deliveryReport == 1 ? "FAILURE" : "";
+}
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+// As far as there is an ASCII form; for the rest the server is asked whether it takes UTF-8.
+void UseAscii(SmtpSettings& settings, Envelope& envelope) {
+  settings.sender = WithAsciiDomain(settings.sender);
+  for (auto& recipient : envelope.recipients) recipient = WithAsciiDomain(recipient);
+  envelope.inUtf8 = !IsAscii(settings.sender) ||
+                    !std::all_of(envelope.recipients.begin(), envelope.recipients.end(), IsAscii);
+  if (envelope.inUtf8) settings.security.extensions = true;
 }
 
 bool CanBeOffered(const Envelope& envelope) {
@@ -107,6 +121,7 @@ Task<SessionResult> smtppop::Send(SmtpSettings settings, OutgoingMessage message
   }
   Envelope envelope{FormatSMTPRecipients(message.whoTo, message.cc, message.bcc), envelopeRecipient,
                     NotifyOf(message)};
+  if (message.encoder) UseAscii(settings, envelope);
   RequireSafeRecipients(message);
   RequireWireSafe(envelope.override, "The envelope recipient");
   if (envelope.recipients.empty() && envelope.override.empty()) {

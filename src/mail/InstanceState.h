@@ -33,6 +33,8 @@ struct InternetAccess {
   std::optional<ShortBool> extensions;
   std::optional<ShortBool> detailedErrors;
   std::optional<ShortBool> rawHeaders;
+  std::optional<std::string> charset;  // of what leaves; empty: the contract's way
+  std::optional<ShortBool> modernHeaders;
 };
 
 struct InstanceState {

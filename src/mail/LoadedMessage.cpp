@@ -16,6 +16,7 @@ void MakeCurrent(MessageBuffers& message, LoadedMessage loaded) {
   message.attachments = std::move(loaded.attachments);
   message.alternatives.clear();
   message.xHeaders.clear();
+  message.headers.clear();
 }
 
 }  // namespace quillon

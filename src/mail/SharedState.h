@@ -26,7 +26,7 @@ struct Alternative {
   std::string contentType;
 };
 
-// An extra header of the client: goes out as "X-" + name + ": " + value.
+// An extra header of the client: goes out as "X-" + name + ": " + value, or without the "X-".
 struct XHeader {
   std::string name;
   std::string value;
@@ -42,6 +42,7 @@ struct MessageBuffers {
   std::vector<Attachment> attachments;
   std::vector<Alternative> alternatives;
   std::vector<XHeader> xHeaders;
+  std::vector<XHeader> headers;  // with their whole names
   std::string from;
   std::string replyTo;
   std::string dateSent;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/Platform.h"
+#include "ports/CharacterEncoder.h"
 #include "ports/CharacterSets.h"
 #include "ports/CodePage.h"
 #include "ports/Crypto.h"
@@ -27,5 +28,7 @@ std::unique_ptr<TlsLibrary> MakeTlsLibrary();
 std::unique_ptr<CodePage> MakeAnsiCodePage();
 
 std::unique_ptr<CharacterSets> MakeCharacterSets();
+// The character sets that messages are written in: Windows' code pages, iconv's on Linux.
+std::unique_ptr<CharacterEncoder> MakeCharacterEncoder();
 
 }  // namespace quillon

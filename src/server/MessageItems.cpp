@@ -161,6 +161,7 @@ void ClearMessage(MessageBuffers& message) {
   }
   message.alternatives.clear();
   message.xHeaders.clear();
+  message.headers.clear();
   message.refusedRecipients.clear();
 }
 

@@ -83,6 +83,8 @@ enum class Property {
   ServerCertificate,
   LastServerReply,
   RawHeaders,
+  Charset,
+  ModernHeaders,
 };
 
 }  // namespace quillon

@@ -100,6 +100,8 @@ constexpr std::array kRows{
     PropertyRow{P::ServerCertificate, "ServerCertificate", R::Special, &C::serverCertificate},
     PropertyRow{P::LastServerReply, "LastServerReply", R::Special, &C::lastServerReply},
     PropertyRow{P::RawHeaders, "RawHeaders", R::Flag, &A::rawHeaders},
+    PropertyRow{P::Charset, "Charset", R::Special, &A::charset},
+    PropertyRow{P::ModernHeaders, "ModernHeaders", R::Flag, &A::modernHeaders},
 };
 
 constexpr bool InOrder() {

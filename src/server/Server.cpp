@@ -21,6 +21,8 @@ namespace quillon {
 
 namespace {
 
+constexpr std::size_t kLongestFieldName = 70;  // so that something fits beside it
+
 // The counts of the public interface are short integers.
 constexpr std::size_t kListLimit = std::numeric_limits<std::int16_t>::max();
 
@@ -49,6 +51,17 @@ bool IsReservedHeader(std::string_view name) {
   return std::any_of(kReservedHeaders.begin(), kReservedHeaders.end(), [&](auto reserved) {
     return EqualsIgnoreCase(reserved, name) || EqualsIgnoreCase(reserved, prefixed);
   });
+}
+
+// What a client names itself: also what says who has sent a message again, or which way it has
+// come, and what parts are described with.
+bool IsReservedField(std::string_view name) {
+  constexpr std::string_view kMore[] = {"Bcc", "Received", "Return-Path"};
+  const auto upper = UpperAscii(name);
+  const auto is = [&](std::string_view reserved) { return EqualsIgnoreCase(reserved, name); };
+  return std::any_of(kReservedHeaders.begin(), kReservedHeaders.end(), is) ||
+         std::any_of(std::begin(kMore), std::end(kMore), is) || upper.starts_with("CONTENT-") ||
+         upper.starts_with("RESENT-");
 }
 
 // RFC 5322, section 3.6.8: printable US-ASCII without the colon.
@@ -149,6 +162,18 @@ void Server::AddXHeader(const std::string& theName, const std::string& theValue)
     if (IsReservedHeader(name)) throw ServerError(error_code::kReservedHeader);
     if (!IsFieldName(name)) InvalidParameter();
     environment_.shared.message.xHeaders.push_back({std::move(name), theValue});
+  });
+}
+
+// A field has one value: another one takes its place, and an empty one takes the field away.
+void Server::AddHeader(const std::string& theName, const std::string& theValue) {
+  frame_.Run("AddHeader", MemberKind::Method, [&] {
+    auto name = TrimmedCopy(theName);
+    if (IsReservedField(name)) throw ServerError(error_code::kReservedHeader);
+    if (!IsFieldName(name) || name.size() > kLongestFieldName) InvalidParameter();
+    auto& headers = environment_.shared.message.headers;
+    std::erase_if(headers, [&](const auto& one) { return EqualsIgnoreCase(one.name, name); });
+    if (!Trim(theValue).empty()) headers.push_back({std::move(name), theValue});
   });
 }
 

@@ -44,6 +44,7 @@ class Server {
   void AddAlternative(const std::string& theAlternative, const std::string& contentType,
                       std::int16_t reserved);
   void AddXHeader(const std::string& theName, const std::string& theValue);
+  void AddHeader(const std::string& theName, const std::string& theValue);
   void NewMessage();
   void NewMessagePost();
   void LoadMessageFromFile(const std::string& fileSpec);

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <type_traits>
 
+#include "codec/TextEncoder.h"
 #include "core/Text.h"
 #include "internet/ProtocolLog.h"
 #include "net/CertificateCheck.h"
@@ -208,6 +209,14 @@ void Server::PutSpecial(Property property, const Value& value) {
       auto pin = ToText(value);
       if (!pin.empty() && !ReadPin(pin)) Reject();
       state_.access.pinnedCertificate = std::move(pin);
+      break;
+    }
+    case Property::Charset: {
+      auto name = TrimmedCopy(ToText(value));
+      if (!name.empty() && !TextEncoder::Knows(name)) {
+        Reject("There is no character set \"" + name + "\".");
+      }
+      state_.access.charset = std::move(name);
       break;
     }
     case Property::undocumented1:

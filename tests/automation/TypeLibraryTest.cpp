@@ -141,6 +141,9 @@ TLSVersion: get returns string
 ServerCertificate: get returns string
 LastServerReply: get returns string
 RawHeaders: get put returns short
+Charset: get put returns string
+ModernHeaders: get put returns short
+AddHeader: method theName:string, theValue:string
 )";
 
 std::string TypeName(const TYPEDESC& type) {

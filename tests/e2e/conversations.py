@@ -24,6 +24,8 @@ OTHERWISE_HERE = {"smtp-nobody", "smtp-hangs-up-when-idle", "smtp-greeting-on-de
 # would have this one.
 SETTINGS = {
     "from": ("mail.from = {}", None), "body": ("mail.Message = {}", None),
+    "subject": ("mail.subject = {}", "Hello"), "replyto": ("mail.replyTo = {}", ""),
+    "charset": ("mail.Charset = {}", ""), "modern": ("mail.ModernHeaders = CBool({})", 0),
     "bodysize": ('mail.Message = String(CLng({}), "x")', None),
     "cc": ("mail.AddRecipientCc {}", None), "bcc": ("mail.AddRecipientBcc {}", None),
     "to": ("mail.ClearMessageItems 1 : mail.AddRecipientTo {}", None),
@@ -107,6 +109,9 @@ class Conversation:
                 yield f"Same {literal(self.name + ': ' + line)}, {expected}, {actual}"
 
     def _set(self, name, value):
+        if name == "header":
+            name, _, value = value.partition(" ")
+            return f"mail.AddHeader {literal(name)}, {expression(value)}"
         if name not in ("attachment", "alternative"):
             statement, before = SETTINGS[name]
             if before is not None:

@@ -45,6 +45,7 @@ SMTPSecurity         short  0       | 1 2 3 0                        | -1 4
 POPSecurity          short  0       | 3                              | 4
 SMTPLoginName        text   ""      | "a" ""                         |
 Authentication       text   ""      | "plain,login" "SCRAM-SHA-256-PLUS" "" | "none"
+Charset              text   ""      | "auto" "ISO-8859-1" "utf8" ""  | "nonsense" "utf-16"
 PinnedCertificate    text   ""      | "key:"&String(64,"0") ""       | String(63,"0") String(64,"g")
 Importance           short  3       | 1 5                            | 0 6
 DeliveryReport       short  0       | 0 3                            | -1 4
@@ -56,7 +57,7 @@ dateFormat           short  0       | 3 5 0                          | 6 -1 1E30
 FALSE_FLAGS = """ErrorDisplay Certify NativeMailDialog DialogErrorOnCancel unreadOnly
 suppressAttachments peekOnly forceDownload NameResolution HeadersInMessage suppressAlternatives
 ReturnShortFilespecs InternetLogging signed Encrypt PreventCopying ConcatenateMessage
-Extensions DetailedErrors RawHeaders"""
+Extensions DetailedErrors RawHeaders ModernHeaders"""
 TRUE_FLAGS = "dateSort LoginDialog"
 
 # name, expression that it equals on a new object; a put is no member of it
@@ -129,6 +130,10 @@ AddAlternative         | mail.AddAlternative "", "text/html", 0               | 
 AddXHeader             | mail.AddXHeader "Test", "value"                      | 0
 AddXHeader             | mail.AddXHeader " x-mailer ", "value"                | 545
 AddXHeader             | mail.AddXHeader "two words", "value"                 | 529
+AddHeader              | mail.AddHeader "List-Id", "<a.example.org>"           | 0
+AddHeader              | mail.AddHeader "x-mailer", "value"                   | 545
+AddHeader              | mail.AddHeader "Content-Language", "de"              | 545
+AddHeader              | mail.AddHeader "two words", "value"                  | 529
 LoadMessageFromFile    | mail.LoadMessageFromFile " "                         | 547
 LoadMessageFromFile    | mail.LoadMessageFromFile "C:\\none"                  | 548
 SaveMessageToFile      | mail.SaveMessageToFile ""                            | 547

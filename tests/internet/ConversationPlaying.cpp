@@ -115,6 +115,15 @@ void Playing::Set(std::string_view text) {
       {"accesstoken", [&] { access.accessToken = value; }},
       {"pin", [&] { access.pinnedCertificate = value; }},
       {"extensions", [&] { access.extensions = ToShortBool(number() != 0); }},
+      {"charset", [&] { access.charset = value; }},
+      {"modern", [&] { access.modernHeaders = ToShortBool(number() != 0); }},
+      {"subject", [&] { message.subject = value; }},
+      {"replyto", [&] { message.replyTo = value; }},
+      {"header",
+       [&] {
+         message.headers.push_back(
+             {value.substr(0, value.find(' ')), value.substr(value.find(' ') + 1)});
+       }},
       {"from", [&] { message.from = value; }},
       {"to", [&] { message.to = value.empty() ? std::vector<std::string>() : std::vector{value}; }},
       {"cc", [&] { message.cc.push_back(value); }},

@@ -92,13 +92,15 @@ class InternetWorld {
         disk(*files),
         codePage(MakeAnsiCodePage()),
         characterSets(MakeCharacterSets()),
+        characterEncoder(MakeCharacterEncoder()),
         configuration(*files, folder.Path("quillon.ini")),
         servers(configuration, nullptr, protector),
         log(*files, folder.Path()),
         security(network),
-        backEnd({network, network, security.Ports(), disk, *codePage, *characterSets, clock, prompt,
-                 box, configuration, servers, log, notifier, display},
-                {"1.0", ""}),
+        backEnd(
+            {network, network, security.Ports(), disk, *codePage, *characterSets, *characterEncoder,
+             clock, prompt, box, configuration, servers, log, notifier, display},
+            {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
     instance.smtpServer = "smtp.example";
@@ -124,6 +126,7 @@ class InternetWorld {
   FaultyFileSystem disk;  // what the back end sees of them
   std::unique_ptr<CodePage> codePage;
   std::unique_ptr<CharacterSets> characterSets;
+  std::unique_ptr<CharacterEncoder> characterEncoder;
   clsINIUtilities configuration;
   ReversingProtector protector;
   ServerSections servers;

@@ -126,6 +126,7 @@ class MessageComposerTest : public ::testing::Test {
   FaultyFileSystem disk_{*files_};
   std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
   std::unique_ptr<CharacterSets> sets_ = MakeCharacterSets();
+  std::unique_ptr<CharacterEncoder> characterEncoder_ = MakeCharacterEncoder();
   StillClock clock_;
   ProtocolLog log_{*files_, sources_.Path()};
   ComposerSettings settings_;
@@ -189,6 +190,88 @@ TEST_F(MessageComposerTest, EachShapeHasItsParts) {
             "begin 644 a.txt\r\n#;VYE\r\n`\r\nend\r\n");
   message_.attachmentEncoding = 3;
   EXPECT_EQ(Content(), Multipart("mixed", {kTextPart, kFilePart}));
+}
+
+TEST_F(MessageComposerTest, InACharacterSetEverythingSaysWhichItIs) {
+  message_.encoder.emplace("auto", false, *characterEncoder_);
+  message_.attachmentEncoding = 0;  // a text that is encoded has no room for uuencoded files
+  message_.body = "plain";
+  EXPECT_EQ(Content(),
+            "Content-Type: text/plain; charset=\"us-ascii\"\r\n"
+            "Content-Transfer-Encoding: 7bit\r\n\r\n\r\nplain");
+  message_.body = "Привет";
+  AddAlternative("text/html; charset=koi8-r", {"\xFF\xFE<\0p\0>\0\x1F\x04", 10});
+  AddAlternative("text/enriched", "\xE4");
+  AddAlternative("application/rtf", "\xE4");
+  Attach("Übersicht.txt", "one");
+  const auto forms =
+      std::string("Content-Type: multipart/alternative; boundary=")
+          .append(kInner)
+          .append("\r\n\r\n")
+          .append(Parts(kInner, {"Content-Type: text/plain; charset=\"utf-8\"\r\n"
+                                 "Content-Transfer-Encoding: base64\r\n\r\n0J/RgNC40LLQtdGC\r\n",
+                                 "Content-Type: text/html; charset=\"utf-8\"\r\n"
+                                 "Content-Transfer-Encoding: quoted-printable\r\n\r\n<p>=D0=9F",
+                                 "Content-Type: text/enriched; charset=\"utf-8\"\r\n"
+                                 "Content-Transfer-Encoding: quoted-printable\r\n\r\n=C3=A4",
+                                 "Content-Type: application/rtf\r\n"
+                                 "Content-Transfer-Encoding: base64\r\n\r\n5A==\r\n"}));
+  EXPECT_EQ(Content(),
+            Multipart("mixed", {forms,
+                                "Content-Type: application/octet-stream;\r\n"
+                                " name=\"=?utf-8?Q?=C3=9Cbersicht=2Etxt?=\"\r\n"
+                                "Content-Transfer-Encoding: base64\r\n"
+                                "Content-Disposition: attachment;\r\n"
+                                " filename*=utf-8''%C3%9Cbersicht.txt\r\n\r\nb25l\r\n"}));
+}
+
+TEST_F(MessageComposerTest, WhatTheSetLacksIsNamedOrReplaced) {
+  const struct {
+    std::function<void()> put;
+    const char* failure;
+  } kCases[] = {
+      {[&] { message_.body = "5 €"; }, "Message"},
+      {[&] { message_.subject = "5 €"; }, "subject"},
+      {[&] { message_.from = "€ <joe@example.org>"; }, "from"},
+      {[&] { message_.cc = {"ann@example.org, € <bob@example.org>"}; }, "A recipient"},
+      {[&] { message_.replyTo = "€ <joe@example.org>"; }, "replyTo"},
+      {[&] {
+         message_.xHeaders = {{"Price", "€"}};
+       },
+       "X-Price"},
+      {[&] {
+         message_.headers = {{"Comments", "€"}};
+       },
+       "Comments"},
+      {[&] { AddAlternative("text/html", "€"); }, "An alternative"},
+      {[&] { Attach("€.txt", "one"); }, "The name of an attachment"},
+  };
+  const auto before = message_;
+  for (const auto& test : kCases) {
+    message_ = before;
+    message_.encoder.emplace("iso-8859-1", false, *characterEncoder_);
+    test.put();
+    EXPECT_EQ(FailureCode(), 529);
+    EXPECT_EQ(failure_, std::string(test.failure) +
+                            " holds what the character set iso-8859-1 lacks: U+20AC (€).");
+    EXPECT_EQ(temporary_.Names(), std::vector<std::string>());
+    message_.encoder.emplace("iso-8859-1", true, *characterEncoder_);
+    EXPECT_EQ(FailureCode(), 0) << test.failure;
+  }
+}
+
+TEST_F(MessageComposerTest, TheModernFormEncodesLinesThatAreTooLong) {
+  message_.body = std::string(1000, 'x') + "\n";
+  EXPECT_EQ(Wire().find("quoted-printable"), std::string::npos);
+  message_.modern = true;
+  const auto wire = Wire();
+  EXPECT_NE(wire.find("Content-Transfer-Encoding: quoted-printable\r\n"), std::string::npos);
+  EXPECT_EQ(ReadBack(), std::string(1000, 'x') + "\r\n\r\n");
+  for (std::string_view rest = wire; !rest.empty();) {
+    const auto line = rest.substr(0, rest.find("\r\n"));
+    EXPECT_LE(line.size(), 76U);
+    rest.remove_prefix(std::min(rest.size(), line.size() + 2));
+  }
 }
 
 TEST_F(MessageComposerTest, OurReaderGetsTheSameTextAndFiles) {
@@ -404,8 +487,9 @@ TEST(PartFields, NamesAreQuotedAndCannotStartAnotherField) {
   const auto fields = AttachmentFields(umlauts, *codePage);
   EXPECT_NE(fields.find(";\r\n filename*0*=utf-8''%C3%A4"), std::string::npos);
   EXPECT_NE(fields.find(";\r\n filename*1*=%"), std::string::npos);
-  EXPECT_NE(AlternativeFields("text/html\r\nEvil: yes", "us-ascii\n\n").find("html Evil: yes;"),
-            std::string::npos);
+  EXPECT_NE(
+      AlternativeFields("text/html\r\nEvil: yes", "us-ascii\n\n", "base64").find("html Evil: yes;"),
+      std::string::npos);
 }
 
 }  // namespace

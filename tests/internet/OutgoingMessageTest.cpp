@@ -4,6 +4,7 @@
 #include "internet/BodyText.h"
 #include "internet/OutgoingMessage.h"
 #include "mail/InstanceState.h"
+#include "platform/Platform.h"
 
 namespace quillon {
 namespace {
@@ -101,6 +102,48 @@ TEST(HeaderBlock, FoldsLongRecipientListsOnly) {
   }
   EXPECT_LE(longest, 998U);
   EXPECT_EQ(folds, 4U);
+}
+
+TEST(HeaderBlock, TheModernFormIsThatOfTheStandard) {
+  auto message = Minimal();
+  message.modern = true;
+  message.uniqueId = "0f1e";
+  message.whoTo = {" "};
+  message.cc = {"cid@example.org"};
+  message.transferEncoding = "7bit";
+  message.headers = {{"References", "<1@example.org> <2@example.org>"}};
+  EXPECT_EQ(BuildHeaderBlock(message, kNow),
+            "Date: Sun, 01 Nov 2026 08:05:09 -0330\r\n"
+            "Message-ID: <0f1e@example.org>\r\n"
+            "From: Joe <joe@example.org>\r\n"
+            "Cc: cid@example.org\r\n"
+            "Subject: Hello\r\n"
+            "MIME-Version: 1.0\r\n"
+            "Content-Type: text/plain; charset=\"us-ascii\"\r\n"
+            "Content-Transfer-Encoding: 7bit\r\n"
+            "Reply-To: <joe@example.org>\r\n"
+            "X-MSMail-Priority: Normal\r\n"
+            "References: <1@example.org> <2@example.org>\r\n"
+            "\r\n");
+  message.headers = {{"message-id", "<mine@example.org>"}};
+  const auto block = BuildHeaderBlock(message, kNow);
+  EXPECT_EQ(block.find("Message-ID"), std::string::npos);
+  EXPECT_NE(block.find("message-id: <mine@example.org>\r\n"), std::string::npos);
+}
+
+TEST(HeaderBlock, InACharacterSetNoValueCanStartAnotherField) {
+  const auto system = MakeCharacterEncoder();
+  const std::string evil("ä\r\n\r\n\0Evil: yes\n", 17);
+  auto message = Minimal();
+  message.encoder.emplace("utf-8", false, *system);
+  message.modern = true;
+  message.from = message.subject = message.replyTo = message.xMailer = evil;
+  message.whoTo = message.cc = {evil, evil + " <a@b>", "\"" + evil + "\" <a@b\r\nEvil: c>"};
+  message.certify = true;
+  message.xHeaders = message.headers = {{evil, evil}};
+  const auto block = BuildHeaderBlock(message, kNow);
+  EXPECT_EQ(block.find("\nEvil"), std::string::npos);
+  EXPECT_EQ(block.find("\r\n\r\n"), block.size() - 4);
 }
 
 TEST(BodyText, KeepsItsRulesHoweverItIsCutIntoBlocks) {

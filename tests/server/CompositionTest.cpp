@@ -76,6 +76,27 @@ TEST(Composition, HeadersOfTheServerAreReserved) {
   EXPECT_EQ("Loop", world.shared.message.xHeaders.at(0).name);
 }
 
+TEST(Composition, AWholeHeaderHasOneValueAndIsNotTheServers) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  for (const auto* name : {"date", "X-Mailer", "bcc", "Content-Language", "resent-from"}) {
+    EXPECT_EQ("545 Reserved header.", FailureOf([&] { server->AddHeader(name, "v"); })) << name;
+  }
+  const std::string longName(71, 'x');
+  for (const auto& name : {std::string(), std::string("a:b"), std::string("a\r\nTo"), longName}) {
+    EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->AddHeader(name, "v"); })) << name;
+  }
+  server->AddHeader(" List-Id ", "one");
+  server->AddHeader("Priority", "urgent");
+  server->AddHeader("LIST-ID", "two");
+  server->AddHeader("priority", " ");
+  const auto& headers = world.shared.message.headers;
+  ASSERT_EQ(1U, headers.size());
+  EXPECT_EQ("LIST-ID two", headers[0].name + " " + headers[0].value);
+  server->NewMessage();
+  EXPECT_TRUE(headers.empty());
+}
+
 TEST(Composition, ItemsAreClearedOneByOneOrTogether) {
   TestWorld world;
   const auto server = world.NewServer();

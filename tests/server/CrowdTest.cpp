@@ -121,10 +121,12 @@ class Crowd {
   TestSecurity security_{*loop_};
   ReversingProtector protector_;
   ServerSections servers_{world_.configuration, nullptr, protector_};
-  InternetBackEnd backEnd_{{*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage,
-                            *characterSets_, *clock_, prompt_, world_.messageBox,
-                            world_.configuration, servers_, world_.log, world_.notifier, display_},
-                           {"1.0", {}}};
+  std::unique_ptr<CharacterEncoder> characterEncoder_ = MakeCharacterEncoder();
+  InternetBackEnd backEnd_{
+      {*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage, *characterSets_,
+       *characterEncoder_, *clock_, prompt_, world_.messageBox, world_.configuration, servers_,
+       world_.log, world_.notifier, display_},
+      {"1.0", {}}};
   InternetMailSystem internet_{backEnd_};
   std::vector<Client> clients_;
   bool resting_ = false;
