@@ -257,7 +257,7 @@ std::optional<std::string> TextEncoder::ToBytes(std::string_view text) const {
   rest.reserve(text.size());
   while (!text.empty()) {
     const auto character = TakeUtf8(text);
-    AppendUtf8(rest, replaced.count(character) != 0 ? U'?' : character);
+    AppendUtf8(rest, replaced.contains(character) ? U'?' : character);
   }
   return InSet(rest, *set_, *system_);
 }

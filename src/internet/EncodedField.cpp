@@ -26,6 +26,13 @@ std::string Unquoted(std::string_view name) {
   return text;
 }
 
+std::string Words(std::string_view text, const TextEncoder& encoder, std::string_view what,
+                  std::size_t used) {
+  return EncodeWords(
+      text, encoder.Label(text),
+      [&](std::string_view part) { return EncodedBytes(part, encoder, what); }, used);
+}
+
 }  // namespace
 
 std::string EncodedBytes(std::string_view text, const TextEncoder& encoder, std::string_view what) {
@@ -41,10 +48,9 @@ std::string EncodedText(std::string_view text, const TextEncoder& encoder, std::
                         std::size_t used) {
   auto safe = HeaderText(text);
   if (!NeedsEncodedWords(safe)) return safe;
-  EncodedBytes(safe, encoder, what);  // the whole text has bytes, so each part has
-  return EncodeWords(
-      safe, encoder.Label(safe),
-      [&](std::string_view part) { return EncodedBytes(part, encoder, what); }, used);
+  auto bytes = EncodedBytes(safe, encoder, what);
+  // Where a "?" has taken the place of all else.
+  return NeedsEncodedWords(bytes) ? Words(safe, encoder, what, used) : bytes;
 }
 
 std::string EncodedAddress(std::string_view recipient, const TextEncoder& encoder,
@@ -55,10 +61,10 @@ std::string EncodedAddress(std::string_view recipient, const TextEncoder& encode
   const auto close = text.find('>', open);
   const auto name = Trim(std::string_view(text).substr(0, open));
   const auto address = std::string_view(text).substr(open + 1, close - open - 1);
-  const auto bare = "<" + WithAsciiDomain(Trim(address)) + ">";
+  auto bare = "<" + WithAsciiDomain(Trim(address)) + ">";
   if (name.empty()) return bare;
   if (!NeedsEncodedWords(name)) return std::string(name) + " " + bare;
-  return EncodedText(Unquoted(name), encoder, what, 1) + " " + bare;
+  return Words(Unquoted(name), encoder, what, 1) + " " + bare;
 }
 
 std::string WithAsciiDomain(std::string_view address) {

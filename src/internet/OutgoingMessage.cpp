@@ -58,11 +58,12 @@ class HeaderBlock {
   // What holds nothing but ASCII.
   void Field(std::string_view name, std::string_view value) { Add(name, HeaderText(value)); }
   void Text(std::string_view name, std::string_view value, std::string_view what) {
-    Add(name, encoder_ ? EncodedText(value, *encoder_, what, name.size()) : HeaderText(value));
+    Add(name,
+        encoder_ != nullptr ? EncodedText(value, *encoder_, what, name.size()) : HeaderText(value));
   }
   // Whoever has written the value has separated it as he wants it.
   void Address(std::string_view name, const std::string& value, std::string_view what) {
-    Add(name, encoder_ ? Encoded({value}, what) : HeaderText(value));
+    Add(name, encoder_ != nullptr ? Encoded({value}, what) : HeaderText(value));
   }
   void Recipients(std::string_view name, const std::vector<std::string>& recipients,
                   std::string_view what) {

@@ -1,5 +1,6 @@
 // The character sets that iconv writes.
 #include <cerrno>
+#include <cstdint>
 #include <iconv.h>
 #include <map>
 
@@ -29,7 +30,7 @@ class IconvWriter {
   IconvWriter(const IconvWriter&) = delete;
   IconvWriter& operator=(const IconvWriter&) = delete;
 
-  bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+  bool IsOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
   std::optional<std::string> Write(std::string_view text) {
     if (!IsOpen()) return std::nullopt;
