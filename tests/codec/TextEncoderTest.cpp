@@ -11,7 +11,7 @@ namespace {
 class TextEncoderTest : public ::testing::Test {
  protected:
   TextEncoder Encoder(std::string_view name, bool replaces = false) const {
-    return TextEncoder(name, replaces, *system_);
+    return {name, replaces, *system_};
   }
 
   std::unique_ptr<CharacterEncoder> system_ = MakeCharacterEncoder();

@@ -1,10 +1,12 @@
 """What the tests with scripts share: a mail host with a mailbox, and scripts that must say that
 they came to their end."""
 
+import collections
 import contextlib
 import itertools
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -89,6 +91,20 @@ def run_script(wine, text, *arguments, engine="vbs", timeout=60):
         return True, lines[:-1]
     print(f"{engine} ended with status {done.returncode:#x} behind {len(lines)} lines")
     return False, lines
+
+
+def told_by_load_all(root):
+    """What mail/load_all.vbs has found, message by message: the lines of each kind."""
+    found = []
+    told = (pathlib.Path(root) / "found").read_bytes().decode("utf-16")
+    for line in told.split("\r\n")[:-1]:
+        kind, value = line.split(" ", 1)
+        value = re.sub(r"\\(.)", lambda m: {"r": "\r", "n": "\n"}.get(m[1], m[1]), value)
+        if kind == "message":
+            found.append(collections.defaultdict(list))
+        else:
+            found[-1][kind].append(value)
+    return found
 
 
 # The last statements of a script; Wine's cscript ends without letting go of its objects.

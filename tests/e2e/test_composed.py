@@ -17,7 +17,7 @@ import unittest
 import urllib.parse
 import zipfile
 
-from scripting import ENDINGS, MailHost, ScriptTest, literal, run_script
+from scripting import ENDINGS, MailHost, ScriptTest, literal, run_script, told_by_load_all
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "mail"
@@ -247,13 +247,8 @@ class ComposedTest(ScriptTest, unittest.TestCase):
         script = CHECK.read_text() + self.session() + (SCRIPTS / "load_all.vbs").read_text()
         ended, lines = run_script(self.wine, script + ENDINGS["vbs"], host.pop, root, timeout=300)
         self.assertTrue(ended, lines[-3:])
-        found = []
-        for line in lines:
-            kind, value = line.split(" ", 1)
-            if kind == "message":
-                found.append({"body": [], "file": [], "name": []})
-            else:
-                found[-1][kind].append(urllib.parse.unquote_to_bytes(value).decode("cp1252"))
+        self.assertEqual([], lines)
+        found = told_by_load_all(root)
         for number, (shape, got) in enumerate(zip(SHAPES, found, strict=True)):
             with self.subTest("read back: " + shape.what):
                 text = shape.text.replace("\r\n.\r\n", "\r\n \r\n")

@@ -3,7 +3,6 @@ files by a script that reads it over POP3."""
 
 import base64
 import binascii
-import collections
 import email.encoders
 import email.header
 import email.headerregistry
@@ -16,14 +15,13 @@ import email.utils
 import os
 import pathlib
 import random
-import re
 import shutil
 import tempfile
 import unittest
 import urllib.parse
 from email.message import EmailMessage
 
-from scripting import ENDINGS, MailHost, ScriptTest, run_script
+from scripting import ENDINGS, MailHost, ScriptTest, run_script, told_by_load_all
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "mail"
@@ -353,15 +351,7 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
                                           host.pop, pathlib.Path(root), timeout=180)
             self.assertTrue(ended, lines[-3:])
             self.assertEqual([], lines)
-            found = []
-            told = (pathlib.Path(root) / "found").read_bytes().decode("utf-16")
-            for line in told.split("\r\n")[:-1]:
-                kind, value = line.split(" ", 1)
-                value = re.sub(r"\\(.)", lambda m: {"r": "\r", "n": "\n"}.get(m[1], m[1]), value)
-                if kind == "message":
-                    found.append(collections.defaultdict(list))
-                else:
-                    found[-1][kind].append(value)
+            found = told_by_load_all(root)
             self.assertEqual(len(SHAPES), len(found))
             for number, (shape, got) in enumerate(zip(SHAPES, found)):
                 with self.subTest(shape.what):

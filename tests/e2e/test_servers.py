@@ -9,11 +9,10 @@ import random
 import subprocess
 import tempfile
 import unittest
-import urllib.parse
 
 import realservers
 from scripting import (ENDINGS, MAIL_SCRIPTS, SCRIPTS, MailTest, literal, prefix_with_server,
-                       register_sleeper, run_script, server_running)
+                       register_sleeper, run_script, server_running, told_by_load_all)
 import winetest
 
 MIB = 1 << 20
@@ -100,13 +99,12 @@ class RealServers(MailTest, unittest.TestCase):
         ended, lines = run_script(self.wine, script + ENDINGS["vbs"], servers.pop, self.received,
                                   timeout=120)
         self.assertTrue(ended, lines[-3:])
-        found = [(kind, urllib.parse.unquote_to_bytes(value).decode("cp1252"))
-                 for kind, value in (line.split(" ", 1) for line in lines)]
-        self.assertEqual(("body", text), found[1])
+        self.assertEqual([], lines)
+        [found] = told_by_load_all(self.received)
+        self.assertEqual([text], found["body"])
         files = sorted(self.files.iterdir())
-        self.assertEqual([("name", file.name) for file in files],
-                         [line for line in found if line[0] == "name"])
-        got = [value.rsplit("\\", 1)[1] for kind, value in found if kind == "file"]
+        self.assertEqual([file.name for file in files], found["name"])
+        got = [value.rsplit("\\", 1)[1] for value in found["file"]]
         for file, name in zip(files, got, strict=True):
             self.assertTrue(filecmp.cmp(file, self.received / "0" / name, shallow=False), name)
 
