@@ -32,12 +32,6 @@ function(quillon_test layer)
     return()
   endif()
   quillon_executable(test_${layer} SOURCES ${sources} LINK quillon_test_support ${ARGN})
-  if(CMAKE_BUILD_TYPE STREQUAL "Sanitize")
-    # Each file alone would spend most of its time in GoogleTest's headers. What one declares shadows
-    # its neighbours' names here; the native build looks for shadows in each.
-    target_compile_options(test_${layer} PRIVATE -Wno-shadow)
-    set_target_properties(test_${layer} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
-  endif()
   if(NOT sources MATCHES "/main\\.cpp(;|$)")
     target_link_libraries(test_${layer} PRIVATE gtest_main)
   endif()
