@@ -8,7 +8,7 @@ tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 packages=(
   # the two builds
   g++ cmake ninja-build g++-mingw-w64-i686-posix mingw-w64-tools googletest
-  zlib1g-dev libz-mingw-w64-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev
+  ccache zlib1g-dev libz-mingw-w64-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev
   # checks and fuzzing
   clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev git
   # the private Wine and the tests that run in it
