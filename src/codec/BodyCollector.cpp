@@ -31,6 +31,7 @@ void BodyCollector::Append(std::string_view bytes) {
 }
 
 void BodyCollector::AppendCounted(std::string_view bytes) {
+  hasText_ = hasText_ || bytes.find_first_not_of(" \t\r\n") != std::string_view::npos;
   Put(settings_.maximumBodyLines == 0 ? bytes : WithinLines(bytes));
 }
 

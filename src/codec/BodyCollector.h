@@ -30,6 +30,9 @@ class BodyCollector final : public ByteSink {
   // Puts a line end between what is there and what comes.
   void SeparateFromNext();
 
+  // Whether it is more than blanks and line ends, the header aside.
+  bool HasText() const noexcept { return hasText_; }
+
   // The text, or the sentence that stands in its place.
   std::string Finish();
 
@@ -55,6 +58,7 @@ class BodyCollector final : public ByteSink {
   std::unique_ptr<PartFile> file_;
   std::size_t lines_ = 0;  // that have ended
   bool separate_ = false;
+  bool hasText_ = false;
 };
 
 }  // namespace quillon

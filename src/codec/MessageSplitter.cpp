@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "codec/Tnef.h"
 #include "core/Text.h"
 #include "ports/FileSystem.h"
 
@@ -13,6 +14,7 @@ namespace {
 // message whose boundary is never met, or is given wrongly.
 constexpr std::size_t kMaximumPreamble = 64U << 10U;
 
+constexpr std::string_view kTnefName = "winmail.dat";
 constexpr std::string_view kDashes = "--";
 constexpr std::string_view kLineEnd = "\r\n";
 
@@ -26,6 +28,12 @@ UuSearch SearchIn(const clsMIMEPart& part) {
   if (part.encoding == mime_encoding::kUuencode) return UuSearch::Anywhere;
   const bool plain = part.encoding == mime_encoding::kNone && part.MType != mime_type::kMessage;
   return plain ? UuSearch::AtStart : UuSearch::Nowhere;
+}
+
+bool IsTnef(const clsMIMEPart& part) {
+  const auto type = Trim(std::string_view(part.contentType).substr(0, part.contentType.find(';')));
+  return EqualsIgnoreCase(type, "application/ms-tnef") ||
+         EqualsIgnoreCase(type, "application/vnd.ms-tnef");
 }
 
 bool HasExtension(const std::string& name) {
@@ -249,6 +257,7 @@ void MessageSplitter::OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch
 }
 
 void MessageSplitter::OpenFile(const clsMIMEPart& part, Role role, UuSearch search) {
+  if (IsTnef(part)) firstTnef_ = attachments_.Count();
   file_ = std::make_unique<FilePart>(settings_, attachments_, NameOf(part, role), part.Name,
                                      part.encoding, search);
 }
@@ -276,11 +285,40 @@ void MessageSplitter::EndContent(ContentEnd end) {
   if (file_ != nullptr) file_->Finish(end);
   text_.reset();
   file_.reset();
+  NoteTnef();
+}
+
+void MessageSplitter::NoteTnef() {
+  if (!firstTnef_) return;
+  for (auto i = *firstTnef_; i < attachments_.Count(); ++i) {
+    tnefPaths_.insert(attachments_.PathOf(i));
+  }
+  firstTnef_.reset();
+}
+
+// What a file holds stands behind all that came by itself.
+void MessageSplitter::OpenTnefFiles() {
+  Tnef tnef(reader_, settings_, attachments_, body_);
+  std::size_t next = 0;
+  for (auto left = attachments_.Count(); left > 0 && !attachments_.Failed(); --left) {
+    auto file = EqualsIgnoreCase(attachments_.NameOf(next), kTnefName) ||
+                        tnefPaths_.contains(attachments_.PathOf(next))
+                    ? attachments_.Read(next)
+                    : nullptr;
+    const bool isOpened = file != nullptr && tnef.Open(*file);
+    file.reset();
+    if (isOpened) {
+      attachments_.Remove(next);
+    } else {
+      ++next;
+    }
+  }
 }
 
 bool MessageSplitter::Finish(SplitMessage& message) {
   EndContent(ContentEnd::Message);
   while (stack_.Count() > 0) CloseContainer(ContentEnd::Message);
+  if (settings_.expandTnef) OpenTnefFiles();
   message.body = body_.Finish();
   if (attachments_.Failed()) return false;
   message.attachments = attachments_.Keep();

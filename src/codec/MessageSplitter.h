@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -93,6 +95,8 @@ class MessageSplitter {
   std::string NameOf(const clsMIMEPart& part, Role role) const;
   void OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search);
   void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
+  void NoteTnef();
+  void OpenTnefFiles();
 
   const TextReader reader_;
   const SplitSettings settings_;
@@ -112,6 +116,8 @@ class MessageSplitter {
   // The part being read: text for the body, or a file, or neither when it is discarded.
   std::unique_ptr<TextPart> text_;
   std::unique_ptr<FilePart> file_;
+  std::optional<std::size_t> firstTnef_;  // of the files of a part that is TNEF
+  std::set<std::string> tnefPaths_;
 };
 
 }  // namespace quillon

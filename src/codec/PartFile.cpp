@@ -42,10 +42,21 @@ std::unique_ptr<File> AttachmentList::NewFile(const SplitSettings& settings, std
     return nullptr;
   }
   path = created.path;
-  paths_.push_back(std::move(created.path));
+  paths_.insert(first ? paths_.begin() : paths_.end(), std::move(created.path));
   const auto place = first ? attachments_.begin() : attachments_.end();
   attachments_.insert(place, {std::move(created.listedPath), DisplayName(name)});
   return std::move(created.file);
+}
+
+std::unique_ptr<File> AttachmentList::Read(std::size_t index) {
+  return files_.Open(paths_[index], OpenMode::kRead);
+}
+
+void AttachmentList::Remove(std::size_t index) {
+  const auto offset = static_cast<std::ptrdiff_t>(index);
+  files_.RemoveFile(paths_[index]);
+  paths_.erase(paths_.begin() + offset);
+  attachments_.erase(attachments_.begin() + offset);
 }
 
 std::vector<Attachment> AttachmentList::Keep() {

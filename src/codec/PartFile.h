@@ -23,6 +23,7 @@ struct SplitSettings {
   bool returnShortPaths = false;
   bool headersInBody = false;                // the text begins with the header and an empty line
   bool rawHeaders = false;                   // which is read in the ANSI code page
+  bool expandTnef = false;                   // files of TNEF are opened
   std::size_t maximumBodyLines = 0;          // of the message text; the rest is dropped; 0: all
   std::size_t maximumBodyBytes = 4U << 20U;  // a longer message text goes to "MESSAGE.TXT"
 };
@@ -53,11 +54,19 @@ class AttachmentList {
   std::unique_ptr<File> NewFile(const SplitSettings& settings, std::string_view name,
                                 std::string& path, bool first = false);
 
+  // The files that there are, in their order.
+  std::size_t Count() const noexcept { return attachments_.size(); }
+  const std::string& PathOf(std::size_t index) const { return paths_[index]; }
+  const std::string& NameOf(std::size_t index) const { return attachments_[index].displayName; }
+  std::unique_ptr<File> Read(std::size_t index);
+  // Out of the list, and off the disk.
+  void Remove(std::size_t index);
+
   std::vector<Attachment> Keep();
 
  private:
   FileSystem& files_;
-  std::vector<std::string> paths_;
+  std::vector<std::string> paths_;  // of the attachments
   std::vector<Attachment> attachments_;
   bool failed_ = false;
 };

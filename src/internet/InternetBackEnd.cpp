@@ -98,6 +98,8 @@ PopSettings InternetBackEnd::Pop(const MailRequest& request) {
   detailedErrors_ = section.detailedErrors.value_or(false);
   const auto& raw = request.instance.access.rawHeaders;
   rawHeaders_ = raw ? *raw != kFalse : section.rawHeaders.value_or(false);
+  const auto& tnef = request.instance.access.expandTnef;
+  expandTnef_ = tnef ? *tnef != kFalse : section.expandTnef.value_or(false);
   return settings;
 }
 
@@ -312,6 +314,7 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   auto settings = Pop(request);
   auto split = SplitSettingsOf(request, ports_.files);
   split.rawHeaders = rawHeaders_;
+  split.expandTnef = expandTnef_;
   auto collector = std::make_unique<MessageCollector>(ports_.files, Reading(rawHeaders_).reader,
                                                       split, Bytes(request.instance.dateFormat),
                                                       [this] { return MostMessageBytes(); });

@@ -127,6 +127,7 @@ class InternetBackEnd final : public BackEnd {
   MessageForm form_;             // of what leaves for the last SMTP server
   bool detailedErrors_ = false;  // as the configuration file says of the last server
   bool rawHeaders_ = false;      // as script or configuration file say of the last POP server
+  bool expandTnef_ = false;      // the same
 };
 
 }  // namespace quillon

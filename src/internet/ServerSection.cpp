@@ -124,6 +124,7 @@ constexpr ServerKey kKeys[] = {
      [](S& s, V v) { return TextEncoder::Knows(v) && SetText(s.charset, v); }},
     {"ReplaceCharacters", false, kFlag, [](S& s, V v) { return SetFlag(s.replaceCharacters, v); }},
     {"ModernHeaders", false, kFlag, [](S& s, V v) { return SetFlag(s.modernHeaders, v); }},
+    {"ExpandTnef", false, kFlag, [](S& s, V v) { return SetFlag(s.expandTnef, v); }},
     {"Pin", false, "64 hexadecimal digits, with or without \"key:\" in front",
      [](S& s, V v) { return SetPin(s.pin, v); }},
     {"Revocation", false, kFlag, [](S& s, V v) { return SetFlag(s.revocation, v); }},

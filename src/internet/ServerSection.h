@@ -36,6 +36,7 @@ struct ServerSection {
   std::optional<std::string> charset;
   std::optional<bool> replaceCharacters;
   std::optional<bool> modernHeaders;
+  std::optional<bool> expandTnef;
   std::optional<std::string> pin;
   std::optional<std::string> clientCertificate;
   OAuthAccount oauth;

@@ -35,6 +35,7 @@ struct InternetAccess {
   std::optional<ShortBool> rawHeaders;
   std::optional<std::string> charset;  // of what leaves; empty: the contract's way
   std::optional<ShortBool> modernHeaders;
+  std::optional<ShortBool> expandTnef;
 };
 
 struct InstanceState {

@@ -144,6 +144,7 @@ RawHeaders: get put returns short
 Charset: get put returns string
 ModernHeaders: get put returns short
 AddHeader: method theName:string, theValue:string
+ExpandTnef: get put returns short
 )";
 
 std::string TypeName(const TYPEDESC& type) {

@@ -21,6 +21,7 @@ import unittest
 import urllib.parse
 from email.message import EmailMessage
 
+import tnef
 from scripting import ENDINGS, MailHost, ScriptTest, run_script, told_by_load_all
 import winetest
 
@@ -402,6 +403,34 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
                              (pathlib.Path(root) / "long" / "MESSAGE.TXT").read_bytes())
             self.assertEqual([], os.listdir(pathlib.Path(root) / "bare"))
             self.assertEqual(["data.longname"], os.listdir(pathlib.Path(root) / "plain"))
+
+    def test_a_winmail_dat_is_opened(self):
+        inner = tnef.message({tnef.BODY: "Inner"}, [("inner.txt", b"inner data")])
+        rtf = b"{\\rtf1 Gr\\'fc\\'dfe}"
+        note = tnef.message({tnef.BODY_UNICODE: "Gr\u00fc\u00dfe", tnef.HTML: HTML.encode(),
+                             tnef.RICH_TEXT: tnef.rich_text(rtf)},
+                            [("logo\u00e4.gif", LOGO * 100), ("Fwd", inner)])
+        meeting = tnef.message({}, [("agenda.txt", b"1. Lunch")], "IPM.Microsoft Schedule.MtgReq")
+        alone = new_message()
+        alone.set_content(note, "application", "ms-tnef", filename="winmail.dat")
+        with_text = new_message("See you at noon")
+        with_text.add_attachment(meeting, "application", "octet-stream", filename="Winmail.dat")
+        with_text.get_payload()[0].set_payload("See you at noon")
+        with tempfile.TemporaryDirectory(prefix="received-") as root, \
+                MailHost([m.as_bytes(policy=SMTP) for m in (alone, with_text)]) as host:
+            root = pathlib.Path(root)
+            for name in ("closed", "opened", "appointment"):
+                (root / name).mkdir()
+            script = (SCRIPTS / "session.vbs").read_text()
+            script += (SCRIPTS / "expand_tnef.vbs").read_text()
+            self.run_checks(self.wine, script, host.pop, root)
+            files = {file.name: file.read_bytes() for file in (root / "opened").iterdir()}
+            self.assertEqual({"ALTERNAT.HTM": HTML.encode(), "ALTERNAT.RTF": rtf,
+                              "logo.gif": LOGO * 100, "Fwd.DAT": inner, "Fwd.TXT": b"Inner",
+                              "inner.txt": b"inner data"}, files)
+            self.assertEqual(note, (root / "closed" / "winmail.dat").read_bytes())
+            self.assertEqual(["Winmail.dat", "agenda.txt"],
+                             sorted(os.listdir(root / "appointment")))
 
 
 if __name__ == "__main__":

@@ -222,6 +222,25 @@ TEST_F(InternetBackEndTest, HeadersAreReadAsScriptOrConfigurationFileSay) {
   EXPECT_EQ(read(), "é X: é\r\n");
 }
 
+TEST_F(InternetBackEndTest, AWinmailDatIsOpenedAsScriptOrConfigurationFileSay) {
+  auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
+  world.network.accept = [&] { return std::make_shared<MailboxPeer>(mailbox); };
+  mailbox->messages.assign(1, {"u",
+                               "Content-Type: application/ms-tnef\r\n"
+                               "Content-Transfer-Encoding: base64\r\n\r\neJ8+IgEA\r\n"});
+  const auto files = [&] {
+    EXPECT_TRUE(backEnd.LoadMessageHeaders(request).Succeeded());
+    EXPECT_TRUE(backEnd.LoadMessage(request).Succeeded());
+    return world.shared.message.attachments.size();
+  };
+  EXPECT_EQ(files(), 1U);
+  world.instance.access.expandTnef = kTrue;
+  EXPECT_EQ(files(), 0U);
+  world.instance.access.expandTnef.reset();
+  ASSERT_TRUE(world.configuration.WriteString("Server pop.example", "ExpandTnef", "TRUE"));
+  EXPECT_EQ(files(), 0U);
+}
+
 // What has come stays, and what has not begun takes nothing away.
 TEST_F(InternetBackEndTest, AFailedLoadingKeepsTheHeadersThatHaveCome) {
   auto mailbox = std::make_shared<MailboxPeer::Mailbox>();
