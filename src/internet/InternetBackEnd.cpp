@@ -10,6 +10,7 @@
 #include "core/ErrorCode.h"
 #include "core/HexDigit.h"
 #include "internet/InternetErrorText.h"
+#include "internet/PartialMessage.h"
 #include "mail/ReceivedFiles.h"
 
 namespace quillon {
@@ -315,16 +316,26 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   auto split = SplitSettingsOf(request, ports_.files);
   split.rawHeaders = rawHeaders_;
   split.expandTnef = expandTnef_;
-  auto collector = std::make_unique<MessageCollector>(ports_.files, Reading(rawHeaders_).reader,
-                                                      split, Bytes(request.instance.dateFormat),
-                                                      [this] { return MostMessageBytes(); });
+  const auto newCollector = [&] {
+    return std::make_unique<MessageCollector>(ports_.files, Reading(rawHeaders_).reader, split,
+                                              Bytes(request.instance.dateFormat),
+                                              [this] { return MostMessageBytes(); });
+  };
+  auto collector = newCollector();
   auto key = CurrentMessage(request, settings, ports_.codePage);
-  auto loading = OfListed(Engine().LoadMessage(std::move(settings), std::move(key), *collector));
-  return runner_.Perform(
-      call,
-      NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
-               "Failed to load the message."),
-      MessageLoaded(std::move(loading), std::move(collector), request.shared, rawHeaders_));
+  auto parts = expandTnef_ ? PartsOfCurrent(request, Reading(rawHeaders_).reader, ports_.codePage)
+                           : std::vector<MessageKey>();
+  auto loading = OfListed(Engine().LoadMessage(settings, std::move(key), *collector));
+  auto loaded =
+      MessageLoaded(std::move(loading), std::move(collector), request.shared, rawHeaders_);
+  if (!parts.empty()) {
+    loaded = PartsLoaded(std::move(settings), std::move(parts), newCollector(), std::move(loaded),
+                         request.shared, rawHeaders_);
+  }
+  return runner_.Perform(call,
+                         NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
+                                  "Failed to load the message."),
+                         std::move(loaded));
 }
 
 std::uint64_t InternetBackEnd::MostMessageBytes() const {
@@ -347,6 +358,28 @@ Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
     StoreMessage(shared, *collector, Reading(rawHeaders));
   }
   co_return result;
+}
+
+Task<SessionResult> InternetBackEnd::PartsLoaded(PopSettings settings,
+                                                 std::vector<MessageKey> parts,
+                                                 std::unique_ptr<MessageCollector> collector,
+                                                 Task<SessionResult> alone, SharedState& shared,
+                                                 bool rawHeaders) {
+  PartialMessage whole(*collector, parts.size());
+  SessionResult result;
+  for (const auto& part : parts) {
+    result = co_await Engine().LoadMessage(settings, part, whole);
+    if (result.number != internet_error::kSuccess) break;
+  }
+  if (result.number == internet_error::kSuccess) {
+    StoreMessage(shared, *collector, Reading(rawHeaders));
+    co_return result;
+  }
+  const bool isGone =
+      result.number == internet_error::kRetrieveFailed || result.number == error_code::kNoHeaders;
+  if (!isGone) co_return result;
+  collector.reset();  // with the files that have come
+  co_return co_await alone;
 }
 
 MailResult InternetBackEnd::DeleteMessage(MailRequest& request) {

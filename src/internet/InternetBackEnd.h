@@ -107,6 +107,11 @@ class InternetBackEnd final : public BackEnd {
                                     std::unique_ptr<MessageCollector> collector,
                                     SharedState& shared, bool rawHeaders);
 
+  // All parts as one; when one is gone, what `alone` loads.
+  Task<SessionResult> PartsLoaded(PopSettings settings, std::vector<MessageKey> parts,
+                                  std::unique_ptr<MessageCollector> collector,
+                                  Task<SessionResult> alone, SharedState& shared, bool rawHeaders);
+
   smtppop& Engine() { return runner_.Engine(); }
   // What script and configuration file say of the server.
   PopSettings Pop(const MailRequest& request);

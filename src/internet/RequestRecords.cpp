@@ -12,6 +12,7 @@
 #include "core/ServerError.h"
 #include "core/Text.h"
 #include "internet/Address.h"
+#include "internet/PartialMessage.h"
 #include "internet/PopReply.h"
 #include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
@@ -56,6 +57,17 @@ void MakeText(HeaderRecord& record, const HeaderReading& reading) {
     auto& text = record.*member;
     if (!IsPlainAscii(text)) text = FieldText(member, text, reading);
   }
+}
+
+MessageKey KeyOf(const HeaderRecord& record, const HeaderOrigin& origin, const CodePage& codePage) {
+  std::string_view text = record.number;
+  const auto number = TakeNumber(text);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max())
+    throw ServerError(error_code::kBadMessageIndex);
+  MessageKey key{static_cast<std::uint32_t>(*number), origin.session, {}, record.identity};
+  // What a header says of identifiers is the sender's word.
+  if (key.identity == 0) key.uniqueId = codePage.ToBytes(record.uniqueId);
+  return key;
 }
 
 }  // namespace
@@ -133,14 +145,17 @@ MessageKey CurrentMessage(const MailRequest& request, const PopSettings& setting
   const auto& record = CurrentHeader(request.shared, request.instance);
   const auto& origin = request.shared.headerOrigin;
   if (origin.mailbox != MailboxOf(settings)) throw ServerError(error_code::kNoHeaders);
-  std::string_view text = record.number;
-  const auto number = TakeNumber(text);
-  if (!number || *number > std::numeric_limits<std::uint32_t>::max())
-    throw ServerError(error_code::kBadMessageIndex);
-  MessageKey key{static_cast<std::uint32_t>(*number), origin.session, {}, record.identity};
-  // What a header says of identifiers is the sender's word.
-  if (key.identity == 0) key.uniqueId = codePage.ToBytes(record.uniqueId);
-  return key;
+  return KeyOf(record, origin, codePage);
+}
+
+std::vector<MessageKey> PartsOfCurrent(const MailRequest& request, const TextReader& reader,
+                                       const CodePage& codePage) {
+  const auto& shared = request.shared;
+  const auto parts = PartsOf(shared.headers, CurrentHeader(shared, request.instance), reader);
+  std::vector<MessageKey> keys;
+  keys.reserve(parts.size());
+  for (const auto* const part : parts) keys.push_back(KeyOf(*part, shared.headerOrigin, codePage));
+  return keys;
 }
 
 void StoreMessage(SharedState& shared, MessageCollector& collector, const HeaderReading& reading) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "codec/HeaderTable.h"
 #include "codec/TextReader.h"
@@ -37,6 +38,11 @@ std::string MailboxOf(const PopSettings& settings);
 // in another mailbox.
 MessageKey CurrentMessage(const MailRequest& request, const PopSettings& settings,
                           const CodePage& codePage);
+
+// The same of all messages that the one at messageIndex was sent in, in their order; none when it
+// was sent as one, or one of them is not listed.
+std::vector<MessageKey> PartsOfCurrent(const MailRequest& request, const TextReader& reader,
+                                       const CodePage& codePage);
 
 // How received header fields become texts: decoded, or as they came, in the ANSI code page.
 struct HeaderReading {

@@ -63,6 +63,13 @@ def new_message(text=None, **how):
     return message
 
 
+def in_pieces(message, count):
+    """The bytes of a message, parted at line ends."""
+    lines = message.splitlines(keepends=True)
+    ends = [len(lines) * i // count for i in range(count + 1)]
+    return [b"".join(lines[start:end]) for start, end in zip(ends, ends[1:])]
+
+
 PLAIN = "Good morning,\n\nall is well.\n"
 HTML = "<html><body>Good <b>morning</b></body></html>\n"
 UMLAUTS = "Gr\u00fc\u00dfe an alle = jeden \n und ein sehr langer Absatz " + "wieder " * 40 + "\n"
@@ -343,20 +350,25 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
         return CHECK.read_text() + (SCRIPTS / "session.vbs").read_text() + \
             (SCRIPTS / name).read_text()
 
+    def load_all(self, messages):
+        """What comes of each, with its directory."""
+        root = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="received-")))
+        for number in range(len(messages)):
+            (root / str(number)).mkdir()
+        with MailHost(messages) as host:
+            ended, lines = run_script(self.wine, self.script("load_all.vbs") + ENDINGS["vbs"],
+                                      host.pop, root, timeout=180)
+        self.assertTrue(ended, lines[-3:])
+        self.assertEqual([], lines)
+        found = told_by_load_all(root)
+        self.assertEqual(len(messages), len(found))
+        return [(got, root / str(number)) for number, got in enumerate(found)]
+
     def test_what_python_composes_is_split_to_the_same_bytes(self):
-        with tempfile.TemporaryDirectory(prefix="received-") as root:
-            for number in range(len(SHAPES)):
-                (pathlib.Path(root) / str(number)).mkdir()
-            with MailHost([shape.wire for shape in SHAPES]) as host:
-                ended, lines = run_script(self.wine, self.script("load_all.vbs") + ENDINGS["vbs"],
-                                          host.pop, pathlib.Path(root), timeout=180)
-            self.assertTrue(ended, lines[-3:])
-            self.assertEqual([], lines)
-            found = told_by_load_all(root)
-            self.assertEqual(len(SHAPES), len(found))
-            for number, (shape, got) in enumerate(zip(SHAPES, found)):
-                with self.subTest(shape.what):
-                    self.check_shape(shape, got, pathlib.Path(root) / str(number))
+        found = self.load_all([shape.wire for shape in SHAPES])
+        for shape, (got, directory) in zip(SHAPES, found, strict=True):
+            with self.subTest(shape.what):
+                self.check_shape(shape, got, directory)
 
     def check_shape(self, shape, got, directory):
         self.assertEqual([shape.body], got["body"])
@@ -431,6 +443,25 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
             self.assertEqual(note, (root / "closed" / "winmail.dat").read_bytes())
             self.assertEqual(["Winmail.dat", "agenda.txt"],
                              sorted(os.listdir(root / "appointment")))
+
+    def test_a_message_in_parts_is_put_together(self):
+        message = new_message(PLAIN)
+        message.add_attachment(LOGO * 200, "image", "gif", filename="logo.gif")
+        parts = [b"From: Ann <ann@example.com>\r\nTo: bob@example.com\r\nSubject: Part %d\r\n"
+                 b"Content-Type: message/partial; id=\"logo@example.com\"; number=%d; total=5\r\n"
+                 b"\r\n" % (number, number) + text
+                 for number, text in enumerate(in_pieces(message.as_bytes(), 5), 1)]
+        other = new_message("Another\n")
+        parts[2:2] = [parts.pop(), other.as_bytes(policy=SMTP)]
+        configuration = self.wine.drive_c / "Quillon" / "quillon.ini"
+        configuration.write_text("[Server *]\nExpandTnef=TRUE\n")
+        self.addCleanup(configuration.unlink)
+        whole = Shape("whole", message, crlf(PLAIN), [("logo.gif", LOGO * 200)])
+        found = self.load_all(parts)
+        self.assertEqual(["Another\r\n"], found.pop(3)[0]["body"])
+        for got, directory in found:
+            self.assertEqual(["Shape"], got["subject"])
+            self.check_shape(whole, got, directory)
 
 
 if __name__ == "__main__":
