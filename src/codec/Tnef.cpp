@@ -20,6 +20,12 @@ bool IsEmpty(const std::optional<FileBytes>& bytes) {
   return !bytes || bytes->Left() == 0;
 }
 
+// False when reading fails.
+bool CopyWhole(FileBytes bytes, ByteSink& sink) {
+  bytes.CopyTo(sink);
+  return !bytes.Failed();
+}
+
 // UTF-16, low byte first, as UTF-8, without the NUL at its end.
 class Utf16Text final : public ByteSink {
  public:
@@ -82,7 +88,8 @@ bool Tnef::Open(File& file) {
   const auto message = ReadTnef(FileBytes(blocks), reader_);
   if (!message) return false;
   bool isWhole = message->isWhole;
-  if (!body_.HasText()) {
+  const bool isOfMessage = !body_.HasText();
+  if (isOfMessage) {
     const auto begin = [&](const TextForm& form) -> ByteSink& {
       body_.SeparateFromNext();
       body_.Begin(form);
@@ -90,23 +97,22 @@ bool Tnef::Open(File& file) {
     };
     isWhole = PutText(*message, begin) && isWhole;
   }
-  isWhole = PutRenderings(*message) && isWhole;
+  isWhole = PutRenderings(*message, !isOfMessage) && isWhole;
   return PutAttachments(*message, 1) && isWhole;
 }
 
 bool Tnef::PutText(const TnefMessage& message, const TextTarget& begin) {
   if (!IsEmpty(message.unicodeText)) {
     Utf16Text text(begin({kUtf8Name}));
-    FileBytes(*message.unicodeText).CopyTo(text);
-  } else if (!IsEmpty(message.text)) {
-    ByteText text(begin({NameOfCodePage(message.codePage)}));
-    FileBytes(*message.text).CopyTo(text);
-  } else if (!IsEmpty(message.richText)) {
-    return PutRichText(message, begin);
-  } else if (!IsEmpty(message.html)) {
-    FileBytes(*message.html).CopyTo(begin({NameOfCodePage(message.htmlCodePage)}));
+    return CopyWhole(*message.unicodeText, text);
   }
-  return true;
+  if (!IsEmpty(message.text)) {
+    ByteText text(begin({NameOfCodePage(message.codePage)}));
+    return CopyWhole(*message.text, text);
+  }
+  if (!IsEmpty(message.richText)) return PutRichText(message, begin);
+  return IsEmpty(message.html) ||
+         CopyWhole(*message.html, begin({NameOfCodePage(message.htmlCodePage)}));
 }
 
 bool Tnef::PutRichText(const TnefMessage& message, const TextTarget& begin) {
@@ -116,15 +122,34 @@ bool Tnef::PutRichText(const TnefMessage& message, const TextTarget& begin) {
   return isWhole;
 }
 
-bool Tnef::PutRenderings(const TnefMessage& message) {
+// The plain text only where no other rendering has its words.
+bool Tnef::PutRenderings(const TnefMessage& message, bool withText) {
   if (settings_.suppressAlternatives) return true;
+  const bool hasHtml = !IsEmpty(message.html);
+  const bool hasRichText = !IsEmpty(message.richText);
   bool isWhole = true;
-  if (!IsEmpty(message.html)) isWhole = PutFile(AlternativeName("text/html"), *message.html);
-  if (IsEmpty(message.richText)) return isWhole;
+  if (withText && !hasHtml && !hasRichText) {
+    isWhole = PutTextFile(message, AlternativeName("text/plain"));
+  }
+  if (hasHtml) isWhole = PutFile(AlternativeName("text/html"), *message.html);
+  if (!hasRichText) return isWhole;
   if (list_.IsFull()) return false;
   PartFile file(settings_, AlternativeName("text/rtf"), list_);
   isWhole = DecompressRtf(*message.richText, file) && isWhole;
   file.Close();
+  return isWhole;
+}
+
+// None for a message without any.
+bool Tnef::PutTextFile(const TnefMessage& message, const std::string& name) {
+  if (list_.IsFull()) return false;
+  std::unique_ptr<PartFile> file;
+  const bool isWhole = PutText(message, [&](const TextForm& form) -> ByteSink& {
+    file = std::make_unique<PartFile>(settings_, name, list_);
+    if (form.characterSet == kUtf8Name) file->Append(kFileMark);
+    return *file;
+  });
+  if (file != nullptr) file->Close();
   return isWhole;
 }
 
@@ -150,24 +175,16 @@ bool Tnef::PutAttachment(const TnefAttachment& attachment, std::size_t depth) {
 void Tnef::OpenInner(const TnefAttachment& attachment, const std::string& name, std::size_t depth) {
   const auto message = ReadTnef(*attachment.data, reader_);
   if (!message) return;
-  std::unique_ptr<PartFile> file;
-  if (!list_.IsFull()) {
-    PutText(*message, [&](const TextForm& form) -> ByteSink& {
-      file = std::make_unique<PartFile>(settings_, name + ".TXT", list_);
-      if (form.characterSet == kUtf8Name) file->Append(kFileMark);
-      return *file;
-    });
-    if (file != nullptr) file->Close();
-  }
+  PutTextFile(*message, name + ".TXT");
   PutAttachments(*message, depth + 1);
 }
 
 bool Tnef::PutFile(const std::string& name, FileBytes bytes) {
   if (list_.IsFull()) return false;
   PartFile file(settings_, name, list_);
-  bytes.CopyTo(file);
+  const bool isWhole = CopyWhole(bytes, file);
   file.Close();
-  return !bytes.Failed();
+  return isWhole;
 }
 
 }  // namespace quillon

@@ -30,7 +30,8 @@ class Tnef {
 
   bool PutText(const TnefMessage& message, const TextTarget& begin);
   bool PutRichText(const TnefMessage& message, const TextTarget& begin);
-  bool PutRenderings(const TnefMessage& message);
+  bool PutRenderings(const TnefMessage& message, bool withText);
+  bool PutTextFile(const TnefMessage& message, const std::string& name);
   bool PutAttachments(const TnefMessage& message, std::size_t depth);
   bool PutAttachment(const TnefAttachment& attachment, std::size_t depth);
   void OpenInner(const TnefAttachment& attachment, const std::string& name, std::size_t depth);

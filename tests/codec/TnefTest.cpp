@@ -213,6 +213,8 @@ TEST_F(TnefTest, ItsTextIsThatOfAMessageWithoutOne) {
   EXPECT_EQ("own", Open(Start() + OfMessage({unicode}), "", "own"));
   EXPECT_EQ(" \r\nΣ and \U0001F4E7", Open(Start() + OfMessage({unicode}), "", " "));
   settings_.suppressAlternatives = false;
+  EXPECT_EQ("own[ALTERNAT.TXT] \xEF\xBB\xBFΣ and \U0001F4E7",
+            Open(Start() + OfMessage({unicode}), "", "own"));
   EXPECT_EQ(
       "own[ALTERNAT.HTM] <b>\xE9</b>[ALTERNAT.RTF] "
       "{\\rtf1\\ansi\\ansicpg1252\\pard hello world}\r\n",
