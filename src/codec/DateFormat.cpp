@@ -184,18 +184,11 @@ std::vector<Token> Tokens(std::string_view pattern) {
   return tokens;
 }
 
-std::string LowerAscii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-  }
-  return text;
-}
-
 std::string TokenText(const Token& token, const DateTime& date, int hour) {
   if (token.render == nullptr) return std::string(token.text);
   std::string text = token.render(date, hour);
   const bool lower = token.kind == Kind::kHalfOfDay && token.text.front() == 'a';
-  return lower ? LowerAscii(std::move(text)) : text;
+  return lower ? LowerAscii(text) : text;
 }
 
 // The pattern of a named format; a pattern stands for itself.

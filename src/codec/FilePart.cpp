@@ -15,10 +15,12 @@ bool IsBlank(std::string_view bytes) {
 }  // namespace
 
 FilePart::FilePart(const SplitSettings& settings, AttachmentList& list, std::string name,
-                   const std::string& ownName, std::int16_t encoding, UuSearch search)
+                   const std::string& ownName, std::int16_t encoding, UuSearch search,
+                   PartLabel label)
     : settings_(settings),
       list_(list),
       name_(std::move(name)),
+      label_(std::move(label)),
       content_(settings, list, *this, encoding, search, ownName) {}
 
 void FilePart::Append(std::string_view bytes) {
@@ -27,10 +29,12 @@ void FilePart::Append(std::string_view bytes) {
     Open();
   }
   file_->Append(bytes);
+  if (copy_ != nullptr) copy_->Append(bytes);
 }
 
 void FilePart::Open() {
-  file_ = std::make_unique<PartFile>(settings_, content_.HasFiles() ? kNameOfText : name_, list_);
+  file_ = content_.HasFiles() ? std::make_unique<PartFile>(settings_, kNameOfText, list_)
+                              : std::make_unique<PartFile>(settings_, name_, list_, false, label_);
 }
 
 void FilePart::Finish(ContentEnd end) {

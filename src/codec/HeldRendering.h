@@ -20,6 +20,9 @@ class HeldRendering final : public ByteSink {
 
   void Append(std::string_view bytes) override;
 
+  // Before anything is appended: what comes is of that form.
+  void Begin(TextForm form) { form_ = std::move(form); }
+
   // No plain rendering has come.
   void Keep();
 
@@ -29,7 +32,7 @@ class HeldRendering final : public ByteSink {
  private:
   BodyCollector& body_;
   const std::size_t limit_;
-  const TextForm form_;
+  TextForm form_;
   std::string text_;
   bool isKept_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "codec/HtmlText.h"
 #include "codec/Tnef.h"
 #include "core/Text.h"
 #include "ports/FileSystem.h"
@@ -30,10 +31,13 @@ UuSearch SearchIn(const clsMIMEPart& part) {
   return plain ? UuSearch::AtStart : UuSearch::Nowhere;
 }
 
+bool HasType(const clsMIMEPart& part, std::string_view type) {
+  const auto media = std::string_view(part.contentType).substr(0, part.contentType.find(';'));
+  return EqualsIgnoreCase(Trim(media), type);
+}
+
 bool IsTnef(const clsMIMEPart& part) {
-  const auto type = Trim(std::string_view(part.contentType).substr(0, part.contentType.find(';')));
-  return EqualsIgnoreCase(type, "application/ms-tnef") ||
-         EqualsIgnoreCase(type, "application/vnd.ms-tnef");
+  return HasType(part, "application/ms-tnef") || HasType(part, "application/vnd.ms-tnef");
 }
 
 bool HasExtension(const std::string& name) {
@@ -202,12 +206,60 @@ void MessageSplitter::OpenContent(clsMIMEPart part) {
   if (role == Role::Body) {
     if (hasBody_) body_.SeparateFromNext();
     body_.Begin(part.form);
-    OpenText(part, body_, search);
+    OpenText(part, SinkFor(part, role, body_), search);
   } else if (role == Role::Rendering) {
-    OpenText(part, *GroupOf(stack_.TopOfStackObject())->rendering, search);
+    OpenText(part, SinkFor(part, role, *GroupOf(stack_.TopOfStackObject())->rendering), search);
   } else if (role != Role::Discard) {
     OpenFile(part, role, search);
+    if (role == Role::Alternative && HoldHtml(part, role, nullptr)) file_->CopyTo(*heldHtml_);
+  } else if (HoldHtml(part, role, nullptr)) {
+    text_ = std::make_unique<TextPart>(settings_, attachments_, *heldHtml_, part.encoding,
+                                       UuSearch::Nowhere);
   }
+}
+
+// False when it is none, or none that anybody wants.
+bool MessageSplitter::HoldHtml(const clsMIMEPart& part, Role role, ByteSink* onward) {
+  const bool isHtml = HasType(part, "text/html") && part.Name.empty() && !header_.IsAttachment();
+  if (!isHtml) return false;
+  const bool becomesText = settings_.htmlAsText && role != Role::Discard;
+  if (html_ && !becomesText) return false;
+  heldHtml_ =
+      std::make_unique<HeldHtml>(part.form, settings_.maximumBodyBytes, onward, becomesText);
+  htmlRole_ = role;
+  return true;
+}
+
+ByteSink& MessageSplitter::SinkFor(const clsMIMEPart& part, Role role, ByteSink& onward) {
+  return HoldHtml(part, role, &onward) ? *heldHtml_ : onward;
+}
+
+// What is too long to be held has gone on as it came.
+void MessageSplitter::FinishHtml() {
+  if (heldHtml_ == nullptr) return;
+  const bool isTooLong = heldHtml_->IsTooLong();
+  auto html = std::exchange(heldHtml_, nullptr)->Take(reader_);
+  if (settings_.htmlAsText && !isTooLong) PutHtmlAsText(html);
+  if (!html_) html_ = std::move(html);
+}
+
+void MessageSplitter::PutHtmlAsText(const std::string& html) {
+  const TextForm form{"utf-8"};
+  if (htmlRole_ == Role::Body) {
+    body_.Begin(form);
+    body_.Append(PlainTextOfHtml(html));
+    return;
+  }
+  auto* const group = stack_.Count() > 0 ? GroupOf(stack_.TopOfStackObject()) : nullptr;
+  if (htmlRole_ == Role::Discard || group == nullptr || group->hasBody) return;
+  if (group->rendering == nullptr) {
+    group->rendering = std::make_unique<HeldRendering>(body_, settings_.maximumBodyBytes, form);
+  } else if (htmlRole_ == Role::Alternative) {
+    return;
+  }
+  group->rendering->Begin(form);
+  group->rendering->Append(PlainTextOfHtml(html));
+  hasBody_ = true;
 }
 
 MessageSplitter::Container* MessageSplitter::GroupOf(const Container& container) {
@@ -259,7 +311,7 @@ void MessageSplitter::OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch
 void MessageSplitter::OpenFile(const clsMIMEPart& part, Role role, UuSearch search) {
   if (IsTnef(part)) firstTnef_ = attachments_.Count();
   file_ = std::make_unique<FilePart>(settings_, attachments_, NameOf(part, role), part.Name,
-                                     part.encoding, search);
+                                     part.encoding, search, header_.Label());
 }
 
 void MessageSplitter::PreambleLine(std::string_view line, bool endsLine) {
@@ -285,6 +337,7 @@ void MessageSplitter::EndContent(ContentEnd end) {
   if (file_ != nullptr) file_->Finish(end);
   text_.reset();
   file_.reset();
+  FinishHtml();
   NoteTnef();
 }
 
@@ -298,7 +351,7 @@ void MessageSplitter::NoteTnef() {
 
 // What a file holds stands behind all that came by itself.
 void MessageSplitter::OpenTnefFiles() {
-  Tnef tnef(reader_, settings_, attachments_, body_);
+  Tnef tnef(reader_, settings_, attachments_, body_, html_);
   std::size_t next = 0;
   for (auto left = attachments_.Count(); left > 0 && !attachments_.Failed(); --left) {
     auto file = EqualsIgnoreCase(attachments_.NameOf(next), kTnefName) ||
@@ -321,6 +374,7 @@ bool MessageSplitter::Finish(SplitMessage& message) {
   if (settings_.expandTnef) OpenTnefFiles();
   message.body = body_.Finish();
   if (attachments_.Failed()) return false;
+  message.html = std::move(html_).value_or(std::string());
   message.attachments = attachments_.Keep();
   return true;
 }

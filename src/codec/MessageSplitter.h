@@ -17,6 +17,7 @@
 
 #include "codec/BodyCollector.h"
 #include "codec/FilePart.h"
+#include "codec/HeldHtml.h"
 #include "codec/HeldRendering.h"
 #include "codec/PartFile.h"
 #include "codec/PartHeader.h"
@@ -94,6 +95,10 @@ class MessageSplitter {
   Container* GroupOf(const Container& container);
   std::string NameOf(const clsMIMEPart& part, Role role) const;
   void OpenText(const clsMIMEPart& part, ByteSink& sink, UuSearch search);
+  bool HoldHtml(const clsMIMEPart& part, Role role, ByteSink* onward);
+  ByteSink& SinkFor(const clsMIMEPart& part, Role role, ByteSink& onward);
+  void FinishHtml();
+  void PutHtmlAsText(const std::string& html);
   void OpenFile(const clsMIMEPart& part, Role role, UuSearch search);
   void NoteTnef();
   void OpenTnefFiles();
@@ -116,6 +121,9 @@ class MessageSplitter {
   // The part being read: text for the body, or a file, or neither when it is discarded.
   std::unique_ptr<TextPart> text_;
   std::unique_ptr<FilePart> file_;
+  std::unique_ptr<HeldHtml> heldHtml_;  // of that part
+  Role htmlRole_ = Role::Body;
+  std::optional<std::string> html_;       // of the first part that has some
   std::optional<std::size_t> firstTnef_;  // of the files of a part that is TNEF
   std::set<std::string> tnefPaths_;
 };

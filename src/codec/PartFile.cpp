@@ -34,7 +34,7 @@ AttachmentList::~AttachmentList() {
 }
 
 std::unique_ptr<File> AttachmentList::NewFile(const SplitSettings& settings, std::string_view name,
-                                              std::string& path, bool first) {
+                                              std::string& path, bool first, PartLabel label) {
   auto created = CreateAttachmentFile(files_, settings.directory, name, settings.returnShortPaths,
                                       RandomLetters);
   if (created.file == nullptr) {
@@ -44,7 +44,7 @@ std::unique_ptr<File> AttachmentList::NewFile(const SplitSettings& settings, std
   path = created.path;
   paths_.insert(first ? paths_.begin() : paths_.end(), std::move(created.path));
   const auto place = first ? attachments_.begin() : attachments_.end();
-  attachments_.insert(place, {std::move(created.listedPath), DisplayName(name)});
+  attachments_.insert(place, {std::move(created.listedPath), DisplayName(name), std::move(label)});
   return std::move(created.file);
 }
 
@@ -65,10 +65,10 @@ std::vector<Attachment> AttachmentList::Keep() {
 }
 
 PartFile::PartFile(const SplitSettings& settings, std::string_view name, AttachmentList& list,
-                   bool first)
+                   bool first, const PartLabel& label)
     : list_(list) {
   std::string path;
-  file_ = list_.NewFile(settings, name, path, first);
+  file_ = list_.NewFile(settings, name, path, first, label);
 }
 
 PartFile::~PartFile() {

@@ -24,6 +24,7 @@ struct SplitSettings {
   bool headersInBody = false;                // the text begins with the header and an empty line
   bool rawHeaders = false;                   // which is read in the ANSI code page
   bool expandTnef = false;                   // files of TNEF are opened
+  bool htmlAsText = false;                   // HTML without a plain text becomes one
   std::size_t maximumBodyLines = 0;          // of the message text; the rest is dropped; 0: all
   std::size_t maximumBodyBytes = 4U << 20U;  // a longer message text goes to "MESSAGE.TXT"
 };
@@ -31,6 +32,7 @@ struct SplitSettings {
 // Text.
 struct SplitMessage {
   std::string body;
+  std::string html;  // of the first part that is one; empty when it is too long, too
   std::vector<Attachment> attachments;
 };
 
@@ -52,7 +54,7 @@ class AttachmentList {
   // Makes a file under a cleaned name that no other file has; `first` puts it before the others.
   // Null when the directory takes none, which fails the list.
   std::unique_ptr<File> NewFile(const SplitSettings& settings, std::string_view name,
-                                std::string& path, bool first = false);
+                                std::string& path, bool first = false, PartLabel label = {});
 
   // The files that there are, in their order.
   std::size_t Count() const noexcept { return attachments_.size(); }
@@ -75,7 +77,7 @@ class AttachmentList {
 class PartFile final : public ByteSink {
  public:
   PartFile(const SplitSettings& settings, std::string_view name, AttachmentList& list,
-           bool first = false);
+           bool first = false, const PartLabel& label = {});
   ~PartFile() override;
 
   void Append(std::string_view bytes) override;

@@ -4,16 +4,18 @@
 #include <array>
 
 #include "codec/ContentField.h"
+#include "codec/TextReader.h"
 #include "core/Text.h"
 
 namespace quillon {
 
 namespace {
 
-constexpr std::array<std::string_view, 3> kFieldNames{
+constexpr std::array<std::string_view, 4> kFieldNames{
     "CONTENT-TYPE",
     "CONTENT-TRANSFER-ENCODING",
     "CONTENT-DISPOSITION",
+    "CONTENT-ID",
 };
 
 constexpr std::string_view kWebForm = "APPLICATION/X-WWW-FORM-URLENCODED";
@@ -111,6 +113,28 @@ std::string MediaType(std::string_view contentType) {
   return type;
 }
 
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(" \t") + 1);
+}
+
+// What somebody has written, as far as it is one line that can be compared.
+std::string LabelText(std::string_view text) {
+  constexpr std::size_t kLongest = 255;
+  std::string label(text.substr(0, text.size() <= kLongest ? text.size() : 0));
+  const bool isVisible = std::all_of(label.begin(), label.end(), [](char c) {
+    return static_cast<unsigned char>(c) > ' ' && c != 127;
+  });
+  return isVisible ? label : std::string();
+}
+
+// RFC 2392, section 2: without the brackets around it.
+std::string BareContentId(std::string_view field) {
+  auto id = WithoutTrailingBlanks(field);
+  id.remove_prefix(std::min(id.find_first_not_of(" \t"), id.size()));
+  if (id.starts_with('<') && id.ends_with('>')) id = id.substr(1, id.size() - 2);
+  return LabelText(id);
+}
+
 std::int16_t TypeOf(const std::string& mediaType) {
   for (const auto& row : kTypes) {
     if (mediaType.find(row.contains) != std::string::npos) return row.type;
@@ -120,10 +144,6 @@ std::int16_t TypeOf(const std::string& mediaType) {
 
 bool Contains(const std::string& text, std::string_view part) {
   return text.find(part) != std::string::npos;
-}
-
-std::string_view WithoutTrailingBlanks(std::string_view text) {
-  return text.substr(0, text.find_last_not_of(" \t") + 1);
 }
 
 // RFC 5322, sections 2.2 and 4.5: a name of visible characters, blanks perhaps, a colon.
@@ -239,6 +259,8 @@ clsMIMEPart PartHeader::Finish(bool inDigest, const TextReader& reader) {
       MediaType(type.value) == "TEXT/PLAIN" && EqualsIgnoreCase(type.Parameter("FORMAT"), "flowed");
   part.form.deletesBlanks = EqualsIgnoreCase(type.Parameter("DELSP"), "yes");
   isAttachment_ = Contains(UpperAscii(disposition.value), "ATTACHMENT");
+  label_.contentType = LabelText(LowerAscii(MediaType(type.value)));
+  label_.contentId = BareContentId(reader.Unnamed(fields_[kId]));
 
   for (auto& field : fields_) field.clear();
   seen_ = {};
@@ -257,6 +279,17 @@ std::string ExtensionOfType(std::string_view contentType) {
       std::find_if(kExtensions.begin(), kExtensions.end(),
                    [&](const ExtensionRow& candidate) { return candidate.type == type; });
   return row != kExtensions.end() ? std::string(row->extension) : std::string();
+}
+
+std::string TypeOfExtension(std::string_view fileName) {
+  const auto dot = fileName.rfind('.');
+  const auto extension =
+      dot != std::string_view::npos ? UpperAscii(fileName.substr(dot + 1)) : std::string();
+  const auto* const row =
+      std::find_if(kExtensions.begin(), kExtensions.end(),
+                   [&](const ExtensionRow& candidate) { return candidate.extension == extension; });
+  const bool isKnown = row != kExtensions.end() && !row->type.starts_with("MESSAGE/");
+  return LowerAscii(isKnown ? row->type : "APPLICATION/OCTET-STREAM");
 }
 
 std::string AlternativeName(std::string_view contentType) {

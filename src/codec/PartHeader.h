@@ -1,5 +1,4 @@
-// Reads the header of a message or of a part of it, for the three fields that tell what the content
-// is.
+// Reads the header of a message or of a part of it, for the fields that tell what the content is.
 #pragma once
 
 #include <array>
@@ -8,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "codec/Attachment.h"
 #include "codec/clsMIMEPart.h"
 
 namespace quillon {
@@ -18,7 +18,7 @@ class PartHeader {
  public:
   // A header that is longer is taken as ended: the rest is content.
   static constexpr std::size_t kMaximumHeaderBytes = 16U << 20U;
-  // Of each of the three fields; the rest of a longer one does not count.
+  // Of each of the fields; the rest of a longer one does not count.
   static constexpr std::size_t kMaximumFieldBytes = 64U << 10U;
 
   // Lines behind a line of blanks, while no field follows.
@@ -44,8 +44,11 @@ class PartHeader {
   // Whether the Content-Disposition of the part last finished was "attachment".
   bool IsAttachment() const noexcept { return isAttachment_; }
 
+  // Its label, for whoever keeps it as a file.
+  const PartLabel& Label() const noexcept { return label_; }
+
  private:
-  enum Field : std::size_t { kType, kEncoding, kDisposition, kFieldCount };
+  enum Field : std::size_t { kType, kEncoding, kDisposition, kId, kFieldCount };
 
   std::string* FieldOf(std::string_view line);
   void StartField(std::string_view line);
@@ -63,11 +66,16 @@ class PartHeader {
   bool holds_ = false;  // the lines that come are held
   std::string held_;
   bool isAttachment_ = false;
+  PartLabel label_;
 };
 
 // The extension for content of a type, from a small table: "PDF" for application/pdf; empty for a
 // type unknown to it.
 std::string ExtensionOfType(std::string_view contentType);
+
+// The other way round, "application/pdf" for ".pdf" in any case; "application/octet-stream" for an
+// extension unknown to the table, and for what would be a message.
+std::string TypeOfExtension(std::string_view fileName);
 
 // The name of an alternative rendering that has none of its own.
 std::string AlternativeName(std::string_view contentType);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include "codec/HeldHtml.h"
 #include "codec/PartHeader.h"
 #include "codec/RtfCompressed.h"
 #include "codec/RtfText.h"
@@ -124,19 +125,26 @@ bool Tnef::PutRichText(const TnefMessage& message, const TextTarget& begin) {
 
 // The plain text only where no other rendering has its words.
 bool Tnef::PutRenderings(const TnefMessage& message, bool withText) {
-  if (settings_.suppressAlternatives) return true;
   const bool hasHtml = !IsEmpty(message.html);
+  bool isWhole = !hasHtml || html_.has_value() || PutHtml(message);
+  if (settings_.suppressAlternatives) return isWhole;
   const bool hasRichText = !IsEmpty(message.richText);
-  bool isWhole = true;
   if (withText && !hasHtml && !hasRichText) {
-    isWhole = PutTextFile(message, AlternativeName("text/plain"));
+    isWhole = PutTextFile(message, AlternativeName("text/plain")) && isWhole;
   }
-  if (hasHtml) isWhole = PutFile(AlternativeName("text/html"), *message.html);
+  if (hasHtml) isWhole = PutFile(AlternativeName("text/html"), *message.html) && isWhole;
   if (!hasRichText) return isWhole;
   if (list_.IsFull()) return false;
   PartFile file(settings_, AlternativeName("text/rtf"), list_);
   isWhole = DecompressRtf(*message.richText, file) && isWhole;
   file.Close();
+  return isWhole;
+}
+
+bool Tnef::PutHtml(const TnefMessage& message) {
+  HeldHtml held({NameOfCodePage(message.htmlCodePage)}, settings_.maximumBodyBytes, nullptr, false);
+  const bool isWhole = CopyWhole(*message.html, held);
+  html_ = held.Take(reader_);
   return isWhole;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "codec/BodyCollector.h"
@@ -17,12 +18,13 @@ class Tnef {
   static constexpr std::size_t kMaximumDepth = 4;
 
   Tnef(const TextReader& reader, const SplitSettings& settings, AttachmentList& list,
-       BodyCollector& body)
-      : reader_(reader), settings_(settings), list_(list), body_(body) {}
+       BodyCollector& body, std::optional<std::string>& html)
+      : reader_(reader), settings_(settings), list_(list), body_(body), html_(html) {}
 
   // Lists what the file holds. Its text becomes that of the message, unless this has one; its
-  // renderings are alternatives. A message within it stays a file, behind which its text and files
-  // stand. True when everything is listed, so that the file itself is not needed any more.
+  // renderings are alternatives, and its HTML that of a message without any. A message within it
+  // stays a file, behind which its text and files stand. True when everything is listed, so that
+  // the file itself is not needed any more.
   bool Open(File& file);
 
  private:
@@ -31,6 +33,7 @@ class Tnef {
   bool PutText(const TnefMessage& message, const TextTarget& begin);
   bool PutRichText(const TnefMessage& message, const TextTarget& begin);
   bool PutRenderings(const TnefMessage& message, bool withText);
+  bool PutHtml(const TnefMessage& message);
   bool PutTextFile(const TnefMessage& message, const std::string& name);
   bool PutAttachments(const TnefMessage& message, std::size_t depth);
   bool PutAttachment(const TnefAttachment& attachment, std::size_t depth);
@@ -41,6 +44,7 @@ class Tnef {
   const SplitSettings& settings_;
   AttachmentList& list_;
   BodyCollector& body_;
+  std::optional<std::string>& html_;
 };
 
 }  // namespace quillon

@@ -18,6 +18,14 @@ std::string UpperAscii(std::string_view text) {
   return upper;
 }
 
+std::string LowerAscii(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
 std::vector<std::string> Split(std::string_view text, std::string_view delimiter) {
   std::vector<std::string> pieces;
   for (;;) {

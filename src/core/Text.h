@@ -18,6 +18,7 @@ constexpr char UpperAscii(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 std::string UpperAscii(std::string_view text);
+std::string LowerAscii(std::string_view text);
 
 // Here, because tables are searched with it and most comparisons end at the length or the first
 // letter.

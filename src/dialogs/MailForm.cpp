@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <map>
+#include <utility>
 
 #include "core/ErrorCode.h"
 #include "core/RecipientText.h"
@@ -45,13 +47,18 @@ std::string Quoted(const std::string& recipient) {
   return '"' + name + '"' + rest;
 }
 
-std::vector<Attachment> CheckedFiles(const MailForm& form, FileSystem& files) {
+// What was there before stays all that it was.
+std::vector<Attachment> CheckedFiles(const MailForm& form, const std::vector<Attachment>& before,
+                                     FileSystem& files) {
   CheckCount(form.files);
+  std::map<std::pair<std::string, std::string>, const Attachment*> known;
+  for (const auto& one : before) known.emplace(std::pair(one.file, one.displayName), &one);
   std::vector<Attachment> attachments;
   attachments.reserve(form.files.size());
   for (const auto& [path, name] : form.files) {
     CheckFile(files, path);
-    attachments.push_back({path, name});
+    const auto found = known.find(std::pair(path, name));
+    attachments.push_back(found != known.end() ? *found->second : Attachment{path, name});
   }
   return attachments;
 }
@@ -93,7 +100,9 @@ MailForm FormOf(const Composition& composition, const InstanceState& instance) {
   form.subject = OneLine(composition.subject);
   form.text = WithWholeLineEnds(composition.body);
   form.files.reserve(composition.attachments.size());
-  for (const auto& [file, name] : composition.attachments) form.files.push_back({file, name});
+  for (const auto& one : composition.attachments) {
+    form.files.push_back({one.file, one.displayName});
+  }
   form.importance = composition.importance;
   form.receipt = composition.certify != kFalse;
   return form;
@@ -113,7 +122,7 @@ Composition EditedComposition(const MailForm& form, const Composition& before,
   if (!hasRecipient) throw MailFormFailure(error_code::kNoAddressees, MailField::To);
   if (form.subject != old.subject) edited.subject = form.subject;
   if (form.text != old.text) edited.body = form.text;
-  edited.attachments = CheckedFiles(form, files);
+  edited.attachments = CheckedFiles(form, before.attachments, files);
   if (form.receipt != old.receipt) edited.certify = ToShortBool(form.receipt);
   edited.importance = form.importance;
   return edited;

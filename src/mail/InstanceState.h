@@ -61,6 +61,8 @@ struct InstanceState {
   std::string attachmentDirectory;
   std::string zipPassword;
 
+  bool wantsHtml = false;  // the client has used HTMLMessage
+
   std::int32_t maximumHeaders = 1000;
   std::int32_t messageIndex = 0;
   std::int16_t attachmentEncoding = 2;

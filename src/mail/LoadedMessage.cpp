@@ -11,6 +11,8 @@ void MakeCurrent(MessageBuffers& message, LoadedMessage loaded) {
   message.from = std::move(loaded.from);
   message.subject = std::move(loaded.subject);
   message.body = std::move(loaded.body);
+  message.html.clear();
+  message.receivedHtml = std::move(loaded.html);
   message.dateSent = std::move(loaded.dateText);
   message.rawHeaders = std::move(loaded.rawHeaders);
   message.attachments = std::move(loaded.attachments);

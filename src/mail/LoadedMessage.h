@@ -15,6 +15,7 @@ struct LoadedMessage {
   std::string from;
   std::string subject;
   std::string body;
+  std::string html;        // empty: there is none, or too much of it
   std::string dateText;    // formatted by dateFormat
   std::string rawHeaders;  // as MessageBuffers has them
   std::vector<Attachment> attachments;

@@ -15,6 +15,7 @@ SplitSettings SplitSettingsOf(const MailRequest& request, FileSystem& files) {
   settings.suppressAlternatives = request.shared.internet.suppressAlternatives != kFalse;
   settings.returnShortPaths = instance.returnShortFilespecs != kFalse;
   settings.headersInBody = instance.headersInMessage != kFalse;
+  settings.htmlAsText = instance.wantsHtml;
   settings.maximumBodyLines = static_cast<std::size_t>(switches.maximumBodyLines);
   return settings;
 }

@@ -39,6 +39,8 @@ struct MessageBuffers {
   std::vector<std::string> bcc;
   std::string subject;
   std::string body;
+  std::string html;          // the client's own: is sent
+  std::string receivedHtml;  // of the loaded message: is not, unless the client puts it
   std::vector<Attachment> attachments;
   std::vector<Alternative> alternatives;
   std::vector<XHeader> xHeaders;

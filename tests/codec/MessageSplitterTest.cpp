@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "codec/MessageSplitter.h"
+#include "core/Text.h"
 #include "platform/Platform.h"
 #include "ports/CodePage.h"
 #include "ports/FileSystem.h"
@@ -40,6 +41,11 @@ class MessageSplitterTest : public ::testing::Test {
     MessageSplitter splitter(*files_, {*codePage_, *sets_}, settings_);
     SplitMessage split;
     if (!Feed(splitter, message, pieceSize) || !splitter.Finish(split)) return "failed";
+    html_ = split.html;
+    labels_.clear();
+    for (const auto& attachment : split.attachments) {
+      labels_ += "[" + attachment.label.contentType + "|" + attachment.label.contentId + "]";
+    }
     auto text = split.body;
     for (const auto& attachment : split.attachments) {
       text += "[" + attachment.file.substr(folder.Path().size() + 1) + "|" +
@@ -52,6 +58,8 @@ class MessageSplitterTest : public ::testing::Test {
   std::unique_ptr<CodePage> codePage_ = MakeAnsiCodePage();
   std::unique_ptr<CharacterSets> sets_ = MakeCharacterSets();
   SplitSettings settings_;
+  std::string html_;  // of the message last split
+  std::string labels_;
 };
 
 // A multipart of the type with parts that each start with their header.
@@ -403,6 +411,80 @@ TEST_F(MessageSplitterTest, EachTextIsReadInItsOwnSet) {
   EXPECT_EQ(
       "{Message too long, appended as first attachment.}[MESSAGE.TXT|MESSAGE.TXT] \xE9\r\n\xC3\xA9",
       Split(Multipart("mixed", {"\n\xE9", utf8})));
+}
+
+TEST_F(MessageSplitterTest, FilesKeepTheirLabels) {
+  const auto uu = "begin 644 u.txt\n#;VYE\n`\nend\n";
+  Split(
+      Multipart("mixed", {"Content-Type: IMAGE/Png; name=a\nContent-ID:\t<a@b> \n\n",
+                          "Content-Type: application/pdf (a comment)\nContent-ID: no brackets\n\n",
+                          "Content-Disposition: attachment\nContent-ID: c\n\n",
+                          "Content-Type: a/" + std::string(300, 'b') + "\n\n",
+                          std::string("Content-Type: image/gif\nContent-ID: <d>\n\n") + uu}));
+  EXPECT_EQ("[image/png|a@b][application/pdf|][|c][|][|]", labels_);
+}
+
+TEST_F(MessageSplitterTest, TheFirstHtmlIsKept) {
+  const std::string plain = "Content-Type: text/plain\n\nhi";
+  const std::string html = "Content-Type: text/html; charset=utf-8\n\n<b>\xC3\xA9</b>";
+  const std::string image = "Content-Type: image/png\n\nUERG";
+  const auto page = Multipart("related", {html, image}, "r");
+  const struct {
+    const char* what;
+    std::string message;
+    std::string html;
+    const char* text;    // by the way
+    const char* asText;  // where HTML becomes text
+  } kCases[] = {
+      {"alone", html, "<b>\u00E9</b>", "<b>\u00E9</b>\r\n", "\u00E9"},
+      {"plain", plain, "", "hi\r\n", "hi\r\n"},
+      {"alternative", Multipart("alternative", {plain, page}), "<b>\u00E9</b>",
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>[NONAME.PNG|NONAME.PNG] UERG",
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>[NONAME.PNG|NONAME.PNG] UERG"},
+      {"alternative without a plain one, and what follows",
+       Multipart("mixed", {Multipart("alternative", {html, html}, "a"), plain}), "<b>\u00E9</b>",
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>[ALTERNA1.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>",
+       "\u00E9\r\nhi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>"
+       "[ALTERNA1.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>"},
+      {"HTML first", Multipart("alternative", {html, plain}), "<b>\u00E9</b>",
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>",
+       "hi[ALTERNAT.HTM|ALTERNAT.HTM] <b>\xC3\xA9</b>"},
+      {"between texts", Multipart("mixed", {html, plain}), "<b>\u00E9</b>", "<b>\u00E9</b>\r\nhi",
+       "\u00E9\r\nhi"},
+      {"files are none",
+       Multipart("mixed", {"Content-Type: text/html; name=a.htm\n\n<i>", plain,
+                           "Content-Type: text/html\nContent-Disposition: attachment\n\n<i>"}),
+       "", "hi[a.htm|a.htm] <i>[NONAME.HTM|NONAME.HTM] <i>",
+       "hi[a.htm|a.htm] <i>[NONAME.HTM|NONAME.HTM] <i>"},
+      {"its own word for the set", "Content-Type: text/html\n\n<meta charset=koi8-r>\xC1",
+       "<meta charset=koi8-r>\u0430\r\n", "<meta charset=koi8-r>\u00C1\r\n", "\u0430"},
+  };
+  for (const auto& test : kCases) {
+    settings_.htmlAsText = false;
+    EXPECT_EQ(test.text, Split(test.message)) << test.what;
+    EXPECT_EQ(test.html, std::string(Trim(html_)).substr(0, test.html.size())) << test.what;
+    EXPECT_EQ(test.html.empty(), html_.empty()) << test.what;
+    settings_.htmlAsText = true;
+    EXPECT_EQ(test.asText, Split(test.message)) << test.what;
+  }
+  settings_.suppressAttachments = true;
+  EXPECT_EQ("\u00E9", Split(Multipart("alternative", {page})));
+  EXPECT_EQ("hi", Split(Multipart("alternative", {plain, page})));
+  EXPECT_EQ("<b>\u00E9</b>", html_);
+  settings_.headersInBody = true;
+  EXPECT_NE(std::string::npos, Split(html).find("charset=utf-8\r\n\r\n\u00E9"));
+}
+
+TEST_F(MessageSplitterTest, HtmlThatIsTooLongStaysWhatItWas) {
+  settings_.maximumBodyBytes = 10;
+  settings_.htmlAsText = true;
+  const auto html = std::string("Content-Type: text/html\n\n<p>0123456789");
+  EXPECT_EQ(
+      "{Message too long, appended as first attachment.}"
+      "[MESSAGE.TXT|MESSAGE.TXT] <p>0123456789\r\n",
+      Split(html));
+  EXPECT_EQ("", html_);
+  EXPECT_EQ("[ALTERNAT.HTM|ALTERNAT.HTM] <p>0123456789", Split(Multipart("alternative", {html})));
 }
 
 TEST_F(MessageSplitterTest, ANameTooLongForTheSystemIsCut) {

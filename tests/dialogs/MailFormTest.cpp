@@ -65,6 +65,7 @@ TEST_F(MailFormTest, WhatIsNotTouchedStaysToTheLastByte) {
   before.body = std::string("a\nb\0c", 5);
   before.certify = kTrue;
   before.importance = 5;
+  before.attachments = {{MakeFile("a.png", 1), "a.png", {"image/png", "a@b"}, false, true}};
   auto form = FormOf(before, instance);
   EXPECT_EQ(form.subject, "two lines");
   EXPECT_EQ(form.text, std::string("a\r\nb\0c", 6));
@@ -74,6 +75,8 @@ TEST_F(MailFormTest, WhatIsNotTouchedStaysToTheLastByte) {
   EXPECT_EQ(edited.body, before.body);
   EXPECT_EQ(edited.certify, kTrue);
   EXPECT_EQ(edited.importance, 5);
+  EXPECT_EQ(edited.attachments.at(0).label.contentId, "a@b");
+  EXPECT_TRUE(edited.attachments.at(0).isInline);
   form.to = "c@x,, d <e,f@x>";
   form.text = "new";
   form.receipt = false;

@@ -9,6 +9,7 @@
 #include "backends/vim/VimMessage.h"
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -63,7 +64,7 @@ MailResult VimBackEnd::Send(MailRequest& request) {
 
 MailResult VimBackEnd::Post(MailRequest& request) {
   const auto& message = request.shared.message;
-  if (message.subject.empty() && message.body.empty()) throw ServerError(error_code::kDataMissing);
+  if (message.subject.empty() && OutgoingText(message).empty()) throw ServerError(error_code::kDataMissing);
   return Send(request);
 }
 
@@ -81,12 +82,13 @@ void VimBackEnd::SendMessage(MailRequest& request) {
   SetRecipients(library, message, vim::kBcc, source.bcc);
   CheckVim(library.SetMessageHeaderText(handle, vim::kSubject, source.subject), kNoSubject);
   SetOptions(library, message, request);
-  CheckVim(library.SetMessageItemText(handle, source.body),
+  CheckVim(library.SetMessageItemText(handle, OutgoingText(source)),
            "Error sending mail (VIMSetMessageItem - Message)");
-  for (const auto& [file, displayName] : files.List()) {
+  for (const auto& attachment : files.List()) {
     // The library's own directory need not be this program's.
-    CheckVim(library.SetMessageItemFile(handle, displayName, ports_.files.FullPath(file)),
-             "Error sending mail (VIMSetMessageItem - Attachment " + displayName + ")");
+    const auto& name = attachment.displayName;
+    CheckVim(library.SetMessageItemFile(handle, name, ports_.files.FullPath(attachment.file)),
+             "Error sending mail (VIMSetMessageItem - Attachment " + name + ")");
   }
   CheckVim(message.Send(), SendFailure(sessions_.Product() == vim::kNotes, !files.List().empty()));
 }
