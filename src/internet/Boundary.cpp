@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kOuterPart = "-Quillon-Next-Part-7c15e9a80b42";
 constexpr std::string_view kInnerPart = "-Quillon-Alternative-7c15e9a80b42";
+constexpr std::string_view kRelatedPart = "-Quillon-Related-7c15e9a80b42";
 constexpr std::size_t kLetters = 26;
 constexpr std::size_t kDigits = 9;
 
@@ -74,6 +75,10 @@ std::string OuterBoundary(std::string_view text) {
 
 std::string InnerBoundary(std::string_view text) {
   return ChooseBoundary(text, kInnerPart);
+}
+
+std::string RelatedBoundary(std::string_view text) {
+  return ChooseBoundary(text, kRelatedPart);
 }
 
 }  // namespace quillon

@@ -11,9 +11,10 @@ namespace quillon {
 // make it one that does not.
 std::string ChooseBoundary(std::string_view text, std::string_view fixedPart);
 
-// The boundaries of a message: that of its outermost parts, and of alternatives inside them. They
-// hold nothing but token characters, so they can stand without quotes.
+// The boundaries of a message: that of its outermost parts, of alternatives inside them, and of
+// HTML with its pictures. They hold nothing but token characters, so they can stand without quotes.
 std::string OuterBoundary(std::string_view text);
 std::string InnerBoundary(std::string_view text);
+std::string RelatedBoundary(std::string_view text);
 
 }  // namespace quillon

@@ -8,13 +8,12 @@
 
 namespace quillon {
 
-ComposedMessage::ComposedMessage(FileSystem& files, std::string text, std::size_t blockSize,
+ComposedMessage::ComposedMessage(FileSystem& files, std::size_t blockSize,
                                  std::unique_ptr<TemporaryFolder> folder)
-    : files_(files), text_(std::move(text)), blockSize_(blockSize), folder_(std::move(folder)) {}
+    : files_(files), blockSize_(blockSize), folder_(std::move(folder)) {}
 
 void ComposedMessage::Add(MessagePiece piece) {
-  size_ += piece.lines.size();
-  if (piece.content == MessagePiece::Content::Text) size_ += text_.size();
+  size_ += piece.lines.size() + piece.text.size();
   if (!piece.path.empty()) {
     const auto file = files_.Open(piece.path, OpenMode::kRead);
     if (file != nullptr) size_ += file->Size().value_or(0);
@@ -62,18 +61,19 @@ bool ComposedMessage::IsEightBit() const {
     return std::any_of(text.begin(), text.end(),
                        [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
   };
-  return eightBit(text_) || std::any_of(pieces_.begin(), pieces_.end(),
-                                        [&](const auto& piece) { return eightBit(piece.lines); });
+  return std::any_of(pieces_.begin(), pieces_.end(), [&](const auto& piece) {
+    return eightBit(piece.lines) || eightBit(piece.text);
+  });
 }
 
 std::unique_ptr<DataSource> ComposedMessage::Open(const MessagePiece& piece) const {
   using Content = MessagePiece::Content;
-  if (piece.content == Content::Text) return std::make_unique<BodyText>(text_);
-  return std::make_unique<EncodedFile>(files_, piece.path, piece.content != Content::Base64File);
+  if (piece.content == Content::Text) return std::make_unique<BodyText>(piece.text);
+  return std::make_unique<EncodedFile>(files_, piece.path, piece.content == Content::UuFile);
 }
 
 bool ComposedMessage::IsLimited() const {
-  return blockSize_ > 0 && pieces_[at_].content == MessagePiece::Content::Text;
+  return blockSize_ > 0 && pieces_[at_].section == Section::Text;
 }
 
 }  // namespace quillon

@@ -15,19 +15,19 @@ namespace quillon {
 
 // Some lines, and what follows them.
 struct MessagePiece {
-  enum class Content { None, Text, Base64File, UuFile, TextFile };
+  enum class Content { None, Text, Base64File, UuFile };
 
   MessageData::Section section = MessageData::Section::Text;
   std::string lines;
   Content content = Content::None;
-  std::string path;  // of the file
+  std::string path = {};  // of the file
+  std::string text = {};
 };
 
 class ComposedMessage final : public MessageData {
  public:
-  // `text` is that of every piece that has Content::Text. It leaves in pieces of `blockSize` bytes;
-  // 0: in any.
-  ComposedMessage(FileSystem& files, std::string text, std::size_t blockSize,
+  // The text of the message leaves in pieces of `blockSize` bytes; 0: in any.
+  ComposedMessage(FileSystem& files, std::size_t blockSize,
                   std::unique_ptr<TemporaryFolder> folder);
 
   // Before the first Fill, and one at least.
@@ -45,7 +45,6 @@ class ComposedMessage final : public MessageData {
   bool IsLimited() const;
 
   FileSystem& files_;
-  std::string text_;
   std::size_t blockSize_;
   std::unique_ptr<TemporaryFolder> folder_;  // outlives the file that is open
   std::vector<MessagePiece> pieces_;

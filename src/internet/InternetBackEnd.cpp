@@ -124,6 +124,9 @@ OutgoingMessage InternetBackEnd::Outgoing(const MailRequest& request) const {
   }
   auto message = MessageOf(request, product_, ports_.codePage, encoder);
   message.modern = form_.modern;
+  if (!message.html.empty()) {
+    message.htmlEncoder = encoder ? encoder : TextEncoder("utf-8", false, ports_.characterEncoder);
+  }
   if (form_.modern) message.uniqueId = HexText(ports_.security.crypto.RandomBytes(kUniqueBytes));
   return message;
 }

@@ -5,6 +5,7 @@
 
 #include "codec/Base64FileEncoder.h"
 #include "codec/BodyEncoding.h"
+#include "codec/PartHeader.h"
 #include "codec/UuFileEncoder.h"
 #include "codec/UuFraming.h"
 #include "core/ErrorCode.h"
@@ -44,6 +45,11 @@ void RequireFile(FileSystem& files, const char* what, const std::string& path) {
   throw ServerError(error_code::kNoAttachment, std::string(what) + " " + path + " does not exist.");
 }
 
+// What no boundary may stand in.
+std::string TextsOf(const OutgoingMessage& message) {
+  return message.html.empty() ? message.body : message.body + "\n" + message.html;
+}
+
 OutgoingMessage Prepared(OutgoingMessage message) {
   PrepareText(message);
   return message;
@@ -78,25 +84,25 @@ MessageComposer::MessageComposer(const ComposerPorts& ports, const ComposerSetti
       message_(Prepared(std::move(message))),
       shape_(ShapeOf(message_)),
       isMime_(shape_ == MessageShape::Alternatives || shape_ == MessageShape::Mixed),
-      outer_(isMime_ ? OuterBoundary(message_.body) : std::string()),
-      inner_(isMime_ ? InnerBoundary(message_.body) : std::string()),
+      outer_(isMime_ ? OuterBoundary(TextsOf(message_)) : std::string()),
+      inner_(isMime_ ? InnerBoundary(TextsOf(message_)) : std::string()),
+      related_(message_.inlineFiles.empty() ? std::string() : RelatedBoundary(TextsOf(message_))),
       needsLineEnd_(!message_.body.empty() && message_.body.back() != '\n' &&
                     message_.body.back() != '\r'),
       ownFolder_(std::make_unique<TemporaryFolder>(ports.files, settings.temporaryDirectory,
                                                    settings.keepTemporaryFiles)),
       folder_(*ownFolder_),
-      composed_(std::make_unique<ComposedMessage>(ports.files, std::move(message_.body),
-                                                  static_cast<std::size_t>(settings.blockSize),
-                                                  std::move(ownFolder_))) {
+      composed_(std::make_unique<ComposedMessage>(
+          ports.files, static_cast<std::size_t>(settings.blockSize), std::move(ownFolder_))) {
   for (const auto& alternative : message_.alternatives) {
     RequireFile(ports_.files, "Alternative", alternative.file);
   }
-  for (const auto& attachment : message_.attachments) {
-    RequireFile(ports_.files, "Attachment", attachment.file);
+  for (const auto* const files : {&message_.inlineFiles, &message_.attachments}) {
+    for (const auto& one : *files) RequireFile(ports_.files, "Attachment", one.file);
   }
   AddText();
   if (!message_.attachments.empty()) Then([this] { EncodeAttachments(); });
-  if (!message_.alternatives.empty()) Then([this] { EncodeAlternatives(); });
+  if (message_.HasAlternatives()) Then([this] { EncodeAlternatives(); });
 }
 
 bool MessageComposer::Step() {
@@ -119,8 +125,9 @@ std::uint64_t MessageComposer::ApproximateSize() const {
     if (file != nullptr) bytes += file->Size().value_or(0);
   };
   for (const auto& alternative : message_.alternatives) add(alternative.file);
+  for (const auto& file : message_.inlineFiles) add(file.file);
   for (const auto& attachment : message_.attachments) add(attachment.file);
-  return textSize_ + bytes + bytes / 3;
+  return textSize_ + message_.html.size() + bytes + bytes / 3;
 }
 
 void MessageComposer::AddText() {
@@ -128,14 +135,14 @@ void MessageComposer::AddText() {
   if (isMime_) {
     lines.append(kPreamble).append("--").append(outer_).append("\r\n");
     // The text is the first of its own forms: a reader shows one of them, and the attachments.
-    if (shape_ == MessageShape::Mixed && !message_.alternatives.empty()) {
+    if (shape_ == MessageShape::Mixed && message_.HasAlternatives()) {
       lines += MultipartFields("alternative", inner_, message_.modern);
       lines.append("--").append(inner_).append("\r\n");
     }
     lines += TextPartFields(message_.charset,
                             message_.transferEncoding.empty() ? "7bit" : message_.transferEncoding);
   }
-  composed_->Add({Section::Text, std::move(lines), Content::Text, {}});
+  composed_->Add({Section::Text, std::move(lines), Content::Text, {}, std::move(message_.body)});
   textSize_ = composed_->Size();
 }
 
@@ -147,6 +154,27 @@ void MessageComposer::EncodeAlternatives() {
   });
   for (auto one = message_.alternatives.rbegin(); one != message_.alternatives.rend(); ++one) {
     Then([this, &alternative = *one] { EncodeAlternative(alternative); });
+  }
+  if (!message_.html.empty()) Then([this] { AddHtml(); });
+}
+
+// With the pictures that it shows it is one part (RFC 2387).
+void MessageComposer::AddHtml() {
+  const bool hasFiles = !message_.inlineFiles.empty();
+  auto lines = Delimiter(AlternativesBoundary());
+  if (hasFiles) {
+    lines += MultipartFields("related;\r\n type=\"text/html\"", related_, message_.modern);
+    lines.append("--").append(related_).append("\r\n");
+  }
+  lines += AlternativeFields("text/html", message_.htmlCharset, message_.htmlTransferEncoding);
+  composed_->Add(
+      {Section::Alternatives, std::move(lines), Content::Text, {}, std::move(message_.html)});
+  if (!hasFiles) return;
+  Then([this] {
+    composed_->Add({Section::Alternatives, CloseDelimiter(related_), Content::None});
+  });
+  for (auto one = message_.inlineFiles.rbegin(); one != message_.inlineFiles.rend(); ++one) {
+    Then([this, &file = *one] { EncodeFile(Section::Alternatives, related_, file); });
   }
 }
 
@@ -170,16 +198,13 @@ void MessageComposer::EncodeText(const Alternative& alternative) {
   if (!bytes) throw ServerError(error_code::kEncoding);
   const auto text =
       FileText({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, ports_.codePage);
-  const auto body = EncodeBody(EncodedBytes(text, *message_.encoder, "An alternative"));
-  auto path = NewFile(kFileExtension, error_code::kEncoding);
-  const auto* const data = reinterpret_cast<const std::uint8_t*>(body.text.data());
-  if (!WriteWholeFile(ports_.files, path, {data, body.text.size()})) {
-    throw ServerError(error_code::kEncoding);
-  }
+  auto body = EncodeBody(EncodedBytes(text, *message_.encoder, "An alternative"));
   composed_->Add({Section::Alternatives,
                   Delimiter(AlternativesBoundary()) +
                       AlternativeFields(type, message_.encoder->Label(text), body.encoding),
-                  Content::TextFile, std::move(path)});
+                  Content::Text,
+                  {},
+                  std::move(body.text)});
 }
 
 void MessageComposer::EncodeAttachments() {
@@ -206,24 +231,40 @@ void MessageComposer::EncodeGroup(const AttachmentGroup& group) {
 }
 
 void MessageComposer::EncodeAttachment(const Attachment& attachment) {
+  if (isMime_) return EncodeFile(Section::Attachments, outer_, attachment);
+  // The block names the attachment as the reader shall see it, not the file.
   auto path = NewFile(kFileExtension, error_code::kEncoding);
-  if (isMime_) {
-    auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, attachment.file, path);
-    Add({Section::Attachments,
-         Delimiter(outer_) + (message_.encoder
-                                  ? AttachmentFields(attachment.displayName, *message_.encoder)
-                                  : AttachmentFields(attachment.displayName, ports_.codePage)),
-         Content::Base64File, std::move(path)},
-        std::move(encoder));
-  } else {
-    // The block names the attachment as the reader shall see it, not the file.
-    auto encoder = std::make_unique<UuFileEncoder>(
-        ports_.files, attachment.file, path,
-        ports_.codePage.ToBytes(UuBeginLine(SafeName(attachment.displayName))), UuTrailer(true));
-    Add({Section::Attachments, std::exchange(needsLineEnd_, false) ? "\r\n" : "", Content::UuFile,
-         std::move(path)},
-        std::move(encoder));
+  auto encoder = std::make_unique<UuFileEncoder>(
+      ports_.files, attachment.file, path,
+      ports_.codePage.ToBytes(UuBeginLine(SafeName(attachment.displayName))), UuTrailer(true));
+  Add({Section::Attachments, std::exchange(needsLineEnd_, false) ? "\r\n" : "", Content::UuFile,
+       std::move(path)},
+      std::move(encoder));
+}
+
+void MessageComposer::EncodeFile(Section section, const std::string& boundary,
+                                 const Attachment& attachment) {
+  auto path = NewFile(kFileExtension, error_code::kEncoding);
+  auto encoder = std::make_unique<Base64FileEncoder>(ports_.files, attachment.file, path);
+  const auto label = LabelOf(attachment);
+  Add({section,
+       Delimiter(boundary) + (message_.encoder ? FileFields(label, *message_.encoder)
+                                               : FileFields(label, ports_.codePage)),
+       Content::Base64File, std::move(path)},
+      std::move(encoder));
+}
+
+// What the client says of it, else what its name does, where the contract leaves a choice.
+PartFileLabel MessageComposer::LabelOf(const Attachment& attachment) const {
+  const bool isInline = attachment.isInline;
+  PartFileLabel label{attachment.displayName, "application/octet-stream",
+                      isInline ? attachment.label.contentId : std::string()};
+  if (attachment.typeIsClients) {
+    label.contentType = attachment.label.contentType;
+  } else if (isInline || message_.modern) {
+    label.contentType = TypeOfExtension(attachment.displayName);
   }
+  return label;
 }
 
 // A piece that needs its file first.

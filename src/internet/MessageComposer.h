@@ -14,6 +14,7 @@
 #include "codec/FileEncoder.h"
 #include "internet/ComposedMessage.h"
 #include "internet/OutgoingMessage.h"
+#include "internet/PartFields.h"
 #include "internet/ProtocolLog.h"
 #include "mail/AttachmentPacking.h"
 #include "mail/TemporaryFolder.h"
@@ -60,11 +61,15 @@ class MessageComposer {
  private:
   void AddText();
   void EncodeAlternatives();
+  void AddHtml();
   void EncodeAlternative(const Alternative& alternative);
   void EncodeText(const Alternative& alternative);
   void EncodeAttachments();
   void EncodeGroup(const AttachmentGroup& group);
   void EncodeAttachment(const Attachment& attachment);
+  void EncodeFile(MessageData::Section section, const std::string& boundary,
+                  const Attachment& attachment);
+  PartFileLabel LabelOf(const Attachment& attachment) const;
   void Add(MessagePiece piece, std::unique_ptr<FileEncoder> encoder);
   void Then(std::function<void()> job) { jobs_.push_front(std::move(job)); }
   const std::string& AlternativesBoundary() const;
@@ -77,6 +82,7 @@ class MessageComposer {
   const bool isMime_;
   const std::string outer_;  // boundaries
   const std::string inner_;
+  const std::string related_;
   bool needsLineEnd_;  // before the first uuencoded file
   std::unique_ptr<TemporaryFolder> ownFolder_;
   TemporaryFolder& folder_;

@@ -147,6 +147,12 @@ void AddOwnFields(HeaderBlock& block, const OutgoingMessage& message) {
 }  // namespace
 
 void PrepareText(OutgoingMessage& message) {
+  if (!message.html.empty()) {
+    message.htmlCharset = message.htmlEncoder->Label(message.html);
+    auto html = EncodeBody(EncodedBytes(message.html, *message.htmlEncoder, "HTMLMessage"));
+    message.html = std::move(html.text);
+    message.htmlTransferEncoding = html.encoding;
+  }
   if (message.encoder) {
     message.charset = message.encoder->Label(message.body);
     message.body = EncodedBytes(message.body, *message.encoder, "Message");
@@ -158,7 +164,7 @@ void PrepareText(OutgoingMessage& message) {
 }
 
 MessageShape ShapeOf(const OutgoingMessage& message) {
-  const bool alternatives = !message.alternatives.empty();
+  const bool alternatives = message.HasAlternatives();
   if (message.attachments.empty()) {
     return alternatives ? MessageShape::Alternatives : MessageShape::Text;
   }

@@ -33,6 +33,10 @@ struct OutgoingMessage {
   std::string version;       // of the program
   std::string specialBuild;  // may be empty
 
+  std::string html;                        // UTF-8 until it is prepared; empty: there is none
+  std::optional<TextEncoder> htmlEncoder;  // with it
+  std::vector<Attachment> inlineFiles;     // that it shows
+
   std::vector<Alternative> alternatives;
   std::vector<Attachment> attachments;
   std::int16_t attachmentEncoding = attachment_encoding::kMime;
@@ -43,6 +47,10 @@ struct OutgoingMessage {
   std::string uniqueId;                // modern: what no other message has, for its Message-ID
   std::vector<XHeader> headers;        // with their whole names
   std::string_view transferEncoding;   // of the text; empty: nothing is said of it
+  std::string_view htmlTransferEncoding;
+  std::string htmlCharset;
+
+  bool HasAlternatives() const noexcept { return !alternatives.empty() || !html.empty(); }
 
   // Whether more is said of the content than the contract's header has.
   bool IsDescribed() const noexcept { return modern || encoder.has_value(); }
@@ -59,7 +67,7 @@ enum class MessageShape {
 MessageShape ShapeOf(const OutgoingMessage& message);
 
 // The text as it goes out, with its label and its transfer encoding, where the message is in a
-// character set or in the modern form. ServerError 529: EncodedField.h.
+// character set or in the modern form; HTML always. ServerError 529: EncodedField.h.
 void PrepareText(OutgoingMessage& message);
 
 // The header fields in their fixed order, each with its CR LF, and the empty line after them. The

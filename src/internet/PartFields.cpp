@@ -28,6 +28,16 @@ std::string Field(std::string_view name, std::string_view value) {
   return std::string(name).append(": ").append(value).append("\r\n");
 }
 
+std::string FieldsOf(const PartFileLabel& file, std::string_view name, std::string_view fileName) {
+  const auto& id = file.contentId;
+  return Field("Content-Type", HeaderText(file.contentType).append(name)) +
+         Field("Content-Transfer-Encoding", "base64") +
+         (id.empty() ? std::string() : Field("Content-ID", "<" + HeaderText(id) + ">")) +
+         Field("Content-Disposition",
+               std::string(id.empty() ? "attachment" : "inline").append(fileName)) +
+         "\r\n";
+}
+
 }  // namespace
 
 std::string MultipartType(std::string_view subtype, std::string_view boundary, bool quoted) {
@@ -55,33 +65,26 @@ std::string AlternativeFields(std::string_view contentType, std::string_view cha
   return Field("Content-Type", type) + Field("Content-Transfer-Encoding", encoding) + "\r\n";
 }
 
-std::string AttachmentFields(const std::string& name, const CodePage& codePage) {
-  const auto safe = SafeName(name);
+std::string FileFields(const PartFileLabel& file, const CodePage& codePage) {
+  const auto safe = SafeName(file.name);
   const auto quoted = QuotedValue(codePage.ToBytes(safe));
   const auto extended =
       IsAscii(safe) ? std::string() : ExtendedParameter("filename", safe, "utf-8");
-  return Field("Content-Type", "application/octet-stream; name=" + quoted) +
-         Field("Content-Transfer-Encoding", "base64") +
-         Field("Content-Disposition", "attachment; filename=" + quoted + extended) + "\r\n";
+  return FieldsOf(file, "; name=" + quoted, "; filename=" + quoted + extended);
 }
 
-std::string AttachmentFields(const std::string& name, const TextEncoder& encoder) {
+std::string FileFields(const PartFileLabel& file, const TextEncoder& encoder) {
   constexpr std::string_view kWhat = "The name of an attachment";
-  const auto safe = SafeName(name);
+  const auto safe = SafeName(file.name);
+  if (IsAscii(safe)) {
+    const auto quoted = QuotedValue(safe);
+    return FieldsOf(file, ";\r\n name=" + quoted, ";\r\n filename=" + quoted);
+  }
   const auto bytes = EncodedBytes(safe, encoder, kWhat);
   const auto charset = encoder.Label(safe);
-  std::string type = "application/octet-stream";
-  std::string disposition = "attachment";
-  if (IsAscii(safe)) {
-    type += ";\r\n name=" + QuotedValue(safe);
-    disposition += ";\r\n filename=" + QuotedValue(safe);
-  } else {
-    const auto toBytes = [&](std::string_view part) { return EncodedBytes(part, encoder, kWhat); };
-    type += OldParameter("name", safe, charset, toBytes);
-    disposition += ExtendedParameter("filename", bytes, charset);
-  }
-  return Field("Content-Type", type) + Field("Content-Transfer-Encoding", "base64") +
-         Field("Content-Disposition", disposition) + "\r\n";
+  const auto toBytes = [&](std::string_view part) { return EncodedBytes(part, encoder, kWhat); };
+  return FieldsOf(file, OldParameter("name", safe, charset, toBytes),
+                  ExtendedParameter("filename", bytes, charset));
 }
 
 std::string SafeName(std::string_view name) {

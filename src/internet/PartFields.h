@@ -19,12 +19,19 @@ std::string TextPartFields(std::string_view charset, std::string_view encoding);
 // Without a character set nothing is said of it.
 std::string AlternativeFields(std::string_view contentType, std::string_view charset,
                               std::string_view encoding);
-// `name` is UTF-8. It stands in quotes in the bytes of the code page; when it is not all ASCII,
-// also as RFC 2231 has it, which keeps what the code page lacks.
-std::string AttachmentFields(const std::string& name, const CodePage& codePage);
+// A file that is a part.
+struct PartFileLabel {
+  std::string name;         // UTF-8
+  std::string contentType;  // ASCII
+  std::string contentId;    // ASCII; what an HTML text shows the file by. Empty: an attachment
+};
+
+// The name stands in quotes in the bytes of the code page; when it is not all ASCII, also as RFC
+// 2231 has it, which keeps what the code page lacks.
+std::string FileFields(const PartFileLabel& file, const CodePage& codePage);
 // In a character set: as RFC 2231 has it, and for old readers as encoded words. ServerError 529:
 // EncodedField.h.
-std::string AttachmentFields(const std::string& name, const TextEncoder& encoder);
+std::string FileFields(const PartFileLabel& file, const TextEncoder& encoder);
 
 // A name as it can stand in a header field or in the "begin" line of a uuencoded file: without
 // control characters, and not too long for a line.

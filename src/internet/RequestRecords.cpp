@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "codec/EncodedWord.h"
+#include "codec/HtmlFacts.h"
 #include "core/ErrorCode.h"
 #include "core/RecipientText.h"
 #include "core/ServerError.h"
@@ -16,6 +18,7 @@
 #include "internet/PopReply.h"
 #include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -70,6 +73,19 @@ MessageKey KeyOf(const HeaderRecord& record, const HeaderOrigin& origin, const C
   return key;
 }
 
+// Those that the HTML shows become parts of it: what the client has put there, and of what has been
+// received whatever the HTML refers to.
+void AddFiles(OutgoingMessage& message, const MessageBuffers& source) {
+  const auto shown = ContentIdsIn(source.html);
+  const std::set<std::string> ids(shown.begin(), shown.end());
+  for (auto file : source.attachments) {
+    const auto& id = file.label.contentId;
+    file.isInline = !source.html.empty() && (file.isInline || ids.contains(id));
+    auto& files = file.isInline ? message.inlineFiles : message.attachments;
+    files.push_back(std::move(file));
+  }
+}
+
 }  // namespace
 
 SmtpSettings SmtpSettingsOf(const MailRequest& request, const CodePage& codePage) {
@@ -111,7 +127,8 @@ OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& pro
   message.cc = toBytes(source.cc);
   message.bcc = toBytes(source.bcc);
   message.subject = toWire(source.subject);
-  message.body = toWire(source.body);
+  message.body = toWire(OutgoingText(source));
+  message.html = source.html;
   message.replyTo = toWire(source.replyTo);
   message.charset = codePage.ToBytes(request.shared.internet.characterSet);
   message.xMailer = toWire(request.instance.xMailer);
@@ -124,7 +141,7 @@ OutgoingMessage MessageOf(const MailRequest& request, const InternetProduct& pro
   for (const auto& alternative : source.alternatives) {
     message.alternatives.push_back({alternative.file, toWire(alternative.contentType)});
   }
-  message.attachments = source.attachments;
+  AddFiles(message, source);
   message.attachmentEncoding = request.instance.attachmentEncoding;
   message.zipPassword = request.instance.zipPassword;
   message.importance = request.instance.importance;
@@ -172,6 +189,7 @@ void StoreMessage(SharedState& shared, MessageCollector& collector, const Header
   const auto& header = collector.RawHeaders();
   loaded.rawHeaders = reading.raw ? reader.Ansi(header) : reader.Unnamed(header);
   loaded.body = std::move(collector.Message().body);
+  loaded.html = std::move(collector.Message().html);
   MakeCurrent(shared.message, std::move(loaded));
 }
 

@@ -26,7 +26,7 @@ SETTINGS = {
     "from": ("mail.from = {}", None), "body": ("mail.Message = {}", None),
     "subject": ("mail.subject = {}", "Hello"), "replyto": ("mail.replyTo = {}", ""),
     "charset": ("mail.Charset = {}", ""), "modern": ("mail.ModernHeaders = CBool({})", 0),
-    "bodysize": ('mail.Message = String(CLng({}), "x")', None),
+    "html": ("mail.HTMLMessage = {}", ""), "bodysize": ('mail.Message = String(CLng({}), "x")', None),
     "cc": ("mail.AddRecipientCc {}", None), "bcc": ("mail.AddRecipientBcc {}", None),
     "to": ("mail.ClearMessageItems 1 : mail.AddRecipientTo {}", None),
     "index": ("mail.messageIndex = {}", None), "encoding": ("mail.attachmentEncoding = {}", 2),
@@ -55,6 +55,7 @@ READERS = {
     "tocount": "CStr(mail.GetMessageItemCount(1))", "numbers": "Headers(20)",
     "recipients": 'Replace(mail.GetMessageItemString(1), ">, ", ">|")', "originators": "Headers(9)",
     "identifiers": "Headers(22)", "subjects": "Headers(4)", "attachments": "Attachments()",
+    "html": "mail.GetMessageItemString(15)", "labels": "Labels()",
 }
 
 
@@ -112,12 +113,13 @@ class Conversation:
         if name == "header":
             name, _, value = value.partition(" ")
             return f"mail.AddHeader {literal(name)}, {expression(value)}"
-        if name not in ("attachment", "alternative"):
+        if name not in ("attachment", "alternative", "inline"):
             statement, before = SETTINGS[name]
             if before is not None:
                 self._undoing[name] = statement.format(literal(str(before)))
             return statement.format(expression(value))
-        kind, rest = value.split(" ", 1) if name == "alternative" else (None, value)
+        setting = name
+        kind, rest = value.split(" ", 1) if name != "attachment" else (None, value)
         name, _, content = rest.partition(" ")
         size = re.fullmatch(r"size (\d+)", content)
         data = (bytes(n * 7 % 256 for n in range(int(size[1]), 0, -1)) if size
@@ -125,6 +127,8 @@ class Conversation:
         self._folder.mkdir(exist_ok=True)
         (self._folder / name).write_bytes(data)
         path = literal(windows_path(self._folder / name))
+        if setting == "inline":
+            return f"mail.AddInlineFile {path}, {literal(kind)}"
         if kind:
             return f'mail.AddAlternative {path}, {literal(kind)}, 0'
         return f"mail.AddAttachment {path}"

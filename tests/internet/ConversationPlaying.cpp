@@ -57,7 +57,9 @@ class Playing {
   void Expect(std::string_view text);
   void CheckNextCall();
   std::string AttachmentTexts() const;
+  std::string Labels() const;
   std::string MakeFile(std::string_view& text);
+  void AddInlineFile(std::string_view text);
   void Attach(std::string_view text);
   void AddAlternative(std::string_view text);
   MailResult Invoke(std::string_view operation, std::string_view argument);
@@ -130,7 +132,9 @@ void Playing::Set(std::string_view text) {
       {"bcc", [&] { message.bcc.push_back(value); }},
       {"body", [&] { message.body = value; }},
       {"bodysize", [&] { message.body.assign(static_cast<std::size_t>(number()), 'x'); }},
+      {"html", [&] { message.html = value; }},
       {"attachment", [&] { Attach(value); }},
+      {"inline", [&] { AddInlineFile(value); }},
       {"alternative", [&] { AddAlternative(value); }},
       {"encoding", [&] { instance.attachmentEncoding = static_cast<std::int16_t>(number()); }},
       {"lose", [&] { world_.files->RemoveFile(sources_.Path(value)); }},
@@ -177,6 +181,15 @@ std::string Playing::MakeFile(std::string_view& text) {
 void Playing::Attach(std::string_view text) {
   const std::string name(text.substr(0, text.find(' ')));
   world_.shared.message.attachments.push_back({MakeFile(text), name});
+}
+
+// "ID NAME CONTENT".
+void Playing::AddInlineFile(std::string_view text) {
+  const std::string id(TakeWord(text));
+  Attach(text);
+  auto& added = world_.shared.message.attachments.back();
+  added.label.contentId = id;
+  added.isInline = true;
 }
 
 // "TYPE NAME CONTENT".
@@ -272,6 +285,8 @@ void Playing::Expect(std::string_view text) {
       {"from", [&] { return message.from; }},
       {"body", [&] { return message.body; }},
       {"bodysize", [&] { return std::to_string(message.body.size()); }},
+      {"html", [&] { return message.receivedHtml; }},
+      {"labels", [&] { return Labels(); }},
       {"attachments", [&] { return AttachmentTexts(); }},
       {"recipients", [&] { return Join(message.to, "|"); }},
       {"originators", [&] { return header(&HeaderRecord::originator); }},
@@ -289,6 +304,15 @@ std::string Playing::AttachmentTexts() const {
     all += "[";
     all += FileNameOf(attachment.file);
     all += "|" + attachment.displayName + "] " + ContentOf(*world_.files, attachment.file);
+  }
+  return all;
+}
+
+// "[content type|content id]" of each.
+std::string Playing::Labels() const {
+  std::string all;
+  for (const auto& attachment : world_.shared.message.attachments) {
+    all += "[" + attachment.label.contentType + "|" + attachment.label.contentId + "]";
   }
   return all;
 }

@@ -192,6 +192,71 @@ TEST_F(MessageComposerTest, EachShapeHasItsParts) {
   EXPECT_EQ(Content(), Multipart("mixed", {kTextPart, kFilePart}));
 }
 
+TEST_F(MessageComposerTest, HtmlHasItsPicturesWithIt) {
+  message_.html = ".\r\n<img src=\"cid:a@b\">\n\xC3\xA9";
+  message_.htmlEncoder.emplace("utf-8", false, *characterEncoder_);
+  constexpr std::string_view kHtml =
+      "Content-Type: text/html; charset=\"utf-8\"\r\n"
+      "Content-Transfer-Encoding: quoted-printable\r\n\r\n"
+      "=2E\r\n<img src=3D\"cid:a@b\">\r\n=C3=A9";
+  EXPECT_EQ(Content(), Multipart("alternative", {kTextPart, kHtml}));
+
+  message_.inlineFiles.push_back(
+      {File("picture", "one"), "a.png", {"image/png", "a@b"}, false, true});
+  constexpr std::string_view kRelated = "A-Quillon-Related-7c15e9a80b42";
+  const auto page =
+      std::string("Content-Type: multipart/related;\r\n type=\"text/html\"; boundary=")
+          .append(kRelated)
+          .append("\r\n\r\n")
+          .append(Parts(kRelated, {kHtml,
+                                   "Content-Type: image/png; name=\"a.png\"\r\n"
+                                   "Content-Transfer-Encoding: base64\r\n"
+                                   "Content-ID: <a@b>\r\n"
+                                   "Content-Disposition: inline; filename=\"a.png\""
+                                   "\r\n\r\nb25l\r\n"}));
+  EXPECT_EQ(Content(), Multipart("alternative", {kTextPart, page}));
+
+  // Its own alternatives stay, and nothing but attachments is packed.
+  AddAlternative("text/html", "<p>");
+  Attach("a.txt", "one");
+  const auto forms = std::string("Content-Type: multipart/alternative; boundary=")
+                         .append(kInner)
+                         .append("\r\n\r\n")
+                         .append(Parts(kInner, {kTextPart, page, kPagePart}));
+  EXPECT_EQ(Content(), Multipart("mixed", {forms, kFilePart}));
+  message_.attachmentEncoding = attachment_encoding::kMime | attachment_encoding::kArchiveEach;
+  EXPECT_NE(Content().find("filename=\"a.zip\""), std::string::npos);
+  EXPECT_NE(Content().find("filename=\"a.png\""), std::string::npos);
+
+  // No boundary of the message occurs in it.
+  message_.html = "--A-Quillon-Next-Part-7c15e9a80b42\r\n--A-Quillon-Related-7c15e9a80b42";
+  EXPECT_NE(Content().find("boundary=B-Quillon-Next-Part-"), std::string::npos);
+  EXPECT_NE(Content().find("boundary=B-Quillon-Related-"), std::string::npos);
+  message_.htmlEncoder.emplace("iso-8859-1", false, *characterEncoder_);
+  message_.html = "\xE2\x82\xAC";
+  EXPECT_EQ(FailureCode(), 529);
+  EXPECT_NE(failure_.find("HTMLMessage"), std::string::npos) << failure_;
+}
+
+TEST_F(MessageComposerTest, TypesOfAttachments) {
+  const auto typeOf = [&](const Attachment& attachment) {
+    message_.attachments = {attachment};
+    auto content = Content();
+    content.erase(0, content.rfind("Content-Type: ") + 14);
+    return content.substr(0, content.find(';'));
+  };
+  const auto file = File("a", "one");
+  EXPECT_EQ(typeOf({file, "a.PDF"}), "application/octet-stream");
+  EXPECT_EQ(typeOf({file, "a.pdf", {"image/gif", "received@x"}}), "application/octet-stream");
+  EXPECT_EQ(typeOf({file, "a.pdf", {"image/gif", {}}, true}), "image/gif");
+  message_.modern = true;
+  message_.uniqueId = "1";
+  EXPECT_EQ(typeOf({file, "a.tar.PDF"}), "application/pdf");
+  EXPECT_EQ(typeOf({file, "pdf"}), "application/octet-stream");
+  EXPECT_EQ(typeOf({file, "a.eml"}), "application/octet-stream");
+  EXPECT_EQ(typeOf({file, "a.pdf", {"image/gif", {}}, true}), "image/gif");
+}
+
 TEST_F(MessageComposerTest, InACharacterSetEverythingSaysWhichItIs) {
   message_.encoder.emplace("auto", false, *characterEncoder_);
   message_.attachmentEncoding = 0;  // a text that is encoded has no room for uuencoded files
@@ -476,7 +541,7 @@ TEST(PartFields, NamesAreQuotedAndCannotStartAnotherField) {
       {"\xE6\x97\xA5 %.txt", "? %.txt", ";\r\n filename*=utf-8''%E6%97%A5%20%25.txt"},
   };
   for (const auto& test : kCases) {
-    EXPECT_EQ(AttachmentFields(test.name, *codePage),
+    EXPECT_EQ(FileFields({test.name, "application/octet-stream", {}}, *codePage),
               "Content-Type: application/octet-stream; name=\"" + test.quoted +
                   "\"\r\nContent-Transfer-Encoding: base64\r\n"
                   "Content-Disposition: attachment; filename=\"" +
@@ -484,7 +549,9 @@ TEST(PartFields, NamesAreQuotedAndCannotStartAnotherField) {
   }
   std::string umlauts;
   for (int count = 0; count < 300; ++count) umlauts += "\xC3\xA4";
-  const auto fields = AttachmentFields(umlauts, *codePage);
+  const auto fields = FileFields({umlauts, "image/png", "a@b"}, *codePage);
+  EXPECT_NE(fields.find("\r\nContent-ID: <a@b>\r\n"), std::string::npos);
+  EXPECT_NE(fields.find("\r\nContent-Disposition: inline; filename="), std::string::npos);
   EXPECT_NE(fields.find(";\r\n filename*0*=utf-8''%C3%A4"), std::string::npos);
   EXPECT_NE(fields.find(";\r\n filename*1*=%"), std::string::npos);
   EXPECT_NE(

@@ -7,6 +7,7 @@
 #include "backends/activemsg/Collections.h"
 #include "backends/activemsg/StepFailure.h"
 #include "core/AutomationValues.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -77,7 +78,7 @@ std::int16_t OwnImportance(std::int32_t libraryImportance) {
 
 void PutText(AutomationObject& message, const MessageBuffers& content) {
   message.Put("subject", content.subject);
-  message.Put("text", content.body);
+  message.Put("text", OutgoingText(content));
 }
 
 void PutOptions(AutomationObject& message, const MailRequest& request) {

@@ -11,6 +11,7 @@
 #include "backends/mapi/MapiHeader.h"
 #include "core/ErrorCode.h"
 #include "core/ServerError.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -116,7 +117,7 @@ MailResult MapiBackEnd::SendMessage(MailRequest& request) {
     message.files.push_back({0, -1, ports_.files.FullPath(file.file), file.displayName});
   }
   message.subject = source.subject;
-  message.noteText = source.body;
+  message.noteText = OutgoingText(source);
   message.messageType = request.instance.messageType;
   if (source.certify != kFalse) message.flags = mapi::kReceiptRequested;
   auto& library = ports_.library;

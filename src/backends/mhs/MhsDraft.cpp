@@ -12,6 +12,7 @@
 #include "backends/mhs/SmfDate.h"
 #include "backends/mhs/SmfWriter.h"
 #include "core/WholeFile.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -61,7 +62,7 @@ class Draft {
     }
     for (const auto& file : files_.List()) AddFile(outbox, file, fields);
     fields.push_back({"Message-encoding", "IBM-437"});
-    message.body = Bytes(source.body);
+    message.body = Bytes(OutgoingText(source));
     outbox.AddMessage(WriteSmf(message));
   }
 

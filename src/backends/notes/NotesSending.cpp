@@ -11,6 +11,7 @@
 #include "core/AutomationValues.h"
 #include "core/ErrorCode.h"
 #include "core/WholeFile.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -155,7 +156,7 @@ void NotesBackEnd::SendMessage(const MailRequest& request) {
   PutOptions(*document, request);
   const auto body = RequireNotesObject(document->Call("CreateRichTextItem", Arguments({"Body"})),
                                        "There is no new rich-text item.");
-  AppendText(*body, message.body);
+  AppendText(*body, OutgoingText(message));
   NamedFiles files(ports_.files, request.shared.switches);
   for (const auto& attachment : attachments.List()) {
     RequireNotesObject(

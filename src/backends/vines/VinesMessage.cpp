@@ -12,6 +12,7 @@
 #include "core/Text.h"
 #include "mail/CurrentHeader.h"
 #include "mail/LoadedMessage.h"
+#include "mail/OutgoingText.h"
 
 namespace quillon {
 
@@ -106,7 +107,7 @@ ProviderMessage VinesMessageOf(const MailRequest& request, FileSystem& files,
     message.files.push_back({files.FullPath(file.file), file.displayName});
   }
   message.subject = source.subject;
-  message.text = source.body;
+  message.text = OutgoingText(source);
   message.type = instance.messageType;
   message.from = PartyOf(0, source.from);
   message.replyTo = PartyOf(0, source.replyTo);

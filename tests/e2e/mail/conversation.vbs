@@ -63,6 +63,14 @@ Function Headers(item)
 End Function
 
 ' "[file|name] content" of each attachment.
+Function Labels()
+  Dim index
+  For index = 0 To mail.GetMessageItemCount(6) - 1
+    Labels = Labels & "[" & mail.GetMessageItem(13, index) & "|"
+    Labels = Labels & mail.GetMessageItem(14, index) & "]"
+  Next
+End Function
+
 Function Attachments()
   Dim index, path, file
   Attachments = ""
