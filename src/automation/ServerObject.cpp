@@ -84,6 +84,15 @@ HRESULT STDMETHODCALLTYPE ServerObject::AddHeader(BSTR theName, BSTR theValue) {
   return Run(&Server::AddHeader, theName, theValue);
 }
 
+HRESULT STDMETHODCALLTYPE ServerObject::AddAttachmentEx(BSTR theAttachment, BSTR theName,
+                                                        BSTR contentType) {
+  return Run(&Server::AddAttachmentEx, theAttachment, theName, contentType);
+}
+
+HRESULT STDMETHODCALLTYPE ServerObject::AddInlineFile(BSTR theFile, BSTR contentId) {
+  return Run(&Server::AddInlineFile, theFile, contentId);
+}
+
 HRESULT STDMETHODCALLTYPE ServerObject::AddAlternative(BSTR theAlternative, BSTR contentType,
                                                        short reserved) {
   return Run(&Server::AddAlternative, theAlternative, contentType, reserved);

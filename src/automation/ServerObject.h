@@ -51,6 +51,9 @@ class ServerObject final : public PublicObject<IServer, Server> {
 
   HRESULT STDMETHODCALLTYPE AddXHeader(BSTR theName, BSTR theValue) override;
   HRESULT STDMETHODCALLTYPE AddHeader(BSTR theName, BSTR theValue) override;
+  HRESULT STDMETHODCALLTYPE AddAttachmentEx(BSTR theAttachment, BSTR theName,
+                                            BSTR contentType) override;
+  HRESULT STDMETHODCALLTYPE AddInlineFile(BSTR theFile, BSTR contentId) override;
   HRESULT STDMETHODCALLTYPE AddAlternative(BSTR theAlternative, BSTR contentType,
                                            short reserved) override;
   HRESULT STDMETHODCALLTYPE CopyFolder(BSTR folderFromSpec, BSTR folderToSpec,

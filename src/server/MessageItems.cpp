@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "codec/HtmlFacts.h"
 #include "core/RecipientText.h"
 #include "core/ServerError.h"
 #include "server/ErrorTable.h"
@@ -25,12 +26,22 @@ Items AddressItems(const std::string& field) {
   return SplitRecipients(field, ",", "<>");
 }
 
-template <std::string Attachment::*Field>
-Items AttachmentItems(const MessageBuffers& message) {
+template <typename Read>
+Items ItemsOfFiles(const MessageBuffers& message, Read read) {
   Items items;
   items.reserve(message.attachments.size());
-  for (const auto& attachment : message.attachments) items.push_back(attachment.*Field);
+  for (const auto& attachment : message.attachments) items.push_back(read(attachment));
   return items;
+}
+
+template <std::string Attachment::*Field>
+Items AttachmentItems(const MessageBuffers& message) {
+  return ItemsOfFiles(message, [](const Attachment& one) { return one.*Field; });
+}
+
+template <std::string PartLabel::*Field>
+Items LabelItems(const MessageBuffers& message) {
+  return ItemsOfFiles(message, [](const Attachment& one) { return one.label.*Field; });
 }
 
 struct MessageItemRow {
@@ -56,6 +67,12 @@ constexpr std::array kMessageItems{
                    [](const MessageBuffers& m) { return m.refusedRecipients; }},
     MessageItemRow{message_item::kReplyTo,
                    [](const MessageBuffers& m) { return TextItem(m.replyTo); }},
+    MessageItemRow{message_item::kAttachmentTypes, LabelItems<&PartLabel::contentType>},
+    MessageItemRow{message_item::kAttachmentContentIds, LabelItems<&PartLabel::contentId>},
+    MessageItemRow{message_item::kHtmlMessage,
+                   [](const MessageBuffers& m) { return TextItem(HtmlOf(m)); }},
+    MessageItemRow{message_item::kHtmlContentIds,
+                   [](const MessageBuffers& m) { return ContentIdsIn(HtmlOf(m)); }},
     MessageItemRow{message_item::kAuxiliaryText,
                    [](const MessageBuffers& m) { return TextItem(m.auxiliaryText); }},
 };
@@ -125,6 +142,10 @@ std::vector<std::string> ItemsOfHeader(const HeaderRecord& header, std::int32_t 
   return ReadItems(kHeaderItems, header, itemType);
 }
 
+const std::string& HtmlOf(const MessageBuffers& message) noexcept {
+  return message.html.empty() ? message.receivedHtml : message.html;
+}
+
 void ClearItems(MessageBuffers& message, std::int32_t itemType) {
   switch (itemType) {
     case message_item::kTo:
@@ -159,6 +180,8 @@ void ClearMessage(MessageBuffers& message) {
         message_item::kMessage, message_item::kAttachments, message_item::kAuxiliaryText}) {
     ClearItems(message, type);
   }
+  message.html.clear();
+  message.receivedHtml.clear();
   message.alternatives.clear();
   message.xHeaders.clear();
   message.headers.clear();

@@ -22,6 +22,10 @@ inline constexpr std::int32_t kOriginator = 9;
 inline constexpr std::int32_t kDateSent = 10;
 inline constexpr std::int32_t kRefusedRecipients = 11;
 inline constexpr std::int32_t kReplyTo = 12;
+inline constexpr std::int32_t kAttachmentTypes = 13;
+inline constexpr std::int32_t kAttachmentContentIds = 14;
+inline constexpr std::int32_t kHtmlMessage = 15;
+inline constexpr std::int32_t kHtmlContentIds = 16;
 inline constexpr std::int32_t kAuxiliaryText = 150;
 
 }  // namespace message_item
@@ -30,6 +34,9 @@ inline constexpr std::int32_t kAuxiliaryText = 150;
 // that is. An unknown type throws 529.
 std::vector<std::string> ItemsOfMessage(const MessageBuffers& message, std::int32_t itemType);
 std::vector<std::string> ItemsOfHeader(const HeaderRecord& header, std::int32_t itemType);
+
+// The HTML text: the one to be sent, else the one received.
+const std::string& HtmlOf(const MessageBuffers& message) noexcept;
 
 // Empties the items of a type (1 to 6, or 150); another type throws 529.
 void ClearItems(MessageBuffers& message, std::int32_t itemType);

@@ -85,6 +85,7 @@ enum class Property {
   RawHeaders,
   Charset,
   ModernHeaders,
+  HTMLMessage,
   ExpandTnef,
 };
 

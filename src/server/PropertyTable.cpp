@@ -102,6 +102,7 @@ constexpr std::array kRows{
     PropertyRow{P::RawHeaders, "RawHeaders", R::Flag, &A::rawHeaders},
     PropertyRow{P::Charset, "Charset", R::Special, &A::charset},
     PropertyRow{P::ModernHeaders, "ModernHeaders", R::Flag, &A::modernHeaders},
+    PropertyRow{P::HTMLMessage, "HTMLMessage", R::Special, &M::html},
     PropertyRow{P::ExpandTnef, "ExpandTnef", R::Flag, &A::expandTnef},
 };
 

@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "codec/PartHeader.h"
 #include "core/RecipientText.h"
 #include "core/Text.h"
 #include "core/WholeFile.h"
@@ -21,6 +22,7 @@ namespace quillon {
 
 namespace {
 
+constexpr std::size_t kLongestLabel = 255;
 constexpr std::size_t kLongestFieldName = 70;  // so that something fits beside it
 
 // The counts of the public interface are short integers.
@@ -68,6 +70,28 @@ bool IsReservedField(std::string_view name) {
 bool IsFieldName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(),
                                       [](char c) { return c > ' ' && c <= '~' && c != ':'; });
+}
+
+// RFC 2045, section 5.1: two tokens. What is made of parts, or a message, is more than a file.
+bool IsTypeOfFile(std::string_view type) {
+  constexpr std::string_view kSpecials = "()<>@,;:\\\"/[]?=";
+  const auto isToken = [&](std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [&](char c) {
+      return c > ' ' && c < 127 && kSpecials.find(c) == std::string_view::npos;
+    });
+  };
+  const auto slash = type.find('/');
+  if (slash == std::string_view::npos || type.size() > kLongestLabel) return false;
+  const auto top = type.substr(0, slash);
+  return isToken(top) && isToken(type.substr(slash + 1)) && !EqualsIgnoreCase(top, "multipart") &&
+         !EqualsIgnoreCase(top, "message");
+}
+
+// What can stand in a Content-ID and behind "cid:" (RFC 2392, section 2).
+bool IsContentId(std::string_view id) {
+  return !id.empty() && id.size() <= kLongestLabel && std::all_of(id.begin(), id.end(), [](char c) {
+    return c > ' ' && c < 127 && c != '<' && c != '>';
+  });
 }
 
 [[noreturn]] void InvalidParameter() {
@@ -135,12 +159,58 @@ void Server::AddAttachment(const std::string& theAttachment) {
   frame_.Run("AddAttachment", MemberKind::Method, [&] {
     auto file = TrimmedCopy(theAttachment);
     if (file.empty()) return;
-    if (!environment_.files.FileExists(file)) throw ServerError(error_code::kNoAttachment);
-    auto& attachments = environment_.shared.message.attachments;
-    if (attachments.size() >= kListLimit) throw ServerError(error_code::kTooManyAttachments);
     std::string name(FileNameOf(file));
-    attachments.push_back({std::move(file), std::move(name)});
+    AddFile({std::move(file), std::move(name)});
   });
+}
+
+void Server::AddAttachmentEx(const std::string& theAttachment, const std::string& theName,
+                             const std::string& contentType) {
+  frame_.Run("AddAttachmentEx", MemberKind::Method, [&] {
+    Attachment attachment{TrimmedCopy(theAttachment), TrimmedCopy(theName)};
+    if (attachment.file.empty()) InvalidParameter();
+    if (attachment.displayName.empty()) attachment.displayName = FileNameOf(attachment.file);
+    auto& type = attachment.label.contentType;
+    type = TrimmedCopy(contentType);
+    if (type.empty()) type = TypeOfExtension(attachment.displayName);
+    if (!IsTypeOfFile(type)) {
+      throw ServerError(error_code::kInvalidValue,
+                        "\"" + type + "\" is no content type of a file.");
+    }
+    attachment.typeIsClients = true;
+    AddFile(std::move(attachment));
+  });
+}
+
+// An id has one file: another one takes its place.
+void Server::AddInlineFile(const std::string& theFile, const std::string& contentId) {
+  frame_.Run("AddInlineFile", MemberKind::Method, [&] {
+    Attachment attachment{TrimmedCopy(theFile), {}};
+    auto id = Trim(contentId);
+    if (id.starts_with('<') && id.ends_with('>')) id = id.substr(1, id.size() - 2);
+    if (attachment.file.empty() || !IsContentId(id)) InvalidParameter();
+    attachment.displayName = FileNameOf(attachment.file);
+    attachment.label = {TypeOfExtension(attachment.displayName), std::string(id)};
+    attachment.isInline = true;
+    auto& all = environment_.shared.message.attachments;
+    const auto same = std::find_if(all.begin(), all.end(), [&](const Attachment& one) {
+      return one.isInline && one.label.contentId == id;
+    });
+    if (same == all.end()) return AddFile(std::move(attachment));
+    RequireFile(attachment.file);
+    *same = std::move(attachment);
+  });
+}
+
+void Server::AddFile(Attachment attachment) {
+  RequireFile(attachment.file);
+  auto& attachments = environment_.shared.message.attachments;
+  if (attachments.size() >= kListLimit) throw ServerError(error_code::kTooManyAttachments);
+  attachments.push_back(std::move(attachment));
+}
+
+void Server::RequireFile(const std::string& file) const {
+  if (!environment_.files.FileExists(file)) throw ServerError(error_code::kNoAttachment);
 }
 
 void Server::AddAlternative(const std::string& theAlternative, const std::string& contentType,

@@ -41,6 +41,9 @@ class Server {
   void AddRecipientCc(const std::string& theRecipient);
   void AddRecipientBcc(const std::string& theRecipient);
   void AddAttachment(const std::string& theAttachment);
+  void AddAttachmentEx(const std::string& theAttachment, const std::string& theName,
+                       const std::string& contentType);
+  void AddInlineFile(const std::string& theFile, const std::string& contentId);
   void AddAlternative(const std::string& theAlternative, const std::string& contentType,
                       std::int16_t reserved);
   void AddXHeader(const std::string& theName, const std::string& theValue);
@@ -118,6 +121,8 @@ class Server {
   void AddRecipients(const char* member, Recipients list, const std::string& text,
                      std::int32_t fullCode);
 
+  void AddFile(Attachment attachment);
+  void RequireFile(const std::string& file) const;
   void PutSpecial(Property property, const Value& value);
   std::int32_t UnreadCount();
   std::int32_t SessionHandle();

@@ -12,6 +12,7 @@
 #include "sasl/Choice.h"
 #include "server/ErrorTable.h"
 #include "server/MailSystems.h"
+#include "server/MessageItems.h"
 #include "server/NamedDateFormat.h"
 #include "server/PropertyTable.h"
 #include "server/ReservedCommand.h"
@@ -117,6 +118,9 @@ Value Server::Get(Property property) {
         return UnreadCount();
       case Property::undocumented1:
         return commandResult_;
+      case Property::HTMLMessage:
+        state_.wantsHtml = true;
+        return HtmlOf(environment_.shared.message);
       case Property::dateFormat:
         return DateFormatValue(state_.dateFormat);
       case Property::sessionHandle:
@@ -219,6 +223,11 @@ void Server::PutSpecial(Property property, const Value& value) {
       state_.access.charset = std::move(name);
       break;
     }
+    case Property::HTMLMessage:
+      state_.wantsHtml = true;
+      environment_.shared.message.html = ToText(value);
+      environment_.shared.message.receivedHtml.clear();
+      break;
     case Property::undocumented1:
       commandResult_ = RunReservedCommand(*this, environment_, ToText(value));
       break;

@@ -144,6 +144,9 @@ RawHeaders: get put returns short
 Charset: get put returns string
 ModernHeaders: get put returns short
 AddHeader: method theName:string, theValue:string
+HTMLMessage: get put returns string
+AddInlineFile: method theFile:string, contentId:string
+AddAttachmentEx: method theAttachment:string, theName:string, contentType:string
 ExpandTnef: get put returns short
 )";
 

@@ -19,7 +19,8 @@ BLOCK = re.compile(r"^```vbs\n(.*?)^```$", re.M | re.S)
 EXPECTED = re.compile(r"'\s*-> (.*)$", re.M)
 CREATION = re.compile(r'^(\s*Set (\w+) = CreateObject\("QuillonInterface\.Server"\).*)$', re.M)
 
-FILES = {"letter.txt": b"The letter.", "report.pdf": b"%PDF-1.4\r\n", "page.htm": b"<p>Hello.</p>"}
+FILES = {"letter.txt": b"The letter.", "report.pdf": b"%PDF-1.4\r\n", "page.htm": b"<p>Hello.</p>",
+         "logo.png": b"\x89PNG\r\n"}
 MESSAGES = [
     b"From: Ann <ann@example.com>\r\n"
     b"To: Joe Smith <joe@example.com>, bob@example.com\r\n"

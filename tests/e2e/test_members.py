@@ -39,6 +39,7 @@ UTCOffset            single -50     | -24 24 5.5 -50                 | -25 25 -4
 AttachmentDirectory  text   ""      | "C:\\windows" ""               | "C:\\none"
 ZipPassword          text   ""      | String(65,"x")                 | String(66,"x")
 replyTo              text   ""      | "a"                            |
+HTMLMessage          text   ""      | "<p>a" ""                      |
 FolderDelimiter      text   "\\\\"  | "/"                            |
 ConversationIndex    text   ""      | "a"                            |
 SMTPSecurity         short  0       | 1 2 3 0                        | -1 4
@@ -134,6 +135,10 @@ AddHeader              | mail.AddHeader "List-Id", "<a.example.org>"           |
 AddHeader              | mail.AddHeader "x-mailer", "value"                   | 545
 AddHeader              | mail.AddHeader "Content-Language", "de"              | 545
 AddHeader              | mail.AddHeader "two words", "value"                  | 529
+AddInlineFile          | mail.AddInlineFile "C:\\none", "a"                   | 521
+AddInlineFile          | mail.AddInlineFile "C:\\none", "a b"                 | 529
+AddAttachmentEx        | mail.AddAttachmentEx "C:\\none", "a", ""             | 521
+AddAttachmentEx        | mail.AddAttachmentEx "C:\\none", "", "text"          | 529
 LoadMessageFromFile    | mail.LoadMessageFromFile " "                         | 547
 LoadMessageFromFile    | mail.LoadMessageFromFile "C:\\none"                  | 548
 SaveMessageToFile      | mail.SaveMessageToFile ""                            | 547

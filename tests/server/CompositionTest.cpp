@@ -62,6 +62,58 @@ TEST(Composition, FilesMustExist) {
   EXPECT_EQ(1U, world.shared.message.alternatives.size());
 }
 
+TEST(Composition, FilesByOtherNamesAndTypes) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  const auto file = world.folder.Path("a.png");
+  ASSERT_TRUE(WriteWholeFile(*world.files, file, BytesOf("a")));
+  const auto add = [&](const char* name, const char* type) {
+    return FailureOf([&] { server->AddAttachmentEx(file, name, type); });
+  };
+  EXPECT_EQ("", add("", ""));
+  EXPECT_EQ("", add(" b.pdf ", ""));
+  EXPECT_EQ("", add("c", " Text/X-a+b.1 "));
+  for (const auto* type : {"text", "text/", "/a", "a/b/c", "a/b; c=d", "a b/c", "a/\xC3\xA9",
+                           "Multipart/mixed", "message/rfc822", "a/b\r\nTo: c"}) {
+    EXPECT_EQ("529 \"" + std::string(type) + "\" is no content type of a file.", add("", type));
+  }
+  EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->AddAttachmentEx(" ", "a", ""); }));
+  EXPECT_EQ("521 Attachment does not exist.",
+            FailureOf([&] { server->AddAttachmentEx("nope", "", ""); }));
+  EXPECT_EQ("a.png, b.pdf, c", server->GetMessageItemString(7));
+  EXPECT_EQ("image/png, application/pdf, Text/X-a+b.1", server->GetMessageItemString(13));
+}
+
+TEST(Composition, HtmlAndItsPictures) {
+  TestWorld world;
+  const auto server = world.NewServer();
+  const auto file = world.folder.Path("a.png");
+  ASSERT_TRUE(WriteWholeFile(*world.files, file, BytesOf("a")));
+  for (const std::string id : {"", "<>", "a b", "a<b", "\xC3\xA9", "a\tb"}) {
+    EXPECT_EQ("529 Invalid parameter.", FailureOf([&] { server->AddInlineFile(file, id); })) << id;
+  }
+  EXPECT_EQ("521 Attachment does not exist.",
+            FailureOf([&] { server->AddInlineFile("nope", "a"); }));
+  server->AddInlineFile(file, " <a@b> ");
+  server->AddInlineFile(file, "c");
+  server->AddInlineFile(file, "a@b");  // in place of the first one
+  EXPECT_EQ("a@b, c", server->GetMessageItemString(14));
+
+  auto& message = world.shared.message;
+  message.receivedHtml = "<img src=cid:d>";
+  EXPECT_EQ("d", server->GetMessageItemString(16));
+  EXPECT_EQ("<img src=cid:d>", Text(server->Get(Property::HTMLMessage)));
+  EXPECT_EQ("", message.html);  // is not sent on
+  server->Put(Property::HTMLMessage, std::string("<img src=cid:e><img src=cid:c>"));
+  EXPECT_EQ("e, c", server->GetMessageItemString(16));
+  EXPECT_EQ(1, server->GetMessageItemCount(15));
+  server->Put(Property::HTMLMessage, std::string());
+  EXPECT_EQ(0, server->GetMessageItemCount(15));
+  message.html = message.receivedHtml = "a";
+  server->NewMessage();
+  EXPECT_EQ("", Text(server->Get(Property::HTMLMessage)));
+}
+
 TEST(Composition, HeadersOfTheServerAreReserved) {
   TestWorld world;
   const auto server = world.NewServer();
