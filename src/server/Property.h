@@ -86,6 +86,7 @@ enum class Property {
   Charset,
   ModernHeaders,
   ExpandTnef,
+  TrackUnread,
 };
 
 }  // namespace quillon

@@ -103,6 +103,7 @@ constexpr std::array kRows{
     PropertyRow{P::Charset, "Charset", R::Special, &A::charset},
     PropertyRow{P::ModernHeaders, "ModernHeaders", R::Flag, &A::modernHeaders},
     PropertyRow{P::ExpandTnef, "ExpandTnef", R::Flag, &A::expandTnef},
+    PropertyRow{P::TrackUnread, "TrackUnread", R::Flag, &A::trackUnread},
 };
 
 constexpr bool InOrder() {

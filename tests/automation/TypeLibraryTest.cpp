@@ -145,6 +145,7 @@ Charset: get put returns string
 ModernHeaders: get put returns short
 AddHeader: method theName:string, theValue:string
 ExpandTnef: get put returns short
+TrackUnread: get put returns short
 )";
 
 std::string TypeName(const TYPEDESC& type) {
