@@ -128,7 +128,7 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
     number = 1;
   }
   if (request.fetched != nullptr) {
-    co_await FindFetched(request);
+    co_await FindFetched(request, last);
     if (request.fetched->Contains(number)) sink.OnBegin();
   }
   if (request.kind == HeaderRequest::Kind::All && capabilities_.pipelining) {
@@ -245,7 +245,7 @@ Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
 }
 
 // A refusal means that there are no identifiers, and nothing was fetched.
-Task<> PopSession::FindFetched(HeaderRequest request) {
+Task<> PopSession::FindFetched(HeaderRequest request, std::uint64_t messages) {
   auto& fetched = *request.fetched;
   fetched.OnBegin();
   if (request.kind == HeaderRequest::Kind::Single) {
@@ -258,10 +258,12 @@ Task<> PopSession::FindFetched(HeaderRequest request) {
   const auto reply = co_await Command("UIDL");
   refusesIdentifiers_ = !reply.positive;
   if (!reply.positive) co_return;
+  std::uint64_t listed = 0;
   co_await ReadIdentifierList([&](std::uint32_t number, std::string_view identifier) {
+    ++listed;
     fetched.OnIdentifier(number, identifier);
   });
-  fetched.OnEnd(deleted_.empty());
+  fetched.OnEnd(deleted_.empty() && listed == messages);
 }
 
 Task<std::string> PopSession::IdentifierOf(std::uint32_t number) {

@@ -120,8 +120,8 @@ class PopSession final : private MailSession {
   // What follows a positive answer to TOP.
   Task<> ReadHeaderLines(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
-  // Which of the messages were fetched before.
-  Task<> FindFetched(HeaderRequest request);
+  // Which of so many messages were fetched before.
+  Task<> FindFetched(HeaderRequest request, std::uint64_t messages);
   // Empty when the server does not tell.
   Task<std::string> IdentifierOf(std::uint32_t number);
   // Each message's number and identifier, behind UIDL.
