@@ -83,8 +83,7 @@ TEST_F(FetchedIndexTest, ADamagedFileCountsAsEmptyAndIsReplaced) {
                                  "a\n\nb\n",
                                  "a\nb c\n",
                                  "a\r\n",
-                                 "\xFF\xFE"
-                                 "a\n",
+                                 "\xFF\xFE\n",
                                  std::string(20, '\0'),
                                  "\n",
                                  std::string(71, 'x') + "\n",

@@ -12,7 +12,7 @@ namespace {
 
 using Ids = std::vector<std::string>;
 
-const std::string kMailbox = "joe@POP.EXAMPLE";
+constexpr const char* kMailbox = "joe@POP.EXAMPLE";
 
 class FetchedMessagesTest : public ::testing::Test {
  protected:
