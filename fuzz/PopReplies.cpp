@@ -21,14 +21,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   settings.password = "a-secret-that-nobody-says";
   settings.security = FuzzEngine::SecurityOf(size);
 
+  const bool tracks = size % 11 < 4;
   for (const auto kind :
        {HeaderRequest::Kind::All, HeaderRequest::Kind::Identifiers, HeaderRequest::Kind::Single}) {
     HeaderRequest request;
     request.kind = kind;
+    quillon::FetchedList fetched({"a", "b", "u1"});
+    if (tracks) request.fetched = &fetched;
     quillon::HeaderCollector headers({50, size % 3 == 0, "FIXED"});
     Require(fuzz.Run(engine.LoadMessageHeaders(settings, request, headers)) != 0);
     // What is kept is what was said, and no number that was told makes it more.
     Require(headers.Table().size() <= size);
+    for (const auto& header : headers.Table()) {
+      const auto number = static_cast<std::uint32_t>(std::stoul(header.number));
+      Require(kind == HeaderRequest::Kind::Identifiers || !fetched.Contains(number));
+    }
   }
   // Of this session, as long as it lasts; looked for by its identifier else.
   const quillon::MessageKey key{1, engine.POPSession(), "a", 1};
@@ -40,7 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   {
     quillon::MessageCollector message(attachments, quillon::fuzz::Reader(), split, "",
                                       [size] { return size; });
-    const auto result = fuzz.Run(engine.LoadMessage(settings, key, message));
+    std::string identifier;
+    auto* const wanted = tracks ? &identifier : nullptr;
+    const auto result = fuzz.Run(engine.LoadMessage(settings, key, message, wanted));
     Require(result != 0);
     // A byte may become a line end, or a character of three bytes.
     Require(message.Message().body.size() <= 3 * size + 2);

@@ -10,6 +10,7 @@ namespace quillon::bench {
 NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std::uint16_t popPort)
     : configuration_(*files_, directory + "/quillon.ini"),
       log_(*files_, directory),
+      fetched_(*files_, *crypto_, directory),
       backEnd_({*loop_,
                 *loop_,
                 {*tls_, *crypto_, tokens_, RunInBackground},
@@ -22,6 +23,7 @@ NativeMail::NativeMail(const std::string& directory, std::uint16_t smtpPort, std
                 messageBox_,
                 configuration_,
                 servers_,
+                fetched_,
                 log_,
                 notifier_,
                 progress_},

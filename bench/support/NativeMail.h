@@ -69,6 +69,7 @@ class NativeMail {
   std::unique_ptr<TlsLibrary> tls_ = MakeTlsLibrary();
   std::unique_ptr<Crypto> crypto_ = MakeCrypto();
   NoAccessTokens tokens_{*loop_};
+  FetchedIndex fetched_;
   InternetBackEnd backEnd_;
   InstanceState instance_;
   SharedState shared_;

@@ -41,6 +41,7 @@
 #include "dialogs/win32/LoginDialog.h"
 #include "dialogs/win32/SelectSystemDialog.h"
 #include "dialogs/win32/Win32MailDialog.h"
+#include "internet/FetchedIndex.h"
 #include "internet/InternetMailSystem.h"
 #include "internet/ProtocolLog.h"
 #include "internet/ServerSections.h"
@@ -140,6 +141,7 @@ struct Application {
   // Checks of certificates may outlive everything else.
   TlsLibrary& tls = *MakeTlsLibrary().release();
   Crypto& crypto = *MakeCrypto().release();
+  FetchedIndex fetched{*files, crypto, UserDirectory()};
   const SspiLogin systemLogin;
   BackgroundHttps https{*loop, PostWithWinHttp};
   ProviderTokens tokens{*loop, https,
@@ -158,6 +160,7 @@ struct Application {
                                    messageBox,
                                    configuration,
                                    administration.servers,
+                                   fetched,
                                    protocolLog,
                                    notifier,
                                    progress},

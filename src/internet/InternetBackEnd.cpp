@@ -1,5 +1,6 @@
 #include "internet/InternetBackEnd.h"
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <limits>
@@ -11,6 +12,7 @@
 #include "core/HexDigit.h"
 #include "internet/InternetErrorText.h"
 #include "internet/PartialMessage.h"
+#include "internet/Pause.h"
 #include "mail/ReceivedFiles.h"
 
 namespace quillon {
@@ -26,6 +28,10 @@ constexpr std::uint64_t kBytesPerHeader = 1000;
 constexpr std::int32_t kMostMessageMegabytes = 2048;
 
 constexpr std::size_t kUniqueBytes = 16;
+
+// How long another process may be at the files of what was fetched: it writes one.
+constexpr int kLockTries = 10;
+constexpr TickCount kLockPause = 25;
 
 constexpr bool ServesPop(MailSystemId system) {
   return system == mail_system::kPop3 || system == mail_system::kInternet;
@@ -43,14 +49,27 @@ void RequireSmtp(const MailRequest& request) {
 
 }  // namespace
 
+// A message that LoadMessage fetches.
+struct InternetBackEnd::Fetching {
+  SharedState& shared;
+  bool rawHeaders = false;
+  bool tracked = false;  // in the index of what was fetched
+  std::string mailbox = {};
+  std::vector<std::string> identifiers = {};  // of all that it is made of
+
+  // Where the identifier of the next part goes.
+  std::string* NextIdentifier() { return tracked ? &identifiers.emplace_back() : nullptr; }
+};
+
 // Gives the client's table the headers that come. They take the place of the old ones when the
 // server begins to list them, and stay, as far as they have come, however the loading ends.
 class InternetBackEnd::HeaderUpdate {
  public:
   HeaderUpdate(SharedState& shared, const HeaderReading& reading, HeaderOptions options,
-               std::function<HeaderOrigin()> origin)
+               std::unique_ptr<FetchedList> fetched, std::function<HeaderOrigin()> origin)
       : shared_(shared),
         reading_(reading),
+        fetched_(std::move(fetched)),
         origin_(std::move(origin)),
         collector_(std::move(options), [this] { Begin(); }) {}
   ~HeaderUpdate() {
@@ -65,6 +84,7 @@ class InternetBackEnd::HeaderUpdate {
   HeaderUpdate& operator=(const HeaderUpdate&) = delete;
 
   HeaderCollector& Collector() noexcept { return collector_; }
+  FetchedList* Fetched() noexcept { return fetched_.get(); }
 
  private:
   void Begin() {
@@ -75,6 +95,7 @@ class InternetBackEnd::HeaderUpdate {
 
   SharedState& shared_;
   const HeaderReading reading_;
+  const std::unique_ptr<FetchedList> fetched_;
   std::function<HeaderOrigin()> origin_;
   HeaderCollector collector_;
   bool begun_ = false;
@@ -101,6 +122,8 @@ PopSettings InternetBackEnd::Pop(const MailRequest& request) {
   rawHeaders_ = raw ? *raw != kFalse : section.rawHeaders.value_or(false);
   const auto& tnef = request.instance.access.expandTnef;
   expandTnef_ = tnef ? *tnef != kFalse : section.expandTnef.value_or(false);
+  const auto& track = request.instance.access.trackUnread;
+  trackUnread_ = track ? *track != kFalse : section.trackUnread.value_or(false);
   return settings;
 }
 
@@ -279,20 +302,41 @@ MailResult InternetBackEnd::LoadHeaders(MailRequest& request, const char* member
     wanted.most = static_cast<std::uint32_t>(instance.maximumHeaders);
   }
   auto settings = Pop(request);
+  auto mailbox = MailboxOf(settings);
+  const bool leavesOut =
+      instance.unreadOnly != kFalse && wanted.kind != HeaderRequest::Kind::Identifiers;
   auto update =
       std::make_unique<HeaderUpdate>(request.shared, Reading(rawHeaders_), std::move(options),
-                                     [this, mailbox = MailboxOf(settings)] {
+                                     leavesOut ? FetchedBefore(mailbox) : nullptr, [this, mailbox] {
                                        return HeaderOrigin{mailbox, Engine().POPSession()};
                                      });
+  wanted.fetched = update->Fetched();
   auto loading = Engine().LoadMessageHeaders(std::move(settings), wanted, update->Collector());
+  auto loaded = HeadersLoaded(std::move(loading), std::move(update), std::move(mailbox));
   return runner_.Perform(
       call, NewOrder(request, member, operation, "Failed to load the message headers."),
-      Received(HeadersLoaded(std::move(loading), std::move(update)), instance.postOffice));
+      Received(std::move(loaded), instance.postOffice));
 }
 
 Task<SessionResult> InternetBackEnd::HeadersLoaded(Task<SessionResult> loading,
-                                                   std::unique_ptr<HeaderUpdate>) {
-  co_return co_await loading;
+                                                   std::unique_ptr<HeaderUpdate> update,
+                                                   std::string mailbox) {
+  auto result = co_await loading;
+  if (const auto* const fetched = update->Fetched()) Forget(mailbox, *fetched);
+  co_return result;
+}
+
+std::unique_ptr<FetchedList> InternetBackEnd::FetchedBefore(const std::string& mailbox) const {
+  if (!trackUnread_) return nullptr;
+  return std::make_unique<FetchedList>(ports_.fetched.Read(mailbox));
+}
+
+// Not urgent: the next list shows it again.
+void InternetBackEnd::Forget(const std::string& mailbox, const FetchedList& fetched) {
+  const auto gone = fetched.Gone();
+  if (gone.empty()) return;
+  const auto lock = ports_.fetched.Lock();
+  if (lock) ports_.fetched.Remove(mailbox, gone);
 }
 
 MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& count) {
@@ -301,11 +345,17 @@ MailResult InternetBackEnd::UnreadCount(MailRequest& request, std::int32_t& coun
   login_.PreparePop(request);
   EngineRunner::Call call(runner_);
   HeaderCollector collector({std::numeric_limits<std::size_t>::max(), true, "NATIVE"});
-  auto loading = Engine().LoadMessageHeaders(Pop(request), {}, collector);
+  auto settings = Pop(request);
+  const auto mailbox = MailboxOf(settings);
+  const auto fetched = FetchedBefore(mailbox);
+  HeaderRequest wanted;
+  wanted.fetched = fetched.get();
+  auto loading = Engine().LoadMessageHeaders(std::move(settings), wanted, collector);
   auto result = runner_.Perform(call,
                                 NewOrder(request, "UnreadCount", asynch_operation::kNone,
                                          "Failed to count the unread messages."),
                                 std::move(loading));
+  if (fetched) Forget(mailbox, *fetched);
   count = static_cast<std::int32_t>(collector.Table().size());
   return result;
 }
@@ -328,12 +378,15 @@ MailResult InternetBackEnd::LoadMessage(MailRequest& request) {
   auto key = CurrentMessage(request, settings, ports_.codePage);
   auto parts = expandTnef_ ? PartsOfCurrent(request, Reading(rawHeaders_).reader, ports_.codePage)
                            : std::vector<MessageKey>();
-  auto loading = OfListed(Engine().LoadMessage(settings, std::move(key), *collector));
-  auto loaded =
-      MessageLoaded(std::move(loading), std::move(collector), request.shared, rawHeaders_);
+  const bool tracked = trackUnread_ && request.instance.peekOnly == kFalse;
+  const auto fetching = std::make_shared<Fetching>(
+      Fetching{request.shared, rawHeaders_, tracked, MailboxOf(settings), {}});
+  auto loading = OfListed(
+      Engine().LoadMessage(settings, std::move(key), *collector, fetching->NextIdentifier()));
+  auto loaded = MessageLoaded(std::move(loading), std::move(collector), fetching);
   if (!parts.empty()) {
     loaded = PartsLoaded(std::move(settings), std::move(parts), newCollector(), std::move(loaded),
-                         request.shared, rawHeaders_);
+                         fetching);
   }
   return runner_.Perform(call,
                          NewOrder(request, "LoadMessage", asynch_operation::kLoadMessage,
@@ -355,27 +408,46 @@ Task<SessionResult> InternetBackEnd::OfListed(Task<SessionResult> work) {
 
 Task<SessionResult> InternetBackEnd::MessageLoaded(Task<SessionResult> loading,
                                                    std::unique_ptr<MessageCollector> collector,
-                                                   SharedState& shared, bool rawHeaders) {
+                                                   std::shared_ptr<Fetching> fetching) {
   auto result = co_await loading;
-  if (result.number == internet_error::kSuccess) {
-    StoreMessage(shared, *collector, Reading(rawHeaders));
-  }
+  if (result.number == internet_error::kSuccess) co_await Deliver(*collector, *fetching);
   co_return result;
+}
+
+// Waits before the message is there: where an operation waits it may be aborted.
+Task<> InternetBackEnd::Deliver(MessageCollector& collector, const Fetching& fetching) {
+  const auto& identifiers = fetching.identifiers;
+  const bool tracked = std::any_of(identifiers.begin(), identifiers.end(), IsUniqueId);
+  std::unique_ptr<File> lock;
+  if (tracked && ports_.fetched.MakeDirectory()) {
+    lock = ports_.fetched.Lock();
+    for (int tries = 1; !lock && tries < kLockTries; ++tries) {
+      Pause pause(ports_.loop, kLockPause);
+      co_await pause;
+      lock = ports_.fetched.Lock();
+    }
+  }
+  StoreMessage(fetching.shared, collector, Reading(fetching.rawHeaders));
+  if (tracked && !(lock && ports_.fetched.Add(fetching.mailbox, identifiers))) {
+    ports_.log.WriteDebug("The message could not be noted as fetched.");
+  }
 }
 
 Task<SessionResult> InternetBackEnd::PartsLoaded(PopSettings settings,
                                                  std::vector<MessageKey> parts,
                                                  std::unique_ptr<MessageCollector> collector,
-                                                 Task<SessionResult> alone, SharedState& shared,
-                                                 bool rawHeaders) {
+                                                 Task<SessionResult> alone,
+                                                 std::shared_ptr<Fetching> fetching) {
   PartialMessage whole(*collector, parts.size());
   SessionResult result;
+  auto all = *fetching;
+  all.identifiers.clear();
   for (const auto& part : parts) {
-    result = co_await Engine().LoadMessage(settings, part, whole);
+    result = co_await Engine().LoadMessage(settings, part, whole, all.NextIdentifier());
     if (result.number != internet_error::kSuccess) break;
   }
   if (result.number == internet_error::kSuccess) {
-    StoreMessage(shared, *collector, Reading(rawHeaders));
+    co_await Deliver(*collector, all);
     co_return result;
   }
   const bool isGone =

@@ -18,6 +18,8 @@
 #include <vector>
 
 #include "internet/EngineRunner.h"
+#include "internet/FetchedIndex.h"
+#include "internet/FetchedList.h"
 #include "internet/LoginData.h"
 #include "internet/PopSession.h"
 #include "internet/ProtocolLog.h"
@@ -52,6 +54,7 @@ struct InternetPorts {
   MessageBoxPort& messageBox;
   clsINIUtilities& configuration;  // section "Internet"
   ServerSections& servers;
+  FetchedIndex& fetched;
   ProtocolLog& log;
   AsynchNotifier& notifier;
   ProgressDisplay& progress;
@@ -84,6 +87,7 @@ class InternetBackEnd final : public BackEnd {
 
  private:
   class HeaderUpdate;
+  struct Fetching;
   using Logins = std::vector<Task<SessionResult>>;
 
   WorkOrder NewOrder(const MailRequest& request, const char* member, std::int32_t operation,
@@ -98,19 +102,25 @@ class InternetBackEnd final : public BackEnd {
   void LogUnprotected(const InstanceState& instance);
   Task<SessionResult> Sent(Task<SessionResult> sending, std::string host);
   Task<SessionResult> Received(Task<SessionResult> receiving, std::string host);
-  static Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
-                                           std::unique_ptr<HeaderUpdate> update);
+  Task<SessionResult> HeadersLoaded(Task<SessionResult> loading,
+                                    std::unique_ptr<HeaderUpdate> update, std::string mailbox);
+  // What was fetched before from the mailbox; null when nobody asks for that.
+  std::unique_ptr<FetchedList> FetchedBefore(const std::string& mailbox) const;
+  // What is no longer in the mailbox is forgotten.
+  void Forget(const std::string& mailbox, const FetchedList& fetched);
   std::uint64_t MostMessageBytes() const;
   // Of a message of the table: 532 is the server's own number.
   static Task<SessionResult> OfListed(Task<SessionResult> work);
   Task<SessionResult> MessageLoaded(Task<SessionResult> loading,
                                     std::unique_ptr<MessageCollector> collector,
-                                    SharedState& shared, bool rawHeaders);
+                                    std::shared_ptr<Fetching> fetching);
+  // Makes the message current, and notes that it was fetched.
+  Task<> Deliver(MessageCollector& collector, const Fetching& fetching);
 
   // All parts as one; when one is gone, what `alone` loads.
   Task<SessionResult> PartsLoaded(PopSettings settings, std::vector<MessageKey> parts,
                                   std::unique_ptr<MessageCollector> collector,
-                                  Task<SessionResult> alone, SharedState& shared, bool rawHeaders);
+                                  Task<SessionResult> alone, std::shared_ptr<Fetching> fetching);
 
   smtppop& Engine() { return runner_.Engine(); }
   // What script and configuration file say of the server.
@@ -133,6 +143,7 @@ class InternetBackEnd final : public BackEnd {
   bool detailedErrors_ = false;  // as the configuration file says of the last server
   bool rawHeaders_ = false;      // as script or configuration file say of the last POP server
   bool expandTnef_ = false;      // the same
+  bool trackUnread_ = false;     // the same
 };
 
 }  // namespace quillon

@@ -35,8 +35,10 @@ Task<SessionResult> PopSession::Headers(PopSettings settings, HeaderRequest requ
   co_return co_await OnAccount(std::move(settings), [&] { return ReadHeaders(request, sink); });
 }
 
-Task<SessionResult> PopSession::Message(PopSettings settings, MessageKey key, MessageSink& sink) {
-  co_return co_await OnAccount(std::move(settings), [&] { return ReadMessage(key, sink); });
+Task<SessionResult> PopSession::Message(PopSettings settings, MessageKey key, MessageSink& sink,
+                                        std::string* identifier) {
+  co_return co_await OnAccount(std::move(settings),
+                               [&] { return ReadMessage(key, sink, identifier); });
 }
 
 Task<SessionResult> PopSession::Delete(PopSettings settings, MessageKey key) {
@@ -73,6 +75,7 @@ void PopSession::BeforeConnecting() {
 Task<> PopSession::LogIn() {
   KeepSecret(password_);
   capabilities_ = {};
+  refusesIdentifiers_ = false;
   const auto reply = co_await Reply();
   if (!reply.positive) {
     LogHeard("The server port is not a POP server.  Here is the server response:", reply.words);
@@ -124,13 +127,18 @@ Task<> PopSession::ReadHeaders(HeaderRequest request, HeaderSink& sink) {
     }
     number = 1;
   }
+  if (request.fetched != nullptr) {
+    co_await FindFetched(request, last);
+    if (request.fetched->Contains(number)) sink.OnBegin();
+  }
   if (request.kind == HeaderRequest::Kind::All && capabilities_.pipelining) {
-    co_await ReadHeadersAhead(static_cast<std::uint32_t>(last), request.most, sink);
+    co_await ReadHeadersAhead(static_cast<std::uint32_t>(last), request, sink);
     Status("Headers loaded successfully.");
     co_return;
   }
   bool goesOn = true;
-  for (number = AfterDeleted(number); goesOn && number <= last; number = AfterDeleted(number + 1)) {
+  for (number = AfterUnwanted(number, request); goesOn && number <= last;
+       number = AfterUnwanted(number + 1, request)) {
     co_await ReadHeader(number, sink);
     Progress(number, last, number);
     goesOn = sink.OnHeaderEnd(number);
@@ -155,6 +163,14 @@ std::uint32_t PopSession::AfterDeleted(std::uint32_t number) const {
   return number;
 }
 
+std::uint32_t PopSession::AfterUnwanted(std::uint32_t number, const HeaderRequest& request) const {
+  number = AfterDeleted(number);
+  while (request.fetched != nullptr && request.fetched->Contains(number)) {
+    number = AfterDeleted(number + 1);
+  }
+  return number;
+}
+
 Task<> PopSession::ReadHeader(std::uint32_t number, HeaderSink& sink) {
   Say("TOP " + std::to_string(number) + " 0");
   sink.OnNextRequested();
@@ -173,18 +189,19 @@ Task<> PopSession::ReadHeaderLines(std::uint32_t number, HeaderSink& sink) {
 }
 
 // A refusal is told when everything has been answered, so that the session stays as it is.
-Task<> PopSession::ReadHeadersAhead(std::uint32_t last, std::uint32_t most, HeaderSink& sink) {
+Task<> PopSession::ReadHeadersAhead(std::uint32_t last, HeaderRequest request, HeaderSink& sink) {
   std::deque<std::uint32_t> asked;
   std::optional<SessionFailure> refusal;
   bool goesOn = true;
-  auto next = AfterDeleted(1);
+  auto next = AfterUnwanted(1, request);
   for (;;) {
     if (goesOn && asked.size() <= kMostAhead / 2) {
       std::vector<std::string> commands;
-      for (; next <= last && most > 0 && asked.size() < kMostAhead; next = AfterDeleted(next + 1)) {
+      for (; next <= last && request.most > 0 && asked.size() < kMostAhead;
+           next = AfterUnwanted(next + 1, request)) {
         commands.push_back("TOP " + std::to_string(next) + " 0");
         asked.push_back(next);
-        --most;
+        --request.most;
       }
       if (!commands.empty()) SayAll(commands);
     }
@@ -227,6 +244,37 @@ Task<> PopSession::ReadIdentifiers(HeaderSink& sink) {
   Status("Identifiers loaded successfully.");
 }
 
+// A refusal means that there are no identifiers, and nothing was fetched.
+Task<> PopSession::FindFetched(HeaderRequest request, std::uint64_t messages) {
+  auto& fetched = *request.fetched;
+  fetched.OnBegin();
+  if (request.kind == HeaderRequest::Kind::Single) {
+    const auto identifier = co_await IdentifierOf(request.number);
+    fetched.OnIdentifier(request.number, identifier);
+    fetched.OnEnd(false);
+    co_return;
+  }
+  if (refusesIdentifiers_) co_return;
+  const auto reply = co_await Command("UIDL");
+  refusesIdentifiers_ = !reply.positive;
+  if (!reply.positive) co_return;
+  std::uint64_t listed = 0;
+  co_await ReadIdentifierList([&](std::uint32_t number, std::string_view identifier) {
+    ++listed;
+    fetched.OnIdentifier(number, identifier);
+  });
+  fetched.OnEnd(deleted_.empty() && listed == messages);
+}
+
+Task<std::string> PopSession::IdentifierOf(std::uint32_t number) {
+  if (refusesIdentifiers_ || deleted_.contains(number)) co_return std::string();
+  const auto reply = co_await Command("UIDL " + std::to_string(number));
+  refusesIdentifiers_ = !reply.positive;
+  std::string_view identifier = reply.words;
+  if (!reply.positive || TakeNumber(identifier) != number) co_return std::string();
+  co_return std::string(identifier);
+}
+
 // RFC 1939, 7. Lines that are none are left out.
 Task<> PopSession::ReadIdentifierList(std::function<void(std::uint32_t, std::string_view)> take) {
   co_await ReadList([&](const Heard& line) {
@@ -250,8 +298,9 @@ Task<> PopSession::ReadList(std::function<void(const Heard&)> take) {
   }
 }
 
-Task<> PopSession::ReadMessage(MessageKey key, MessageSink& sink) {
+Task<> PopSession::ReadMessage(MessageKey key, MessageSink& sink, std::string* identifier) {
   const auto number = co_await NumberOf(std::move(key));
+  if (identifier != nullptr) *identifier = co_await IdentifierOf(number);
   Status("Loading message...");
   const auto reply = co_await Command("RETR " + std::to_string(number));
   if (!reply.positive) Refused(internet_error::kRetrieveFailed, reply, Connection::Stays);

@@ -20,6 +20,7 @@
 #include <string>
 #include <string_view>
 
+#include "internet/FetchedList.h"
 #include "internet/MailSession.h"
 #include "internet/PopCapabilities.h"
 #include "internet/PopReply.h"
@@ -75,6 +76,8 @@ struct HeaderRequest {
   Kind kind = Kind::All;
   std::uint32_t number = 1;                                        // of the message, for Single
   std::uint32_t most = std::numeric_limits<std::uint32_t>::max();  // headers are asked for, for All
+  // Whose headers are left out, for All and Single; null: identifiers are not asked for.
+  FetchedList* fetched = nullptr;
 };
 
 class PopSession final : private MailSession {
@@ -87,7 +90,10 @@ class PopSession final : private MailSession {
   Task<SessionResult> Login(PopSettings settings);
   // Sinks must live as long as the operation.
   Task<SessionResult> Headers(PopSettings settings, HeaderRequest request, HeaderSink& sink);
-  Task<SessionResult> Message(PopSettings settings, MessageKey key, MessageSink& sink);
+  // `identifier` takes what UIDL tells of the message, the empty text where it does not; null: it
+  // is not asked.
+  Task<SessionResult> Message(PopSettings settings, MessageKey key, MessageSink& sink,
+                              std::string* identifier = nullptr);
   Task<SessionResult> Delete(PopSettings settings, MessageKey key);
   Task<SessionResult> Logout();
 
@@ -110,15 +116,19 @@ class PopSession final : private MailSession {
   Task<> ReadHeaders(HeaderRequest request, HeaderSink& sink);
   Task<> ReadHeader(std::uint32_t number, HeaderSink& sink);
   // Asks for headers before those in front have come (RFC 2449, 6.8).
-  Task<> ReadHeadersAhead(std::uint32_t last, std::uint32_t most, HeaderSink& sink);
+  Task<> ReadHeadersAhead(std::uint32_t last, HeaderRequest request, HeaderSink& sink);
   // What follows a positive answer to TOP.
   Task<> ReadHeaderLines(std::uint32_t number, HeaderSink& sink);
   Task<> ReadIdentifiers(HeaderSink& sink);
+  // Which of so many messages were fetched before.
+  Task<> FindFetched(HeaderRequest request, std::uint64_t messages);
+  // Empty when the server does not tell.
+  Task<std::string> IdentifierOf(std::uint32_t number);
   // Each message's number and identifier, behind UIDL.
   Task<> ReadIdentifierList(std::function<void(std::uint32_t, std::string_view)> take);
   // Each line of a header or a list, which may only be so large.
   Task<> ReadList(std::function<void(const Heard&)> take);
-  Task<> ReadMessage(MessageKey key, MessageSink& sink);
+  Task<> ReadMessage(MessageKey key, MessageSink& sink, std::string* identifier);
   Task<> MarkDeleted(MessageKey key);
   Task<> Quit();
 
@@ -136,6 +146,7 @@ class PopSession final : private MailSession {
   // Takes from a line of data what the protocol has added to it; false at its end.
   bool IsContent(Heard& line);
   std::uint32_t AfterDeleted(std::uint32_t number) const;
+  std::uint32_t AfterUnwanted(std::uint32_t number, const HeaderRequest& request) const;
   // Ends the operation with what the server has refused.
   [[noreturn]] void Refused(std::int32_t number, const PopReply& reply,
                             SessionFailure::Connection connection);
@@ -145,6 +156,7 @@ class PopSession final : private MailSession {
   std::string lastError_;
   PopCapabilities capabilities_;     // empty when the server was not asked
   std::set<std::uint32_t> deleted_;  // in this session, and not final yet
+  bool refusesIdentifiers_ = false;  // in this session
   std::uint64_t session_ = 0;
 };
 

@@ -125,6 +125,7 @@ constexpr ServerKey kKeys[] = {
     {"ReplaceCharacters", false, kFlag, [](S& s, V v) { return SetFlag(s.replaceCharacters, v); }},
     {"ModernHeaders", false, kFlag, [](S& s, V v) { return SetFlag(s.modernHeaders, v); }},
     {"ExpandTnef", false, kFlag, [](S& s, V v) { return SetFlag(s.expandTnef, v); }},
+    {"TrackUnread", false, kFlag, [](S& s, V v) { return SetFlag(s.trackUnread, v); }},
     {"Pin", false, "64 hexadecimal digits, with or without \"key:\" in front",
      [](S& s, V v) { return SetPin(s.pin, v); }},
     {"Revocation", false, kFlag, [](S& s, V v) { return SetFlag(s.revocation, v); }},

@@ -37,6 +37,7 @@ struct ServerSection {
   std::optional<bool> replaceCharacters;
   std::optional<bool> modernHeaders;
   std::optional<bool> expandTnef;
+  std::optional<bool> trackUnread;
   std::optional<std::string> pin;
   std::optional<std::string> clientCertificate;
   OAuthAccount oauth;

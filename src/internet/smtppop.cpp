@@ -176,10 +176,10 @@ Task<SessionResult> smtppop::LoadMessageHeaders(PopSettings settings, HeaderRequ
   return OnPop(pop_.Headers(std::move(settings), request, headers));
 }
 
-Task<SessionResult> smtppop::LoadMessage(PopSettings settings, MessageKey key,
-                                         MessageSink& message) {
+Task<SessionResult> smtppop::LoadMessage(PopSettings settings, MessageKey key, MessageSink& message,
+                                         std::string* identifier) {
   RequireSafeLogin(settings);
-  return OnPop(pop_.Message(std::move(settings), std::move(key), message));
+  return OnPop(pop_.Message(std::move(settings), std::move(key), message, identifier));
 }
 
 Task<SessionResult> smtppop::DeleteMessage(PopSettings settings, MessageKey key) {

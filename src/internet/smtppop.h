@@ -48,7 +48,8 @@ class smtppop {
   // What collects must live as long as the Task. On failure it holds what had come before.
   Task<SessionResult> LoadMessageHeaders(PopSettings settings, HeaderRequest request,
                                          HeaderCollector& headers);
-  Task<SessionResult> LoadMessage(PopSettings settings, MessageKey key, MessageSink& message);
+  Task<SessionResult> LoadMessage(PopSettings settings, MessageKey key, MessageSink& message,
+                                  std::string* identifier = nullptr);
   Task<SessionResult> DeleteMessage(PopSettings settings, MessageKey key);
   bool POPLoginStatus() const noexcept { return pop_.LoginStatus(); }
   // Of the protocol that the engine last worked with.

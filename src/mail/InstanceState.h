@@ -36,6 +36,7 @@ struct InternetAccess {
   std::optional<std::string> charset;  // of what leaves; empty: the contract's way
   std::optional<ShortBool> modernHeaders;
   std::optional<ShortBool> expandTnef;
+  std::optional<ShortBool> trackUnread;
 };
 
 struct InstanceState {

@@ -33,6 +33,9 @@ class File {
   // Sets the position of the next read or write, in bytes from the start.
   virtual bool Seek(uint64_t position) = 0;
 
+  // Puts what was written where a power cut does not reach it.
+  virtual bool Flush() { return true; }
+
   virtual std::optional<uint64_t> Size() = 0;
 
   // When the file was last written, in local time; no value when the system cannot tell.

@@ -87,6 +87,7 @@ enum class Property {
   ModernHeaders,
   HTMLMessage,
   ExpandTnef,
+  TrackUnread,
 };
 
 }  // namespace quillon

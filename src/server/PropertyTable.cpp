@@ -104,6 +104,7 @@ constexpr std::array kRows{
     PropertyRow{P::ModernHeaders, "ModernHeaders", R::Flag, &A::modernHeaders},
     PropertyRow{P::HTMLMessage, "HTMLMessage", R::Special, &M::html},
     PropertyRow{P::ExpandTnef, "ExpandTnef", R::Flag, &A::expandTnef},
+    PropertyRow{P::TrackUnread, "TrackUnread", R::Flag, &A::trackUnread},
 };
 
 constexpr bool InOrder() {

@@ -148,6 +148,7 @@ HTMLMessage: get put returns string
 AddInlineFile: method theFile:string, contentId:string
 AddAttachmentEx: method theAttachment:string, theName:string, contentType:string
 ExpandTnef: get put returns short
+TrackUnread: get put returns short
 )";
 
 std::string TypeName(const TYPEDESC& type) {

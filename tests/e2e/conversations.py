@@ -33,6 +33,8 @@ SETTINGS = {
     "loginname": ("mail.loginName = {}", "joe"), "password": ("mail.Password = {}", "secret"),
     "maximum": ("mail.MaximumHeaders = {}", 1000), "unreadonly": ("mail.unreadOnly = CBool({})", 0),
     "headersinmessage": ("mail.HeadersInMessage = CBool({})", 0),
+    "peekonly": ("mail.peekOnly = CBool({})", 0),
+    "trackunread": ("mail.TrackUnread = CBool({})", 0),
     "rawheaders": ("mail.RawHeaders = CBool({})", 0),
     "suppressattachments": ("mail.suppressAttachments = CBool({})", 0),
     "override": ('mail.undocumented1 = "|ONLY_RECIP|" & {}', ""),

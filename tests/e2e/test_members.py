@@ -58,7 +58,7 @@ dateFormat           short  0       | 3 5 0                          | 6 -1 1E30
 FALSE_FLAGS = """ErrorDisplay Certify NativeMailDialog DialogErrorOnCancel unreadOnly
 suppressAttachments peekOnly forceDownload NameResolution HeadersInMessage suppressAlternatives
 ReturnShortFilespecs InternetLogging signed Encrypt PreventCopying ConcatenateMessage
-Extensions DetailedErrors RawHeaders ModernHeaders ExpandTnef"""
+Extensions DetailedErrors RawHeaders ModernHeaders ExpandTnef TrackUnread"""
 TRUE_FLAGS = "dateSort LoginDialog"
 
 # name, expression that it equals on a new object; a put is no member of it

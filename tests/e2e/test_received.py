@@ -463,6 +463,24 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
             self.assertEqual(["Shape"], got["subject"])
             self.check_shape(whole, got, directory)
 
+    def test_what_was_loaded_before_is_not_unread(self):
+        messages = []
+        for subject in ("one", "two", "three"):
+            messages.append(new_message("text"))
+            messages[-1].replace_header("Subject", subject)
+        script = (SCRIPTS / "session.vbs").read_text()
+        script += (SCRIPTS / "track_unread.vbs").read_text()
+        with MailHost([m.as_bytes(policy=SMTP) for m in messages]) as host:
+            for unread in ("one,two,three", "two,three", "three"):
+                self.run_checks(self.wine, script, host.pop, unread)
+                self.assertTrue(self.wine.wait_until_gone("quillon.exe"))
+            users = self.wine.drive_c / "users"
+            [file] = users.glob("*/AppData/Roaming/Quillon/Fetched/*.txt")
+            self.assertEqual(4, len(file.read_text("ascii").split("\n")))
+            self.assertNotIn("joe", str(file.relative_to(users)).split("Roaming")[1])
+            file.write_bytes(b"\0" * 100)
+            self.run_checks(self.wine, script, host.pop, "one,two,three")
+
 
 if __name__ == "__main__":
     unittest.main()

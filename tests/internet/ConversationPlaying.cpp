@@ -150,6 +150,8 @@ void Playing::Set(std::string_view text) {
       {"attachmentdirectory", [&] { instance.attachmentDirectory = world_.received.Path(value); }},
       {"suppressattachments", [&] { instance.suppressAttachments = ToShortBool(number() != 0); }},
       {"headersinmessage", [&] { instance.headersInMessage = ToShortBool(number() != 0); }},
+      {"peekonly", [&] { instance.peekOnly = ToShortBool(number() != 0); }},
+      {"trackunread", [&] { access.trackUnread = ToShortBool(number() != 0); }},
       {"rawheaders", [&] { access.rawHeaders = ToShortBool(number() != 0); }},
       {"timeoutprotocol", [&] { internet.timeoutProtocol = number(); }},
       {"index", [&] { instance.messageIndex = number(); }},

@@ -157,6 +157,42 @@ TEST_F(HostileServerTest, WhatIsKeptTakesLittleMemory) {
 }
 
 // A server that sends a byte now and then; beside it, one that is as slow as the slowest line.
+TEST_F(HostileServerTest, WhatWasFetchedIsFoundInAnyListOfIdentifiers) {
+  const auto fetched = [](std::uint64_t number) { return std::to_string(number + 1'000'000); };
+  std::vector<std::string> index;
+  index.reserve(FetchedIndex::kMost);
+  for (std::uint64_t i = 0; i < FetchedIndex::kMost; ++i) index.push_back(fetched(i));
+  ASSERT_TRUE(world.fetched.MakeDirectory());
+  ASSERT_TRUE(world.fetched.Add("joe@POP.EXAMPLE", index));
+  const auto list = [&](std::uint64_t piece) {
+    std::string lines;
+    for (std::uint64_t i = 0; i < 1000; ++i) {
+      const auto number = (piece - 1) * 1000 + i;
+      lines += std::to_string(number + 1) + " " + fetched(number % FetchedIndex::kMost) + "\r\n";
+    }
+    return lines;
+  };
+  const auto endingList = [&](std::uint64_t piece) {
+    if (piece <= FetchedIndex::kMost / 1000) return list(piece);
+    return std::string(piece == FetchedIndex::kMost / 1000 + 1 ? ".\r\n" : "");
+  };
+  world.instance.access.trackUnread = kTrue;
+  world.instance.unreadOnly = kTrue;
+  const HostilePeer::Answer many{"+OK 4000000000 1\r\n"};
+  const ProcessMemory memory;
+  EXPECT_EQ(Call(kHeaders, {{"STAT", many}, {"UIDL", {"+OK\r\n", list}}}), 30);
+  EXPECT_LT(memory.Peak(), 400 * kMiB);
+  EXPECT_EQ(world.fetched.Read("joe@POP.EXAMPLE").size(), index.size());
+  world.network.accept = [&] {
+    return std::make_shared<HostilePeer>(HostilePeer::Answers{
+        {"STAT", many}, {"UIDL", {"+OK\r\n", endingList}}, {"TOP", {"+OK\r\n.\r\n"}}});
+  };
+  world.instance.maximumHeaders = 1;
+  EXPECT_TRUE(world.backEnd.LoadMessageHeaders(world.request).Succeeded());
+  ASSERT_EQ(world.shared.headers.size(), 1U);
+  EXPECT_EQ(world.shared.headers[0].number, "100001");
+}
+
 TEST_F(HostileServerTest, WhatDripsIsGivenUp) {
   const std::pair<const char*, Operation> kAnswers[] = {
       {"TOP", kHeaders}, {"UIDL", kIdentifiers}, {"RETR", kLoad}};

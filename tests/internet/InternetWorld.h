@@ -97,9 +97,10 @@ class InternetWorld {
         servers(configuration, nullptr, protector),
         log(*files, folder.Path()),
         security(network),
+        fetched(disk, *security.crypto, userDirectory.Path()),
         backEnd(
             {network, network, security.Ports(), disk, *codePage, *characterSets, *characterEncoder,
-             clock, prompt, box, configuration, servers, log, notifier, display},
+             clock, prompt, box, configuration, servers, fetched, log, notifier, display},
             {"1.0", ""}),
         request{instance, shared} {
     instance.mailSystem = mail_system::kInternet;
@@ -118,6 +119,7 @@ class InternetWorld {
   TempFolder folder;
   TempFolder received;   // the attachment directory
   TempFolder temporary;  // for the files of a message that is sent
+  TempFolder userDirectory;
   FakeNetwork network;
   FixedClock clock;
   AnsweringPrompt prompt;
@@ -134,6 +136,7 @@ class InternetWorld {
   AsynchNotifier notifier;
   RecordingDisplay display;
   TestSecurity security;
+  FetchedIndex fetched;
   InternetBackEnd backEnd;
   SharedState shared;
   InstanceState instance;

@@ -122,10 +122,12 @@ class Crowd {
   ReversingProtector protector_;
   ServerSections servers_{world_.configuration, nullptr, protector_};
   std::unique_ptr<CharacterEncoder> characterEncoder_ = MakeCharacterEncoder();
+  TempFolder userDirectory_;
+  FetchedIndex fetched_{*world_.files, *security_.crypto, userDirectory_.Path()};
   InternetBackEnd backEnd_{
       {*loop_, *loop_, security_.Ports(), *world_.files, *world_.codePage, *characterSets_,
        *characterEncoder_, *clock_, prompt_, world_.messageBox, world_.configuration, servers_,
-       world_.log, world_.notifier, display_},
+       fetched_, world_.log, world_.notifier, display_},
       {"1.0", {}}};
   InternetMailSystem internet_{backEnd_};
   std::vector<Client> clients_;

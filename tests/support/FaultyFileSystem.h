@@ -87,6 +87,7 @@ class FaultyFileSystem final : public FileSystem {
     }
 
     bool Seek(uint64_t position) override { return file_->Seek(position); }
+    bool Flush() override { return file_->Flush(); }
     std::optional<uint64_t> Size() override { return file_->Size(); }
     std::optional<LocalTime> ModificationTime() override { return file_->ModificationTime(); }
     bool Close() override { return file_->Close() && !owner_.closeFails; }

@@ -49,6 +49,8 @@ class PosixFile final : public File {
     return ::lseek(descriptor_, static_cast<off_t>(position), SEEK_SET) >= 0;
   }
 
+  bool Flush() override { return ::fsync(descriptor_) == 0; }
+
   std::optional<uint64_t> Size() override {
     struct stat info {};
     if (::fstat(descriptor_, &info) != 0) return std::nullopt;

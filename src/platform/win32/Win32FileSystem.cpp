@@ -71,6 +71,8 @@ class Win32File final : public File {
     return SetFilePointerEx(handle_, where, nullptr, FILE_BEGIN) != 0;
   }
 
+  bool Flush() override { return FlushFileBuffers(handle_) != FALSE; }
+
   std::optional<uint64_t> Size() override {
     LARGE_INTEGER size;
     if (GetFileSizeEx(handle_, &size) == FALSE) return std::nullopt;
