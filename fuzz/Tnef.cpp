@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,7 +45,8 @@ std::string Open(std::string_view bytes) {
   quillon::AttachmentList list(files);
   quillon::BodyCollector body(Reader(), settings, list);
   const auto file = files.Open(kPath, OpenMode::kRead);
-  const bool isWhole = quillon::Tnef(Reader(), settings, list, body).Open(*file);
+  std::optional<std::string> html;
+  const bool isWhole = quillon::Tnef(Reader(), settings, list, body, html).Open(*file);
   Require(!list.Failed());
   auto all = std::to_string(static_cast<int>(isWhole)) + body.Finish();
   Require(all.size() <= bytes.size() * 30 + 100);

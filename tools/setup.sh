@@ -15,6 +15,7 @@ packages=(
   libc6-i386 xvfb python3 python3-cryptography ca-certificates debian-archive-keyring
   # other people's servers, clients and codecs, which the tests work with
   dovecot-pop3d winbind mpop sharutils mpack zip unzip p7zip-full
+  libemail-mime-perl
   # what the benchmarks compare with
   libgmime-3.0-0 ripmime
 )

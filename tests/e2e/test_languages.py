@@ -1,5 +1,5 @@
-"""Messages in other languages: what a script sends in a character set, Python's email package reads
-as the same text, subject, names, addresses and file names."""
+"""Messages in other languages: what a script sends in a character set, Python's email package and
+Email::MIME read as the same text, subject, names, addresses and file names."""
 
 import email
 import email.policy
@@ -8,10 +8,13 @@ import re
 import shutil
 import unittest
 
+import emailmime
 from scripting import MailHost, ScriptTest, literal
 import winetest
 
 SESSION = pathlib.Path(__file__).resolve().parent / "mail" / "session.vbs"
+
+LOGO = b"\x89PNG\r\n" + bytes(range(256))
 
 # Language, character set asked for and the one that comes of it, name, subject, text, file name.
 LANGUAGES = [
@@ -90,13 +93,17 @@ class LanguageTest(ScriptTest, unittest.TestCase):
         (folder / "page.html").write_bytes(f"<p>{text}</p>".encode())
         quoted = '"' + name.replace('"', '\\"') + '"'
         path = "C:\\Files\\" + what + "\\"
+        page = [f"mail.AddAlternative {self.text(path + 'page.html')}, \"text/html\", 0"]
+        if modern:
+            (folder / "logo.png").write_bytes(LOGO)
+            page = [f"mail.HTMLMessage = {self.text(f'<p>{text}</p>')}",
+                    f"mail.AddInlineFile {self.text(path + 'logo.png')}, \"logo@example.com\""]
         return ["mail.NewMessage", f"mail.Charset = {literal(charset)}",
                 f"mail.ModernHeaders = {modern}",
                 f"mail.from = {self.text(quoted + ' <ann@example.com>')}",
                 f"mail.AddRecipientTo {self.text(quoted + ' <bob@example.com>, cid@example.com')}",
                 f"mail.subject = {self.text(subject)}", f"mail.Message = {self.text(text)}",
-                f"mail.AddAlternative {self.text(path + 'page.html')}, \"text/html\", 0",
-                f"mail.AddAttachment {self.text(path + file)}", "mail.Send"]
+                *page, f"mail.AddAttachment {self.text(path + file)}", "mail.Send"]
 
     def test_python_reads_what_a_script_sends_in_every_language(self):
         with MailHost() as host:
@@ -109,6 +116,23 @@ class LanguageTest(ScriptTest, unittest.TestCase):
                 self.check(language, wire)
                 self.assertEqual(number % 2 == 1, b"Message-ID: " in wire)
                 self.assertEqual(number % 2 == 0, b"X-Interface: " in wire)
+        for language, found in zip(LANGUAGES, emailmime.read(received), strict=True):
+            with self.subTest("Email::MIME, " + language[0]):
+                self.check_found(language, found)
+
+    def check_found(self, language, found):
+        what, _, _, name, subject, text, file = language
+        self.assertEqual(subject.strip(), found["subject"].strip())
+        self.assertEqual([[name, "ann@example.com"]], found["from"])
+        self.assertEqual([[name, "bob@example.com"], ["", "cid@example.com"]], found["to"])
+        self.assertEqual(text, found["text/plain"].replace("\r\n", "\n"))
+        self.assertEqual(f"<p>{text}</p>", found["text/html"].replace("\r\n", "\n").rstrip("\n"))
+        attachment = (file, b"content\r\n", "application/octet-stream", "")
+        if LANGUAGES.index(language) % 2 == 0:
+            self.assertEqual([attachment], found["files"], what)
+        else:
+            logo = ("logo.png", LOGO, "image/png", "<logo@example.com>")
+            self.assertEqual([logo, (file, b"content\r\n", "text/plain", "")], found["files"])
 
     def check(self, language, wire):
         _, _, charset, name, subject, text, file = language

@@ -1,4 +1,4 @@
-"""Received messages: whatever Python's email package composes is taken apart to the same texts and
+"""Received messages: whatever Python's email package or Email::MIME composes is taken apart to the same texts and
 files by a script that reads it over POP3."""
 
 import base64
@@ -21,6 +21,7 @@ import unittest
 import urllib.parse
 from email.message import EmailMessage
 
+import emailmime
 import tnef
 from scripting import ENDINGS, MailHost, ScriptTest, run_script, told_by_load_all
 import winetest
@@ -41,12 +42,13 @@ class Shape:
     """A message, and what must come of it: the text, (shown name, bytes) for each file, and the
     sender's name, which is the subject and a recipient's name too."""
 
-    def __init__(self, what, message, body, files=(), policy=SMTP, name=None):
+    def __init__(self, what, message, body, files=(), policy=SMTP, name=None, html=None):
         self.what = what
         self.wire = message if isinstance(message, bytes) else message.as_bytes(policy=policy)
         self.body = body if isinstance(body, str) else body.decode("ascii")
         self.files = list(files)
         self.name = name
+        self.html = html
 
 
 def crlf(text):
@@ -297,6 +299,21 @@ LANGUAGES = [
 ]
 
 
+def another_library():
+    """The same languages, in their own sets, from a library that is not Python's."""
+    messages = [{"charset": charset, "encoding": ("base64", "quoted-printable")[len(text) % 2],
+                 "subject": name, "from": [(name, "ann@example.com")],
+                 "to": [(name, "bob@example.com"), ("Eve", "eve@example.com")],
+                 "text": text + "\r\n", "html": f"<p>{text}</p>", "file": name + ".txt",
+                 "content": LOGO}
+                for charset, text, name in LANGUAGES if not charset.startswith("utf-")]
+    for message, wire in zip(messages, emailmime.composed(messages), strict=True):
+        page = message["html"].encode(message["charset"])
+        yield Shape("Email::MIME, " + message["charset"], wire, message["text"],
+                    [("ALTERNAT.HTM", page), (message["file"], LOGO)], name=message["subject"],
+                    html=message["html"])
+
+
 def languages():
     """Each in UTF-8, as Python writes it today, and in a set of its own, as programs used to."""
     long_lines = SMTP.clone(max_line_length=998)
@@ -341,7 +358,7 @@ def base64_words(name, charset):
 
 
 SHAPES = [shape for group in (texts, renderings, containers, boundaries, file_names, encodings,
-                              languages)
+                              another_library, languages)
           for shape in group()]
 
 
@@ -375,6 +392,8 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
         self.assertEqual([name for name, _ in shape.files], got["name"])
         if shape.name is not None:
             self.check_header(shape, got)
+        if shape.html is not None:
+            self.assertEqual([shape.html], got["html"])
         names = [file.rsplit("\\", 1)[1] for file in got["file"]]
         self.assertEqual(sorted(names), sorted(os.listdir(directory)))
         for name, (_, content) in zip(names, shape.files, strict=True):

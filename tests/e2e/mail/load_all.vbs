@@ -33,5 +33,7 @@ For i = 0 To mail.messageCount - 1
   Tell "body", mail.Message
   TellItems "file", 6
   TellItems "name", 7
+  TellItems "type", 13
+  TellItems "html", 15
 Next
 found.Close
