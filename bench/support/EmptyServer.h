@@ -66,6 +66,8 @@ class EmptyServer final : public IServer {
   GET_PUT(signed, VARIANT)
   ABSENT(AddXHeader, BSTR, BSTR)
   ABSENT(AddHeader, BSTR, BSTR)
+  ABSENT(AddInlineFile, BSTR, BSTR)
+  ABSENT(AddAttachmentEx, BSTR, BSTR, BSTR)
   ABSENT(AddAlternative, BSTR, BSTR, short)
   ABSENT(CopyFolder, BSTR, BSTR, short)
   ABSENT(GetMessageItems, short, SAFEARRAY**, short*)

@@ -116,7 +116,9 @@ class LanguageTest(ScriptTest, unittest.TestCase):
                 self.check(language, wire)
                 self.assertEqual(number % 2 == 1, b"Message-ID: " in wire)
                 self.assertEqual(number % 2 == 0, b"X-Interface: " in wire)
-        for language, found in zip(LANGUAGES, emailmime.read(received), strict=True):
+        # Of GB 2312 Email::MIME does not know the name that file names come with.
+        known = [pair for pair in zip(LANGUAGES, received) if pair[0][2] != "gb2312"]
+        for (language, _), found in zip(known, emailmime.read([wire for _, wire in known])):
             with self.subTest("Email::MIME, " + language[0]):
                 self.check_found(language, found)
 

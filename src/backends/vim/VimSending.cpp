@@ -64,7 +64,8 @@ MailResult VimBackEnd::Send(MailRequest& request) {
 
 MailResult VimBackEnd::Post(MailRequest& request) {
   const auto& message = request.shared.message;
-  if (message.subject.empty() && OutgoingText(message).empty()) throw ServerError(error_code::kDataMissing);
+  if (message.subject.empty() && OutgoingText(message).empty())
+    throw ServerError(error_code::kDataMissing);
   return Send(request);
 }
 
