@@ -414,7 +414,7 @@ TEST_F(MessageSplitterTest, EachTextIsReadInItsOwnSet) {
 }
 
 TEST_F(MessageSplitterTest, FilesKeepTheirLabels) {
-  const auto uu = "begin 644 u.txt\n#;VYE\n`\nend\n";
+  const auto* const uu = "begin 644 u.txt\n#;VYE\n`\nend\n";
   Split(
       Multipart("mixed", {"Content-Type: IMAGE/Png; name=a\nContent-ID:\t<a@b> \n\n",
                           "Content-Type: application/pdf (a comment)\nContent-ID: no brackets\n\n",

@@ -436,6 +436,38 @@ class ReceivedTest(ScriptTest, unittest.TestCase):
             self.assertEqual([], os.listdir(pathlib.Path(root) / "bare"))
             self.assertEqual(["data.longname"], os.listdir(pathlib.Path(root) / "plain"))
 
+    def test_html_is_text_for_who_knows_of_it_and_is_sent_on_with_its_picture(self):
+        page = new_message()
+        page.set_content("<p>Gr&uuml;&szlig;e</p><img src='cid:logo' alt=Logo>", subtype="html")
+        page.add_related(LOGO, "image", "png", cid="<logo>", filename="logo.png")
+        page.add_attachment(LOGO, "image", "png", filename="other.png")
+        page.get_payload()[1]["Content-ID"] = "<other>"
+        script = (SCRIPTS / "session.vbs").read_text() + "\n".join([
+            "NewServer WScript.Arguments(0), WScript.Arguments(1)",
+            "mail.AttachmentDirectory = WScript.Arguments(2)",
+            "mail.LoadMessageHeaders : mail.messageIndex = 0 : mail.LoadMessage",
+            'Same "as ever", "1", CStr(InStr(mail.Message, "<p>Gr&uuml;"))',
+            'Same "refers to", "logo", mail.GetMessageItemString(16)',
+            'Same "ids", "logo, other", mail.GetMessageItemString(14)',
+            'Same "page", "1", CStr(InStr(mail.HTMLMessage, "<p>Gr&uuml;"))',
+            "mail.LoadMessage",
+            'Dim text : text = "Gr" & Chr(252) & Chr(223) & "e" & vbCrLf & vbCrLf & "Logo"',
+            'Same "text", text, mail.Message',
+            "mail.HTMLMessage = mail.HTMLMessage",
+            'mail.ClearMessageItems 1 : mail.AddRecipientTo "bob@example.com"',
+            "mail.Send"])
+        with tempfile.TemporaryDirectory(prefix="received-") as root, \
+                MailHost([page.as_bytes(policy=SMTP)]) as host:
+            self.run_checks(self.wine, script, host.smtp, host.pop, pathlib.Path(root))
+            sent = email.message_from_bytes(host.received()[1], policy=SMTP)
+        self.assertEqual(crlf(page.get_body(("html",)).get_content()),
+                         crlf(sent.get_body(("html",)).get_content().replace("\r\n", "\n")))
+        related, = [part for part in sent.walk()
+                    if part.get_content_type() == "multipart/related"]
+        self.assertEqual([("<logo>", LOGO)], [(part["Content-ID"], part.get_content())
+                                              for part in related.iter_attachments()])
+        self.assertEqual(["other.png"], [part.get_filename() for part in sent.iter_attachments()])
+
     def test_a_winmail_dat_is_opened(self):
         inner = tnef.message({tnef.BODY: "Inner"}, [("inner.txt", b"inner data")])
         rtf = b"{\\rtf1 Gr\\'fc\\'dfe}"
