@@ -1,5 +1,6 @@
 #include "core/Utf8.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -40,12 +41,23 @@ Decoded DecodeSequence(std::string_view text) {
   return {point, length};
 }
 
-// Eight characters at once: most text is that.
-bool BeginsWithAscii(std::string_view text) {
+// How much of it is ASCII, of the first eight bytes at most. Most text is that.
+std::size_t AsciiPrefix(std::string_view text) {
   std::uint64_t word = 0;
-  if (text.size() < sizeof word) return false;
-  std::memcpy(&word, text.data(), sizeof word);
-  return (word & 0x8080808080808080U) == 0;
+  if (text.size() >= sizeof word) {
+    std::memcpy(&word, text.data(), sizeof word);
+    return static_cast<std::size_t>(std::countr_zero(word & 0x8080808080808080U)) / 8;
+  }
+  std::size_t size = 0;
+  while (size < text.size() && static_cast<unsigned char>(text[size]) < 0x80) ++size;
+  return size;
+}
+
+// Two bytes are most of what is left.
+bool BeginsWithTwoByteSequence(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text[0]);
+  return lead >= 0xC2 && lead < 0xE0 && text.size() > 1 &&
+         (static_cast<unsigned char>(text[1]) & 0xC0U) == 0x80U;
 }
 
 }  // namespace
@@ -79,18 +91,15 @@ char32_t TakeUtf8(std::string_view& text) {
 }
 
 bool IsUtf8(std::string_view bytes) {
-  while (!bytes.empty()) {
-    if (BeginsWithAscii(bytes)) {
-      bytes.remove_prefix(sizeof(std::uint64_t));
-      continue;
-    }
-    const auto byte = static_cast<unsigned char>(bytes[0]);
-    const auto [point, length] = byte < 0x80 ? Decoded{byte, 1} : DecodeSequence(bytes);
-    const bool isHalf = IsHighSurrogate(point) || IsLowSurrogate(point);
-    if (length == 0 || isHalf) return false;
+  while (true) {
+    bytes.remove_prefix(AsciiPrefix(bytes));
+    if (bytes.empty()) return true;
+    while (!bytes.empty() && BeginsWithTwoByteSequence(bytes)) bytes.remove_prefix(2);
+    if (bytes.empty() || static_cast<unsigned char>(bytes[0]) < 0x80) continue;
+    const auto [point, length] = DecodeSequence(bytes);
+    if (length == 0 || IsHighSurrogate(point) || IsLowSurrogate(point)) return false;
     bytes.remove_prefix(length);
   }
-  return true;
 }
 
 std::string Utf8FromUtf16(std::u16string_view units) {
