@@ -1,7 +1,8 @@
 """Checks that the public interface is still what clients were promised: every interface, class and
 enumeration of src/automation/quillon.promised has its identifier, and every member its place, its
 dispid or value, its direction and its types, its parameters their names. New members go behind the
-others; `--promise` adds them to the file, once they are released."""
+others; `--promise` adds them to the file, once they are released. The error codes that clients are
+told are those that the server raises."""
 
 import pathlib
 import re
@@ -16,6 +17,10 @@ MEMBER = re.compile(r"\[([^\[\]]*\bid\([^)]*\)[^\[\]]*)\]\s*([^;]*);")
 DEFAULT = re.compile(r"\[default\]\s*interface\s+\w+")
 ENUM = re.compile(r"\btypedef\s*\[([^\[\]]*)\]\s*enum\s+(\w+)\s*\{([^{}]*)\}")
 TEXT = re.compile(r",?\s*helpstring\(\s*\"[^\"]*\"\s*\)")
+ERROR_CODES = FOLDER.parent / "core" / "ErrorCode.h"
+ERROR_CODE = re.compile(r"constexpr std::int32_t k(\w+) = (\d+);")
+# A failure of the system's own, one of a system that is gone, and where other numbers begin.
+NO_SERVER_ERRORS = {"FileAccess", "Windows16", "Dialer"}
 
 
 def plain(text):
@@ -62,9 +67,18 @@ def problems(now, before):
                 yield f"{name}, line {place + 1}: promised was\n    {line}\nand there is\n    {there}"
 
 
+def other_error_codes(now):
+    """Those of which the type library and the code do not say the same."""
+    raised = {f"Error{name} = {number}"
+              for name, number in ERROR_CODE.findall(ERROR_CODES.read_text(encoding="utf-8"))
+              if name not in NO_SERVER_ERRORS}
+    for line in sorted(raised ^ set(now["enum ServerErrorCode"][1:])):
+        yield f"{line} is not in both of {IDL.name} and {ERROR_CODES.name}"
+
+
 def main():
     now = described(IDL.read_text(encoding="utf-8"))
-    found = list(problems(now, promised()))
+    found = [*problems(now, promised()), *other_error_codes(now)]
     for problem in found:
         print(problem)
     if not found and sys.argv[1:] == ["--promise"]:
