@@ -9,6 +9,8 @@ endif()
 if(WIN32)
   # Nothing here takes an address for a signed number, so that all 4 GiB of a 64-bit system can be
   # given to the program.
+  # --no-seh: there is no structured exception handler in the image, so the system takes an address in
+  # it for none. The compiler has no control-flow guard.
   target_link_options(quillon_options INTERFACE
-    -Wl,--dynamicbase,--nxcompat,--large-address-aware)
+    -Wl,--dynamicbase,--nxcompat,--large-address-aware,--no-seh)
 endif()

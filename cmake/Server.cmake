@@ -23,7 +23,7 @@ if(idl_present)
     message(FATAL_ERROR "the private Wine is missing from ${wine_root}: run ./dev setup")
   endif()
   find_program(WIDL i686-w64-mingw32-widl REQUIRED)
-  set(widl ${WIDL} -m32 -I "${idl_includes}" -L "${idl_libraries}")
+  set(widl env LC_ALL=C TZ=UTC ${WIDL} -m32 -I "${idl_includes}" -L "${idl_libraries}")
   # <name>.idl -> <name>.tlb and <name>_h.h; ARGN is done with them afterwards.
   function(quillon_compile_idl name source)
     add_custom_command(
@@ -32,9 +32,10 @@ if(idl_present)
       COMMAND ${widl} -h -o "${generated}/${name}_h.h" "${source}"
       ${ARGN} DEPENDS "${source}" COMMENT "Compiling ${name}.idl" VERBATIM)
   endfunction()
-  # The member "signed" cannot be written so in the language: the word is reserved there.
-  quillon_compile_idl(quillon "${idl}" COMMAND env LC_ALL=C sed -i s/Signed/signed/g
-    "${generated}/quillon.tlb" "${generated}/quillon_h.h")
+  set(finish "${PROJECT_SOURCE_DIR}/cmake/finish_typelib.py")
+  quillon_compile_idl(quillon "${idl}"
+    COMMAND python3 "${finish}" "${generated}/quillon.tlb" "${generated}/quillon_h.h"
+    DEPENDS "${finish}")
   add_custom_target(quillon_typelib DEPENDS "${generated}/quillon.tlb" "${generated}/quillon_h.h")
   add_dependencies(quillon_idl quillon_typelib)
 endif()
@@ -50,9 +51,13 @@ if(server_main AND idl_present)
     OBJECT_DEPENDS "${generated}/quillon.tlb;${PROJECT_SOURCE_DIR}/cmake/quillon.exe.manifest;\
 ${PROJECT_SOURCE_DIR}/src/automation/quillon.ico;\
 ${PROJECT_SOURCE_DIR}/src/dialogs/win32/dialogs.rc;\
+${PROJECT_BINARY_DIR}/generated/Commit.h;\
 ${PROJECT_SOURCE_DIR}/src/dialogs/win32/resource.h")
-  target_include_directories(quillon PRIVATE "${generated}" cmake)
+  target_include_directories(quillon PRIVATE "${generated}" "${PROJECT_BINARY_DIR}/generated" cmake)
+  add_dependencies(quillon quillon_commit)
   target_link_libraries(quillon PRIVATE quillon_options quillon_automation)
-  # The map tells what an address in a crash report was, which the stripped program cannot.
-  target_link_options(quillon PRIVATE -municode -s "-Wl,-Map=${PROJECT_BINARY_DIR}/quillon.map")
+  # The map tells what an address in a crash report was, which the stripped program cannot. Without a
+  # time in it, two builds of a commit are the same bytes.
+  target_link_options(quillon PRIVATE -municode -s -Wl,--no-insert-timestamp
+    "-Wl,-Map=${PROJECT_BINARY_DIR}/quillon.map")
 endif()

@@ -7,7 +7,7 @@ import sys
 
 # Bits of the PE headers: the file's characteristics and those that are called the DLL's.
 RELOCATIONS_STRIPPED, LARGE_ADDRESS_AWARE = 0x0001, 0x0020
-DYNAMIC_BASE, NX_COMPATIBLE = 0x0040, 0x0100
+DYNAMIC_BASE, NX_COMPATIBLE, NO_SEH = 0x0040, 0x0100, 0x0400
 
 
 def characteristics(image):
@@ -27,6 +27,7 @@ def missing(image, link_map):
     found = {
         "address space layout randomisation": moves,
         "data execution prevention": of_dll & NX_COMPATIBLE,
+        "the word that it has no exception handlers": of_dll & NO_SEH,
         "addresses beyond 2 GiB": of_file & LARGE_ADDRESS_AWARE,
         # Each of these is in the file only if something calls it.
         "the stack protector": b"*** stack smashing detected ***" in image,

@@ -16,8 +16,8 @@ std::string LogTime(const LocalTime& time) {
   return text.data();
 }
 
-ProtocolLog::ProtocolLog(FileSystem& files, std::string directory)
-    : files_(files), directory_(std::move(directory)) {}
+ProtocolLog::ProtocolLog(FileSystem& files, std::string directory, std::string heading)
+    : files_(files), directory_(std::move(directory)), heading_(std::move(heading)) {}
 
 ProtocolLog::~ProtocolLog() = default;
 
@@ -27,6 +27,7 @@ void ProtocolLog::Start() {
   const auto path = WithSeparator(files_, directory_) + "POPDUMP.TXT";
   files_.RemoveFile(path);
   file_ = files_.Open(path, OpenMode::kCreate);
+  if (!heading_.empty()) WriteDebug(heading_);
 }
 
 void ProtocolLog::Stop() {

@@ -19,8 +19,9 @@ std::string LogTime(const LocalTime& time);
 
 class ProtocolLog {
  public:
-  // `directory` is where the file lives, with or without a separator at its end.
-  ProtocolLog(FileSystem& files, std::string directory);
+  // `directory` is where the file lives, with or without a separator at its end; `heading`, if
+  // there is one, the first line of each file.
+  ProtocolLog(FileSystem& files, std::string directory, std::string heading = {});
   ~ProtocolLog();
   ProtocolLog(const ProtocolLog&) = delete;
   ProtocolLog& operator=(const ProtocolLog&) = delete;
@@ -38,6 +39,7 @@ class ProtocolLog {
  private:
   FileSystem& files_;
   std::string directory_;
+  std::string heading_;
   std::unique_ptr<File> file_;
   std::string line_;
   unsigned starts_ = 0;

@@ -3,20 +3,15 @@
 #include <windows.h>
 #include <aclapi.h>
 #include <array>
-#include <cstddef>
-#include <memory>
 #include <sddl.h>
 #include <string_view>
-#include <vector>
+
+#include "platform/win32/LocalMemory.h"
+#include "platform/win32/ProcessUser.h"
 
 namespace quillon {
 
 namespace {
-
-struct LocalDeleter {
-  void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
-using LocalMemory = std::unique_ptr<void, LocalDeleter>;
 
 // Who may change everything anyway: the system, the administrators, the owner whoever it is, the
 // creator of what is made, and the service that installs Windows' own programs.
@@ -26,18 +21,6 @@ constexpr std::array kTrusted = {L"S-1-5-18", L"S-1-5-32-544", L"S-1-3-4", L"S-1
 constexpr ACCESS_MASK kChanging = FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD | DELETE |
                                   WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
 
-bool IsUser(PSID identifier) {
-  HANDLE token = nullptr;
-  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return false;
-  DWORD size = 0;
-  GetTokenInformation(token, TokenUser, nullptr, 0, &size);
-  std::vector<std::max_align_t> memory(size / sizeof(std::max_align_t) + 1);
-  const bool known = GetTokenInformation(token, TokenUser, memory.data(), size, &size) != FALSE;
-  CloseHandle(token);
-  return known && EqualSid(reinterpret_cast<const TOKEN_USER*>(memory.data())->User.Sid,
-                           identifier) != FALSE;
-}
-
 bool IsTrusted(PSID identifier) {
   wchar_t* text = nullptr;
   if (ConvertSidToStringSidW(identifier, &text) == FALSE) return false;
@@ -45,7 +28,8 @@ bool IsTrusted(PSID identifier) {
   for (const std::wstring_view trusted : kTrusted) {
     if (trusted == text) return true;
   }
-  return IsUser(identifier);
+  const ProcessUser user;
+  return user.Sid() != nullptr && EqualSid(user.Sid(), identifier) != FALSE;
 }
 
 // What an entry lets its holder do; entries that deny or audit let nobody do anything. The holder
