@@ -1,4 +1,5 @@
-// The AddressBook that clients hold.
+// The AddressBook that clients hold. When the Server that it is given lives in another process of
+// this program, that process has an address book made, and this object passes all calls on to it.
 #pragma once
 
 #include "addressbook/AddressBook.h"
@@ -36,8 +37,13 @@ class AddressBookObject final : public PublicObject<IAddressBook, AddressBook> {
   HRESULT STDMETHODCALLTYPE ShowAddressBook() override;
 
  private:
+  // Runs a member of this object, or that of the one that works in the Server's own process.
+  template <class Member, class Here, class... Arguments>
+  HRESULT Route(Member member, Here here, Arguments... arguments);
+
   const DualInterface& items_;
-  ComPtr<IDispatch> mailObject_;  // as the client put it
+  ComPtr<IDispatch> mailObject_;    // as the client put it
+  ComPtr<IAddressBook> elsewhere_;  // that of a Server of another process
 };
 
 }  // namespace quillon

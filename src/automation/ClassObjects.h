@@ -2,6 +2,8 @@
 #pragma once
 
 #include <windows.h>
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "automation/ClassFactory.h"
@@ -11,7 +13,11 @@ namespace quillon {
 
 class ClassObjects {
  public:
-  ClassObjects() = default;
+  enum class Clients { All, One };
+
+  // One: whoever gets the first object stays alone in this process. COM starts another one for who
+  // comes next.
+  explicit ClassObjects(Clients clients) : clients_(clients) {}
   ClassObjects(const ClassObjects&) = delete;
   ClassObjects& operator=(const ClassObjects&) = delete;
   ~ClassObjects() { Revoke(); }
@@ -24,7 +30,11 @@ class ClassObjects {
   void Revoke() noexcept;
 
  private:
+  ClassFactory::Maker ForOneClient(ClassFactory::Maker make);
+
+  const Clients clients_;
   std::vector<DWORD> cookies_;
+  std::optional<std::size_t> taken_;  // the class whose client is the only one
 };
 
 }  // namespace quillon

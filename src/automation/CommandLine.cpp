@@ -94,7 +94,9 @@ std::wstring_view WithoutLastSwitches(std::wstring_view text) {
 
 CommandLine ParseCommandLine(std::wstring_view text) {
   CommandLine line;
-  for (text = Trimmed(text.substr(WordLength(text))); !text.empty();) {
+  text = Trimmed(text.substr(WordLength(text)));
+  line.bare = text.empty();
+  while (!text.empty()) {
     const auto length = WordLength(text);
     const auto word = Unquoted(text.substr(0, length));
     if (!LooksLikeSwitch(word)) {

@@ -25,6 +25,7 @@ struct CommandLine {
   StartMode mode = StartMode::Serve;
   std::wstring unknown;                 // what is refused
   std::vector<std::wstring> arguments;  // of Configure, Authorize and Check
+  bool bare = false;                    // nothing at all was said: COM always says something
   std::wstring rest;                    // as it stands from the first word on that is no switch
 };
 

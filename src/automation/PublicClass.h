@@ -18,6 +18,10 @@ struct PublicClass {
   const wchar_t* errorSource;  // where its errors come from
 };
 
+// The program, which is one for all its classes.
+inline constexpr GUID kProgramId{
+    0xE00787D4, 0x7369, 0x4CCF, {0xA0, 0x8E, 0xF5, 0x1F, 0xEA, 0x0A, 0x98, 0xE8}};
+
 inline constexpr wchar_t kErrorSource[] = L"QuillonInterface.Server";
 
 inline constexpr PublicClass kServerClass{

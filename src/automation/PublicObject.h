@@ -1,6 +1,6 @@
 // What an object of a public class does whatever its members are: `Core` is the class of the layer
 // below that knows the work, `Interface` the dual interface that clients call. What is left to the
-// skin that derives from it is one line per member.
+// skin that derives from it is one line per member. `Others` are interfaces beside that one.
 #pragma once
 
 #include <utility>
@@ -11,13 +11,13 @@
 
 namespace quillon {
 
-template <class Interface, class Core>
-class PublicObject : public DispatchObject<Interface, IProvideClassInfo2> {
+template <class Interface, class Core, class... Others>
+class PublicObject : public DispatchObject<Interface, IProvideClassInfo2, Others...> {
  public:
   // `arguments` make the core.
   template <class... Arguments>
   PublicObject(const ClassType& type, ProcessLifetime& lifetime, Arguments&&... arguments)
-      : DispatchObject<Interface, IProvideClassInfo2>(type.dual, lifetime),
+      : DispatchObject<Interface, IProvideClassInfo2, Others...>(type.dual, lifetime),
         classInfo_(type.info),
         core_(std::forward<Arguments>(arguments)...) {}
 

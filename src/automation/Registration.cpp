@@ -4,6 +4,7 @@
 #include <objbase.h>
 #include <utility>
 
+#include "platform/win32/ComSecurity.h"
 #include "platform/win32/RegistryKey.h"
 #include "quillon_h.h"
 
@@ -12,7 +13,6 @@ namespace {
 
 constexpr wchar_t kProgramText[] = L"Quillon mail server";
 constexpr wchar_t kVersion[] = L"1.0";
-constexpr wchar_t kAppId[] = L"{E00787D4-7369-4CCF-A08E-F51FEA0A98E8}";
 // The system's marshaller for interfaces that a type library describes.
 constexpr wchar_t kTypeLibraryMarshaller[] = L"{00020424-0000-0000-C000-000000000046}";
 
@@ -24,10 +24,15 @@ std::wstring TextOf(REFGUID guid) {
 
 // The program, which is one for all its classes.
 void AddProgram(std::vector<RegistryRow>& rows, const std::wstring& executable) {
+  const std::wstring id = TextOf(kProgramId);
+  const std::wstring key = L"AppID\\" + id;
   rows.insert(rows.end(), {
-                              {std::wstring(L"AppID\\") + kAppId, nullptr, kProgramText},
-                              {L"AppID\\" + executable, L"AppID", kAppId},
+                              {key, nullptr, kProgramText},
+                              {L"AppID\\" + executable, L"AppID", id},
                           });
+  if (auto permission = LaunchPermission(); !permission.empty()) {
+    rows.push_back({key, L"LaunchPermission", {}, false, std::move(permission)});
+  }
 }
 
 std::wstring ServerKey(const PublicClass& described) {
@@ -43,7 +48,7 @@ void AddClass(std::vector<RegistryRow>& rows, const PublicClass& described,
   const std::wstring versioned = progId + L".1";
   rows.insert(rows.end(), {
                               {classKey, nullptr, described.text},
-                              {classKey, L"AppID", kAppId},
+                              {classKey, L"AppID", TextOf(kProgramId)},
                               {ServerKey(described), nullptr, command},
                               {classKey + L"\\ProgID", nullptr, versioned},
                               {classKey + L"\\VersionIndependentProgID", nullptr, progId},
@@ -109,11 +114,26 @@ Registration::Registration(const std::wstring& program, std::span<const PublicCl
   }
 }
 
+namespace {
+
+LSTATUS Put(RegistryKey& key, const RegistryRow& row) {
+  if (row.marker) return ERROR_SUCCESS;
+  if (row.permission.empty()) return key.SetText(row.name, row.data);
+  return key.Has(row.name) ? ERROR_SUCCESS : key.SetBytes(row.name, row.permission);
+}
+
+LSTATUS TakeBack(RegistryKey& key, const RegistryRow& row) {
+  const bool ours = row.permission.empty() ? key.Text(row.name) == row.data : key.Has(row.name);
+  return !row.marker && ours ? key.DeleteValue(row.name) : ERROR_SUCCESS;
+}
+
+}  // namespace
+
 LSTATUS Registration::Register(const Place& place) const {
   for (const RegistryRow& row : rows_) {
     RegistryKey key;
     LSTATUS result = key.Create(place.root, place.classes + L"\\" + row.key);
-    if (result == ERROR_SUCCESS && !row.marker) result = key.SetText(row.name, row.data);
+    if (result == ERROR_SUCCESS) result = Put(key, row);
     if (result != ERROR_SUCCESS) {
       Unregister(place);
       return result;
@@ -142,9 +162,7 @@ LSTATUS Registration::TakeOut(const Place& place) const {
     RegistryKey key;
     LSTATUS result = key.Open(place.root, path);
     if (result == ERROR_FILE_NOT_FOUND) continue;
-    if (result == ERROR_SUCCESS && !row->marker && key.Text(row->name) == row->data) {
-      result = key.DeleteValue(row->name);
-    }
+    if (result == ERROR_SUCCESS) result = TakeBack(key, *row);
     key.Close();
     if (result == ERROR_SUCCESS) result = RegistryKey::DeleteEmpty(place.root, path, place.classes);
     if (outcome == ERROR_SUCCESS) outcome = result;

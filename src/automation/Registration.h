@@ -3,6 +3,7 @@
 #pragma once
 
 #include <windows.h>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,12 +13,14 @@
 namespace quillon {
 
 // One value below a "Software\Classes" key. A null name is the key's default value; `marker` keys
-// exist without any value.
+// exist without any value. `permission` is one that administrators may put in another way: what is
+// there stays, and goes with the program all the same.
 struct RegistryRow {
   std::wstring key;
   const wchar_t* name;
   std::wstring data;
   bool marker = false;
+  std::vector<std::uint8_t> permission = {};
 };
 
 class Registration {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "automation/AddressBookObject.h"
 #include "automation/ItemsObject.h"
 #include "automation/NotificationCall.h"
 #include "platform/win32/Win32AutomationObject.h"
@@ -33,6 +34,17 @@ std::shared_ptr<Server> ServerObject::Behind(IDispatch* object) {
   if (object == nullptr || FAILED(object->QueryInterface(kServerItself, &found))) return nullptr;
   auto* const self = static_cast<ServerObject*>(found);
   return {&self->Below(), [self](Server*) { self->Release(); }};
+}
+
+HRESULT STDMETHODCALLTYPE ServerObject::QueryService(REFGUID service, REFIID iid, void** object) {
+  return Call([&] {
+    Output(object) = nullptr;
+    if (service != kAddressBookClass.id) throw HresultError(E_NOINTERFACE);
+    const auto book = ComPtr<IAddressBook>::Attach(
+        new AddressBookObject(types_.addressBook, types_.items, Lifetime()));
+    ThrowIfFailed(book->put_MailObject(this));
+    ThrowIfFailed(book->QueryInterface(iid, object));
+  });
 }
 
 IDispatch* ServerObject::MakeItems(std::vector<std::string> texts) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <servprov.h>
 #include <string>
 #include <vector>
 
@@ -12,16 +13,20 @@
 
 namespace quillon {
 
-// What the type library says of the class, and of the collections that its objects hand out.
+// What the type library says of the class, and of the address books and collections that its
+// objects hand out.
 struct ServerTypes {
   explicit ServerTypes(const TypeLibrary& library)
-      : server(library, kServerClass), items(library.Info(__uuidof(IItems)), kErrorSource) {}
+      : server(library, kServerClass),
+        addressBook(library, kAddressBookClass),
+        items(library.Info(__uuidof(IItems)), kErrorSource) {}
 
   const ClassType server;
+  const ClassType addressBook;
   const DualInterface items;
 };
 
-class ServerObject final : public PublicObject<IServer, Server> {
+class ServerObject final : public PublicObject<IServer, Server, IServiceProvider> {
  public:
   ServerObject(const ServerTypes& types, ProcessLifetime& lifetime, Environment& environment);
 
@@ -30,6 +35,10 @@ class ServerObject final : public PublicObject<IServer, Server> {
   static std::shared_ptr<Server> Behind(IDispatch* object);
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+
+  // The class AddressBook, as the service, is a new one of this object's, for the AddressBook of
+  // another process that has been given this object.
+  HRESULT STDMETHODCALLTYPE QueryService(REFGUID service, REFIID iid, void** object) override;
 
 #define GET(name, type) HRESULT STDMETHODCALLTYPE get_##name(type* value) override;
 #define PUT(name, type) HRESULT STDMETHODCALLTYPE put_##name(type newValue) override;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Commit.h"
 #include "Version.h"
 #include "administration/AuthorizeCommand.h"
 #include "administration/CheckCommand.h"
@@ -51,6 +52,7 @@
 #include "oauth/ProviderTokens.h"
 #include "platform/BackgroundHttps.h"
 #include "platform/Platform.h"
+#include "platform/win32/ComSecurity.h"
 #include "platform/win32/DataProtection.h"
 #include "platform/win32/LibrarySearch.h"
 #include "platform/win32/ProviderLibrary.h"
@@ -134,7 +136,8 @@ struct Application {
       ConfigurationPath(*files, programDirectory, UserDirectory());
   clsINIUtilities configuration{*files, configurationFile};
   AdministrationFiles administration{*files, configuration, programDirectory};
-  ProtocolLog protocolLog{*files, DirectoryOf(configurationFile)};
+  ProtocolLog protocolLog{*files, DirectoryOf(configurationFile),
+                          "--- Quillon " QUILLON_VERSION_AND_COMMIT};
   AsynchNotifier notifier;
   Win32ProgressDisplay progress{*loop};
   const std::string version = VersionText(kVersionMajor, kVersionMinor);
@@ -226,32 +229,73 @@ std::shared_ptr<Server> MakeOwnServer(ProcessLifetime& lifetime, Environment& en
   return {own, &own->server};
 }
 
-// Returns the exit status: that of the start-up which the text asks for, if any.
-int Serve(const std::string& commandLine) {
+// Whether each client has a process of its own, which a user, or else an administrator, decides.
+bool ServesOneClient(Application& application) {
+  constexpr const char* kSection = "Server";
+  constexpr const char* kKey = "ProcessPerClient";
+  auto& machine = application.administration.machine;
+  const bool everybody = !machine.Path().empty() && machine.ReadTrueFalse(kSection, kKey, false);
+  return application.configuration.ReadTrueFalse(kSection, kKey, everybody);
+}
+
+constexpr wchar_t kWhatThisIs[] =
+    L"Quillon, a mail server for programs\r\n"
+    L"\r\n"
+    L"There is nothing to do here: Windows starts it by itself when a script or a program "
+    L"creates\r\n"
+    L"QuillonInterface.Server, and it ends when nobody needs it any more.\r\n"
+    L"quillon.exe /? tells what else it can do.";
+
+constexpr wchar_t kNotRegistered[] =
+    L"\r\n\r\nIt is not registered yet, so no program finds it: quillon.exe /RegServer does that.";
+
+void TellWhatThisIs() {
+  CLSID registered = {};
+  const bool found = SUCCEEDED(CLSIDFromProgID(kServerClass.progId, &registered));
+  Inform(std::wstring(kWhatThisIs) + (found ? L"" : kNotRegistered));
+}
+
+// What clients are told of the classes and their members.
+struct PublicTypes {
+  explicit PublicTypes(const std::wstring& program) : library(program) {}
+
+  const TypeLibrary library;
+  const ServerTypes server{library};
+  const ClassType dialer{library, kDialerClass};
+};
+
+void AddClasses(ClassObjects& classes, const PublicTypes& types, ProcessLifetime& lifetime,
+                Application& application) {
+  classes.Add(kServerClass, lifetime, [&]() -> IServer* {
+    return new ServerObject(types.server, lifetime, application.environment);
+  });
+  classes.Add(kAddressBookClass, lifetime, [&]() -> IAddressBook* {
+    return new AddressBookObject(types.server.addressBook, types.server.items, lifetime);
+  });
+  classes.Add(kDialerClass, lifetime, [&]() -> IDialer* {
+    return new DialerObject(types.dialer, lifetime, application.dialers);
+  });
+}
+
+// Returns the exit status: that of the start-up which the command line asks for, if any.
+int Serve(const CommandLine& line) {
   auto apartment = std::make_unique<ComApartment>();
+  ThrowIfFailed(SecureCalls(kProgramId));
   const std::wstring program = ProgramPath();
   Application application(DirectoryOf(Utf8FromWide(program)));
   BusyFilter::Install(application.busy);
-  ClassObjects classes;
+  const bool oneClient = ServesOneClient(application);
+  ClassObjects classes(oneClient ? ClassObjects::Clients::One : ClassObjects::Clients::All);
   ProcessLifetime lifetime;
-  const TypeLibrary library(program);
-  const ServerTypes serverTypes(library);
-  const ClassType addressBookType(library, kAddressBookClass);
-  const ClassType dialerType(library, kDialerClass);
-  classes.Add(kServerClass, lifetime, [&]() -> IServer* {
-    return new ServerObject(serverTypes, lifetime, application.environment);
-  });
-  classes.Add(kAddressBookClass, lifetime, [&]() -> IAddressBook* {
-    return new AddressBookObject(addressBookType, serverTypes.items, lifetime);
-  });
-  classes.Add(kDialerClass, lifetime, [&]() -> IDialer* {
-    return new DialerObject(dialerType, lifetime, application.dialers);
-  });
+  const PublicTypes types(program);
+  AddClasses(classes, types, lifetime, application);
   int status = 0;
   StartUp startUp([&] { return MakeOwnServer(lifetime, application.environment); },
                   application.messageBox);
-  application.loop->Post([&] { status = startUp.Run(commandLine); });
+  application.loop->Post([&] { status = startUp.Run(Utf8FromWide(line.rest)); });
+  if (line.bare) application.loop->Post(TellWhatThisIs);
   lifetime.Serve([&classes] { classes.Revoke(); });
+  if (oneClient && !line.rest.empty()) classes.Revoke();  // the command line is the client
   ThrowIfFailed(CoResumeClassObjects());
   RemoveAbandonedFolders(*application.files, application.files->TempDirectory());
   lifetime.Run(*application.loop, [&application](const std::string& text) {
@@ -359,12 +403,12 @@ int Start() {
   const CommandLine line = ParseCommandLine(GetCommandLineW());
   switch (line.mode) {
     case StartMode::Serve:
-      return Serve(Utf8FromWide(line.rest));
+      return Serve(line);
     case StartMode::ShowHelp:
       Inform(kHelp);
       return 0;
     case StartMode::ShowVersion:
-      Inform(L"Quillon " + WideFromUtf8(QUILLON_VERSION_TEXT));
+      Inform(L"Quillon " + WideFromUtf8(QUILLON_VERSION_AND_COMMIT));
       return 0;
     case StartMode::Refuse:
       Complain(L"There is no switch " + line.unknown + L"; /? tells which there are.");

@@ -45,6 +45,7 @@ TEST(CommandLineTest, SwitchesAreKnownInAnyCaseWithEitherSign) {
       const CommandLine line = ParseCommandLine(program + c.given);
       EXPECT_EQ(line.mode, c.mode);
       EXPECT_EQ(line.rest, c.rest);
+      EXPECT_EQ(line.bare, c.given.find_first_not_of(L" \t") == std::wstring::npos);
     }
   }
 }

@@ -116,6 +116,22 @@ TEST_F(RegistrationTest, NothingOfOursStaysBehindAndNothingElseGoes) {
   EXPECT_EQ(left.size(), 4U);
 }
 
+TEST_F(RegistrationTest, AnAdministratorsPermissionStaysAndGoesWithTheProgram) {
+  ASSERT_EQ(registration_.Register(place_), ERROR_SUCCESS);
+  RegistryKey program;
+  program.Create(HKEY_CURRENT_USER,
+                 place_.classes + L"\\AppID\\{E00787D4-7369-4CCF-A08E-F51FEA0A98E8}");
+  ASSERT_TRUE(program.Has(L"LaunchPermission"));
+  const std::array<std::uint8_t, 3> other{1, 2, 3};
+  program.SetBytes(L"LaunchPermission", other);
+  program.Close();
+  const auto before = Below();
+  EXPECT_EQ(registration_.Register(place_), ERROR_SUCCESS);
+  EXPECT_EQ(Below(), before);
+  EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
+  EXPECT_LE(Below().size(), 1U);
+}
+
 TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistrationWhileItIsThere) {
   const TempFolder folder;
   const auto program = WideFromUtf8(folder.Path("other.exe"));

@@ -95,6 +95,43 @@ Same "items", CLng(20001), UBound(names)
 """)
 
 
+class InAnotherProcess(Books, unittest.TestCase):
+    """The address book and its Server have a process each. Wine, unlike Windows, does not carry the
+    texts of errors from one to the other."""
+    faces = OnMapi.faces
+    systems = OnMapi.systems
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        configuration = cls.wine.drive_c / "Quillon" / "quillon.ini"
+        configuration.write_text("[Server]\r\nProcessPerClient=TRUE\r\n", newline="")
+
+    def test_what_is_refused(self):
+        self.run_checks(self.wine, SESSION + """
+Dim book
+NewServer 9
+Set book = CreateObject("QuillonInterface.AddressBook")
+On Error Resume Next
+book.OpenAddressBook
+Same "no Server", CLng(750), Err.Number - vbObjectError
+Same "its text", "The Address Book MailObject property is not set or is nothing.", Err.Description
+Err.Clear
+Set book.MailObject = book
+Same "no Server either", CLng(529), Err.Number - vbObjectError
+Err.Clear
+Set book.MailObject = mail
+Same "taken", CLng(0), Err.Number
+book.MoveFirst
+Same "closed", CLng(751), Err.Number - vbObjectError
+Err.Clear
+mail.NewMessage
+Set book.MailObject = Nothing
+book.MoveFirst
+Same "no Server any more", CLng(750), Err.Number - vbObjectError
+""")
+
+
 class OnVim(Books, unittest.TestCase):
     faces = ("deskmapi", "vim32")
     systems = ((2, True, "list"),)

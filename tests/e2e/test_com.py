@@ -1,6 +1,7 @@
 """The registered server as other processes use it: calls, lifetime, several clients, the registry."""
 
 import pathlib
+import shutil
 import subprocess
 import time
 import unittest
@@ -147,13 +148,84 @@ class SeveralClients(RegisteredServer):
         return script
 
 
+PER_CLIENT = "[Server]\r\nProcessPerClient=TRUE\r\n"
+
+SHOW_SUBJECT = """
+Dim mail
+Set mail = CreateObject("QuillonInterface.Server")
+WScript.Echo mail.subject & "."
+"""
+
+
+class ProcessPerClient(unittest.TestCase):
+    """Nobody is where somebody else is, not even for another class or with a command line."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.wine = cls.enterClassContext(winetest.WinePrefix())
+        folder = cls.wine.drive_c / "Quillon"
+        folder.mkdir()
+        (folder / "quillon.ini").write_text(PER_CLIENT, newline="")
+        cls.server = pathlib.Path(shutil.copy(winetest.SERVER, folder))
+        cls.wine.register(cls.server)
+
+    def started(self, name, lines):
+        """A script that has said that it is ready, and keeps its objects until it is killed."""
+        script = self.wine.drive_c / name
+        script.write_text(lines + 'WScript.Echo "ready"\n'
+                          'CreateObject("WScript.Shell").Run "cmd /c ping -n 100 127.0.0.1", 0, True\n')
+        client = self.wine.start("cscript", "//nologo", script)
+        self.addCleanup(client.kill)
+        deadline = time.monotonic() + 60
+        while "ready" not in client.output():
+            self.assertIsNone(client.poll(), client.output())
+            self.assertLess(time.monotonic(), deadline, client.output())
+            time.sleep(0.05)
+
+    def test_strangers_have_nothing_in_common(self):
+        self.started("one.vbs", SHOW_SUBJECT + 'mail.subject = "secret"\n')
+        self.started("two.vbs", SHOW_SUBJECT)
+        self.assertEqual((True, ["."]), run_script(self.wine, SHOW_SUBJECT + ENDINGS["vbs"]))
+        self.assertEqual(2, self.servers_left())
+        self.started("book.vbs", 'Set book = CreateObject("QuillonInterface.AddressBook")\n')
+        self.assertEqual((True, ["."]), run_script(self.wine, SHOW_SUBJECT + ENDINGS["vbs"]))
+        self.assertEqual(3, self.servers_left())
+
+    def test_a_command_line_is_a_client_too(self):
+        kept = self.wine.start(self.server, "MS=10,", "KR=T")
+        self.addCleanup(kept.kill)
+        before = self.servers_left()
+        self.assertEqual((True, ["."]), run_script(self.wine, SHOW_SUBJECT + ENDINGS["vbs"]))
+        self.assertEqual(before, self.servers_left())
+        self.assertIsNone(kept.poll())
+
+    def servers_left(self):
+        """How many processes there are when those without a client have ended."""
+        time.sleep(4)
+        return len(self.wine.processes(SERVER))
+
+
 class CommandLine(unittest.TestCase):
+    def test_a_curious_person_is_told_what_this_is(self):
+        wine = self.enterContext(winetest.WinePrefix())
+        for registered in (False, True):
+            started = wine.start(winetest.SERVER)
+            self.addCleanup(started.kill)
+            deadline = time.monotonic() + 20
+            while "/?" not in started.output():
+                self.assertIsNone(started.poll(), started.output())
+                self.assertLess(time.monotonic(), deadline, started.output())
+                time.sleep(0.05)
+            self.assertEqual(not registered, "/RegServer" in started.output())
+            if not registered:
+                wine.register()
+
     def test_a_switch_is_answered_or_refused_in_one_line(self):
         wine = self.enterContext(winetest.WinePrefix())
         for arguments, status, expected in (
                 (["/RegSevrer"], 1, "^quillon: [^\n]*/RegSevrer[^\n]*\n$"),
                 (["/RegServer", "-peruser"], 1, "^quillon: [^\n]*-peruser[^\n]*\n$"),
-                (["/version"], 0, r"^Quillon \d+\.\d+\.\d+\n$"),
+                (["/version"], 0, r"^Quillon \d+\.\d+\.\d+ \([0-9a-f]{12}(, changed)?\)\n$"),
                 (["-?"], 0, "/UnregServerPerUser")):
             with self.subTest(arguments):
                 done = wine.run(winetest.SERVER, *arguments, timeout=20)

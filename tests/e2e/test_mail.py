@@ -209,6 +209,7 @@ class ThereAndBack(MailRoad):
             self.run_mail("logging.vbs", host.smtp, host.pop)
             self.assertEqual(2, len(host.received()))
         log = (self.wine.drive_c / "Quillon" / "POPDUMP.TXT").read_bytes()
+        self.assertRegex(log, rb"\A--- Quillon \d+\.\d+\.\d+ \([0-9a-f]{12}")
         self.assertTrue(log.endswith(b"\r\n"))
         self.assertNotIn(b"secret", log)
         lines = log.decode("ascii").split("\r\n")

@@ -38,6 +38,14 @@ LSTATUS RegistryKey::SetText(const wchar_t* name, const std::wstring& text) {
   return RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
 }
 
+bool RegistryKey::Has(const wchar_t* name) const {
+  return RegQueryValueExW(key_, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+LSTATUS RegistryKey::SetBytes(const wchar_t* name, std::span<const std::uint8_t> bytes) {
+  return RegSetValueExW(key_, name, 0, REG_BINARY, bytes.data(), static_cast<DWORD>(bytes.size()));
+}
+
 LSTATUS RegistryKey::DeleteValue(const wchar_t* name) {
   return RegDeleteValueW(key_, name);
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <windows.h>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace quillon {
@@ -21,6 +23,8 @@ class RegistryKey {
   // A null name is the default value. No value when there is none or it is not a text.
   std::optional<std::wstring> Text(const wchar_t* name) const;
   LSTATUS SetText(const wchar_t* name, const std::wstring& text);
+  bool Has(const wchar_t* name) const;
+  LSTATUS SetBytes(const wchar_t* name, std::span<const std::uint8_t> bytes);
   LSTATUS DeleteValue(const wchar_t* name);
 
   // Deletes the key if it holds neither values nor keys, then its parents by the same rule, up to
