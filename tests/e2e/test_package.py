@@ -12,6 +12,7 @@ import tempfile
 import unittest
 import zipfile
 
+from driving import User
 from scripting import ENDINGS, MailHost, register_sleeper, run_script, server_running
 import package
 import winetest
@@ -78,7 +79,7 @@ def setUpModule():
                             (FAULTY, stubborn_program(folder))):
         package.write_setup({**files, "quillon.exe": content, "docs/version.html": number.encode()},
                             folder / f"{number}.exe", number, 1_000_000_000)
-    Packages.wine = unittest.enterModuleContext(winetest.WinePrefix())
+    Packages.wine = unittest.enterModuleContext(winetest.WinePrefix(display=True))
     register_sleeper(Packages.wine)
 
 
@@ -93,13 +94,14 @@ class Packages(unittest.TestCase):
         return self.wine.drive_c.joinpath(*path.split("\\")[1:])
 
     def setup(self, number, *arguments, status=0, limit=None):
-        """Runs a set-up program; `limit` is the greatest size that a file may grow to."""
-        words = " ".join(["/S", *arguments]).split(" ")  # so that blanks in /D= get no quotes
-        command = [str(winetest.TOP / "tools" / "wine" / "run.sh"),
-                   str(self.folder / f"{number}.exe"), *words]
+        self.silently(self.folder / f"{number}.exe", *arguments, status=status, limit=limit)
+
+    def silently(self, program, *arguments, status=0, limit=None):
+        """`limit` is the greatest size that a file may grow to."""
+        words = " ".join(arguments).split(" ")  # so that blanks in a directory get no quotes
         # Beyond the limit a write fails, as on a full disk, when SIGXFSZ is ignored as it is here.
         done = subprocess.run(
-            command, env=self.wine.environment(), stdin=subprocess.DEVNULL,
+            [str(winetest.TOP / "tools" / "wine" / "run.sh"), str(program), "/S", *words], env=self.wine.environment(), stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60, check=False,
             restore_signals=False, preexec_fn=limit and (
                 lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))))
@@ -157,8 +159,7 @@ class Packages(unittest.TestCase):
         with tempfile.TemporaryDirectory() as scratch, server_running(self.wine,
                                                                       pathlib.Path(scratch)):
             self.setup(NEWER, "/WAIT=0", status=IN_USE)
-            self.wine.run(directory / "uninstall.exe", "/S", "/WAIT=0")
-            self.assertTrue(self.wine.wait_until_gone("un_a.exe"))
+            self.silently(directory / "uninstall.exe", "/WAIT=0", f"_?={path}", status=IN_USE)
             self.assertEqual(before, self.state("HKLM", directory))
         self.setup(NEWER)  # waits for the program to end
         self.assert_whole("HKLM", directory, NEWER, path)
@@ -190,6 +191,50 @@ class Packages(unittest.TestCase):
         self.uninstall(directory, "/PURGE=1")
         self.assert_gone("HKCU", directory)
         self.assertFalse(settings[0].exists())
+
+    def go_to(self, user, page):
+        """From the first page of a set-up program to one that has this control."""
+        user.window("Quillon Setup ")  # a box has no blank at its end
+        user.keys("Alt+a")
+        if page == "Install":
+            user.read("Only me")
+            user.keys("Alt+n")
+        user.read(page)
+
+    def test_pages(self):
+        [folder] = self.wine.drive_c.glob("users/*/AppData/Local")
+        directory = folder / "Programs" / "Quillon"
+        with User(self.wine) as user:
+            running = self.wine.start(self.folder / f"{OURS}.exe")
+            self.go_to(user, "Only me")
+            user.keys("Alt+o")
+            user.keys("Alt+n")
+            user.read("Browse")
+            user.keys("Alt+n")
+            user.read("Encrypt when the server offers it")
+            user.keys("Alt+e")
+            user.keys("Alt+i")
+            user.expect("1", "enabled", "Close")
+            user.keys("Alt+c")
+            self.assertEqual(0, running.wait().returncode)
+            self.assertIn("SMTPSecurity=starttls-if-offered",
+                          (directory / "quillon.ini").read_text())
+            before = self.state("HKCU", directory)
+            server = self.wine.start(directory / "quillon.exe")
+            running = self.wine.start(self.folder / f"{NEWER}.exe", "/SCOPE=user", "/WAIT=0")
+            self.go_to(user, "Install")
+            user.keys("Alt+i")
+            user.window("Quillon Setup")
+            user.keys("Alt+r")
+            user.window("Quillon Setup")
+            user.keys("Escape")
+            user.window("Quillon Setup ")
+            user.expect("1", "enabled", "Cancel")
+            user.keys("Escape")
+            self.assertEqual(IN_USE, running.wait().returncode)
+            self.wine.run("taskkill", "/im", "quillon.exe")
+            server.wait()
+            self.assertEqual(before, self.state("HKCU", directory))
 
     def test_failures_leave_the_old_version_whole(self):
         path = r"C:\Meine Grüße\Quillon"
