@@ -16,6 +16,8 @@ packages=(
   # other people's servers, clients and codecs, which the tests work with
   dovecot-pop3d winbind mpop sharutils mpack zip unzip p7zip-full
   libemail-mime-perl
+  # the documentation site, and the browser that tries it
+  python3-sphinx python3-myst-parser furo chromium-headless-shell
   # what the benchmarks compare with
   libgmime-3.0-0 ripmime
 )
