@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Draws the program's icon, an envelope with a quill: src/automation/quillon.ico, which is kept in the
-tree. Run it after changing the drawing."""
+"""Draws the program's icon, an envelope with a quill: src/automation/quillon.ico, and the same as the
+logo of the documents, both kept in the tree. Run it after changing the drawing."""
 
 import math
 import pathlib
 import struct
 import zlib
 
-ICON = pathlib.Path(__file__).resolve().parent.parent / "src" / "automation" / "quillon.ico"
+TREE = pathlib.Path(__file__).resolve().parent.parent
+ICON = TREE / "src" / "automation" / "quillon.ico"
+LOGO = TREE / "tools" / "site" / "static" / "logo.svg"
 BITMAPS = [16, 24, 32, 48, 64]
 COMPRESSED = [256]
 SAMPLES = 4  # in each direction, for smooth edges
@@ -105,6 +107,15 @@ def png(rows):
             + chunk(b"IDAT", zlib.compress(lines, 9)) + chunk(b"IEND", b""))
 
 
+def drawing():
+    """The shapes themselves, for any size."""
+    lines = ['<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 100 100">']
+    for (red, green, blue), corners in SHAPES:
+        points = " ".join(f"{100 * x:.1f},{100 * y:.1f}" for x, y in corners)
+        lines.append(f'  <polygon fill="#{red:02x}{green:02x}{blue:02x}" points="{points}"/>')
+    return "\n".join([*lines, "</svg>", ""])
+
+
 def main():
     images = [(size, bitmap(draw(size))) for size in BITMAPS]
     images += [(size, png(draw(size))) for size in COMPRESSED]
@@ -114,6 +125,7 @@ def main():
         directory += struct.pack("<BBBBHHII", size % 256, size % 256, 0, 0, 1, 32, len(data), place)
         place += len(data)
     ICON.write_bytes(directory + b"".join(data for _, data in images))
+    LOGO.write_text(drawing())
 
 
 if __name__ == "__main__":

@@ -18,6 +18,8 @@ packages=(
   libemail-mime-perl
   # the installer
   nsis
+  # the documentation site, and the browser that tries it
+  python3-sphinx python3-myst-parser furo chromium-headless-shell
   # what the benchmarks compare with
   libgmime-3.0-0 ripmime
 )
