@@ -6,6 +6,7 @@ MEMBERS = "docs/reference/members.md"  # written by members.py
 
 NAVIGATION = [
     ("First steps", [
+        "docs/installing.md",
         "docs/todays-servers.md",
         "docs/languages.md",
         "docs/sending-a-lot.md",
@@ -61,6 +62,7 @@ NAVIGATION = [
     ]),
     ("The project", [
         "README.md",
+        "CHANGELOG.md",
         ("CONTRIBUTING.md", ["docs/mailhost.md", "tests/conversations/README.md"]),
         "LICENSE",
     ]),
