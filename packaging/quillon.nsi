@@ -1,5 +1,6 @@
 ; The installer. tools/package.py calls makensis with
 ;   VERSION, VERSION_HIGH, VERSION_LOW   the version, and the two numbers of its version record
+;   PRODUCT_VERSION                      the version with the commit
 ;   PAYLOAD, PAYLOAD_KB                  the directory with the files, their size together
 ;   PAYLOAD_LIST                         what puts each of them there and takes it away
 ;   OUTPUT                               the file to make
@@ -23,7 +24,7 @@ VIAddVersionKey "ProductName" "Quillon"
 VIAddVersionKey "CompanyName" "Quillon"
 VIAddVersionKey "FileDescription" "Quillon set-up"
 VIAddVersionKey "FileVersion" "${VERSION}"
-VIAddVersionKey "ProductVersion" "${VERSION}"
+VIAddVersionKey "ProductVersion" "${PRODUCT_VERSION}"
 VIAddVersionKey "LegalCopyright" "Apache License 2.0"
 
 !include MUI2.nsh

@@ -42,6 +42,13 @@ def version():
     return re.search(r"project\(\w+ VERSION (\d+\.\d+\.\d+)", text)[1]
 
 
+def product_version(program):
+    """Version and commit, as the program's version record has them."""
+    key = "ProductVersion\0".encode("utf-16-le")
+    value = program[program.index(key) + len(key):].decode("utf-16-le", "replace")
+    return value.lstrip("\0").partition("\0")[0]
+
+
 def commit_time():
     """In seconds since 1970."""
     given = os.environ.get("SOURCE_DATE_EPOCH")
@@ -133,8 +140,8 @@ def payload_list(files, stage):
     return "\n".join([*lines, "!macroend", ""])
 
 
-def write_setup(files, target, number, when):
-    """`number` is the version, of three parts."""
+def write_setup(files, target, number, when, product=None):
+    """`number` is the version, of three parts, `product` that with the commit."""
     major, minor, patch = map(int, number.split("."))
     with tempfile.TemporaryDirectory(prefix="package-") as folder:
         stage = pathlib.Path(folder, "files")
@@ -145,7 +152,7 @@ def write_setup(files, target, number, when):
         listing = pathlib.Path(folder, "payload.nsh")
         listing.write_text(payload_list(files, stage))
         defined = {
-            "VERSION": number, "VERSION_HIGH": major << 16 | minor, "VERSION_LOW": patch << 16,
+            "VERSION": number, "PRODUCT_VERSION": product or number, "VERSION_HIGH": major << 16 | minor, "VERSION_LOW": patch << 16,
             "PAYLOAD": stage, "PAYLOAD_KB": sum(map(len, files.values())) // 1024 + 1,
             "PAYLOAD_LIST": listing, "OUTPUT": target}
         done = subprocess.run(
@@ -163,7 +170,8 @@ def main():
     name = f"quillon-{number}"
     files = payload()
     write_zip(files, OUTPUT / f"{name}.zip", name, when)
-    write_setup(files, OUTPUT / f"{name}-setup.exe", number, when)
+    write_setup(files, OUTPUT / f"{name}-setup.exe", number, when,
+                product_version(files["quillon.exe"]))
     for made in (f"{name}.zip", f"{name}-setup.exe"):
         print(f"build/package/{made}: {(OUTPUT / made).stat().st_size / 1e6:.1f} MB")
 
