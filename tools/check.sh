@@ -26,5 +26,6 @@ check "layers" python3 tools/check_layers.py
 check "public interface" python3 tools/check_interface.py
 check "documents" python3 tools/check_docs.py
 check "protections of the program" python3 tools/check_image.py build/windows/quillon.exe
+check "licences" python3 tools/package.py --licences
 check "clang-tidy" python3 tools/tidy.py
 exit $failed

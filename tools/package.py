@@ -1,5 +1,6 @@
 """./dev package: build/package/quillon-VERSION.zip and quillon-VERSION-setup.exe, from the built
-program, the documentation site, and what stands in packaging/.
+program, the documentation site, and what stands in packaging/. With --licences it makes nothing,
+and fails when something is linked into the program whose terms are not told.
 
 Two runs for one commit make the same bytes: files are in a fixed order and carry the commit's time."""
 
@@ -77,6 +78,8 @@ def notice(link_map):
     """What is linked in, by whom, and the terms in full."""
     parts = [(PACKAGING / "NOTICE.txt").read_text()]
     for package in linked_packages(link_map):
+        if f"({package})" not in parts[0]:
+            raise PackageError(f"packaging/NOTICE.txt does not name {package}")
         terms = (COPYRIGHTS / package / "copyright").read_text()
         parts.append(f"\n{'=' * 78}\n{package}\n{'=' * 78}\n\n{terms}")
     return "".join(parts)
@@ -178,6 +181,9 @@ def main():
 
 if __name__ == "__main__":
     try:
-        main()
+        if sys.argv[1:] == ["--licences"]:
+            notice(LINK_MAP.read_text())
+        else:
+            main()
     except PackageError as error:
         sys.exit(f"package: {error}")
