@@ -30,15 +30,17 @@ HRESULT STDMETHODCALLTYPE AddressBookObject::get_MailObject(IDispatch** value) {
   return Call([&] { Output(value) = ComPtr<IDispatch>(mailObject_).Detach(); });
 }
 
+void AddressBookObject::WorkOn(IDispatch* mailObject) {
+  auto server = ServerObject::Behind(mailObject);
+  ComPtr<IAddressBook> elsewhere;
+  if (mailObject != nullptr && server == nullptr) elsewhere = BookBeside(mailObject);
+  const auto before = std::exchange(mailObject_, ComPtr<IDispatch>(mailObject));
+  const auto bookBefore = std::exchange(elsewhere_, elsewhere);
+  Below().SetMailObject(std::move(server));
+}
+
 HRESULT STDMETHODCALLTYPE AddressBookObject::put_MailObject(IDispatch* newValue) {
-  return Call([&] {
-    auto server = ServerObject::Behind(newValue);
-    ComPtr<IAddressBook> elsewhere;
-    if (newValue != nullptr && server == nullptr) elsewhere = BookBeside(newValue);
-    const auto before = std::exchange(mailObject_, ComPtr<IDispatch>(newValue));
-    const auto bookBefore = std::exchange(elsewhere_, elsewhere);
-    Below().SetMailObject(std::move(server));
-  });
+  return Call([&] { WorkOn(newValue); });
 }
 
 HRESULT STDMETHODCALLTYPE AddressBookObject::putref_MailObject(IDispatch* newValue) {

@@ -14,6 +14,9 @@ class AddressBookObject final : public PublicObject<IAddressBook, AddressBook> {
   AddressBookObject(const ClassType& type, const DualInterface& items, ProcessLifetime& lifetime)
       : PublicObject(type, lifetime), items_(items) {}
 
+  // What a put of MailObject does; throws.
+  void WorkOn(IDispatch* mailObject);
+
   HRESULT STDMETHODCALLTYPE get_MailObject(IDispatch** value) override;
   HRESULT STDMETHODCALLTYPE put_MailObject(IDispatch* newValue) override;
   HRESULT STDMETHODCALLTYPE putref_MailObject(IDispatch* newValue) override;

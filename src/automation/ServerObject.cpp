@@ -40,9 +40,9 @@ HRESULT STDMETHODCALLTYPE ServerObject::QueryService(REFGUID service, REFIID iid
   return Call([&] {
     Output(object) = nullptr;
     if (service != kAddressBookClass.id) throw HresultError(E_NOINTERFACE);
-    const auto book = ComPtr<IAddressBook>::Attach(
+    const auto book = ComPtr<AddressBookObject>::Attach(
         new AddressBookObject(types_.addressBook, types_.items, Lifetime()));
-    ThrowIfFailed(book->put_MailObject(this));
+    book->WorkOn(this);
     ThrowIfFailed(book->QueryInterface(iid, object));
   });
 }

@@ -53,7 +53,8 @@ C: QUIT
 S: +OK bye
 """
 # What log_events.vbs leads to: "%" stands for any text, TIME for date and time, "|" for nothing.
-LOG = """TIME Attempting to connect... |
+LOG = """--- Quillon %
+TIME Attempting to connect... |
 SMTP socket exception: 10061 %
 TIME Attempting to connect... |
 POP socket exception: 10061 %
@@ -218,7 +219,7 @@ class ThereAndBack(MailRoad):
                      "SMTP Tx: DATA", "SMTP Rx: 250 message accepted", "POP Tx: TOP 1 0",
                      "Subject: Logged"):
             self.assertEqual(1, lines.count(step), step)
-        self.assertRegex(lines[0], r"^--- Starting SMTP Send Method \S.* ---$")
+        self.assertRegex(lines[1], r"^--- Starting SMTP Send Method \S.* ---$")
 
     def test_protocol_log_of_events(self):
         (self.wine.drive_c / "page.htm").write_bytes(b"<p>")
