@@ -21,7 +21,7 @@ PHONE, DESK = 360, 1280
 
 # Elements that are wider than the window and cannot be moved in a box of their own.
 TOO_WIDE = """(() => {
-  const scrolls = e => e && e.tagName != 'BODY' &&
+  const scrolls = e => e && e.tagName != 'ARTICLE' &&
     (/auto|scroll/.test(getComputedStyle(e).overflowX) || scrolls(e.parentElement));
   const found = [...document.querySelectorAll('article *')].filter(e =>
     e.getBoundingClientRect().right > innerWidth + 1 && !scrolls(e.parentElement));
@@ -172,29 +172,50 @@ class Site(unittest.TestCase):
             for address, name in members:
                 self.assertIn("reference/" + address, found[spelling(name)], name)
 
+    def search(self, asked):
+        """[(title, address, what stands there)], by the box of a page."""
+        self.browser.open(self.site / "zip.html")
+        with self.browser.loading():
+            self.browser.evaluate("const box = document.querySelector('.sidebar-search');"
+                                  f"box.value = '{asked}'; box.form.requestSubmit()")
+        return self.browser.evaluate("""new Promise(done => {
+          const text = (li, which) => (li.querySelector(which) || {}).textContent;
+          const look = () => document.querySelector('.search-summary').textContent ?
+            done([...document.querySelectorAll('#search-results li')].map(li =>
+              [text(li, 'a'), li.querySelector('a').getAttribute('href'), text(li, '.context')])) :
+            setTimeout(look, 20);
+          look(); })""")
+
     def test_a_user_searches(self):
         self.window(DESK)
         for asked, title in (("AddRecipientTo", "AddRecipientTo"), ("smtpsecurity", "SMTPSecurity"),
                              ("Internet mail settings", "Internet mail settings")):
-            self.browser.open(self.site / "zip.html")
+            self.search(asked)
             with self.browser.loading():
-                self.browser.evaluate(
-                    "const box = document.querySelector('.sidebar-search');"
-                    f"box.value = '{asked}'; box.form.requestSubmit()")
-            with self.browser.loading():
-                self.browser.evaluate("""new Promise(found => {
-                  const look = () => { const first = document.querySelector('#search-results li a');
-                    first ? found(first.click()) : setTimeout(look, 20); }; look(); })""")
+                self.browser.evaluate("document.querySelector('#search-results a').click()")
             shown = self.browser.evaluate(
                 "(document.querySelector(location.hash || 'h1').querySelector('h1, h2, h3') ||"
                 " document.querySelector('h1')).textContent")
             self.assertEqual(title, shown.rstrip("#"))
 
     def test_words_of_the_text_are_found(self):
-        self.browser.open(self.site / "search.html")
-        found = self.browser.evaluate(f"({FIND})(['pin certificate', 'no such word as qwertz'])")
-        self.assertIn("security.html", found["pin certificate"])
-        self.assertEqual([], found["no such word as qwertz"])
+        texts = {address: text for _, address, text in self.search("pinned certificate")}
+        self.assertIn("security.html", texts)
+        for address, text in texts.items():
+            self.assertRegex(text or "", "(?i)pinned|certificate", address)
+        self.assertEqual([], self.search("there is no such word as qwertz"))
+
+    def test_errors_are_found_by_their_numbers(self):
+        for asked, text in (("529", "Invalid property value."), ("0x80040211", "Invalid property value."),
+                            ("-2147220975", "Invalid property value."),
+                            ("6043", "SMTP 43 \u00b7 The server refused the login."),
+                            ("6043", "POP3 43 \u00b7 The server refused the login."),
+                            ("6503", "500 to 504 \u00b7 SMTP command error."),
+                            ("9063", "The mail database could not be opened."),
+                            ("438", "there is no such member")):
+            found = self.search(asked)
+            self.assertIn(text, " ".join(said for _, address, said in found
+                                         if address.startswith("reference/errors.html#")))
 
     def test_every_page_fits_a_phone(self):
         self.window(PHONE)
