@@ -13,7 +13,7 @@ VERSION = re.search(r"project\(\w+ VERSION (\d+\.\d+\.\d+)",
 project = "Quillon"
 release = VERSION
 language = "en"
-extensions = ["myst_parser", "links", "theme"]
+extensions = ["myst_parser", "links", "results", "theme"]
 nitpicky = True
 smartquotes = False  # what stands in a document may be typed
 suppress_warnings = ["myst.header"]  # an entry of the reference is of the third level everywhere
@@ -25,11 +25,10 @@ pygments_dark_style = "github-dark"
 
 html_theme = "furo"
 html_title = f"Quillon {VERSION}"
-html_logo = "static/logo.svg"
+html_logo = html_favicon = "static/logo.svg"
 html_static_path = ["static"]
 html_css_files = ["site.css"]
 html_use_index = False
 html_copy_source = False
 html_show_copyright = False
-# Without a server a page may not read the others, where summaries would come from.
-html_show_search_summary = False
+html_show_search_summary = False  # results.py has its own
