@@ -1,5 +1,6 @@
 #include "codec/BodyCollector.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "codec/FlowedText.h"
@@ -11,6 +12,13 @@ namespace {
 constexpr const char* kFileName = "MESSAGE.TXT";
 constexpr const char* kTooLong = "{Message too long, appended as first attachment.}";
 constexpr std::string_view kLineEnd = "\r\n";
+
+// The library's search for what is none of a set calls a function for each character.
+bool IsBlank(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char character) {
+    return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+  });
+}
 
 }  // namespace
 
@@ -31,7 +39,7 @@ void BodyCollector::Append(std::string_view bytes) {
 }
 
 void BodyCollector::AppendCounted(std::string_view bytes) {
-  hasText_ = hasText_ || bytes.find_first_not_of(" \t\r\n") != std::string_view::npos;
+  hasText_ = hasText_ || !IsBlank(bytes);
   Put(settings_.maximumBodyLines == 0 ? bytes : WithinLines(bytes));
 }
 
