@@ -25,7 +25,7 @@ pygments_dark_style = "github-dark"
 
 html_theme = "furo"
 html_title = f"Quillon {VERSION}"
-html_logo = "static/logo.svg"
+html_logo = html_favicon = "static/logo.svg"
 html_static_path = ["static"]
 html_css_files = ["site.css"]
 html_use_index = False

@@ -10,6 +10,8 @@ sys.path.insert(0, str(TOP / "tools"))
 import check_docs  # noqa: E402
 
 CLASSES = {"address-book.md": "AddressBook", "dialer.md": "Dialer"}
+OWNERS = {"Server": "", "AddressBook": " of `AddressBook`", "Dialer": " of `Dialer`",
+          "collection": " of a collection"}
 # What an entry begins with before it says what the member is for.
 TECHNICAL = re.compile(r"(Method|Property|Default|Shared|Nothing at first|Internet mail only"
                        r"|The number of the)\b|`\|")
@@ -54,8 +56,7 @@ def page():
     for letter, members in sections.items():
         lines += [f"## {letter}", "", "| member | kind | what it is for |", "|---|---|---|"]
         for name, file, owner, kind, text in members:
-            of = "" if owner == "Server" else f" of a {owner}" if owner.islower() else f" of `{owner}`"
             text = text.replace("|", "\\|")
-            lines.append(f"| [`{name}`]({file}#{name.lower()}){of} | {kind} | {text} |")
+            lines.append(f"| [`{name}`]({file}#{name.lower()}){OWNERS[owner]} | {kind} | {text} |")
         lines.append("")
     return "\n".join(lines)

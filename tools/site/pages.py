@@ -32,17 +32,20 @@ def goal(page, target):
 
 
 def linked_files(pages):
-    """What pages lead to and is neither page nor picture: programs, settings, sources."""
+    """What pages lead to or show and is no page: programs, settings, sources, pictures."""
     found = set()
     for page in pages:
         if page == navigation.MEMBERS:
             continue
         for target in LINK.findall((TOP / page).read_text(encoding="utf-8")):
-            if not ABSOLUTE.match(target):
-                file = goal(page, target)[0]
-                if (TOP / file).is_file() and pathlib.Path(file).suffix not in PICTURES:
-                    found.add(file)
+            file = "" if ABSOLUTE.match(target) else goal(page, target)[0]
+            if file and (TOP / file).is_file():
+                found.add(file)
     return sorted(found - set(pages))
+
+
+def is_picture(file):
+    return pathlib.Path(file).suffix in PICTURES
 
 
 def place(file):
@@ -60,6 +63,7 @@ def place(file):
 def places():
     """{file of the tree: page's name} of everything that is a page."""
     pages = documents()
-    result = {file: place(file) for file in [*pages, *linked_files(pages)]}
+    shown = [file for file in linked_files(pages) if not is_picture(file)]
+    result = {file: place(file) for file in [*pages, *shown]}
     assert len(set(result.values())) == len(result), "two files would be one page"
     return result

@@ -1,6 +1,6 @@
-"""stage.py DIRECTORY: lays out the pages of the site for Sphinx, under the names that they have there:
-the documents with the navigation below them, the page of members, and a page for each file of the
-tree that a document leads to."""
+"""stage.py DIRECTORY: lays out the pages of the site for Sphinx, under the names that they have
+there: the documents with the navigation below them, the page of members, and a page for each file
+of the tree that a document leads to."""
 
 import pathlib
 import posixpath
@@ -12,8 +12,8 @@ import members
 import navigation
 import pages
 
-LANGUAGES = {".vbs": "vbs", ".js": "js", ".cpp": "c++", ".h": "c++", ".py": "python", ".def": "text",
-             ".bas": "vba", ".ps1": "powershell", ".cs": "csharp", ".pas": "delphi", ".hta": "html"}
+LANGUAGES = {".vbs": "vbs", ".js": "js", ".bas": "vba", ".hta": "html", ".ps1": "powershell",
+             ".py": "python", ".cs": "csharp", ".pas": "delphi", ".cpp": "c++", ".h": "c++"}
 # Programs to learn from are found by the search; the sources of this one are not.
 SEARCHED = ("examples/", "samples/", "sdk/")
 # The documents cannot lead to a page that only the site has.
@@ -77,11 +77,10 @@ def source_page(file, listed):
 
 
 def pictures(target):
-    for file in sorted((pages.TOP / "docs").rglob("*")):
-        if file.suffix in pages.PICTURES:
-            copy = target / file.relative_to(pages.TOP / "docs")
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy(file, copy)
+    for file in filter(pages.is_picture, pages.linked_files(pages.documents())):
+        copy = target / file.removeprefix("docs/")
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(pages.TOP / file, copy)
 
 
 def stage(target):

@@ -1,9 +1,9 @@
-"""Sphinx extension: what Debian's package of the theme needs before its pages work from disk, and what
-pages of today need no longer.
+"""Sphinx extension: what Debian's package of the theme needs before its pages work from disk, and
+what pages of today need no longer.
 
-Debian leaves furo.js as the module that the theme's own build would pack, which a browser takes from a
-server alone; has normalize.css where only Debian's web servers find it; and its style sheet has lost
-the rule by which a page is dark when the system is."""
+Debian leaves furo.js as the module that the theme's own build would pack, which a browser takes
+from a server alone; has normalize.css where only Debian's web servers find it; and its style sheet
+has lost the rule by which a page is dark when the system is."""
 
 import pathlib
 import re
@@ -43,8 +43,9 @@ def mend_styles(styles):
 
 def terms():
     """Of whose work is in the pages beside our own."""
-    return "".join(f"{'=' * 78}\n{package}\n{'=' * 78}\n\n"
-                   + (COPYRIGHTS / package / "copyright").read_text() + "\n" for package in PACKAGES)
+    line = "=" * 78
+    return "".join(f"{line}\n{package}\n{line}\n\n"
+                   f"{(COPYRIGHTS / package / 'copyright').read_text()}\n" for package in PACKAGES)
 
 
 def finish(app, exception):
