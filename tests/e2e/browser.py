@@ -66,10 +66,10 @@ class Browser(contextlib.AbstractContextManager):
             raise BrowserError(f"{method}: {answer['error']['message']}")
         return answer["result"]
 
-    def open(self, file, query=""):
+    def open(self, file):
         """Shows a file, and returns when it is loaded."""
         with self.loading():
-            self.call("Page.navigate", url=pathlib.Path(file).as_uri() + query)
+            self.call("Page.navigate", url=pathlib.Path(file).as_uri())
 
     @contextlib.contextmanager
     def loading(self):
