@@ -90,6 +90,16 @@ class StartUp(unittest.TestCase):
         self.assertEqual(0, running.wait(PATIENCE).returncode)  # to cancel is no failure
         self.assertIn("MAPILogon", " ".join(store.calls()))
 
+    def test_a_box_says_what_it_is_and_programs_are_served_behind_it(self):
+        opening = self.wine.drive_c / "opening.vbs"
+        opening.write_text('CreateObject("WScript.Shell").Run '
+                           f'"{winetest.windows_path(self.server)}", 1, False\n')
+        self.wine.run("cscript", "//nologo", opening)
+        self.assertEqual((True, ["."]), run_script(self.wine, SHARE + ENDINGS["vbs"], "one"))
+        answered = self.wine.run(winetest.CLIENTS / "AnswerBoxes.exe", "Quillon", timeout=PATIENCE)
+        self.assertIn("QuillonInterface.Server", answered.output)
+        self.assertEqual(0, answered.returncode, answered.output)
+
     def check_kept(self, kept):
         """Other programs share what it has until it is told to end."""
         scripts = [run_script(self.wine, SHARE + ENDINGS["vbs"], word) for word in ("one", "two")]
