@@ -31,6 +31,15 @@ target_include_directories(sample_provider PRIVATE "${PROJECT_SOURCE_DIR}/sdk")
 target_compile_options(sample_provider PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Werror)
 set_target_properties(sample_provider PROPERTIES CXX_STANDARD 17)
 
+# The sample for C++ knows nothing of this tree but what is made of the type library's source.
+if(WIN32)
+  add_executable(samples "${PROJECT_SOURCE_DIR}/samples/cpp/samples.cpp")
+  set_target_properties(samples PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/samples")
+  target_compile_options(samples PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+  target_link_libraries(samples PRIVATE quillon_idl ole32 oleaut32 uuid user32)
+  target_link_options(samples PRIVATE -municode -static)
+endif()
+
 # bench/support is shared by the benchmarks. Table and Main are for both systems; the rest compares the
 # native engine with its peers.
 if(WIN32)

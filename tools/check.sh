@@ -17,7 +17,7 @@ check() {
   fi
 }
 formatting() {
-  find src sdk examples tests tools fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 \
+  find src sdk examples samples tests tools fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 \
     | xargs -0 clang-format-14 --dry-run -Werror
 }
 
@@ -26,6 +26,7 @@ check "layers" python3 tools/check_layers.py
 check "public interface" python3 tools/check_interface.py
 check "documents" python3 tools/check_docs.py
 check "protections of the program" python3 tools/check_image.py build/windows/quillon.exe
+check "samples" python3 tools/check_samples.py
 check "licences" python3 tools/package.py --licences
 check "clang-tidy" python3 tools/tidy.py
 exit $failed

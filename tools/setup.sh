@@ -20,6 +20,8 @@ packages=(
   # other people's servers, clients and codecs, which the tests work with
   dovecot-pop3d winbind mpop sharutils mpack zip unzip p7zip-full
   libemail-mime-perl
+  # compilers of the samples
+  mono-mcs libmono-microsoft-csharp4.0-cil fp-compiler-3.2.2
   # the installer
   nsis
   # the documentation site, and the browser that tries it

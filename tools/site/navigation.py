@@ -10,6 +10,7 @@ NAVIGATION = [
         "docs/todays-servers.md",
         "docs/languages.md",
         "docs/sending-a-lot.md",
+        "samples/README.md",
         ("examples/README.md", ["examples/provider/README.md"]),
         "docs/troubleshooting.md",
     ]),
