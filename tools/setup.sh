@@ -1,9 +1,13 @@
 #!/bin/bash
 # Installs what this project needs and the machine lacks: Debian packages, and the private Wine in
 # the cache directory. Run again it finds nothing to do.
+#
+#     setup.sh [--quiet] [--wine10]
+#
+# --wine10 adds the later Wine with 64-bit programs and the compiler of such.
 set -euo pipefail
 tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-. "$tools/wine/env.sh"
+QUILLON_CACHE=${QUILLON_CACHE:-${XDG_CACHE_HOME:-${HOME:-/root}/.cache}/quillon}
 
 packages=(
   # the two builds
@@ -70,15 +74,33 @@ command -v apt-get > /dev/null || die "this needs Debian 12: apt-get is missing"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
+quiet=
+wines=('')
+for option in "$@"; do
+  case $option in
+    --quiet) quiet=1 ;;
+    --wine10)
+      wines+=(wine10)
+      packages+=(g++-mingw-w64-x86-64-posix)
+      ;;
+    *) die "there is no option '$option'" ;;
+  esac
+done
+
 add_exim
 missing=$(missing_packages)
 # shellcheck disable=SC2086  # one word per package
 [ -z "$missing" ] || install_packages $missing
 
-mkdir -p "$QUILLON_CACHE/wine"
-exec 8> "$QUILLON_CACHE/wine/setup.lock"
-flock 8
-# Their children, a wineserver among them, must not keep the lock.
-"$tools/wine/layout.sh" "$wine_root" 8>&-
-"$tools/wine/prefix.sh" 8>&-
-[ "${1:-}" = --quiet ] || say "everything is there"
+for QUILLON_WINE in "${wines[@]}"; do
+  export QUILLON_WINE
+  home=$QUILLON_CACHE/${QUILLON_WINE:-wine}
+  mkdir -p "$home"
+  exec 8> "$home/setup.lock"
+  flock 8
+  # Their children, a wineserver among them, must not keep the lock.
+  "$tools/wine/layout.sh" "$home/root" 8>&-
+  env -u WINEPREFIX "$tools/wine/prefix.sh" 8>&-
+  exec 8>&-
+done
+[ -n "$quiet" ] || say "everything is there"

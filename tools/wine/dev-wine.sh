@@ -9,8 +9,9 @@ case ${1:-} in
   '') wine_die "usage: ./dev wine PROGRAM [ARGUMENT...] | --stop" ;;
   --stop) wine_stop; exit ;;
 esac
-[ -d "$wine_template" ] || "$top/tools/setup.sh" >&2 || exit
+[ -d "$wine_template" ] || "$top/tools/setup.sh" ${QUILLON_WINE:+"--$QUILLON_WINE"} >&2 || exit
 wine_ready
+export QUILLON_WINE_STARTED=1
 server=$top/build/windows/quillon.exe
 [ ! -f "$server" ] || wine_register "$server"
 
@@ -23,7 +24,6 @@ for argument in "$@"; do
   esac
   arguments+=("$argument")
 done
-wine_environment
 # A server that the program starts has its streams, and lives on: a pipe would not close.
 between=()
 for stream in 1 2; do
@@ -31,4 +31,4 @@ for stream in 1 2; do
     between=(python3 "$wine_tools/relay.py")
   fi
 done
-exec "${between[@]}" "$wine_root/usr/lib/wine/wine" "${arguments[@]}"
+exec "${between[@]}" "$wine_tools/run.sh" "${arguments[@]}"

@@ -2,27 +2,41 @@
 # own output stays its own.
 
 QUILLON_CACHE=${QUILLON_CACHE:-${XDG_CACHE_HOME:-${HOME:-/root}/.cache}/quillon}
-wine_root=$QUILLON_CACHE/wine/root
-wine_template=$QUILLON_CACHE/wine/prefix
+# QUILLON_WINE=wine10 is a later Wine, with 64-bit programs beside the 32-bit ones.
+wine_home=$QUILLON_CACHE/${QUILLON_WINE:-wine}
+wine_root=$wine_home/root
+wine_template=$wine_home/prefix
 wine_tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 # The prefix programs run in: a test run sets WINEPREFIX to a copy of its own, a developer has one
 # that lasts.
-export WINEPREFIX=${WINEPREFIX:-$QUILLON_CACHE/wine/developer}
+export WINEPREFIX=${WINEPREFIX:-$wine_home/developer}
 
 wine_die() { printf 'wine: %s\n' "$*" >&2; exit 1; }
 
-# The environment of every program: 32 bit, quiet, the same code pages (1252 and 437) everywhere.
+# The environment of every program: quiet, the same code pages (1252 and 437) everywhere.
 wine_environment() {
-  export WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all} LC_ALL=C.UTF-8
+  export WINEDEBUG=${WINEDEBUG:--all} LC_ALL=C.UTF-8
   export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
   export FONTCONFIG_PATH=$wine_root/etc/fonts
-  export LD_LIBRARY_PATH=$wine_root/usr/lib/i386-linux-gnu:$wine_root/lib/i386-linux-gnu
+  if [ -z "${QUILLON_WINE:-}" ]; then
+    export WINEARCH=win32
+    export LD_LIBRARY_PATH=$wine_root/usr/lib/i386-linux-gnu:$wine_root/lib/i386-linux-gnu
+  fi
+}
+
+# wine_exec wine|wineserver [ARG...]: becomes that program, in the current prefix.
+wine_exec() {
+  wine_environment
+  [ -n "${QUILLON_WINE:-}" ] || exec "$wine_root/usr/lib/wine/$1" "${@:2}"
+  local user=()
+  [ "$(id -u)" -eq 0 ] || user=(--map-root-user)
+  exec unshare --mount "${user[@]}" bash "$wine_tools/inside.sh" "$wine_root" "/usr/lib/wine/${1}64" "${@:2}"
 }
 
 # wine PROGRAM [ARG...] in the current prefix.
-wine() { (wine_environment; exec "$wine_root/usr/lib/wine/wine" "$@"); }
-wineserver() { (wine_environment; exec "$wine_root/usr/lib/wine/wineserver" "$@"); }
+wine() { (wine_exec wine "$@"); }
+wineserver() { (wine_exec wineserver "$@"); }
 
 # Copies the template to the directory named.
 wine_copy_prefix() {
@@ -53,10 +67,10 @@ wine_stop() {
 
 # Makes the developer's prefix when there is none or the template is another, and starts it.
 wine_ready() {
-  if [ "$WINEPREFIX" = "$QUILLON_CACHE/wine/developer" ] \
+  if [ "$WINEPREFIX" = "$wine_home/developer" ] \
       && ! cmp -s "$WINEPREFIX/recipe" "$wine_template/recipe"; then
-    mkdir -p "$QUILLON_CACHE/wine"
-    exec 9> "$QUILLON_CACHE/wine/developer.lock"
+    mkdir -p "$wine_home"
+    exec 9> "$wine_home/developer.lock"
     flock 9
     if ! cmp -s "$WINEPREFIX/recipe" "$wine_template/recipe"; then
       [ ! -d "$WINEPREFIX" ] || wine_stop

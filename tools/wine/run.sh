@@ -5,5 +5,4 @@
 set -uo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 [ -n "${QUILLON_WINE_STARTED:-}" ] || wine_ready
-wine_environment
-exec "$wine_root/usr/lib/wine/wine" "$@"
+wine_exec wine "$@"
