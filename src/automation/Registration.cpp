@@ -68,6 +68,19 @@ void AddInterface(std::vector<RegistryRow>& rows, REFGUID guid, const wchar_t* n
                           });
 }
 
+// The views of the registry: of the two on a 64-bit Windows each program sees the one of its kind.
+// Most keys are the same in both, but not those of classes and interfaces.
+std::span<const REGSAM> Views() {
+  static constexpr REGSAM kBoth[] = {KEY_WOW64_32KEY, KEY_WOW64_64KEY};
+  static constexpr REGSAM kOnly[] = {0};
+  static const bool emulated = [] {
+    BOOL is = FALSE;
+    return IsWow64Process(GetCurrentProcess(), &is) != FALSE && is != FALSE;
+  }();
+  if (emulated) return kBoth;
+  return kOnly;
+}
+
 void AddTypeLibrary(std::vector<RegistryRow>& rows, const std::wstring& program,
                     const std::wstring& directory) {
   const std::wstring key = L"TypeLib\\" + TextOf(LIBID_Quillon) + L"\\" + kVersion;
@@ -77,6 +90,7 @@ void AddTypeLibrary(std::vector<RegistryRow>& rows, const std::wstring& program,
                               {key + L"\\FLAGS", nullptr, L"0"},
                               {key + L"\\HELPDIR", nullptr, directory},
                           });
+  if (Views().size() > 1) rows.push_back({key + L"\\0\\win64", nullptr, program});
 }
 
 // What stands between the quotes of a LocalServer32 command.
@@ -110,10 +124,8 @@ Registration::Registration(const std::wstring& program, std::span<const PublicCl
 }
 
 LSTATUS Registration::Register(const Place& place) const {
-  for (const RegistryRow& row : rows_) {
-    RegistryKey key;
-    LSTATUS result = key.Create(place.root, place.classes + L"\\" + row.key);
-    if (result == ERROR_SUCCESS && !row.marker) result = key.SetText(row.name, row.data);
+  for (const REGSAM view : Views()) {
+    const LSTATUS result = Write(place, view);
     if (result != ERROR_SUCCESS) {
       Unregister(place);
       return result;
@@ -123,30 +135,56 @@ LSTATUS Registration::Register(const Place& place) const {
 }
 
 LSTATUS Registration::Unregister(const Place& place) const {
-  RegistryKey server;
-  if (server.Open(place.root, place.classes + L"\\" + serverKey_) == ERROR_SUCCESS) {
-    const auto command = server.Text(nullptr).value_or(L"");
-    server.Close();
-    if (command != serverCommand_) {
-      const auto program = ProgramOf(command);
-      return IsGone(program) ? Registration(program, classes_).TakeOut(place) : ERROR_SUCCESS;
+  const auto command = RegisteredCommand(place).value_or(serverCommand_);
+  if (command == serverCommand_) return TakeOut(place);
+  const auto program = ProgramOf(command);
+  return IsGone(program) ? Registration(program, classes_).TakeOut(place) : ERROR_SUCCESS;
+}
+
+LSTATUS Registration::Write(const Place& place, REGSAM view) const {
+  for (const RegistryRow& row : rows_) {
+    RegistryKey key;
+    LSTATUS result = key.Create(place.root, place.classes + L"\\" + row.key, view);
+    if (result == ERROR_SUCCESS && !row.marker) result = key.SetText(row.name, row.data);
+    if (result != ERROR_SUCCESS) return result;
+  }
+  return ERROR_SUCCESS;
+}
+
+// In whichever view: a copy that knew of one only is there all the same.
+std::optional<std::wstring> Registration::RegisteredCommand(const Place& place) const {
+  for (const REGSAM view : Views()) {
+    RegistryKey server;
+    if (server.Open(place.root, place.classes + L"\\" + serverKey_, view) == ERROR_SUCCESS) {
+      return server.Text(nullptr).value_or(L"");
     }
   }
-  return TakeOut(place);
+  return std::nullopt;
 }
 
 LSTATUS Registration::TakeOut(const Place& place) const {
   LSTATUS outcome = ERROR_SUCCESS;
+  for (const REGSAM view : Views()) {
+    const LSTATUS result = TakeOut(place, view);
+    if (outcome == ERROR_SUCCESS) outcome = result;
+  }
+  return outcome;
+}
+
+LSTATUS Registration::TakeOut(const Place& place, REGSAM view) const {
+  LSTATUS outcome = ERROR_SUCCESS;
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     const std::wstring path = place.classes + L"\\" + row->key;
     RegistryKey key;
-    LSTATUS result = key.Open(place.root, path);
+    LSTATUS result = key.Open(place.root, path, view);
     if (result == ERROR_FILE_NOT_FOUND) continue;
     if (result == ERROR_SUCCESS && !row->marker && key.Text(row->name) == row->data) {
       result = key.DeleteValue(row->name);
     }
     key.Close();
-    if (result == ERROR_SUCCESS) result = RegistryKey::DeleteEmpty(place.root, path, place.classes);
+    if (result == ERROR_SUCCESS) {
+      result = RegistryKey::DeleteEmpty(place.root, path, place.classes, view);
+    }
     if (outcome == ERROR_SUCCESS) outcome = result;
   }
   return outcome;

@@ -1,8 +1,10 @@
 // What the registry says of the server. One table of values is what is written, what is taken out
-// again, and all there is.
+// again, and all there is. On a 64-bit Windows it stands there for 64-bit programs too, which see
+// classes and interfaces of their own.
 #pragma once
 
 #include <windows.h>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -44,7 +46,10 @@ class Registration {
   LSTATUS Unregister(const Place& place) const;
 
  private:
+  LSTATUS Write(const Place& place, REGSAM view) const;
   LSTATUS TakeOut(const Place& place) const;
+  LSTATUS TakeOut(const Place& place, REGSAM view) const;
+  std::optional<std::wstring> RegisteredCommand(const Place& place) const;
 
   std::span<const PublicClass> classes_;
   std::vector<RegistryRow> rows_;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <map>
@@ -14,9 +15,10 @@ namespace {
 constexpr wchar_t kProgram[] = L"C:\\Program Files\\Quillon\\quillon.exe";
 
 // The keys and texts below a key, as "path\name" -> data.
-void Collect(HKEY root, const std::wstring& path, std::map<std::wstring, std::wstring>& found) {
+void Collect(HKEY root, const std::wstring& path, REGSAM view,
+             std::map<std::wstring, std::wstring>& found) {
   HKEY key = nullptr;
-  if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+  if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS) return;
   found[path];
   wchar_t name[256];
   wchar_t data[512];
@@ -34,7 +36,7 @@ void Collect(HKEY root, const std::wstring& path, std::map<std::wstring, std::ws
     if (RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
       break;
     }
-    Collect(root, path + L"\\" + name, found);
+    Collect(root, path + L"\\" + name, view, found);
   }
   RegCloseKey(key);
 }
@@ -45,7 +47,7 @@ class RegistrationTest : public ::testing::Test {
 
   std::map<std::wstring, std::wstring> Below() {
     std::map<std::wstring, std::wstring> found;
-    Collect(HKEY_CURRENT_USER, place_.classes, found);
+    Collect(HKEY_CURRENT_USER, place_.classes, 0, found);
     return found;
   }
 
@@ -129,6 +131,49 @@ TEST_F(RegistrationTest, AnotherCopyOfTheProgramKeepsItsRegistrationWhileItIsThe
   ASSERT_NE(DeleteFileW(program.c_str()), FALSE);
   EXPECT_EQ(registration_.Unregister(place_), ERROR_SUCCESS);
   EXPECT_LE(Below().size(), 1U);
+}
+
+// On a 64-bit Windows each view has a machine's software of its own; else there is one.
+TEST_F(RegistrationTest, ProgramsOfBothKindsFindTheServerAndNeitherKeepsARest) {
+  const Registration::Place machine{HKEY_LOCAL_MACHINE, place_.classes};
+  BOOL emulated = FALSE;
+  ASSERT_NE(IsWow64Process(GetCurrentProcess(), &emulated), FALSE);
+  const auto below = [&](REGSAM view) {
+    std::map<std::wstring, std::wstring> found;
+    Collect(machine.root, machine.classes, view, found);
+    return found;
+  };
+  ASSERT_EQ(registration_.Register(machine), ERROR_SUCCESS);
+  const auto found32 = below(KEY_WOW64_32KEY);
+  const auto found64 = below(KEY_WOW64_64KEY);
+  EXPECT_GT(found32.size(), 40U);
+  EXPECT_EQ(found32, found64);
+  const auto isLibrary64 = [](const auto& entry) { return entry.first.ends_with(L"\\win64\\"); };
+  EXPECT_EQ(std::ranges::count_if(found64, isLibrary64), emulated != FALSE ? 1 : 0);
+
+  // A copy that only one kind of programs knows, as an earlier version left it, is there all the
+  // same.
+  if (emulated != FALSE) {
+    const TempFolder folder;
+    const auto program = WideFromUtf8(folder.Path("other.exe"));
+    ASSERT_NE(CopyFileW(L"C:\\windows\\system32\\kernel32.dll", program.c_str(), FALSE), FALSE);
+    ASSERT_EQ(registration_.Unregister(machine), ERROR_SUCCESS);
+    ASSERT_EQ(Registration(program, kPublicClasses).Register(machine), ERROR_SUCCESS);
+    HKEY software = nullptr;
+    RegOpenKeyExW(machine.root, L"Software", 0, KEY_ALL_ACCESS | KEY_WOW64_64KEY, &software);
+    const std::wstring own = scratch_.substr(scratch_.find(L'\\') + 1);
+    EXPECT_EQ(RegDeleteTreeW(software, own.c_str()), ERROR_SUCCESS);
+    RegCloseKey(software);
+    EXPECT_EQ(registration_.Unregister(machine), ERROR_SUCCESS);
+    EXPECT_EQ(below(KEY_WOW64_32KEY).size(), found32.size());
+    ASSERT_NE(DeleteFileW(program.c_str()), FALSE);
+  }
+  EXPECT_EQ(registration_.Unregister(machine), ERROR_SUCCESS);
+  EXPECT_LE(below(KEY_WOW64_32KEY).size(), 1U);
+  EXPECT_LE(below(KEY_WOW64_64KEY).size(), 1U);
+  for (const REGSAM view : {REGSAM{KEY_WOW64_32KEY}, REGSAM{KEY_WOW64_64KEY}}) {
+    RegistryKey::DeleteEmpty(machine.root, machine.classes, L"Software", view);
+  }
 }
 
 TEST_F(RegistrationTest, AFailedRegistrationTakesBackWhatItWrote) {

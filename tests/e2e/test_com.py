@@ -167,27 +167,34 @@ class Registration(unittest.TestCase):
     def setUp(self):
         self.wine = self.enterContext(winetest.WinePrefix())
 
-    def classes(self, root):
-        """The keys and values below the root's Software\\Classes."""
+    def classes(self, root, bits):
+        """The keys and values below the root's Software\\Classes, as programs of so many bits see
+        them."""
         file = self.wine.drive_c / "classes.reg"
         file.unlink(missing_ok=True)
-        self.wine.run("reg", "export", root + "\\Software\\Classes", "C:\\classes.reg", "/y")
+        self.wine.run("reg", "export", root + "\\Software\\Classes", "C:\\classes.reg", "/y",
+                      f"/reg:{bits}")
         lines = file.read_text("utf-16").splitlines() if file.exists() else []
         # Without the file's own head; the key itself is there from the first user's class on.
         return {line for line in lines[1:] if line and not line.endswith("\\Classes]")}
 
+    def both_kinds(self, root):
+        return [self.classes(root, bits) for bits in (32, 64)]
+
     def test_registration_leaves_nothing_behind(self):
         for switch, root in (("Server", "HKLM"), ("ServerPerUser", "HKCU")):
             with self.subTest(root):
-                before = self.classes(root)
+                before = self.both_kinds(root)
                 for word in ("/REG", "-unreg"):
                     done = self.wine.run(winetest.SERVER, word + switch)
                     self.assertEqual(0, done.returncode, done.output)
                     if word == "/REG":
-                        added = "\n".join(self.classes(root) - before)
-                        self.assertIn("QuillonInterface.Server.1", added)
-                        self.assertIn("LocalServer32", added)
-                self.assertEqual(before, self.classes(root))
+                        for there, old in zip(self.both_kinds(root), before):
+                            added = "\n".join(there - old)
+                            for entry in ("QuillonInterface.Server.1", "LocalServer32",
+                                          "ProxyStubClsid32"):
+                                self.assertIn(entry, added)
+                self.assertEqual(before, self.both_kinds(root))
 
 
 if __name__ == "__main__":

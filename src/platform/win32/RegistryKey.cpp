@@ -4,15 +4,15 @@
 
 namespace quillon {
 
-LSTATUS RegistryKey::Open(HKEY root, const std::wstring& path) {
+LSTATUS RegistryKey::Open(HKEY root, const std::wstring& path, REGSAM view) {
   Close();
-  return RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | KEY_WRITE, &key_);
+  return RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | KEY_WRITE | view, &key_);
 }
 
-LSTATUS RegistryKey::Create(HKEY root, const std::wstring& path) {
+LSTATUS RegistryKey::Create(HKEY root, const std::wstring& path, REGSAM view) {
   Close();
-  return RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &key_,
-                         nullptr);
+  return RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE | view, nullptr,
+                         &key_, nullptr);
 }
 
 void RegistryKey::Close() noexcept {
@@ -42,10 +42,11 @@ LSTATUS RegistryKey::DeleteValue(const wchar_t* name) {
   return RegDeleteValueW(key_, name);
 }
 
-LSTATUS RegistryKey::DeleteEmpty(HKEY root, std::wstring path, const std::wstring& top) {
+LSTATUS RegistryKey::DeleteEmpty(HKEY root, std::wstring path, const std::wstring& top,
+                                 REGSAM view) {
   while (path.size() > top.size()) {
     RegistryKey key;
-    LSTATUS result = key.Open(root, path);
+    LSTATUS result = key.Open(root, path, view);
     if (result != ERROR_SUCCESS) return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result;
     DWORD keys = 0;
     DWORD values = 0;
@@ -53,7 +54,7 @@ LSTATUS RegistryKey::DeleteEmpty(HKEY root, std::wstring path, const std::wstrin
                               nullptr, nullptr, nullptr, nullptr);
     if (result != ERROR_SUCCESS || keys != 0 || values != 0) return result;
     key.Close();
-    result = RegDeleteKeyW(root, path.c_str());
+    result = RegDeleteKeyExW(root, path.c_str(), view, 0);
     if (result != ERROR_SUCCESS) return result;
     path.resize(path.find_last_of(L'\\'));
   }

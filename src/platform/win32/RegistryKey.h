@@ -1,4 +1,5 @@
-// An open key of the registry. Functions return Win32 error numbers.
+// An open key of the registry. Functions return Win32 error numbers. A `view` is KEY_WOW64_32KEY or
+// KEY_WOW64_64KEY where both kinds of programs run, and 0 is the one of this program.
 #pragma once
 
 #include <windows.h>
@@ -14,8 +15,9 @@ class RegistryKey {
   RegistryKey& operator=(const RegistryKey&) = delete;
   ~RegistryKey() { Close(); }
 
-  LSTATUS Open(HKEY root, const std::wstring& path);  // to read and change
-  LSTATUS Create(HKEY root, const std::wstring& path);
+  // To read and change.
+  LSTATUS Open(HKEY root, const std::wstring& path, REGSAM view = 0);
+  LSTATUS Create(HKEY root, const std::wstring& path, REGSAM view = 0);
   void Close() noexcept;
 
   // A null name is the default value. No value when there is none or it is not a text.
@@ -25,7 +27,8 @@ class RegistryKey {
 
   // Deletes the key if it holds neither values nor keys, then its parents by the same rule, up to
   // but without `top`. That a key is not empty is no failure.
-  static LSTATUS DeleteEmpty(HKEY root, std::wstring path, const std::wstring& top);
+  static LSTATUS DeleteEmpty(HKEY root, std::wstring path, const std::wstring& top,
+                             REGSAM view = 0);
 
  private:
   HKEY key_ = nullptr;
