@@ -76,6 +76,7 @@ def trust(wine, root):
     blob = struct.pack("<3I", 32, 1, len(der)) + der
     key = (r"HKLM\Software\Microsoft\SystemCertificates\Root\Certificates" "\\"
            + hashlib.sha1(der).hexdigest().upper())
-    done = wine.run("reg", "add", key, "/v", "Blob", "/t", "REG_BINARY", "/d", blob.hex(), "/f")
+    done = wine.run("reg", "add", key, "/v", "Blob", "/t", "REG_BINARY", "/d", blob.hex(), "/f",
+                    "/reg:32")
     if done.returncode != 0:
         raise RuntimeError(f"the root cannot be trusted: {done.output}")
