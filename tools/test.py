@@ -25,7 +25,7 @@ LONG = {"test_com", "test_mail"}  # begun first, so that no processor waits at t
 # that load the stand-ins themselves, which are 32-bit libraries, with the one that can.
 CLIENT_BITS = {"test_com": (64, 32), "test_members": (64, 32), "test_mail": (64, 32),
                "test_desk": (32,), "test_desk_automation": (32,), "test_active_messaging": (32,),
-               "test_docs": (32,)}
+               "test_docs": (32,), "test_notes": (32,)}
 
 
 class Count:
