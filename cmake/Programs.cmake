@@ -75,6 +75,26 @@ if(WIN32)
       RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/clients")
   endforeach()
 
+  # The same for clients of 64 bit, by the compiler that ./dev setup --wine10 brings.
+  set(clients64 "")
+  file(GLOB clients64_headers CONFIGURE_DEPENDS
+    "${PROJECT_SOURCE_DIR}/src/platform/win32/*.h" "${PROJECT_SOURCE_DIR}/tests/e2e/clients/*.h")
+  foreach(name EarlyBound TypedListener)
+    set(program "${PROJECT_BINARY_DIR}/clients64/${name}.exe")
+    set(sources "${PROJECT_SOURCE_DIR}/tests/e2e/clients/${name}.cpp"
+      "${PROJECT_SOURCE_DIR}/src/platform/win32/WideText.cpp"
+      "${PROJECT_SOURCE_DIR}/src/core/Utf8.cpp")
+    add_custom_command(OUTPUT "${program}"
+      COMMAND ${CMAKE_COMMAND} -E make_directory "${PROJECT_BINARY_DIR}/clients64"
+      COMMAND x86_64-w64-mingw32-g++-posix -std=c++20 -O1 -Wall -Wextra -Werror -static
+        -DUNICODE -D_UNICODE -D_WIN32_WINNT=0x0601 -I "${PROJECT_SOURCE_DIR}/src"
+        -isystem "${generated}" -o "${program}" ${sources} -lole32 -loleaut32 -luuid -lntdll
+      DEPENDS ${sources} ${clients64_headers} quillon_idl "${generated}/quillon_h.h"
+      COMMENT "Building ${name} for 64 bit" VERBATIM)
+    list(APPEND clients64 "${program}")
+  endforeach()
+  add_custom_target(clients64 DEPENDS ${clients64})
+
   # tests/doubles/<name>/ -> doubles/<name>.dll: a stand-in for a library of another maker, a face of
   # the desk.
   file(GLOB doubles CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/doubles/*/*.cpp")

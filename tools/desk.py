@@ -21,7 +21,7 @@ TOP = pathlib.Path(__file__).resolve().parent.parent
 DOUBLES = TOP / "build" / "windows" / "doubles"
 PLACE = "QuillonDesk"  # on drive C:
 
-# Under Windows\system32 each; those that exist are installed.
+# Under Windows\system32 of 32-bit programs each; those that exist are installed.
 FACES = ("deskmapi", "vbamap32", "olemsg32", "mapirtf", "desknotes", "rasapi32")
 # Programs that look for a mail system would take one of these: installed only where asked for.
 PREFERRED_FACES = ("vim32",)
@@ -211,10 +211,17 @@ class Store:
             (self.place / name).unlink(missing_ok=True)
 
 
+def system_directory(drive_c):
+    """Where 32-bit programs find the system's libraries."""
+    beside_64_bit = drive_c / "windows" / "syswow64"
+    return beside_64_bit if beside_64_bit.is_dir() else drive_c / "windows" / "system32"
+
+
 def install(run, drive_c, faces=FACES):
     """Puts the stand-ins into a Wine prefix, registers them, and returns their store; `run` runs a
     Windows program there to its end. A library that is loaded already stays as it is."""
-    system = drive_c / "windows" / "system32"
+    system = system_directory(drive_c)
+    tools = "" if system.name == "system32" else f"C:\\windows\\{system.name}\\"
     built = [face for face in faces if (DOUBLES / f"{face}.dll").exists()]
     for face in built:
         shutil.copy(DOUBLES / f"{face}.dll", system)
@@ -222,13 +229,13 @@ def install(run, drive_c, faces=FACES):
     place.mkdir(exist_ok=True)
     entries = place / "install.reg"
     entries.write_text(REGISTRY, newline="\r\n")
-    run("regedit", "/S", f"C:\\{PLACE}\\install.reg")
+    run(tools + "regedit.exe", "/S", f"C:\\{PLACE}\\install.reg")
     for face in built:
         if face in SELF_REGISTERING:
-            run("regsvr32", "/s", f"{face}.dll")
+            run(tools + "regsvr32.exe", "/s", f"{face}.dll")
     # The first face that is asked for anything makes the store.
     if not (place / "addressbook.txt").exists():
-        run("rundll32", "deskmapi.dll,OpenDesk")
+        run(tools + "rundll32.exe", "deskmapi.dll,OpenDesk")
     return Store(place)
 
 
@@ -278,7 +285,7 @@ def installed_in_wine(preferred):
 
     run("cmd", "/c", "exit")  # makes the prefix when there is none
     for face in set(PREFERRED_FACES) - set(preferred):
-        (prefix / "drive_c" / "windows" / "system32" / f"{face}.dll").unlink(missing_ok=True)
+        (system_directory(prefix / "drive_c") / f"{face}.dll").unlink(missing_ok=True)
     return install(run, prefix / "drive_c", (*FACES, *preferred))
 
 

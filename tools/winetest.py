@@ -24,12 +24,21 @@ SERVER = WINDOWS_BUILD / "quillon.exe"
 MAILHOST = TOP / "build" / "native" / "mailhost"
 CLIENTS = WINDOWS_BUILD / "clients"
 DOUBLES = WINDOWS_BUILD / "doubles"
+# The later Wine has programs of both kinds; there tests take script hosts and clients of so many
+# bits. The server and its libraries have 32 anywhere.
+WINE = os.environ.get("QUILLON_WINE", "")
+CLIENT_BITS = int(os.environ.get("QUILLON_CLIENT_BITS") or (64 if WINE else 32))
 _ENV = TOP / "tools" / "wine" / "env.sh"
 
 
 def windows_path(path):
     """The name a Windows program knows a Linux path by."""
     return "Z:" + str(pathlib.Path(path).resolve()).replace("/", "\\")
+
+
+def client(name):
+    """A program of tests/e2e/clients that is built for 64 bit as well."""
+    return WINDOWS_BUILD / ("clients64" if CLIENT_BITS == 64 else "clients") / f"{name}.exe"
 
 
 class Done:
@@ -137,6 +146,8 @@ class WinePrefix:
     def start(self, program, *arguments, stdin=None, cwd=None, environment=None):
         """Starts a program: a name Wine knows, a Windows path, or a pathlib.Path of this machine.
         Arguments that are pathlib.Path reach it as Z:\\ paths."""
+        if WINE and CLIENT_BITS == 32 and program == "cscript":
+            program = r"C:\windows\syswow64\cscript.exe"
         words = [str(program)]
         words += [windows_path(a) if isinstance(a, pathlib.Path) else str(a) for a in arguments]
         output = tempfile.TemporaryFile()

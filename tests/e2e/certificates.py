@@ -71,10 +71,11 @@ def issuer(above=None, name="Test Issuer", path_length=None, extensions=(), **ho
 
 
 def trust(wine, root):
-    """Makes a root one that the programs of the prefix trust."""
+    """Makes a root one that the programs of the prefix trust: the user's, because Wine keeps the
+    machine's as those of the system below it, and a later one takes all others out."""
     der = root.der()
     blob = struct.pack("<3I", 32, 1, len(der)) + der
-    key = (r"HKLM\Software\Microsoft\SystemCertificates\Root\Certificates" "\\"
+    key = (r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates" "\\"
            + hashlib.sha1(der).hexdigest().upper())
     done = wine.run("reg", "add", key, "/v", "Blob", "/t", "REG_BINARY", "/d", blob.hex(), "/f")
     if done.returncode != 0:

@@ -34,7 +34,7 @@ class RegisteredServer(unittest.TestCase):
         self.assertTrue(self.wine.wait_until_gone(SERVER), "the server is still there")
 
     def run_early(self, *arguments, **how):
-        done = self.wine.run(winetest.CLIENTS / "EarlyBound.exe", *arguments, **how)
+        done = self.wine.run(winetest.client("EarlyBound"), *arguments, **how)
         self.assertEqual(["early: ok"], done.output.splitlines()[-1:], done.output)
         self.assertEqual(0, done.returncode)
 

@@ -9,6 +9,7 @@ import tempfile
 import unittest
 
 from scripting import install_desk
+import desk
 import winetest
 
 CLIENT = winetest.CLIENTS / "MailFaces.exe"
@@ -102,7 +103,7 @@ class Desk(unittest.TestCase):
 
     def test_what_vim_refuses(self):
         install_desk(self.wine, ("vim32",))
-        self.addCleanup((self.wine.drive_c / "windows/system32/vim32.dll").unlink)
+        self.addCleanup((desk.system_directory(self.wine.drive_c) / "vim32.dll").unlink)
         for number in range(10):
             self.store.add_message("ann", subject=f"subject {number}")
         done = self.wine.run(winetest.CLIENTS / "VimFace.exe")

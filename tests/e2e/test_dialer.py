@@ -111,7 +111,7 @@ class DialerTest(ScriptTest, unittest.TestCase):
         self.assertEqual(1052, self.dialled(95, 256))
         setting("", "Version", "win31")
         self.assertTrue(wine.wait_until_gone(SERVER))
-        done = wine.run(winetest.CLIENTS / "EarlyBound.exe", "dialer")
+        done = wine.run(winetest.client("EarlyBound"), "dialer")
         self.assertEqual("no object: 80040226\n", done.output)
         self.assertTrue(wine.wait_until_gone(SERVER))
 
@@ -138,7 +138,7 @@ class DialerTest(ScriptTest, unittest.TestCase):
                      "Undetermined error, RAS could not provide further information.")
 
     def test_early_bound(self):
-        done = wine.run(winetest.CLIENTS / "EarlyBound.exe", "dialer")
+        done = wine.run(winetest.client("EarlyBound"), "dialer")
         self.assertEqual("early: ok\n", done.output)
 
     def start(self, name, body):

@@ -279,7 +279,7 @@ class Notification(MailRoad):
 
     def test_an_object_with_declared_arguments(self):
         with MailHost() as host:
-            done = self.wine.run(winetest.CLIENTS / "TypedListener.exe", host.smtp, "Typed")
+            done = self.wine.run(winetest.client("TypedListener"), host.smtp, "Typed")
             steps = ("Sending headers...", "Connected to server...", "Sending HELO...",
                      "Logged in successfully.", "Mail from...", "Sending recipients...",
                      "Sending message...", "Message Sent Successfully")

@@ -13,6 +13,7 @@ import unittest
 import smf
 from scripting import (ENDINGS, MailHost, ScriptTest, SCRIPTS, install_desk, prefix_with_server,
                        register_sleeper, run_script)
+import desk
 import winetest
 
 DESK_SCRIPTS = pathlib.Path(__file__).resolve().parent / "desk"
@@ -144,7 +145,7 @@ WScript.Echo mail.mailSystem & " " & mail.GetInterfaceString(40)
         self.assertEqual(["20 VINES"], self.found())
         configure(MAIL_ROOM)
         self.assertEqual(["2 VIM"], self.found())
-        library = WINE.drive_c / "windows" / "system32" / "vim32.dll"
+        library = desk.system_directory(WINE.drive_c) / "vim32.dll"
         library.rename(library.with_suffix(".away"))
         self.addCleanup(library.with_suffix(".away").rename, library)
         self.assertEqual(["3 MHS"], self.found())

@@ -7,6 +7,7 @@ import tempfile
 import unittest
 
 from scripting import ScriptTest, install_desk, prefix_with_server
+import desk
 import winetest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent / "desk"
@@ -243,7 +244,7 @@ Raised "nobody's", 4010
 
     def test_a_library_beside_the_mail_program(self):
         """Its directory is the current one while it starts, and not a moment longer."""
-        library = self.wine.drive_c / "windows" / "system32" / "vim32.dll"
+        library = desk.system_directory(self.wine.drive_c) / "vim32.dll"
         profile = self.wine.drive_c / "windows" / "win.ini"
         before = profile.read_bytes() if profile.exists() else b""
         place = self.wine.drive_c / "ccmail"

@@ -12,7 +12,8 @@ import members
 import navigation
 import pages
 
-LANGUAGES = {".vbs": "vbs", ".js": "js", ".bas": "text", ".hta": "html", ".ps1": "powershell", ".psm1": "powershell",
+LANGUAGES = {".vbs": "vbs", ".js": "js", ".bas": "text", ".hta": "html",
+             ".ps1": "powershell", ".psm1": "powershell",
              ".py": "python", ".cs": "csharp", ".pas": "delphi", ".cpp": "c++", ".h": "c++"}
 # Programs to learn from are found by the search; the sources of this one are not.
 SEARCHED = ("examples/", "samples/", "sdk/")

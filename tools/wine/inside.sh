@@ -21,7 +21,7 @@ for directory in "/$(cut -d / -f 2 <<< "$root")" /*; do
   mkdir -p "$root$directory"
   mount --rbind "$directory" "$root$directory"
 done
-for file in /etc/hosts /etc/resolv.conf /etc/passwd /etc/group /etc/ssl; do
+for file in /etc/hosts /etc/resolv.conf /etc/passwd /etc/group /etc/ssl /etc/samba; do
   [ -e "$file" ] || continue
   if [ -d "$file" ]; then mkdir -p "$root$file"; else touch "$root$file"; fi
   mount --bind "$file" "$root$file"

@@ -35,8 +35,10 @@ case ${QUILLON_WINE:-} in
     # Two names of the same; while a mirror is brought up to date, one can be out of step.
     release=trixie suites=(trixie stable)
     architectures=(amd64 i386)
-    # It has the newer release's C library, so its programs see a machine of their own: env.sh
-    packages=(wine wine64 wine32:i386 fonts-wine libgnutls30t64 libgnutls30t64:i386 base-files libc-bin coreutils)
+    # It has the newer release's C library, so its programs see a machine of their own: inside.sh.
+    # Wine has winbind's ntlm_auth speak NTLM; the first one finds that of the machine.
+    packages=(wine wine64 wine32:i386 fonts-wine libgnutls30t64 libgnutls30t64:i386 base-files libc-bin coreutils
+      winbind libgssapi-krb5-2 libgssapi-krb5-2:i386)
     size=350
     earlier_recipes=()
     ;;

@@ -230,6 +230,10 @@ std::size_t CountHandles(DWORD process) {
     void* object;
     ULONG access;
   };
+  struct Beginning {
+    ULONG count;
+    Entry first;
+  };
   const auto query = reinterpret_cast<decltype(&NtQuerySystemInformation)>(reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
   std::vector<std::byte> table(1U << 20U);
@@ -242,7 +246,7 @@ std::size_t CountHandles(DWORD process) {
   std::size_t owned = 0;
   for (ULONG i = 0; i < count; ++i) {
     Entry entry;
-    std::memcpy(&entry, table.data() + sizeof count + i * sizeof entry, sizeof entry);
+    std::memcpy(&entry, table.data() + offsetof(Beginning, first) + i * sizeof entry, sizeof entry);
     if (entry.owner == process) ++owned;
   }
   return owned;
