@@ -155,7 +155,8 @@ def write_setup(files, target, number, when, product=None):
         listing = pathlib.Path(folder, "payload.nsh")
         listing.write_text(payload_list(files, stage))
         defined = {
-            "VERSION": number, "PRODUCT_VERSION": product or number, "VERSION_HIGH": major << 16 | minor, "VERSION_LOW": patch << 16,
+            "VERSION": number, "PRODUCT_VERSION": product or number,
+            "VERSION_HIGH": major << 16 | minor, "VERSION_LOW": patch << 16,
             "PAYLOAD": stage, "PAYLOAD_KB": sum(map(len, files.values())) // 1024 + 1,
             "PAYLOAD_LIST": listing, "OUTPUT": target}
         done = subprocess.run(

@@ -54,6 +54,7 @@ NAVIGATION = [
     ]),
     ("Running it", [
         "docs/process.md",
+        "docs/clients-64.md",
         "docs/command-line.md",
         "docs/configuration.md",
         "docs/dialogs.md",
