@@ -161,7 +161,9 @@ IoResult SecuredStream::Write(std::string_view bytes) {
     if (session_->Seal(piece, output_) != TlsStatus::Ok) return FailTls(session_->Reason());
     taken += piece.size();
   }
-  Flush();
+  // What has been held up is left to the stream below: should it take all of it now, it would have
+  // nothing more to tell.
+  if (taken == bytes.size()) Flush();
   if (writeError_ != 0) return {IoResult::Status::Failed, 0, writeError_};
   cutShort_ = taken < bytes.size();
   if (cutShort_ && taken == 0) return {IoResult::Status::WouldBlock, 0, 0};

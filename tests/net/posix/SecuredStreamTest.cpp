@@ -108,6 +108,37 @@ class ClearSession final : public TlsSession {
   std::string reason_;
 };
 
+// Takes every other write, and says later that it takes more, unless it has meanwhile: as a socket
+// whose buffer empties between two calls.
+class FitfulStream final : public ByteStream {
+ public:
+  explicit FitfulStream(EventLoop& loop) : loop_(loop) {}
+
+  std::size_t taken = 0;
+
+  void SetHandler(Handler& handler) override { handler_ = &handler; }
+  IoResult Read(std::span<char>) override { return {IoResult::Status::WouldBlock, 0, 0}; }
+  IoResult Write(std::string_view bytes) override {
+    refused_ = !refused_;
+    if (!refused_) {
+      taken += bytes.size();
+      return {IoResult::Status::Ok, bytes.size(), 0};
+    }
+    loop_.Post([this] {
+      if (refused_) handler_->OnStreamWritable();
+    });
+    return {IoResult::Status::WouldBlock, 0, 0};
+  }
+  void WantRead(bool) override {}
+  std::string LocalAddress() const override { return {}; }
+  bool IsIPv6() const override { return false; }
+
+ private:
+  EventLoop& loop_;
+  Handler* handler_ = nullptr;
+  bool refused_ = false;
+};
+
 class SecuredClient : private ByteStream::Handler {
  public:
   SecuredClient(FakeNetwork& network, std::shared_ptr<FakePeer> peer,
@@ -117,6 +148,12 @@ class SecuredClient : private ByteStream::Handler {
     auto plain = network.Connect({}, *this);
     network.RunPending();
     stream = std::make_unique<SecuredStream>(network, std::move(plain), std::move(session));
+    stream->SetHandler(*this);
+  }
+  SecuredClient(FakeNetwork& network, std::unique_ptr<ByteStream> plain)
+      : stream(std::make_unique<SecuredStream>(network, std::move(plain),
+                                               std::make_unique<ClearSession>())),
+        network_(network) {
     stream->SetHandler(*this);
   }
 
@@ -378,6 +415,16 @@ TEST(SecuredStream, AHandshakeWithoutEndIsGivenUp) {
   for (int i = 0; i < 100; ++i) peer->Say(record);
   EXPECT_FALSE(client.Shake());
   EXPECT_THAT(client.stream->Reason(), HasSubstr("no end"));
+}
+
+TEST(SecuredStream, WhatIsHeldUpForAMomentGoesOn) {
+  FakeNetwork network;
+  auto plain = std::make_unique<FitfulStream>(network);
+  const auto* const wire = plain.get();
+  SecuredClient client(network, std::move(plain));
+  ASSERT_TRUE(client.Shake());
+  client.Send(std::string(1000, 'x'));
+  EXPECT_TRUE(client.Run([&] { return client.AllSent() && wire->taken == 1000; }));
 }
 
 TEST(SecuredStream, RecordsWithoutTextLetOthersHaveTheirTurn) {
