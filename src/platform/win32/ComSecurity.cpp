@@ -38,6 +38,11 @@ std::vector<std::uint8_t> DescriptorOf(const std::wstring& text) {
   return {bytes, bytes + size};
 }
 
+// Windows 98 and its like have neither accounts nor rights.
+bool HasAccounts() {
+  return (GetVersion() & 0x80000000U) == 0;
+}
+
 bool AdministratorHasDecided(REFGUID appId) {
   std::array<wchar_t, 40> text{};
   StringFromGUID2(appId, text.data(), static_cast<int>(text.size()));
@@ -80,6 +85,7 @@ std::vector<std::uint8_t> AccessPermission() {
 }
 
 HRESULT SecureCalls(REFGUID appId) {
+  if (!HasAccounts()) return S_OK;
   if (AdministratorHasDecided(appId)) {
     auto id = appId;
     return CoInitializeSecurity(&id, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CONNECT,
@@ -89,8 +95,15 @@ HRESULT SecureCalls(REFGUID appId) {
   if (relative.empty()) return HRESULT_FROM_WIN32(GetLastError());
   AbsoluteDescriptor callers(relative);
   if (callers.Get() == nullptr) return HRESULT_FROM_WIN32(GetLastError());
-  return CoInitializeSecurity(callers.Get(), -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CONNECT,
-                              RPC_C_IMP_LEVEL_IDENTIFY, nullptr, EOAC_NONE, nullptr);
+  const auto initialize = [&callers] {
+    return CoInitializeSecurity(callers.Get(), -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CONNECT,
+                                RPC_C_IMP_LEVEL_IDENTIFY, nullptr, EOAC_NONE, nullptr);
+  };
+  const HRESULT result = initialize();
+  if (SUCCEEDED(result)) return result;
+  // A system that takes no label here has its own, which says the same.
+  SetSecurityDescriptorSacl(callers.Get(), FALSE, nullptr, FALSE);
+  return initialize();
 }
 
 }  // namespace quillon
